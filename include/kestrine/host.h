@@ -1,0 +1,42 @@
+// What a host program decides for itself: who drives the message loop, where notices and log lines go, and how
+// promptly a waiting call looks at the socket.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "kestrine/export.h"
+
+namespace kestrine::host {
+
+// --- The calling thread's message loop. The thread that creates the objects must run it, in one of these ways.
+
+// Becomes readable whenever something is due, for a host that has a loop of its own (poll, GLib, Qt, asyncio):
+// wait for it, then call dispatch(). It stays the same for the life of the thread and must not be closed.
+KESTRINE_HOST_API int fd();
+// Delivers everything that is due now and returns how many messages that were. Never waits.
+KESTRINE_HOST_API int dispatch();
+// Delivers messages until quit() is called; returns the exit code given to it.
+KESTRINE_HOST_API int run();
+// Delivers messages for that long, or until quit() is called or a signal handler has run. True when the time
+// has passed, false when it ended early.
+KESTRINE_HOST_API bool run_for(std::chrono::milliseconds duration);
+KESTRINE_HOST_API void quit(int exit_code = 0);
+
+// --- Early wake. Off (the default), a waiting call looks at the socket every 10 ms; on, as soon as something
+// is due. Holds for the whole process.
+KESTRINE_HOST_API void set_early_wake(bool on);
+KESTRINE_HOST_API bool early_wake();
+
+// --- Notices. An empty function restores the default: message boxes go to standard error, beeps and log lines
+// nowhere. Hooks must not throw. They hold for the whole process.
+using MessageBoxHook = std::function<void(const std::u16string& text, const std::u16string& caption, std::uint32_t style)>;
+using BeepHook = std::function<void(std::uint32_t hertz, std::uint32_t milliseconds)>;
+using LogHook = std::function<void(const std::string& line)>;
+KESTRINE_HOST_API void set_message_box_hook(MessageBoxHook hook);
+KESTRINE_HOST_API void set_beep_hook(BeepHook hook);
+KESTRINE_HOST_API void set_log_hook(LogHook hook);
+
+}  // namespace kestrine::host
