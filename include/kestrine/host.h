@@ -14,15 +14,18 @@ namespace kestrine::host {
 // --- The calling thread's message loop. The thread that creates the objects must run it, in one of these ways.
 
 // Becomes readable whenever something is due, for a host that has a loop of its own (poll, GLib, Qt, asyncio):
-// wait for it, then call dispatch(). It stays the same for the life of the thread and must not be closed.
+// wait for it, then call dispatch(). It stays the same for the life of the thread and must not be closed. -1 when
+// the process has no descriptors left.
 KESTRINE_HOST_API int fd();
-// Delivers everything that is due now and returns how many messages that were. Never waits.
+// Delivers everything that is due now and returns how many messages that were. Never waits, and handlers that post
+// ever more messages cannot hold it. A call to quit() is left for run() or run_for(), and does not show at fd().
 KESTRINE_HOST_API int dispatch();
 // Delivers messages until quit() is called; returns the exit code given to it.
 KESTRINE_HOST_API int run();
 // Delivers messages for that long, or until quit() is called or a signal handler has run. True when the time
 // has passed, false when it ended early.
 KESTRINE_HOST_API bool run_for(std::chrono::milliseconds duration);
+// Ends the innermost run() or run_for(), or the next one, once the messages posted before it have been delivered.
 KESTRINE_HOST_API void quit(int exit_code = 0);
 
 // --- Early wake. Off (the default), a waiting call looks at the socket every 10 ms; on, as soon as something
@@ -32,7 +35,8 @@ KESTRINE_HOST_API bool early_wake();
 
 // --- Notices. An empty function restores the default: message boxes go to standard error, beeps and log lines
 // nowhere. Hooks must not throw. They hold for the whole process.
-using MessageBoxHook = std::function<void(const std::u16string& text, const std::u16string& caption, std::uint32_t style)>;
+using MessageBoxHook =
+    std::function<void(const std::u16string& text, const std::u16string& caption, std::uint32_t style)>;
 using BeepHook = std::function<void(std::uint32_t hertz, std::uint32_t milliseconds)>;
 using LogHook = std::function<void(const std::string& line)>;
 KESTRINE_HOST_API void set_message_box_hook(MessageBoxHook hook);

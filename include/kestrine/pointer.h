@@ -36,6 +36,9 @@ class Pointer {
     if (Interface* object = std::exchange(object_, nullptr)) object->Release();
   }
 
+  // Gives the reference away; the caller owns it from here on.
+  Interface* detach() { return std::exchange(object_, nullptr); }
+
   Interface* get() const { return object_; }
   Interface* operator->() const { return object_; }
   Interface& operator*() const { return *object_; }

@@ -18,6 +18,7 @@ inline constexpr SocketHandle kInvalidSocket = ~SocketHandle{0};
 inline constexpr int kErrorInterrupted = 10004;
 inline constexpr int kErrorBadSocket = 10038;
 inline constexpr int kErrorWouldBlock = 10035;
+inline constexpr int kErrorAlready = 10037;
 inline constexpr int kErrorConnectionReset = 10054;
 inline constexpr int kErrorAlreadyConnected = 10056;
 inline constexpr int kErrorNotConnected = 10057;
@@ -38,11 +39,12 @@ KESTRINE_HOST_API int close_socket(SocketHandle socket);
 // The four bytes of an IPv4 address in network order, as one word.
 using AddressWord = std::uint32_t;
 inline constexpr AddressWord kAddressNone = 0xFFFFFFFF;
-KESTRINE_HOST_API AddressWord parse_dotted_address(const std::string& text);            // kAddressNone when it is none
+KESTRINE_HOST_API AddressWord parse_dotted_address(const std::string& text);  // kAddressNone when it is none
 KESTRINE_HOST_API std::optional<AddressWord> resolve_host_name(const std::string& name);  // the first address
 
-// `port` is taken modulo 65536. On a non-blocking socket the first call never succeeds at once: it reports
-// kErrorWouldBlock, and a later call tells the outcome (0, kErrorAlreadyConnected or the error).
+// On a non-blocking socket the first call never tells the outcome: it reports kErrorWouldBlock. A later one does:
+// kErrorAlready while the connect is under way, kErrorAlreadyConnected once it has succeeded, or the error that it
+// ended on; the call after that one tries anew.
 KESTRINE_HOST_API int connect_socket(SocketHandle socket, AddressWord address, std::uint16_t port);
 KESTRINE_HOST_API int set_non_blocking(SocketHandle socket, bool on);
 KESTRINE_HOST_API int set_receive_buffer(SocketHandle socket, std::int32_t bytes);

@@ -21,26 +21,26 @@ struct Field {
   const char* name;       // the whole path, dots between
   const char* type_name;  // as the schema has it: "int32", "double", "VL_MeasMode" …
   FieldType type;
-  std::uint16_t offset;   // from the start of the record, or of the packet for request parameters
-  std::uint16_t units;    // texts only, else 0
+  std::uint16_t offset;  // from the start of the record, or of the packet for request parameters
+  std::uint16_t units;   // texts only, else 0
 };
 
 struct RecordRow {
   const char* name;
-  std::uint16_t size;                // with one element, where elements follow
-  std::span<const Field> fields;     // in wire order; for records with elements: the header part only
-  std::uint16_t header_size;         // where the elements begin; `size` for a record without elements
-  const RecordRow* element;          // null for a record without elements
+  std::uint16_t size;             // with one element, where elements follow
+  std::span<const Field> fields;  // in wire order; for records with elements: the header part only
+  std::uint16_t header_size;      // where the elements begin; `size` for a record without elements
+  const RecordRow* element;       // null for a record without elements
 };
 
 struct CommandRow {
   std::int32_t code;
   const char* name;
-  const char16_t* text;              // the display name
-  std::uint16_t request_size;        // 0: never sent
-  std::span<const Field> parameters; // offsets from the start of the packet; the first is at 12
-  const RecordRow* answer;           // null: none (codes that are no command)
-  bool series;                       // one answer packet an item, each with the total
+  const char16_t* text;               // the display name
+  std::uint16_t request_size;         // 0: never sent
+  std::span<const Field> parameters;  // offsets from the start of the packet; the first is at 12
+  const RecordRow* answer;            // null: none (codes that are no command)
+  bool series;                        // one answer packet an item, each with the total
 };
 
 struct EnumValue {
@@ -60,8 +60,8 @@ struct PacketRow {
   const RecordRow* record;  // the answer to a command is told by its code instead
 };
 
-std::span<const CommandRow> commands();                  // in code order, 50 included as no command
-const CommandRow* find_command(std::int32_t code);       // null for a code without a row
+std::span<const CommandRow> commands();             // in code order, 50 included as no command
+const CommandRow* find_command(std::int32_t code);  // null for a code without a row
 std::span<const RecordRow* const> records();
 const RecordRow* find_record(std::string_view name);
 std::span<const EnumRow> enumerations();

@@ -1,0 +1,66 @@
+// Runs every bench in interleaved rounds, all on one core, and prints what the library costs as ratios of medians.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "bench/server.h"
+
+namespace {
+
+class RatioReporter final : public benchmark::ConsoleReporter {
+ public:
+  RatioReporter() : ConsoleReporter(OO_Tabular) {}
+
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
+        medians_[run.run_name.function_name] = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+      }
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+
+  void Finalize() override {
+    std::printf("\nRatios of medians (client and server on one core)\n");
+    ratio("round trip by hand : raw", "BM_RoundTripByHand", "BM_RoundTripRaw");
+    ratio("round trip, early wake : raw", "BM_RoundTripEarlyWake", "BM_RoundTripRaw");
+    ratio("36-byte positions, handler : by hand", "BM_PositionsToHandler", "BM_PositionsByHand");
+    ratio("36,048-byte blocks, handler : by hand", "BM_BlocksToHandler", "BM_BlocksByHand");
+    if (const auto slices = medians_.find("BM_RoundTripSlices"); slices != medians_.end()) {
+      std::printf("  %-40s %6.2f ms\n", "round trip in slices", slices->second * 1e3);
+    }
+  }
+
+ private:
+  void ratio(const char* what, const char* above, const char* below) const {
+    const auto high = medians_.find(above);
+    const auto low = medians_.find(below);
+    if (high == medians_.end() || low == medians_.end()) return;
+    std::printf("  %-40s %6.3f\n", what, high->second / low->second);
+  }
+
+  std::map<std::string, double> medians_;  // seconds
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  kestrine::bench::pin_to_one_core();
+  std::vector<char*> arguments(argv, argv + argc);
+  std::string interleaved = "--benchmark_enable_random_interleaving=true";
+  std::string repetitions = "--benchmark_repetitions=15";
+  std::string aggregates = "--benchmark_report_aggregates_only=true";
+  std::string shortest = "--benchmark_min_time=0.05";
+  for (std::string* option : {&interleaved, &repetitions, &aggregates, &shortest}) {
+    arguments.insert(arguments.begin() + 1, option->data());  // before the caller's own, which win
+  }
+  auto count = static_cast<int>(arguments.size());
+  benchmark::Initialize(&count, arguments.data());
+  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
+  RatioReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  return 0;
+}

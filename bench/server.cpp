@@ -1,0 +1,158 @@
+#include "bench/server.h"
+
+#include <arpa/inet.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "kestrine/records.h"
+#include "kestrine/wire.h"
+
+namespace kestrine::bench {
+namespace {
+
+constexpr std::size_t kRequest = 12;
+constexpr std::size_t kAnswer = 16;
+constexpr std::size_t kHeader = 8;
+constexpr std::int32_t kBlockPoints = 1000;
+
+[[noreturn]] void give_up(const char* what) {
+  std::perror(what);
+  std::exit(1);
+}
+
+void no_delay(int socket) {
+  const int on = 1;
+  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+bool send_all(int socket, const std::uint8_t* from, std::size_t bytes) {
+  while (bytes > 0) {
+    const ssize_t sent = send(socket, from, bytes, MSG_NOSIGNAL);
+    if (sent <= 0) return false;
+    from += sent;
+    bytes -= static_cast<std::size_t>(sent);
+  }
+  return true;
+}
+
+bool receive_all(int socket, std::uint8_t* into, std::size_t bytes) {
+  return recv(socket, into, bytes, MSG_WAITALL) == static_cast<ssize_t>(bytes);
+}
+
+std::vector<std::uint8_t> packet_of(std::size_t size, std::int32_t type) {
+  std::vector<std::uint8_t> packet(size);
+  wire::store_i32(packet.data(), static_cast<std::int32_t>(size));
+  wire::store_i32(&packet[4], type);
+  return packet;
+}
+
+}  // namespace
+
+void pin_to_one_core() {
+  cpu_set_t cores;
+  CPU_ZERO(&cores);
+  CPU_SET(0, &cores);
+  if (sched_setaffinity(0, sizeof cores, &cores) != 0) give_up("pinning to one core");
+}
+
+Burst position_burst(std::size_t count) {
+  return {packet_of(RecordTraits<ReflectorPosResultT>::size, VL_DT_ReflectorPosResult), count};
+}
+
+Burst block_burst(std::size_t count) {
+  using Block = RecordTraits<MultiMeasResultT>;
+  Burst burst{packet_of(Block::header_size + kBlockPoints * RecordTraits<MeasValueT>::size, VL_DT_MultiMeasResult),
+              count};
+  wire::store_i32(&burst.packet[12], kBlockPoints);
+  return burst;
+}
+
+Server::Server(Burst burst) : burst_(std::move(burst)), listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* generic = reinterpret_cast<sockaddr*>(&address);
+  if (bind(listener_, generic, size) != 0 || listen(listener_, 4) != 0) give_up("listening");
+  getsockname(listener_, generic, &size);
+  port_ = ntohs(address.sin_port);
+  thread_ = std::thread([this] { serve(); });
+}
+
+Server::~Server() {
+  stopping_ = true;
+  shutdown(listener_, SHUT_RDWR);
+  thread_.join();
+  close(listener_);
+}
+
+void Server::serve() {
+  while (!stopping_) {
+    const int client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (client < 0) continue;
+    no_delay(client);
+    serve_client(client);
+    close(client);
+  }
+}
+
+void Server::serve_client(int client) {
+  std::array<std::uint8_t, kRequest + 128> request;
+  while (receive_all(client, request.data(), kHeader)) {
+    const auto size = static_cast<std::size_t>(wire::load_i32(request.data()));
+    if (size > request.size() || !receive_all(client, &request[kHeader], size - kHeader)) return;
+    std::array<std::uint8_t, kAnswer> answer{};
+    wire::store_i32(answer.data(), kAnswer);
+    const std::int32_t command = wire::load_i32(&request[8]);
+    wire::store_i32(&answer[8], command);
+    if (!send_all(client, answer.data(), answer.size())) return;
+    if (command != VL_C_StartMeasurement) continue;
+    for (std::size_t i = 0; i < burst_.count; ++i) {
+      if (!send_all(client, burst_.packet.data(), burst_.packet.size())) return;
+    }
+  }
+}
+
+int connect_to(std::uint16_t port) {
+  const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  if (connect(client, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) give_up("connecting");
+  no_delay(client);
+  const int receive_buffer = 256 * 1024;  // as the library has it
+  setsockopt(client, SOL_SOCKET, SO_RCVBUF, &receive_buffer, sizeof receive_buffer);
+  return client;
+}
+
+void send_request(int socket, std::int32_t command) {
+  std::array<std::uint8_t, kRequest> request{};
+  wire::store_i32(request.data(), kRequest);
+  wire::store_i32(&request[8], command);
+  if (!send_all(socket, request.data(), request.size())) give_up("sending");
+}
+
+void read_exactly(int socket, void* into, std::size_t bytes) {
+  if (!receive_all(socket, static_cast<std::uint8_t*>(into), bytes)) give_up("receiving");
+}
+
+std::size_t read_packet(int socket, std::vector<std::uint8_t>& into) {
+  pollfd readable{socket, POLLIN, 0};
+  std::array<std::uint8_t, kHeader> header;
+  while (poll(&readable, 1, -1) != 1 || recv(socket, header.data(), kHeader, MSG_PEEK) < static_cast<ssize_t>(kHeader)) {
+  }
+  const auto size = static_cast<std::size_t>(wire::load_i32(header.data()));
+  if (size > into.size()) into.resize(size);
+  read_exactly(socket, into.data(), size);
+  return size;
+}
+
+}  // namespace kestrine::bench

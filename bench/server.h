@@ -1,0 +1,53 @@
+// The server that all sides of a comparison talk to: blocking sockets, one thread, as little work as possible.
+// It answers every request at once and follows a start of measurement with a burst of data packets.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+namespace kestrine::bench {
+
+// Client and server share one core, so that a round trip counts work and not the luck of the scheduler.
+void pin_to_one_core();
+
+struct Burst {
+  std::vector<std::uint8_t> packet;
+  std::size_t count = 0;
+};
+
+// 36 bytes: the reflector's position.
+Burst position_burst(std::size_t count);
+// 36,048 bytes: a block of 1,000 continuous points.
+Burst block_burst(std::size_t count);
+
+class Server {
+ public:
+  explicit Server(Burst burst = {});
+  ~Server();
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  std::uint16_t port() const { return port_; }
+
+ private:
+  void serve();
+  void serve_client(int client);
+
+  Burst burst_;
+  int listener_;
+  std::uint16_t port_ = 0;
+  std::atomic<bool> stopping_ = false;
+  std::thread thread_;
+};
+
+// A plain client: blocking, no delay for small writes.
+int connect_to(std::uint16_t port);
+void send_request(int socket, std::int32_t command);
+void read_exactly(int socket, void* into, std::size_t bytes);
+// The hand-written loop that the library is measured against: wait, peek at the header, read the packet.
+std::size_t read_packet(int socket, std::vector<std::uint8_t>& into);
+
+}  // namespace kestrine::bench

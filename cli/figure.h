@@ -1,0 +1,43 @@
+// What a picture of a measurement has to show, worked out before anything is drawn.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/measurement.h"
+#include "cli/statistics.h"
+
+namespace kestrine::cli {
+
+struct Figure {
+  const Measurement& measurement;
+  Summary summary;
+  std::optional<Circle> circle;  // that a streamed target went around
+  // A figure under a millimetre is drawn around its mean, in the fine unit: its coordinates share all leading digits.
+  bool around_mean = false;
+
+  // A target on the move: drawn as the path it took rather than as a cloud.
+  bool is_path() const { return measurement.kind == Kind::kStream && !around_mean; }
+};
+
+// Needs at least one point.
+Figure figure_of(const Measurement& measurement);
+
+// One curve of deviations over time.
+struct Series {
+  std::string name;
+  std::vector<double> values;
+};
+
+// How far off each point is, in the unit that suits the figures.
+struct Deviations {
+  std::string from;  // what the points are compared with
+  std::string unit;
+  std::vector<Series> series;
+};
+
+// From the circle where there is one, from the mean of all points otherwise.
+Deviations deviations_of(const Figure& figure);
+
+}  // namespace kestrine::cli

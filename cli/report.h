@@ -1,0 +1,19 @@
+// What the tool prints for people: the tracker, a table, a summary.
+#pragma once
+
+#include <iosfwd>
+
+#include "cli/measurement.h"
+
+namespace kestrine::cli {
+
+void print_tracker(std::ostream& out, const Tracker& tracker, const LengthUnit& unit);
+
+// The table of a stationary series: its head, a row as each point comes in, and mean and spread at the end.
+void print_table_head(std::ostream& out, const LengthUnit& unit);
+void print_table_row(std::ostream& out, const LengthUnit& unit, std::size_t index, const Point& point);
+void print_table_foot(std::ostream& out, const Measurement& measurement);
+
+void print_stream_summary(std::ostream& out, const Measurement& measurement);
+
+}  // namespace kestrine::cli

@@ -1,0 +1,56 @@
+#include "cli/units.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "cli/failure.h"
+#include "cli/format.h"
+
+namespace kestrine::cli {
+namespace {
+
+constexpr double kInch = 0.0254;
+constexpr double kMicron = 1e-6;
+constexpr double kThou = kInch / 1000;
+
+constexpr std::array kLengthUnits{
+    LengthUnit{"mm", VL_LU_Millimeter, 1e-3, 4, "µm", kMicron},
+    LengthUnit{"m", VL_LU_Meter, 1.0, 7, "µm", kMicron},
+    LengthUnit{"um", VL_LU_Micron, kMicron, 1, "µm", kMicron},
+    LengthUnit{"in", VL_LU_Inch, kInch, 5, "thou", kThou},
+    LengthUnit{"ft", VL_LU_Foot, 12 * kInch, 6, "thou", kThou},
+    LengthUnit{"yd", VL_LU_Yard, 36 * kInch, 7, "thou", kThou},
+};
+
+constexpr double kMostFineMetres = 5e-3;
+
+}  // namespace
+
+bool LengthUnit::is_fine(double value) const {
+  return std::abs(value) * metres < kMostFineMetres;
+}
+
+std::string LengthUnit::position_text(double value) const {
+  return fixed(value, decimals) + " " + std::string(name);
+}
+
+std::string LengthUnit::deviation_text(double value) const {
+  if (!is_fine(value)) return position_text(value);
+  return fixed(to_fine(value), 1) + " " + std::string(fine_name);
+}
+
+const LengthUnit& length_unit(std::string_view name) {
+  const auto found =
+      std::find_if(kLengthUnits.begin(), kLengthUnits.end(), [&](const auto& u) { return u.name == name; });
+  if (found == kLengthUnits.end()) throw Failure("no such length unit: " + std::string(name));
+  return *found;
+}
+
+std::vector<std::string> length_unit_names() {
+  std::vector<std::string> names;
+  for (const auto& unit : kLengthUnits) names.emplace_back(unit.name);
+  return names;
+}
+
+}  // namespace kestrine::cli

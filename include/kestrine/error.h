@@ -1,0 +1,98 @@
+// Failures as C++ exceptions: check() turns a failed status code and the thread's error information into one.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <string>
+
+#include "kestrine/component.h"
+#include "kestrine/pointer.h"
+
+// Error information made by the library also tells its number: one of its own (40001 to 40028, -1) or the
+// server's status.
+struct IErrorNumber : IUnknown {
+  virtual HRESULT GetNumber(std::int32_t* number) = 0;
+
+ protected:
+  ~IErrorNumber() = default;
+};
+inline constexpr IID IID_IErrorNumber = {
+    0x5be0a6f1, 0x3c87, 0x4c2e, {0x9a, 0x41, 0x7d, 0x0b, 0x52, 0xe6, 0x1f, 0x38}};
+
+namespace kestrine {
+
+template <>
+struct InterfaceId<IErrorNumber> {
+  static constexpr const IID& value = IID_IErrorNumber;
+};
+
+// UTF-8 of a UTF-16 text; an unpaired surrogate becomes U+FFFD.
+inline std::string to_utf8(std::u16string_view text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    std::uint32_t code = text[i];
+    const bool high = code >= 0xD800 && code < 0xDC00;
+    if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+      code = 0x10000 + ((code - 0xD800) << 10) + (text[++i] - 0xDC00u);
+    } else if (code >= 0xD800 && code < 0xE000) {
+      code = 0xFFFD;
+    }
+    const auto put = [&out](std::uint32_t byte) { out.push_back(static_cast<char>(byte)); };
+    if (code < 0x80) {
+      put(code);
+    } else if (code < 0x800) {
+      put(0xC0 | code >> 6), put(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+      put(0xE0 | code >> 12), put(0x80 | (code >> 6 & 0x3F)), put(0x80 | (code & 0x3F));
+    } else {
+      put(0xF0 | code >> 18), put(0x80 | (code >> 12 & 0x3F)), put(0x80 | (code >> 6 & 0x3F));
+      put(0x80 | (code & 0x3F));
+    }
+  }
+  return out;
+}
+
+class Error : public std::exception {
+ public:
+  Error(HRESULT code, std::int32_t number, std::u16string text, std::u16string source)
+      : code_(code), number_(number), text_(std::move(text)), source_(std::move(source)), what_(to_utf8(text_)) {}
+
+  HRESULT code() const { return code_; }
+  std::int32_t number() const { return number_; }  // 0 when the failure carried none
+  const std::u16string& text() const { return text_; }
+  const std::u16string& source() const { return source_; }  // such as "Kestrine.LTConnect.1"
+  const char* what() const noexcept override { return what_.c_str(); }
+
+ private:
+  HRESULT code_;
+  std::int32_t number_;
+  std::u16string text_;
+  std::u16string source_;
+  std::string what_;
+};
+
+// The thread's error information, taken out of its slot, as an exception for `code`.
+inline Error take_error(HRESULT code) {
+  const auto text = [](BSTR value) {
+    std::u16string copy = value == nullptr ? std::u16string() : std::u16string(value, SysStringLen(value));
+    SysFreeString(value);
+    return copy;
+  };
+  Pointer<IErrorInfo> info;
+  if (GetErrorInfo(0, info.put()) != S_OK) return Error(code, 0, u"no error information", u"");
+  BSTR description = nullptr;
+  BSTR source = nullptr;
+  info->GetDescription(&description);
+  info->GetSource(&source);
+  std::int32_t number = 0;
+  if (const auto numbered = info.query<IErrorNumber>()) numbered->GetNumber(&number);
+  return Error(code, number, text(description), text(source));
+}
+
+// Throws for a failed status code; warnings (S_FALSE) pass and are returned.
+inline HRESULT check(HRESULT code) {
+  if (FAILED(code)) throw take_error(code);
+  return code;
+}
+
+}  // namespace kestrine

@@ -1,0 +1,28 @@
+// Everything an application needs: interfaces, records, events, a smart pointer and the host services.
+#pragma once
+
+#include "kestrine/com_error.h"
+#include "kestrine/component.h"
+#include "kestrine/error.h"
+#include "kestrine/events.h"
+#include "kestrine/host.h"
+#include "kestrine/interfaces.h"
+#include "kestrine/pointer.h"
+#include "kestrine/records.h"
+#include "kestrine/subscription.h"
+
+extern "C" HRESULT DllGetClassObject(const CLSID& clsid, const IID& iid, void** object);
+
+namespace kestrine {
+
+// A new object of one of the library's classes, such as create<ILTConnect>(CLSID_LTConnect).
+template <class Interface>
+Pointer<Interface> create(const CLSID& clsid) {
+  Pointer<IClassFactory> factory;
+  check(DllGetClassObject(clsid, IID_IClassFactory, factory.put_void()));
+  Pointer<Interface> object;
+  check(factory->CreateInstance(nullptr, interface_id<Interface>(), object.put_void()));
+  return object;
+}
+
+}  // namespace kestrine

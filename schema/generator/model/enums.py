@@ -1,0 +1,47 @@
+"""Enumerations and their values."""
+
+from dataclasses import dataclass
+
+from ..errors import Where, require
+from ..source import Source
+from .names import Scope
+
+
+@dataclass(frozen=True)
+class EnumValue:
+    value: int
+    name: str
+    text: str | None  # result statuses only; a second name of a status has none
+    where: Where
+
+
+@dataclass(frozen=True)
+class Enum:
+    name: str
+    values: list[EnumValue]
+    where: Where
+
+
+def load_enums(source: Source, global_names: Scope) -> dict[str, Enum]:
+    enums = {}
+    for table in source.tables("enum"):
+        table.allow("name", "values")
+        name = table.take("name", str)
+        global_names.claim_name(name, table.where)
+        values = []
+        for row in table.rows("values", (int, str), (int, str, str)):
+            values.append(EnumValue(row[0], row[1], row[2] if len(row) > 2 else None, row.where))
+        require(bool(values), table.where, f"{name} has no values")
+        enums[name] = Enum(name, values, table.where)
+    return enums
+
+
+def check_values(enums: dict[str, Enum], global_names: Scope) -> None:
+    """The enumerations are unscoped, so the names of their values share one scope with everything else."""
+    for enum in enums.values():
+        texts = Scope(f"the text of {enum.name} value")
+        for value in enum.values:
+            global_names.claim_name(value.name, value.where)
+            require(-(2**31) <= value.value < 2**31, value.where, f"{value.value} does not fit 32 bits")
+            if value.text is not None:
+                texts.claim(value.value, value.where)

@@ -1,0 +1,41 @@
+"""The string table and the library's own error numbers."""
+
+from dataclasses import dataclass
+
+from ..errors import require
+from ..source import Source
+from .names import Scope
+
+
+@dataclass(frozen=True)
+class TextRow:
+    row: int
+    text: str
+    name: str  # empty: reached through an error only
+
+
+@dataclass(frozen=True)
+class Error:
+    number: int
+    name: str
+    row: int  # 0: the text is put together at run time
+
+
+def load_texts(source: Source) -> list[TextRow]:
+    numbers, names, texts = Scope("the text row"), Scope("the text name"), []
+    for row in source.rows("texts", (int, str), (int, str, str)):
+        numbers.claim(row[0], row.where)
+        if len(row) > 2:
+            names.claim_name(row[2], row.where)
+        texts.append(TextRow(row[0], row[1], row[2] if len(row) > 2 else ""))
+    return texts
+
+
+def load_errors(source: Source, texts: list[TextRow]) -> list[Error]:
+    names, errors = Scope("the error"), []
+    rows = {text.row for text in texts}
+    for row in source.rows("errors", (int, str, int)):
+        names.claim_name(row[1], row.where)
+        require(row[2] == 0 or row[2] in rows, row.where, f"there is no text row {row[2]}")
+        errors.append(Error(*row))
+    return errors

@@ -1,0 +1,16 @@
+"""include/kestrine/enums.h"""
+
+from ..model.enums import Enum
+from ..model.schema import Schema
+from .text import header
+
+
+def write(schema: Schema) -> str:
+    body = "\n\n".join(_enum(enum) for enum in schema.enums.values())
+    return header("The enumerations of the protocol and of the library. All travel as 32-bit signed integers, and a value\n"
+                  "// that is not listed is passed on as it is.", ["<cstdint>"], body)
+
+
+def _enum(enum: Enum) -> str:
+    values = "".join(f"  {value.name} = {value.value},\n" for value in enum.values)
+    return f"enum {enum.name} : std::int32_t {{\n{values}}};"

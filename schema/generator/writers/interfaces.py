@@ -1,0 +1,71 @@
+"""include/kestrine/interfaces.h"""
+
+from uuid import UUID
+
+from ..model.identifiers import Identifier
+from ..model.interfaces import Member, Method
+from ..model.schema import Schema
+from .members import signature
+from .text import header, wrapped
+
+_TIMES = {"standard": "StandardWaitTime", "extended": "ExtendedWaitTime", "tracker init": "TrackerInitWaitTime",
+          "measurement additional": "MeasurementAdditionalTime", "find": "FindWaitTime",
+          "transformation": "TransformationWaitTime", "orient to gravity": "OrientToGravityWaitTime",
+          "intermediate compensation": "IntermedCompensationWaitTime", "ATR compensation": "ATRCompensationWaitTime"}
+_COMMENT = """The interfaces of the library and the identifiers of its classes. Every operation returns a status code: S_OK,
+// S_FALSE for a warning, or a failure that the thread's error information describes. In texts and records stay the
+// caller's, out texts and arrays become the caller's."""
+_SYNC_COMMENT = """// The blocking command set. Every operation sends one command and waits for its answer, for as long as the setting
+// that is named with it, "+ measure time" where the stationary measure time is added; meanwhile the thread's messages
+// are handled. Outputs are those of the answer, whatever the status, unless something else is said: look at the
+// returned status first. Flags handed out are the low 16 bits of the server's own."""
+_CONNECT_COMMENT = """// The connection to the server. The member number is the dispatch identifier."""
+
+
+def write(schema: Schema) -> str:
+    parts = [_identifier(identifier) for identifier in schema.identifiers]
+    parts += ["", _interface("ILTConnect", _CONNECT_COMMENT, schema.connect_members),
+              _interface("ILTCommandSync", _SYNC_COMMENT, schema.sync_methods), "namespace kestrine {\n"]
+    parts += [_interface_id(name) for name in ("ILTConnect", "ILTCommandSync")]
+    parts += ["}  // namespace kestrine"]
+    includes = ["<cstdint>", "", '"kestrine/component.h"', '"kestrine/enums.h"', '"kestrine/interface_id.h"',
+                '"kestrine/records.h"']
+    return header(_COMMENT, includes, "\n".join(parts))
+
+
+def _identifier(identifier: Identifier) -> str:
+    return f"inline constexpr GUID {identifier.constant}{_guid(identifier.value)};"
+
+
+def _guid(value: UUID) -> str:
+    tail = ", ".join(f"0x{byte:02X}" for byte in value.bytes[8:])
+    return (f"{{0x{value.time_low:08X}, 0x{value.time_mid:04X}, 0x{value.time_hi_version:04X}, {{{tail}}}}}")
+
+
+def _interface(name: str, comment: str, members: list[Member]) -> str:
+    slots = "\n".join(_slot(member) for member in members)
+    return f"{comment}\nstruct {name} : IUnknown {{\n{slots}\n\n protected:\n  ~{name}() = default;\n}};\n"
+
+
+def _slot(member: Member) -> str:
+    start, parameters = signature(member)
+    declared = wrapped(f"  virtual {start}", parameters, ") = 0;")
+    return f"  // {member.dispid}. {_doc(member)}\n{declared}"
+
+
+def _doc(member: Member) -> str:
+    if not isinstance(member, Method):
+        return member.doc
+    parts = []
+    if member.command:
+        wait = _TIMES.get(member.wait, "sends only; the items arrive as events")
+        parts += [f'"{member.command.text}" ({member.command.code}); {wait}'
+                  + (" + measure time." if member.adds_measure_time else ".")]
+    parts += {"measurement": ["Outputs are those of the result packet."],
+              "tiltra": ["Outputs are those of the inclination sensor's packet."]}.get(member.source, [])
+    return "\n  // ".join(parts + ([member.doc] if member.doc else []))
+
+
+def _interface_id(name: str) -> str:
+    return (f"template <>\nstruct InterfaceId<{name}> {{\n"
+            f"  static constexpr const IID& value = IID_{name};\n}};\n")

@@ -1,0 +1,109 @@
+"""include/kestrine/records.h"""
+
+from ..model.records import SCALARS, Field, Record
+from ..model.schema import Schema
+from .text import header
+
+_CPP = {"int32": "std::int32_t", "bool32": "std::int32_t", "double": "double", "byte": "std::uint8_t"}
+_COMMENT = """The records of the protocol, laid out in memory as on the wire: packed to 4 bytes, nothing in between. The
+// readers and writers take the wire's byte order for what it is, whatever the host's own."""
+
+
+def write(schema: Schema) -> str:
+    records = list(schema.records.all.values())
+    enums = set(schema.enums)
+    body = ["#pragma pack(push, 4)\n"]
+    body += [_struct(record) for record in records]
+    body += [f"using {alias} = {record.name};\n" for alias, record in schema.records.aliases.items()]
+    body += ["#pragma pack(pop)\n"]
+    body += [_asserts(record) for record in records]
+    body += ["namespace kestrine {\n", _TRAITS]
+    body += [_traits(record) for record in records]
+    body += [_READERS]
+    body += [_reader(record, enums) + "\n" + _writer(record) for record in records]
+    body += ["}  // namespace kestrine"]
+    includes = ["<cstddef>", "<cstdint>", "<type_traits>", "", '"kestrine/enums.h"', '"kestrine/wire.h"']
+    return header(_COMMENT, includes, "\n".join(body))
+
+
+_TRAITS = """// What generic code has to know of a record: `size` as declared, with one element where elements follow, and
+// `header_size`, where the elements begin. A record with elements has their type as `Element`.
+template <class Record>
+struct RecordTraits;
+"""
+
+_READERS = """// Readers and writers of whole records; of a record with elements only the part before them.
+template <class Record>
+Record read_as(const std::uint8_t* from) {
+  Record record;
+  read_record(from, record);
+  return record;
+}
+"""
+
+
+def _struct(record: Record) -> str:
+    return f"struct {record.name} {{\n" + "".join(f"  {_member(field)}\n" for field in record.fields) + "};\n"
+
+
+def _member(field: Field) -> str:
+    if field.type.startswith("text"):
+        return f"char16_t {field.name}[{SCALARS[field.type] // 2}] = {{}};"
+    if field.type.endswith("[]"):
+        return f"{field.type[:-2]} {field.name}[1] = {{}};"
+    return f"{_CPP.get(field.type, field.type)} {field.name} = {{}};"
+
+
+def _asserts(record: Record) -> str:
+    checks = [f"static_assert(sizeof({record.name}) == {record.size});"]
+    checks += [f"static_assert(offsetof({record.name}, {field.name}) == {field.offset});" for field in record.fields]
+    checks += [f"static_assert(std::is_trivially_copyable_v<{record.name}>);"]
+    return "\n".join(checks) + "\n"
+
+
+def _traits(record: Record) -> str:
+    lines = ["template <>", f"struct RecordTraits<{record.name}> {{",
+             f"  static constexpr std::size_t size = {record.size};",
+             f"  static constexpr std::size_t header_size = {record.header_size};"]
+    if record.element:
+        lines += [f"  using Element = {record.element.name};"]
+    return "\n".join(lines + ["};"]) + "\n"
+
+
+def _reader(record: Record, enums: set[str]) -> str:
+    body = "".join(f"  {_read(field, enums)}\n" for field in record.own_fields)
+    return f"inline void read_record(const std::uint8_t* from, {record.name}& into) {{\n{body}}}\n"
+
+
+def _writer(record: Record) -> str:
+    body = "".join(f"  {_write(field)}\n" for field in record.own_fields)
+    return f"inline void write_record(const {record.name}& from, std::uint8_t* into) {{\n{body}}}\n"
+
+
+def _read(field: Field, enums: set[str]) -> str:
+    at, member = f"from + {field.offset}", f"into.{field.name}"
+    if field.type in enums:
+        return f"{member} = static_cast<{field.type}>(wire::load_i32({at}));"
+    if field.type.startswith("text"):
+        return f"wire::load_text({at}, {member}, {SCALARS[field.type] // 2});"
+    if field.type == "byte":
+        return f"{member} = from[{field.offset}];"
+    if field.type in SCALARS:
+        return f"{member} = wire::load_{_SUFFIX[field.type]}({at});"
+    return f"read_record({at}, {member});"
+
+
+_SUFFIX = {"int32": "i32", "bool32": "i32", "double": "f64"}
+
+
+def _write(field: Field) -> str:
+    at, member = f"into + {field.offset}", f"from.{field.name}"
+    if field.type.startswith("text"):
+        return f"wire::store_text({at}, {member}, {SCALARS[field.type] // 2});"
+    if field.type == "byte":
+        return f"into[{field.offset}] = {member};"
+    if field.type.startswith("VL_"):
+        return f"wire::store_i32({at}, {member});"
+    if field.type in SCALARS:
+        return f"wire::store_{_SUFFIX[field.type]}({at}, {member});"
+    return f"write_record({member}, {at});"

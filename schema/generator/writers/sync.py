@@ -1,0 +1,108 @@
+"""src/sync/method_rows.h, src/sync/method_rows.cpp and src/sync/typed_methods.h"""
+
+from ..model.interfaces import FAMILIES, WAITS, Method, Parameter
+from ..model.schema import Schema
+from .members import signature
+from .text import array, constant, flag, header, literal, source, wrapped
+
+_TYPES = {"long": "kLong", "double": "kDouble", "bool": "kBool", "text": "kText", "variant": "kVariant"}
+_SLOTS = {"long": "i32", "double": "f64", "bool": "boolean"}
+
+
+def write_header(schema: Schema) -> str:
+    del schema
+    waits = ", ".join(constant(wait) for wait in WAITS)
+    families = ", ".join(constant(family) for family in FAMILIES)
+    body = f"""{wrapped("enum class WaitClass : std::uint8_t { ", waits.split(", "), " };", 2)}
+
+// How an operation departs from the common pattern; plain ones do not.
+{wrapped("enum class Family : std::uint8_t { ", families.split(", "), " };", 2)}
+
+// Which receive buffer the outputs are read from.
+enum class Source : std::uint8_t {{ kNone, kAnswer, kMeasurement, kTiltra }};
+
+// An enumeration counts as a long.
+enum class ParamType : std::uint8_t {{ kLong, kDouble, kBool, kText, kVariant, kRecord }};
+
+struct Param {{
+  const char* name;
+  const char* type_name;
+  ParamType type;
+  bool out;
+  std::uint16_t offset;  // in: in the request; out: in the packet of the row's source
+  std::uint16_t size;    // bytes of a record, units of an output text, else 0
+}};
+
+struct MethodRow {{
+  int dispid;
+  const char* name;
+  std::int32_t command;  // -1: none
+  Family family;
+  WaitClass wait;
+  bool adds_measure_time;
+  Source source;
+  std::int32_t result_type;  // the data type that a stationary point must have been measured as, else -1
+  std::span<const Param> params;
+}};
+
+// In the order of their identifiers, which begin with 1.
+std::span<const MethodRow> methods();"""
+    return header("The operations of ILTCommandSync as rows.", ["<cstdint>", "<span>"], body, "kestrine::sync")
+
+
+def write_rows(schema: Schema) -> str:
+    methods = schema.sync_methods
+    parts = [array("Param", f"kParams_{method.name}", [_param(parameter) for parameter in method.parameters])
+             for method in methods if method.parameters]
+    parts += [array("MethodRow", "kMethods", [_method(method) for method in methods])]
+    body = "namespace {\n\n" + "\n".join(parts) + "\n}  // namespace\n\n" + \
+        "std::span<const MethodRow> methods() { return kMethods; }"
+    return source("The operations of ILTCommandSync as rows.", ['"sync/method_rows.h"'], body, "kestrine::sync")
+
+
+def _param(parameter: Parameter) -> str:
+    kind = "kRecord" if parameter.is_record else _TYPES.get(parameter.type, "kLong")
+    return (f"{{{literal(parameter.name)}, {literal(parameter.type)}, ParamType::{kind}, {flag(parameter.out)}, "
+            f"{parameter.offset}, {parameter.size}}}")
+
+
+def _method(method: Method) -> str:
+    parameters = f"kParams_{method.name}" if method.parameters else "{}"
+    return (f"{{{method.dispid}, {literal(method.name)}, {method.command.code if method.command else -1}, "
+            f"Family::{constant(method.family)}, WaitClass::{constant(method.wait)}, "
+            f"{flag(method.adds_measure_time)}, Source::{constant(method.source)}, {method.result_type}, {parameters}}}")
+
+
+def write_typed(schema: Schema) -> str:
+    methods = "\n".join(_typed(method) for method in schema.sync_methods)
+    body = f"""// The typed operations of `Interface`, every one a call of the row with its identifier.
+template <class Interface>
+class TypedSyncMethods : public Interface {{
+ public:
+{methods}
+ protected:
+  ~TypedSyncMethods() = default;
+
+  // Null arguments for an operation without parameters.
+  virtual HRESULT call(int dispid, Argument* arguments) = 0;
+}};"""
+    return header("From typed operations to rows.", ['"kestrine/interfaces.h"', '"sync/argument.h"'], body,
+                  "kestrine::sync")
+
+
+def _typed(method: Method) -> str:
+    start, declared = signature(method)
+    if not method.parameters:
+        return f"  {start}) override {{ return this->call({method.dispid}, nullptr); }}\n"
+    packs = "".join(f"    packed[{index}].{_pack(parameter)};\n" for index, parameter in enumerate(method.parameters))
+    return (f"{wrapped(f'  {start}', declared, ') override {')}\n"
+            f"    Argument packed[{len(method.parameters)}]{{}};\n{packs}"
+            f"    return this->call({method.dispid}, packed);\n  }}\n")
+
+
+def _pack(parameter: Parameter) -> str:
+    if parameter.out:
+        return f"out = {parameter.name}"
+    if parameter.is_record:
+        return f"record = &{parameter.name}"
+    return f"{_SLOTS.get(parameter.type, 'i32')} = {parameter.name}"

@@ -1,0 +1,203 @@
+// Continuous measurements: blocks of points, each sent when its last point is due. A client that does not read
+// makes the stream wait, and it catches up afterwards; no point is ever left out.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "simulator/measurement.h"
+#include "simulator/packets.h"
+#include "simulator/sampling.h"
+#include "simulator/tracker.h"
+#include "simulator/uncertainty.h"
+
+namespace kestrine::simulator {
+namespace {
+
+constexpr std::size_t kMostPointsInBlock = 1000;
+constexpr std::size_t kMostBacklog = 256 * 1024;  // bytes that wait for a client before the stream does
+constexpr double kBlockSeconds = 0.1;             // after which a block goes out, full or not
+constexpr int kStepsAtOnce = 5000;                // before others get their turn
+
+// Points as one of the two generations packs them.
+template <class Packet>
+class Block {
+ public:
+  using Element = typename RecordTraits<Packet>::Element;
+  static constexpr std::size_t kHead = RecordTraits<Packet>::header_size;
+  static constexpr std::size_t kEach = RecordTraits<Element>::size;
+
+  std::size_t points() const { return points_; }
+  void add(const Element& element) {
+    bytes_.resize(kHead + (points_ + 1) * kEach);
+    write_record(element, bytes_.data() + kHead + points_ * kEach);
+    ++points_;
+  }
+  void keep_first(std::size_t points) {
+    points_ = points;
+    bytes_.resize(kHead + points * kEach);
+  }
+  Bytes take(Packet head, VL_DataType type) {
+    head.lNumberOfResults = static_cast<std::int32_t>(points_);
+    write_record(head, bytes_.data());
+    begin_data_packet(bytes_, type, VL_RS_AllOK);
+    points_ = 0;
+    return std::exchange(bytes_, {});
+  }
+
+ private:
+  Bytes bytes_;
+  std::size_t points_ = 0;
+};
+
+void fill_uncertainty(MeasValueT&, Tracker&, const Frame&, const Vector&) {}
+
+void fill_uncertainty(MeasValue2T& element, Tracker& tracker, const Frame& frame, const Vector& point) {
+  const Uncertainty expected = uncertainty(frame, point, tracker.noise().covariance(point));
+  element.dAprioriStd1 = expected.deviations.x;
+  element.dAprioriStd2 = expected.deviations.y;
+  element.dAprioriStd3 = expected.deviations.z;
+  element.dAprioriStdTotal = expected.total;
+  element.dAprioriCovar12 = expected.covariance12;
+  element.dAprioriCovar13 = expected.covariance13;
+  element.dAprioriCovar23 = expected.covariance23;
+}
+
+template <class Packet>
+class Stream : public Measurement {
+ public:
+  Stream(Tracker& tracker, std::weak_ptr<Client> client, VL_MeasMode mode, VL_DataType type)
+      : Measurement(std::move(client)),
+        tracker_(tracker),
+        type_(type),
+        frame_(tracker.frame()),
+        sampler_(Sampler::make(mode, tracker.settings())),
+        region_(Region::of(mode, tracker.settings(), frame_)),
+        asked_for_(points_asked_for(mode, tracker.settings())),
+        is_paced_(tracker.options().time_scale > 0 && !sampler_->is_unpaced()),
+        start_(tracker.scheduler().now()),
+        timer_(tracker.scheduler()) {
+    const std::size_t wanted = tracker.options().block_points;
+    block_points_ = std::clamp<std::size_t>(wanted ? wanted : sampler_->points_in_block(), 1, kMostPointsInBlock);
+    block_seconds_ = wanted || !is_paced_ ? std::numeric_limits<double>::infinity() : kBlockSeconds;
+    head_.measMode = mode;
+    head_.bIsTryMode = tracker.settings().get<SystemSettingsDataT>(VL_C_SetSystemSettings).bTryMeasurementMode;
+    prepare();
+  }
+
+  void stop() override {
+    const double now = tracker_.scheduler().now() - start_;
+    if (is_paced_) {
+      const auto is_due = [&](const Taken& each) { return each.sample.seconds <= now; };
+      keep_first(static_cast<std::size_t>(std::partition_point(taken_.begin(), taken_.end(), is_due) - taken_.begin()));
+      while (!is_complete() && sampler_->seconds() <= now) {
+        step();
+        if (is_block_full()) send_block();
+      }
+    }
+    send_block();
+  }
+
+  void client_caught_up() override {
+    if (std::exchange(is_waiting_, false)) deliver();
+  }
+
+ private:
+  struct Taken {
+    Sample sample;
+    Vector reading;
+  };
+
+  bool is_complete() const { return asked_for_ > 0 && count_ >= asked_for_; }
+  bool is_block_full() const {
+    return taken_.size() >= block_points_ || sampler_->seconds() >= block_start_ + block_seconds_;
+  }
+
+  // A block is measured ahead and held back until its last point is due.
+  void prepare() {
+    for (int i = 0; i < kStepsAtOnce && !is_complete() && !is_block_full(); ++i) step();
+    const double due = taken_.empty() ? sampler_->seconds() : taken_.back().sample.seconds;
+    const double wait = is_paced_ ? start_ + due - tracker_.scheduler().now() : 0;
+    timer_.start(std::max(0.0, wait), [this] { deliver(); });
+  }
+
+  void deliver() {
+    const auto receiver = client();
+    if (receiver && receiver->backlog() > kMostBacklog) {
+      is_waiting_ = true;
+      return;
+    }
+    if (is_complete() || is_block_full()) send_block();
+    if (!is_complete()) return prepare();
+    tracker_.announce(VL_SSC_MeasurementCountReached);
+    tracker_.end_measurement();
+  }
+
+  void step() {
+    const auto sample = sampler_->step();
+    if (!sample) return;
+    const Vector reading = Noise::displaced(sample->place, tracker_.noise().deviation(length(sample->place)));
+    const Vector values = frame_.to_outside(reading);
+    if (!region_.contains(reading, values)) return;
+    typename RecordTraits<Packet>::Element element;
+    const auto micros = std::llround(sample->seconds * 1e6);
+    element.lTime1 = static_cast<std::int32_t>(micros / 1000000);  // seconds and microseconds since the first point
+    element.lTime2 = static_cast<std::int32_t>(micros % 1000000);
+    element.dVal1 = values.x;
+    element.dVal2 = values.y;
+    element.dVal3 = values.z;
+    fill_uncertainty(element, tracker_, frame_, reading);
+    block_.add(element);
+    taken_.push_back({*sample, reading});
+    ++count_;
+  }
+
+  void keep_first(std::size_t points) {
+    count_ -= static_cast<std::int64_t>(taken_.size() - points);
+    taken_.resize(points);
+    block_.keep_first(points);
+  }
+
+  void send_block() {
+    block_start_ = sampler_->seconds();
+    if (taken_.empty()) return;
+    tracker_.lock_on(taken_.back().sample.place);
+    tracker_.state().last_measured = taken_.back().reading;
+    taken_.clear();
+    const auto weather = tracker_.settings().get<EnvironmentDataT>(VL_C_SetEnvironmentParams, frame_);
+    head_.dTemperature = weather.dTemperature;
+    head_.dPressure = weather.dPressure;
+    head_.dHumidity = weather.dHumidity;
+    Bytes packet = block_.take(head_, type_);
+    if (const auto receiver = client()) receiver->send(std::move(packet));
+  }
+
+  Tracker& tracker_;
+  const VL_DataType type_;
+  const Frame frame_;  // a change of units meanwhile is for the next measurement
+  const std::unique_ptr<Sampler> sampler_;
+  const Region region_;
+  const std::int64_t asked_for_;  // 0: without end
+  const bool is_paced_;
+  const double start_;
+  Timer timer_;
+  std::size_t block_points_ = 1;
+  double block_seconds_ = 0;
+  double block_start_ = 0;
+  Packet head_;
+  Block<Packet> block_;
+  std::vector<Taken> taken_;  // the points in the block
+  std::int64_t count_ = 0;
+  bool is_waiting_ = false;  // for the client to read
+};
+
+}  // namespace
+
+std::unique_ptr<Measurement> measure_continuously(Tracker& tracker, std::weak_ptr<Client> client, VL_MeasMode mode) {
+  if (tracker.settings().integer(VL_C_SetStatisticMode, 4) == VL_SM_Extended)
+    return std::make_unique<Stream<MultiMeasResult2T>>(tracker, std::move(client), mode, VL_DT_MultiMeasResult2);
+  return std::make_unique<Stream<MultiMeasResultT>>(tracker, std::move(client), mode, VL_DT_MultiMeasResult);
+}
+
+}  // namespace kestrine::simulator

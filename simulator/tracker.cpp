@@ -1,0 +1,177 @@
+#include "simulator/tracker.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "kestrine/wire.h"
+#include "simulator/limits.h"
+#include "simulator/weather.h"
+
+namespace kestrine::simulator {
+namespace {
+
+constexpr double kPositionInterval = 1.0 / 3;
+
+Pose orientation_of(const Settings& settings) {
+  const auto data = settings.get<StationOrientationDataT>(VL_C_SetStationOrientationParams);
+  return {{data.dVal1, data.dVal2, data.dVal3}, rotation({data.dRot1, data.dRot2, data.dRot3}), 1};
+}
+
+Pose transformation_of(const Settings& settings) {
+  const auto data = settings.get<TransformationDataT>(VL_C_SetTransformationParams);
+  return {{data.dVal1, data.dVal2, data.dVal3}, rotation({data.dRot1, data.dRot2, data.dRot3}), data.dScale};
+}
+
+}  // namespace
+
+Tracker::Tracker(const Options& options, Scheduler& scheduler)
+    : options_(options),
+      scheduler_(scheduler),
+      noise_(options.seed),
+      drive_(scheduler, to_polar(bird_bath())),
+      action_(scheduler),
+      position_display_(scheduler) {
+  position_display_.start(kPositionInterval, [this] { show_position(); }, Pace::kWall);
+}
+
+void Tracker::join(std::shared_ptr<Client> client) {
+  clients_.push_back(std::move(client));
+}
+
+void Tracker::leave(const Client& client) {
+  if (measurement_ && measurement_->client().get() == &client) end_measurement();
+  std::erase_if(clients_, [&](const auto& each) { return each.get() == &client; });
+}
+
+void Tracker::caught_up(const Client& client) {
+  if (measurement_ && measurement_->client().get() == &client) measurement_->client_caught_up();
+}
+
+void Tracker::execute(const std::shared_ptr<Client>& client, Bytes packet) {
+  const std::int32_t command = wire::load_i32(packet.data() + 8);
+  const protocol::CommandRow* row = protocol::find_command(command);
+  const auto complain = [&](std::int32_t about, VL_ResultStatus status) {
+    client->send(answer_packet(VL_DT_Error, about, status, RecordTraits<ErrorResponseT>::size));
+    client->answered();
+  };
+  if (wire::load_i32(packet.data() + 4) != VL_DT_Command || !row || row->request_size == 0)
+    return complain(VL_C_Unknown, VL_RS_NotImplemented);
+  if (packet.size() != row->request_size) return complain(command, VL_RS_WrongParameter);
+
+  const Request request(*row, std::move(packet), frame());
+  const Handler* handler = find_handler(command);
+  VL_ResultStatus status = handler ? refusal(handler->needs) : VL_RS_AllOK;
+  if (status == VL_RS_AllOK) status = check_parameters(request);
+  state_.last_status = status;
+  const Reply reply(client, *row, request.frame(), is_accepted(status) ? status : VL_RS_AllOK);
+  if (!is_accepted(status)) return reply.status(status);
+  if (handler) return handler->run(*this, request, reply);
+  const SettingRow* setting = find_setting(command);
+  if (!setting) return reply.status(VL_RS_NotImplemented);
+  if (setting->set == command) return change_setting(*setting, request, reply);
+  reply.values(settings_.load(*setting, request.frame()));
+}
+
+VL_ResultStatus Tracker::refusal(Needs needs) const {
+  if (needs == Needs::kNothing) return VL_RS_AllOK;
+  if (!state_.initialised) return VL_RS_TrackerNotInitialized;
+  if (needs == Needs::kReady && readiness() == VL_TS_Busy) return VL_RS_ServerBusy;
+  return VL_RS_AllOK;
+}
+
+Frame Tracker::frame() const {
+  const auto units = settings_.get<SystemUnitsDataT>(VL_C_SetUnits);
+  const auto system = settings_.get<SystemSettingsDataT>(VL_C_SetSystemSettings);
+  Frame frame{units.lenUnitType, units.angUnitType, units.tempUnitType, units.pressUnitType,
+              settings_.get<VL_CoordinateSystemType>(VL_C_SetCoordinateSystemType)};
+  if (system.bApplyStationOrientationParams) frame.orientation = orientation_of(settings_);
+  if (system.bApplyTransformationParams) frame.transformation = transformation_of(settings_);
+  return frame;
+}
+
+VL_TrackerStatus Tracker::readiness() const {
+  if (action_.running() || measurement_) return VL_TS_Busy;
+  return state_.initialised ? VL_TS_Ready : VL_TS_NotReady;
+}
+
+void Tracker::change_setting(const SettingRow& row, const Request& request, const Reply& reply) {
+  settings_.store(row, request.parameters(), request.frame());
+  reply.done();
+  if (row.change != kUnreported) announce(static_cast<VL_SystemStatusChange>(row.change));
+  if (row.set == VL_C_SetEnvironmentParams && refraction_follows_weather(settings_)) {
+    settings_.put(VL_C_SetRefractionParams,
+                  refraction(settings_.get<EnvironmentDataT>(VL_C_SetEnvironmentParams)));
+    announce(VL_SSC_RefractionParamsChanged);
+  }
+}
+
+void Tracker::announce(VL_SystemStatusChange change) {
+  for (const auto& client : clients_) {
+    if (client->wants_status_changes) client->send(status_change_packet(change));
+  }
+}
+
+void Tracker::report_readiness() {
+  const VL_TrackerStatus now = readiness();
+  if (std::exchange(reported_readiness_, now) == now) return;
+  announce(now == VL_TS_Busy    ? VL_SSC_MeasStatus_Busy
+           : now == VL_TS_Ready ? VL_SSC_MeasStatus_Ready
+                                : VL_SSC_MeasStatus_NotReady);
+}
+
+void Tracker::act(double seconds, std::function<void()> done) {
+  action_.start(seconds, [this, done = std::move(done)] {
+    done();
+    report_readiness();
+  });
+  report_readiness();
+}
+
+void Tracker::begin_measurement(std::unique_ptr<Measurement> measurement) {
+  measurement_ = std::move(measurement);
+  report_readiness();
+}
+
+void Tracker::end_measurement() {
+  measurement_.reset();
+  report_readiness();
+}
+
+void Tracker::set_initialised(bool initialised) {
+  state_.initialised = initialised;
+  announce(VL_SSC_InitializationStatusChanged);
+}
+
+void Tracker::lock_on(const Vector& target) {
+  drive_.point(to_polar(target));
+  state_.target = target;
+}
+
+void Tracker::show_position() {
+  position_display_.start(kPositionInterval, [this] { show_position(); }, Pace::kWall);
+  if (!state_.initialised || !state_.target) return;
+  ReflectorPosResultT position;
+  const Vector values = frame().to_outside(*state_.target);
+  position.dVal1 = values.x;
+  position.dVal2 = values.y;
+  position.dVal3 = values.z;
+  Bytes packet = packed(position);
+  begin_data_packet(packet, VL_DT_ReflectorPosResult, VL_RS_AllOK);
+  for (const auto& client : clients_) {
+    // A display is worth nothing late: a client that does not read gets none.
+    if (client->wants_positions && client->backlog() == 0) client->send(packet);
+  }
+}
+
+void Tracker::restart() {
+  announce(VL_SSC_ServerClosing);
+  measurement_.reset();
+  action_.stop();
+  settings_ = Settings();
+  state_ = State();
+  drive_.point(to_polar(bird_bath()));
+  reported_readiness_ = VL_TS_NotReady;
+  for (const auto& client : std::exchange(clients_, {})) client->close();
+}
+
+}  // namespace kestrine::simulator

@@ -1,0 +1,92 @@
+// The one tracker behind the server: its state, who is connected, what it is doing, and the way of a command
+// through checks to its handler.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "simulator/drive.h"
+#include "simulator/handlers.h"
+#include "simulator/measurement.h"
+#include "simulator/noise.h"
+#include "simulator/outside.h"
+#include "simulator/reply.h"
+#include "simulator/request.h"
+#include "simulator/settings.h"
+#include "simulator/simulator.h"
+#include "simulator/world.h"
+
+namespace kestrine::simulator {
+
+// Everything that a power cycle forgets, beside the settings.
+struct State {
+  bool initialised = false;
+  bool laser_on = true;
+  VL_TrackerFace face = VL_TF_Face1;
+  std::optional<Vector> target;  // the reflector that the beam is locked on
+  std::optional<Vector> last_measured;
+  VL_ResultStatus last_status = VL_RS_AllOK;
+  int drive_points = 0;
+  int nominal_points = 0;
+  int actual_points = 0;
+  std::map<std::int32_t, double> system_parameters;
+};
+
+class Tracker {
+ public:
+  Tracker(const Options& options, Scheduler& scheduler);
+
+  void join(std::shared_ptr<Client> client);
+  void leave(const Client& client);
+  // A whole packet from a client. What is no command at all gets an error packet.
+  void execute(const std::shared_ptr<Client>& client, Bytes packet);
+  // The client has taken what was sent to it.
+  void caught_up(const Client& client);
+
+  // --- For the handlers.
+  State& state() { return state_; }
+  Settings& settings() { return settings_; }
+  Noise& noise() { return noise_; }
+  Drive& drive() { return drive_; }
+  Scheduler& scheduler() { return scheduler_; }
+  const Options& options() const { return options_; }
+  Frame frame() const;
+  VL_TrackerStatus readiness() const;
+
+  // Stores a setting, with what follows from it, and tells the clients that asked.
+  void change_setting(const SettingRow& row, const Request& request, const Reply& reply);
+  void announce(VL_SystemStatusChange change);
+  // Busy for a while, then `done`. Nothing else may be going on.
+  void act(double seconds, std::function<void()> done);
+  void begin_measurement(std::unique_ptr<Measurement> measurement);
+  void end_measurement();  // destroys it: to be its last call
+  Measurement* measurement() { return measurement_.get(); }
+  void set_initialised(bool initialised);
+  // Points at a target and locks the beam on it.
+  void lock_on(const Vector& target);
+  // As after power-on; every connection ends.
+  void restart();
+
+ private:
+  VL_ResultStatus refusal(Needs needs) const;
+  void report_readiness();
+  void show_position();
+
+  Options options_;
+  Scheduler& scheduler_;
+  Settings settings_;
+  State state_;
+  Noise noise_;
+  Drive drive_;
+  std::vector<std::shared_ptr<Client>> clients_;
+  std::unique_ptr<Measurement> measurement_;
+  Timer action_;
+  Timer position_display_;
+  VL_TrackerStatus reported_readiness_ = VL_TS_NotReady;
+};
+
+}  // namespace kestrine::simulator

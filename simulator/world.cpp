@@ -1,0 +1,56 @@
+#include "simulator/world.h"
+
+#include <array>
+#include <cmath>
+#include <numbers>
+
+namespace kestrine::simulator {
+namespace {
+
+constexpr std::array kNests{
+    Nest{"A1", {2.2, -0.4, -0.3}}, Nest{"A2", {2.2, 0.4, -0.3}}, Nest{"A3", {2.8, 0.4, -0.3}},
+    Nest{"A4", {2.8, -0.4, -0.3}}, Nest{"B1", {2.2, -0.4, 0.1}}, Nest{"B2", {2.2, 0.4, 0.1}},
+    Nest{"B3", {2.8, 0.4, 0.1}},   Nest{"B4", {2.8, -0.4, 0.1}}, Nest{"C1", {2.5, -0.4, -0.1}},
+    Nest{"C2", {2.5, 0.4, -0.1}},  Nest{"D1", {2.5, 0.0, 0.15}},
+};
+
+// The nearest of all targets by a measure of distance, when that stays within the radius.
+template <class Measure>
+std::optional<Vector> nearest(double radius, const Measure& distance) {
+  Vector best = bird_bath();
+  for (const Nest& nest : kNests) {
+    if (distance(nest.place) < distance(best)) best = nest.place;
+  }
+  if (distance(best) > radius) return std::nullopt;
+  return best;
+}
+
+}  // namespace
+
+std::span<const Nest> nests() {
+  return kNests;
+}
+
+Vector bird_bath() {
+  return {0.26, 0, -0.09};
+}
+
+std::optional<Vector> target_near(const Vector& place, double radius) {
+  return nearest(radius, [&](const Vector& target) { return length(target - place); });
+}
+
+std::optional<Vector> target_along(double horizontal, double vertical, double radius) {
+  const Vector beam = to_vector({horizontal, vertical, 1});
+  return nearest(radius, [&](const Vector& target) {
+    const double along = beam.x * target.x + beam.y * target.y + beam.z * target.z;
+    return along > 0 ? length(target - along * beam) : length(target);
+  });
+}
+
+Vector path_at(double seconds) {
+  constexpr double kTurn = 2 * std::numbers::pi;
+  const double around = kTurn * seconds / 10;
+  return {2 + 0.3 * std::cos(around), 0.3 * std::sin(around), 0.05 * std::sin(kTurn * seconds / 4)};
+}
+
+}  // namespace kestrine::simulator

@@ -1,0 +1,41 @@
+// What stands around the tracker: the home position, a part with nests that each hold a reflector, and the path on
+// which a reflector is led while a continuous measurement runs. All in the tracker's own system, in metres.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "simulator/geometry.h"
+
+namespace kestrine::simulator {
+
+struct Nest {
+  std::string_view name;
+  Vector place;
+};
+
+// A block of 800 x 600 x 400 mm, 2.5 m in front of the tracker: its corners, its centre line's ends and a nest on
+// top. Between any two of them lie at least 180 mm.
+std::span<const Nest> nests();
+
+// The reflector's rest on the tracker itself.
+Vector bird_bath();
+
+// The nest or the bird bath nearest to a place, when it lies within the radius.
+std::optional<Vector> target_near(const Vector& place, double radius);
+// The same for a beam, whose distance to a target counts square to it.
+std::optional<Vector> target_along(double horizontal, double vertical, double radius);
+
+// A level circle of 300 mm radius around a point 2 m ahead, once around in 10 s, with a vertical wave of 50 mm and
+// 4 s on it.
+Vector path_at(double seconds);
+
+// The reach of the tracker.
+inline constexpr double kNearest = 0.1;
+inline constexpr double kFarthest = 60;
+// The vertical angle at which the head stops, upwards and downwards, from the zenith.
+inline constexpr double kHighest = 0.785398163397448;  // 45 degrees above the horizon
+inline constexpr double kLowest = 2.356194490192345;
+
+}  // namespace kestrine::simulator

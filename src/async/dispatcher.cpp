@@ -1,0 +1,287 @@
+#include "async/dispatcher.h"
+
+#include <algorithm>
+
+#include "kestrine/enums.h"
+#include "kestrine/pointer.h"
+#include "kestrine/wire.h"
+#include "platform/notices.h"
+#include "transport/measurement_mode.h"
+
+namespace kestrine::async {
+namespace {
+
+using transport::CLTConnectBase;
+
+// Offsets that every packet of the kind shares.
+constexpr std::int32_t kSizeOffset = 0;
+constexpr std::int32_t kTypeOffset = 4;
+constexpr std::int32_t kStatusOffset = 8;         // of measurement packets; the change of a status change
+constexpr std::int32_t kCommandOffset = 8;        // of answers and error packets
+constexpr std::int32_t kAnswerStatusOffset = 12;  // of answers and error packets
+constexpr std::int32_t kMeasModeOffset = 12;      // of measurement results
+
+std::int32_t word(const std::uint8_t* packet, std::int32_t offset) {
+  return wire::load_i32(packet + offset);
+}
+
+IUnknown* unknown_of(transport::CommandObject* object) {
+  return object == nullptr ? nullptr : object->unknown();
+}
+
+void fire_sync(transport::SyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
+  object.event_source().fire(events::sync_events()[static_cast<std::size_t>(dispid) - 1], packet);
+}
+
+void fire_async(transport::AsyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
+  object.event_source().fire(events::async_events()[static_cast<std::size_t>(dispid) - 1], packet);
+}
+
+}  // namespace
+
+void Dispatcher::DispatchPacket(CLTConnectBase& connection, const std::uint8_t* packet, std::int32_t capacity,
+                                std::int32_t byte_count) {
+  // Handlers may drop the last reference to either object, or put another one in its place.
+  const Pointer<IUnknown> keep_sync(unknown_of(slots_.current_sync));
+  const Pointer<IUnknown> keep_async(unknown_of(slots_.current_async));
+  const Delivery delivery{connection, packet, connection.sync_present ? slots_.current_sync : nullptr,
+                          connection.fires_sync_events() ? slots_.current_sync : nullptr,
+                          connection.fires_async_events() ? slots_.current_async : nullptr};
+  if (packet == nullptr) return on_timer(delivery);
+  // A received packet has its eight header bytes at the least.
+  const std::int32_t type = word(packet, kTypeOffset);
+  if (byte_count > capacity || byte_count <= 0 || byte_count != word(packet, kSizeOffset) || type < VL_DT_Command ||
+      type > VL_DT_ProbePosResult) {
+    return on_malformed(delivery, type);
+  }
+
+  // Whatever lies at the place of an answer's status: the mode of a measurement, what follows a status change.
+  connection.last_result_status = word(packet, kAnswerStatusOffset);
+  using namespace events;
+  switch (type) {
+    case VL_DT_Command:
+      return on_answer(delivery);
+    case VL_DT_Error:
+      return on_error(delivery);
+    case VL_DT_SingleMeasResult:
+      return on_single_point(delivery, false);
+    case VL_DT_SingleMeasResult2:
+      return on_single_point(delivery, true);
+    case VL_DT_StationaryProbeMeasResult:
+      return on_probe_result(delivery);
+    case VL_DT_TiltraResult:
+      return on_tiltra_result(delivery);
+    case VL_DT_SystemStatusChange:
+      return on_status_change(delivery);
+    case VL_DT_MultiMeasResult:
+    case VL_DT_MultiMeasResult2:
+      return on_data(delivery, sync_event::ContinuousPointMeasDataReady, async_event::ContinuousPointMeasDataReady);
+    case VL_DT_ContinuousProbeMeasResult:
+      return on_data(delivery, sync_event::ContinuousProbeMeasDataReady, async_event::ContinuousProbeMeasDataReady);
+    case VL_DT_ReflectorPosResult:
+      return on_data(delivery, sync_event::ReflectorPositionData, async_event::ReflectorPositionData);
+    case VL_DT_ProbePosResult:
+      return on_data(delivery, sync_event::ProbePositionData, async_event::ProbePositionData);
+    default:
+      return;
+  }
+}
+
+void Dispatcher::on_timer(const Delivery& delivery) {
+  if (delivery.sync == nullptr) return;
+  delivery.sync->ReleaseAfterAnswer();
+  delivery.sync->mark_timed_out();
+}
+
+void Dispatcher::on_malformed(const Delivery& delivery, std::int32_t type) {
+  if (type >= 1000) return;
+  if (delivery.sync != nullptr) delivery.sync->ReleaseAfterAnswer();
+  platform::beep(4000, 100);
+}
+
+// Counted and announced, without a test of their status; the application fetches the bytes itself.
+void Dispatcher::on_data(const Delivery& delivery, std::int32_t sync_event, std::int32_t async_event) {
+  if (delivery.sync != nullptr) fire_sync(*delivery.sync, sync_event, delivery.packet);
+  if (delivery.async != nullptr) fire_async(*delivery.async, async_event, delivery.packet);
+}
+
+// --- Answers and errors
+
+void Dispatcher::release_after_answer(const Delivery& delivery, std::int32_t command, std::int32_t status) {
+  transport::SyncCommands& sync = *delivery.linked;
+  CLTConnectBase& connection = delivery.connection;
+  // The acknowledgement of a stationary measurement does not end that measurement's own wait; the result does.
+  // The status is left alone, too, or a wait that ran out would look like a success.
+  const bool measures = command == VL_C_StartMeasurement ? !connection.start_measurement_acknowledged
+                                                         : command == VL_C_GoAndMeasure && sync.IsAwaitingAnswer(command);
+  if (!measures || status != VL_RS_AllOK) {
+    sync.set_last_result_status(status);
+    sync.MarkAnswerPending(command, false);  // whichever command waits
+  }
+  if (command != VL_C_StartMeasurement) return;
+  const bool was_acknowledged = connection.start_measurement_acknowledged;
+  connection.start_measurement_acknowledged = true;
+  if (status == VL_RS_AllOK || !was_acknowledged) return;
+  sync.FinishSyncCall(command, true);
+  if (delivery.sync != nullptr) {
+    const std::int32_t values[] = {command, status};
+    sync.event_source().fire_values(events::sync_event::ErrorEvent, values);
+  }
+}
+
+void Dispatcher::on_answer(const Delivery& delivery) {
+  const std::int32_t command = word(delivery.packet, kCommandOffset);
+  const std::int32_t status = word(delivery.packet, kAnswerStatusOffset);
+  if (delivery.linked != nullptr) release_after_answer(delivery, command, status);
+  fire_answer_events(delivery, command, status);
+}
+
+void Dispatcher::fire_answer_events(const Delivery& delivery, std::int32_t command, std::int32_t status) {
+  const events::AnswerRow* row = events::find_answer(command);
+  if (row == nullptr) return;
+  if (delivery.sync != nullptr && row->sync_event != nullptr) {
+    if (!row->status_tested || CheckAnswerStatus(command, status)) {
+      delivery.sync->event_source().fire(*row->sync_event, delivery.packet);
+    }
+  }
+  if (delivery.async == nullptr) return;
+  if (row->completion) {
+    if (CheckAnswerStatus(command, status)) {
+      const std::int32_t values[] = {command};
+      delivery.async->event_source().fire_values(events::async_event::CommandCompletedData, values);
+    }
+    return;
+  }
+  const bool good = !row->status_tested || CheckAnswerStatus(command, status);
+  if (good) delivery.async->event_source().fire(*row->async_event, delivery.packet);
+  if (row->async_event2 == nullptr) return;
+  // Two names for one answer: a bad status is reported once, or once for each, as the row has it.
+  const bool second = row->status_tested_twice ? CheckAnswerStatus(command, status) : good;
+  if (second) delivery.async->event_source().fire(*row->async_event2, delivery.packet);
+}
+
+bool Dispatcher::CheckAnswerStatus(std::int32_t command, std::int32_t status) {
+  if (status == VL_RS_AllOK) return true;
+  report_bad_answer(command, status);
+  return false;
+}
+
+// Reported on and told by the asynchronous object, also for answers that the synchronous interface tests.
+void Dispatcher::report_bad_answer(std::int32_t command, std::int32_t status) {
+  transport::AsyncCommands* const async = slots_.current_async;
+  if (async == nullptr) return;
+  const Pointer<IUnknown> keep(async->unknown());
+  slots_.errors->ReportAsyncAnswerError(*async, command, status);
+  const std::int32_t values[] = {command, status};
+  async->event_source().fire_values(events::async_event::ErrorEvent, values);
+}
+
+void Dispatcher::on_error(const Delivery& delivery) {
+  const std::int32_t command = word(delivery.packet, kCommandOffset);
+  const std::int32_t status = word(delivery.packet, kAnswerStatusOffset);
+  if (delivery.sync != nullptr) {
+    delivery.sync->set_last_result_status(status);
+    if (command == VL_C_Unknown) {
+      delivery.sync->FinishSyncCall(command, true);
+      const std::int32_t values[] = {command, status};
+      delivery.sync->event_source().fire_values(events::sync_event::ErrorEvent, values);
+    }
+    // The command's timer runs on and may end a later call's wait.
+    delivery.sync->ReleaseAfterAnswer();
+  }
+  if (delivery.async != nullptr) report_bad_answer(command, status);  // also for status 0
+}
+
+// --- Measurement results
+
+void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
+  const std::int32_t status = word(delivery.packet, kStatusOffset);
+  CLTConnectBase& connection = delivery.connection;
+  connection.start_measurement_acknowledged = true;
+  ++connection.stationary_results;
+  const bool consumed = delivery.linked != nullptr && delivery.linked->IsAnswerPending();
+  if (consumed) {
+    delivery.linked->set_last_result_status(status);
+    const bool starts = delivery.linked->IsAwaitingAnswer(VL_C_StartMeasurement);
+    delivery.linked->MarkAnswerPending(starts ? VL_C_StartMeasurement : VL_C_GoAndMeasure, false);
+  }
+
+  using namespace events;
+  const bool stationary = transport::is_stationary_point_mode(connection.measurement_mode);
+  const std::int32_t sync_id = stationary ? (extended ? sync_event::StationaryPoint2MeasData
+                                                      : sync_event::StationaryPointMeasData)
+                                          : (extended ? sync_event::CenterPoint2Data : sync_event::CenterPointData);
+  const std::int32_t async_id = stationary ? (extended ? async_event::StationaryPoint2MeasData
+                                                       : async_event::StationaryPointMeasData)
+                                           : (extended ? async_event::CenterPoint2Data : async_event::CenterPointData);
+  if (delivery.sync != nullptr && !(stationary && consumed)) fire_sync(*delivery.sync, sync_id, delivery.packet);
+  if (delivery.async != nullptr && CheckAnswerStatus(VL_C_StartMeasurement, status)) {
+    fire_async(*delivery.async, async_id, delivery.packet);
+  }
+}
+
+// The two interfaces treat a 6D stationary result differently: the asynchronous one tells it as a stationary
+// measurement, the synchronous one not at all.
+void Dispatcher::on_probe_result(const Delivery& delivery) {
+  const std::int32_t status = word(delivery.packet, kStatusOffset);
+  const std::int32_t mode = word(delivery.packet, kMeasModeOffset);
+  CLTConnectBase& connection = delivery.connection;
+  connection.start_measurement_acknowledged = true;
+  ++connection.stationary_results;
+  connection.legacy_stationary_mode = mode == VL_MM_Standard;
+  if (delivery.linked != nullptr && delivery.linked->IsAnswerPending()) {
+    delivery.linked->set_last_result_status(status);
+    delivery.linked->MarkAnswerPending(VL_C_StartMeasurement, false);
+  }
+
+  using namespace events;
+  const bool standard = mode == VL_MM_Standard;
+  const bool is_6d = mode == VL_MM_6DStationary;
+  if (delivery.sync != nullptr) {
+    if (standard) {
+      if (CheckAnswerStatus(VL_C_StartMeasurement, status)) {
+        fire_sync(*delivery.sync, sync_event::StationaryProbeMeasData, delivery.packet);
+      }
+    } else if (!is_6d) {
+      fire_sync(*delivery.sync, sync_event::CenterPointProbeData, delivery.packet);
+    }
+  }
+  if (delivery.async != nullptr && CheckAnswerStatus(VL_C_StartMeasurement, status)) {
+    fire_async(*delivery.async,
+               standard || is_6d ? async_event::StationaryProbeMeasData : async_event::CenterPointProbeData,
+               delivery.packet);
+  }
+}
+
+void Dispatcher::on_tiltra_result(const Delivery& delivery) {
+  const std::int32_t status = word(delivery.packet, kStatusOffset);
+  if (delivery.linked != nullptr && delivery.linked->IsAnswerPending()) {
+    delivery.linked->set_last_result_status(status);
+    delivery.linked->MarkAnswerPending(VL_C_StartTiltraMeasurement, false);
+  }
+  if (delivery.async != nullptr && CheckAnswerStatus(VL_C_StartTiltraMeasurement, status)) {
+    fire_async(*delivery.async, events::async_event::TiltraMeasurementData, delivery.packet);
+  }
+}
+
+// --- Status changes
+
+void Dispatcher::on_status_change(const Delivery& delivery) {
+  const std::int32_t change = word(delivery.packet, kStatusOffset);
+  const std::int32_t values[] = {change};
+  if (delivery.sync != nullptr) {
+    if (delivery.sync->must_defer(change)) {
+      delivery.sync->defer_status_change(change);
+    } else {
+      if (change == VL_SSC_TPConnectionClosing || change == VL_SSC_ServerClosing) delivery.sync->CancelPendingAnswer();
+      delivery.sync->event_source().fire_values(events::sync_event::StatusChangeEvent, values);
+      if (change == VL_SSC_ServerClosing) delivery.connection.link_alive = false;
+    }
+  }
+  if (delivery.async != nullptr) {
+    delivery.async->event_source().fire_values(events::async_event::StatusChangeEvent, values);
+    if (change == VL_SSC_ServerClosing) delivery.connection.link_alive = false;
+  }
+}
+
+}  // namespace kestrine::async

@@ -1,0 +1,51 @@
+// The command classes: engine or dispatcher state, an interface family and an event source, put together.
+#pragma once
+
+#include "async/command_object.h"
+#include "component/object_parts.h"
+#include "kestrine/interfaces.h"
+#include "kestrine/object.h"
+#include "sync/operations.h"
+#include "sync/typed_methods.h"
+
+namespace kestrine {
+
+template <class Interface>
+struct InterfaceId<sync::TypedSyncMethods<Interface>> : InterfaceId<Interface> {};
+
+}  // namespace kestrine
+
+namespace kestrine::component {
+
+template <class Interface, const IID& EventInterface>
+class CommandSync final
+    : public Object<sync::TypedSyncMethods<Interface>, ErrorInfoSupport<Interface>, EventContainer<EventInterface>>,
+      public sync::CLTCommandSyncBase {
+ public:
+  explicit CommandSync(transport::Slots& generation) : CLTCommandSyncBase(generation) { enter(); }
+
+  IUnknown* unknown() override { return static_cast<Interface*>(this); }
+  events::EventSource& event_source() override { return this->source_; }
+
+ private:
+  ~CommandSync() override { leave(); }
+  HRESULT call(int dispid, sync::Argument* arguments) override { return perform(dispid, arguments); }
+};
+
+template <const IID& EventInterface>
+class CommandAsync final : public Object<EventContainer<EventInterface>>, public async::CLTCommandAsyncBase {
+ public:
+  explicit CommandAsync(transport::Slots& generation) : CLTCommandAsyncBase(generation) { enter(); }
+
+  IUnknown* unknown() override { return static_cast<IConnectionPointContainer*>(this); }
+  events::EventSource& event_source() override { return this->source_; }
+
+ private:
+  ~CommandAsync() override { leave(); }
+};
+
+using CLTCommandSync = CommandSync<ILTCommandSync, DIID__ILTCommandSyncEvents>;
+// Source of events only: its sending operations are not there yet.
+using CLTCommandAsync = CommandAsync<DIID__ILTCommandAsyncEvents>;
+
+}  // namespace kestrine::component

@@ -1,0 +1,16 @@
+// The thread's description of the latest failure.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "kestrine/component.h"
+#include "kestrine/pointer.h"
+
+namespace kestrine::component {
+
+// Sets the calling thread's error information and returns it. Throws std::bad_alloc when it cannot be made.
+Pointer<IErrorInfo> set_error_info(std::u16string_view text, std::u16string_view source, const IID& iid,
+                                   std::int32_t number);
+
+}  // namespace kestrine::component

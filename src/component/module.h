@@ -1,0 +1,40 @@
+// The module: the process-wide state of the library, and the classes that it can create.
+#pragma once
+
+#include "async/dispatcher.h"
+#include "component/error_reporting.h"
+#include "kestrine/component.h"
+#include "transport/slots.h"
+
+namespace kestrine::component {
+
+// Slots of one interface generation with everything that hangs on them.
+class Generation final : private transport::CommandObjectFactory {
+ public:
+  Generation(const transport::Identity& identity, transport::ProcessState& process);
+
+  transport::Slots slots;
+
+ private:
+  transport::SyncCommands* create_sync() override;
+  transport::AsyncCommands* create_async() override;
+
+  ErrorReporting errors_;
+  async::Dispatcher dispatcher_;
+};
+
+struct Module {
+  transport::ProcessState process;
+  Generation first;
+
+  Module();
+};
+
+// Made on first use and never destroyed: objects that an application keeps in its own static storage may be
+// released after everything of ours would have gone.
+Module& module();
+
+// S_OK with the class object, CLASS_E_CLASSNOTAVAILABLE for a class that is not ours.
+HRESULT get_class_object(const CLSID& clsid, const IID& iid, void** object);
+
+}  // namespace kestrine::component

@@ -1,0 +1,51 @@
+// The one connection point of a command object, and the firing of its events.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "events/event_rows.h"
+#include "kestrine/component.h"
+
+namespace kestrine::events {
+
+// Lives inside its owner and shares the owner's count. Sinks are called in slot order, on the firing thread;
+// they may advise, unadvise, call back into the library or drop the last reference from inside a handler, and a
+// sink that fails or throws does not keep an event from the others.
+class EventSource final : public IConnectionPoint {
+ public:
+  // `container` is the owner's IConnectionPointContainer; `event_interface` what a sink must answer to.
+  EventSource(IConnectionPointContainer& container, const IID& event_interface)
+      : container_(container), event_interface_(event_interface) {}
+  EventSource(const EventSource&) = delete;
+  EventSource& operator=(const EventSource&) = delete;
+  ~EventSource();
+
+  bool has_sinks() const { return advised_ > 0; }
+
+  // The result of the last sink called, S_OK without one. Throws std::bad_alloc when a text cannot be copied.
+  HRESULT fire(const EventRow& event, const std::uint8_t* packet);  // arguments from the packet's fields
+  HRESULT fire_values(std::int32_t dispid, std::span<const std::int32_t> values);
+  HRESULT fire_exception(std::int32_t dispid, std::int32_t number, std::u16string_view text);
+
+  HRESULT QueryInterface(const IID& iid, void** object) override;
+  ULONG AddRef() override { return container_.AddRef(); }
+  ULONG Release() override { return container_.Release(); }
+  HRESULT GetConnectionInterface(IID* iid) override;
+  HRESULT GetConnectionPointContainer(IConnectionPointContainer** container) override;
+  HRESULT Advise(IUnknown* sink, ULONG* cookie) override;
+  HRESULT Unadvise(ULONG cookie) override;
+  HRESULT EnumConnections(IEnumConnections** connections) override;
+
+ private:
+  template <class FillArguments>
+  HRESULT fire_to_each(std::int32_t dispid, std::size_t count, FillArguments fill);
+
+  IConnectionPointContainer& container_;
+  const IID& event_interface_;
+  std::vector<IDispatch*> slots_;  // an empty slot is null; a cookie is a slot's index plus one
+  std::size_t advised_ = 0;
+};
+
+}  // namespace kestrine::events

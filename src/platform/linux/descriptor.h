@@ -1,0 +1,27 @@
+// A descriptor of the kernel's that closes itself.
+#pragma once
+
+#include <unistd.h>
+
+namespace kestrine::platform {
+
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() {
+    if (valid()) ::close(fd_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int get() const { return fd_; }
+  bool valid() const { return fd_ >= 0; }
+  // For a descriptor that is made later than its holder; only while it is not valid.
+  void adopt(int fd) { fd_ = fd; }
+
+ private:
+  int fd_ = -1;
+};
+
+}  // namespace kestrine::platform

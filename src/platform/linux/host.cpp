@@ -1,0 +1,73 @@
+#include "kestrine/host.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+
+#include "platform/linux/thread_loop.h"
+#include "platform/loop.h"
+
+namespace kestrine::host {
+namespace {
+
+using platform::ThreadLoop;
+using Clock = std::chrono::steady_clock;
+
+// How many messages dispatch() delivers beyond those that waited when it was called.
+constexpr std::size_t kFollowUps = 256;
+
+std::atomic<bool> wakes_early = false;
+
+}  // namespace
+
+int fd() {
+  ThreadLoop* loop = ThreadLoop::current();
+  return loop != nullptr ? loop->host_fd() : -1;
+}
+
+int dispatch() {
+  ThreadLoop* loop = ThreadLoop::current();
+  if (loop == nullptr) return 0;
+  const std::size_t limit = loop->queued() + kFollowUps;
+  std::size_t delivered = 0;
+  for (platform::Message message; delivered < limit && loop->next_due(message); ++delivered) {
+    platform::dispatch_message(message);
+  }
+  return static_cast<int>(delivered);
+}
+
+int run() {
+  platform::Message message;
+  while (platform::get_message(message)) platform::dispatch_message(message);
+  return static_cast<int>(message.wparam);
+}
+
+bool run_for(std::chrono::milliseconds duration) {
+  ThreadLoop* loop = ThreadLoop::current();
+  if (loop == nullptr) return false;
+  // Longer than anybody waits, and short of where a deadline would overflow.
+  const auto until = Clock::now() + std::min<std::chrono::milliseconds>(duration, std::chrono::hours(24 * 365));
+  while (Clock::now() < until) {
+    platform::Message message;
+    const ThreadLoop::Next next = loop->next(message, until);
+    if (next == ThreadLoop::Next::kQuit || next == ThreadLoop::Next::kInterrupted) return false;
+    if (next == ThreadLoop::Next::kMessage) platform::dispatch_message(message);
+  }
+  // Messages that kept the thread busy beyond the end may have left others waiting, and a quit among them.
+  dispatch();
+  return !loop->take_quit();
+}
+
+void quit(int exit_code) {
+  platform::post_quit_message(exit_code);
+}
+
+void set_early_wake(bool on) {
+  wakes_early.store(on, std::memory_order_relaxed);
+}
+
+bool early_wake() {
+  return wakes_early.load(std::memory_order_relaxed);
+}
+
+}  // namespace kestrine::host

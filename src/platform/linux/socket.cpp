@@ -1,0 +1,197 @@
+#include "platform/socket.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+#include "platform/linux/socket_table.h"
+#include "platform/linux/thread_loop.h"
+
+namespace kestrine::platform {
+namespace {
+
+constexpr int kErrorAddressNotAvailable = 10049;
+constexpr int kErrorVersion = 10092;
+constexpr int kErrorNotStarted = 10093;
+
+std::atomic<int> startups = 0;
+
+void set_option(int fd, int level, int option, int value) {
+  ::setsockopt(fd, level, option, &value, sizeof value);
+}
+
+void configure(int fd) {
+  set_option(fd, IPPROTO_TCP, TCP_NODELAY, 1);
+  set_option(fd, SOL_SOCKET, SO_KEEPALIVE, 1);
+  set_option(fd, IPPROTO_TCP, TCP_KEEPIDLE, 10);
+  set_option(fd, IPPROTO_TCP, TCP_KEEPINTVL, 5);
+  set_option(fd, IPPROTO_TCP, TCP_KEEPCNT, 3);
+}
+
+// Moves the descriptor past standard input, output and error: 0 means "no socket" to the users of a handle, and
+// a program that starts with these closed must not write its complaints to the tracker.
+int above_standard_streams(int fd) {
+  if (fd < 0 || fd > STDERR_FILENO) return fd;
+  const int moved = ::fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  ::close(fd);
+  return moved;
+}
+
+int connect_blocking(int fd, const sockaddr_in& peer, SocketRecord& record) {
+  int result;
+  do {
+    result = ::connect(fd, reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
+  } while (result != 0 && errno == EINTR);
+  if (result != 0) return fail_with(error_number_of(errno));
+  record.phase = SocketPhase::kConnected;
+  return 0;
+}
+
+int start_connect(int fd, const sockaddr_in& peer, SocketRecord& record) {
+  if (::connect(fd, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) == 0) {
+    record.phase = SocketPhase::kConnected;
+  } else if (errno == EINPROGRESS || errno == EINTR) {
+    record.phase = SocketPhase::kConnecting;
+  } else {
+    record.phase = SocketPhase::kFailed;
+    record.failure = static_cast<std::uint16_t>(error_number_of(errno));
+  }
+  return fail_with(kErrorWouldBlock);
+}
+
+}  // namespace
+
+int socket_startup(std::uint16_t version) {
+  // The major number stands in the low byte, the minor one in the high byte.
+  const int number = (version & 0xFF) * 256 + (version >> 8);
+  if (number < 0x0101 || number > 0x0202) return kErrorVersion;
+  ++startups;
+  return 0;
+}
+
+void socket_cleanup() {
+  int count = startups;
+  while (count > 0 && !startups.compare_exchange_weak(count, count - 1)) {
+  }
+}
+
+SocketHandle open_socket() {
+  if (startups == 0) {
+    fail_with(kErrorNotStarted);
+    return kInvalidSocket;
+  }
+  const int fd = above_standard_streams(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (fd < 0) {
+    fail_with(error_number_of(errno));
+    return kInvalidSocket;
+  }
+  if (add_socket(fd) == nullptr) {
+    ::close(fd);
+    fail_with(kErrorTooManySockets);
+    return kInvalidSocket;
+  }
+  configure(fd);
+  return static_cast<SocketHandle>(fd);
+}
+
+int close_socket(SocketHandle socket) {
+  SocketRecord* record = find_socket(socket);
+  if (record == nullptr) return -1;
+  // Before the close: a copy of the descriptor in a forked child would keep a forgotten one in the epoll set.
+  if (ThreadLoop* loop = ThreadLoop::existing()) loop->drop_socket(socket);
+  *record = SocketRecord{};
+  // Linux frees the descriptor whatever close() returns.
+  ::close(descriptor_of(socket));
+  return 0;
+}
+
+AddressWord parse_dotted_address(const std::string& text) {
+  return ::inet_addr(text.c_str());
+}
+
+std::optional<AddressWord> resolve_host_name(const std::string& name) {
+  addrinfo hints{};
+  hints.ai_family = AF_INET;
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  if (::getaddrinfo(name.c_str(), nullptr, &hints, &found) != 0 || found == nullptr) return std::nullopt;
+  const AddressWord address = reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr.s_addr;
+  ::freeaddrinfo(found);
+  return address;
+}
+
+int connect_socket(SocketHandle socket, AddressWord address, std::uint16_t port) {
+  SocketRecord* record = find_socket(socket);
+  if (record == nullptr) return -1;
+  switch (settle_connect(socket, *record)) {
+    case SocketPhase::kConnected:
+      return fail_with(kErrorAlreadyConnected);
+    case SocketPhase::kConnecting:
+      return fail_with(kErrorAlready);
+    case SocketPhase::kFailed:
+      record->phase = SocketPhase::kIdle;
+      return fail_with(record->failure);
+    default:
+      break;
+  }
+  // Linux takes the address of nobody for its own; the original system does not.
+  if (address == INADDR_ANY) return fail_with(kErrorAddressNotAvailable);
+  sockaddr_in peer{};
+  peer.sin_family = AF_INET;
+  peer.sin_port = htons(port);
+  peer.sin_addr.s_addr = address;
+  const int fd = descriptor_of(socket);
+  const int result = record->non_blocking ? start_connect(fd, peer, *record) : connect_blocking(fd, peer, *record);
+  if (ThreadLoop* loop = ThreadLoop::existing()) loop->rearm_socket(socket);
+  return result;
+}
+
+int set_non_blocking(SocketHandle socket, bool on) {
+  SocketRecord* record = find_socket(socket);
+  if (record == nullptr) return -1;
+  int value = on ? 1 : 0;
+  if (::ioctl(descriptor_of(socket), FIONBIO, &value) != 0) return fail_with(error_number_of(errno));
+  record->non_blocking = on;
+  return 0;
+}
+
+int set_receive_buffer(SocketHandle socket, std::int32_t bytes) {
+  if (find_socket(socket) == nullptr) return -1;
+  if (::setsockopt(descriptor_of(socket), SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes) == 0) return 0;
+  return fail_with(error_number_of(errno));
+}
+
+int receive(SocketHandle socket, void* into, int bytes, bool peek) {
+  SocketRecord* record = find_socket(socket);
+  if (record == nullptr) return -1;
+  if (ThreadLoop* loop = ThreadLoop::existing()) loop->rearm_socket(socket);
+  if (settle_connect(socket, *record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
+  if (bytes <= 0) return bytes == 0 ? 0 : fail_with(kErrorInvalidArgument);
+  ssize_t count;
+  do {
+    count = ::recv(descriptor_of(socket), into, static_cast<std::size_t>(bytes), peek ? MSG_PEEK : 0);
+  } while (count < 0 && errno == EINTR);
+  return count >= 0 ? static_cast<int>(count) : fail_with(error_number_of(errno));
+}
+
+int send_bytes(SocketHandle socket, const void* from, int bytes) {
+  SocketRecord* record = find_socket(socket);
+  if (record == nullptr) return -1;
+  if (settle_connect(socket, *record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
+  if (bytes < 0) return fail_with(kErrorInvalidArgument);
+  ssize_t count;
+  do {
+    count = ::send(descriptor_of(socket), from, static_cast<std::size_t>(bytes), MSG_NOSIGNAL);
+  } while (count < 0 && errno == EINTR);
+  return count >= 0 ? static_cast<int>(count) : fail_with(error_number_of(errno));
+}
+
+}  // namespace kestrine::platform

@@ -1,0 +1,106 @@
+#include "platform/linux/socket_table.h"
+
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+namespace kestrine::platform {
+namespace {
+
+// As many as Linux lets a process have unless told otherwise. A plain table, indexed by descriptor, needs no lock
+// and is still there when the last static object closes its socket; untouched pages of it take no memory.
+std::array<SocketRecord, 1 << 20> table;
+
+thread_local int last_error = 0;
+
+constexpr std::pair<int, int> kErrorNumbers[] = {
+    {EINTR, kErrorInterrupted},
+    {EBADF, kErrorBadSocket},
+    {EACCES, 10013},
+    {EPERM, 10013},
+    {EFAULT, 10014},
+    {EINVAL, kErrorInvalidArgument},
+    {EMFILE, kErrorTooManySockets},
+    {ENFILE, kErrorTooManySockets},
+    {EWOULDBLOCK, kErrorWouldBlock},
+    {EALREADY, kErrorAlready},
+    {ENOTSOCK, kErrorBadSocket},
+    {EADDRNOTAVAIL, 10049},
+    {ENETDOWN, 10050},
+    {ENETUNREACH, 10051},
+    {ECONNABORTED, 10053},
+    {ECONNRESET, kErrorConnectionReset},
+    {EPIPE, kErrorConnectionReset},
+    {ENOBUFS, 10055},
+    {ENOMEM, 10055},
+    {EISCONN, kErrorAlreadyConnected},
+    {ENOTCONN, kErrorNotConnected},
+    {ETIMEDOUT, 10060},
+    {ECONNREFUSED, kErrorConnectionRefused},
+    {EHOSTUNREACH, 10065},
+};
+constexpr int kErrorOther = 10107;  // "a system call that should never fail has failed"
+
+// Frees the kernel's socket from a failed connect, so that it can be connected anew.
+void forget_connect(int fd) {
+  sockaddr nowhere{};
+  nowhere.sa_family = AF_UNSPEC;
+  ::connect(fd, &nowhere, sizeof nowhere);
+}
+
+}  // namespace
+
+int last_socket_error() {
+  return last_error;
+}
+
+int fail_with(int error_number) {
+  last_error = error_number;
+  return -1;
+}
+
+int error_number_of(int host_error) {
+  for (const auto& [host, number] : kErrorNumbers) {
+    if (host == host_error) return number;
+  }
+  return kErrorOther;
+}
+
+SocketRecord* find_socket(SocketHandle socket) {
+  if (socket < table.size() && table[socket].phase != SocketPhase::kClosed) return &table[socket];
+  last_error = kErrorBadSocket;
+  return nullptr;
+}
+
+SocketRecord* add_socket(int fd) {
+  const auto index = static_cast<std::size_t>(fd);
+  if (index >= table.size()) return nullptr;
+  table[index] = {SocketPhase::kIdle, false, 0};
+  return &table[index];
+}
+
+SocketPhase settle_connect(SocketHandle socket, SocketRecord& record) {
+  if (record.phase != SocketPhase::kConnecting) return record.phase;
+  const int fd = descriptor_of(socket);
+  sockaddr_in peer{};
+  socklen_t length = sizeof peer;
+  if (::getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &length) == 0) {
+    return record.phase = SocketPhase::kConnected;
+  }
+  pollfd look{fd, POLLOUT, 0};
+  if (::poll(&look, 1, 0) <= 0) return record.phase;
+  int error = 0;
+  length = sizeof error;
+  ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &length);
+  // These befall a connection that had been made; what the peer sent before it left can still be read.
+  if (error == 0 || error == ECONNRESET || error == EPIPE) return record.phase = SocketPhase::kConnected;
+  forget_connect(fd);
+  record.failure = static_cast<std::uint16_t>(error_number_of(error));
+  return record.phase = SocketPhase::kFailed;
+}
+
+}  // namespace kestrine::platform

@@ -1,0 +1,44 @@
+// What is remembered of the process's own sockets beyond what the kernel says of them.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/socket.h"
+
+namespace kestrine::platform {
+
+inline constexpr int kErrorInvalidArgument = 10022;
+inline constexpr int kErrorTooManySockets = 10024;
+
+enum class SocketPhase : std::uint8_t {
+  kClosed,      // not a socket of ours
+  kIdle,        // never connected, or told that it could not be
+  kConnecting,  // the kernel is at it
+  kFailed,      // the connect has failed; the next call to connect_socket() tells
+  kConnected,
+};
+
+struct SocketRecord {
+  SocketPhase phase = SocketPhase::kClosed;
+  bool non_blocking = false;
+  std::uint16_t failure = 0;  // the error number to be told, in phase kFailed
+};
+
+// Null, with the error set, for a handle that is not an open socket. A socket belongs to one thread at a time.
+SocketRecord* find_socket(SocketHandle socket);
+// The record for a descriptor that has just been opened; null when its number lies beyond the table.
+SocketRecord* add_socket(int fd);
+
+inline int descriptor_of(SocketHandle socket) {
+  return static_cast<int>(socket);
+}
+
+// The phase after a look at how a connect under way has come out.
+SocketPhase settle_connect(SocketHandle socket, SocketRecord& record);
+
+// The number that the original system gives to this error of the host.
+int error_number_of(int host_error);
+// Sets last_socket_error() and returns -1.
+int fail_with(int error_number);
+
+}  // namespace kestrine::platform

@@ -1,0 +1,175 @@
+#include "platform/linux/thread_loop.h"
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+namespace kestrine::platform {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Messages taken before the sockets get a look although the queue has not run dry: a handler that keeps posting
+// must not shut them out.
+constexpr int kMessagesBetweenLooks = 64;
+
+std::atomic<WindowHandle> last_window = 0;
+
+// Plain thread-locals, still readable after the reaper has run.
+thread_local ThreadLoop* thread_loop = nullptr;
+thread_local bool thread_loop_gone = false;
+
+struct Reaper {
+  ~Reaper() {
+    thread_loop_gone = true;
+    delete std::exchange(thread_loop, nullptr);
+  }
+};
+
+}  // namespace
+
+ThreadLoop* ThreadLoop::current() {
+  if (thread_loop == nullptr && !thread_loop_gone) {
+    static thread_local Reaper reaper;
+    thread_loop = new ThreadLoop;
+  }
+  return thread_loop;
+}
+
+ThreadLoop* ThreadLoop::existing() {
+  return thread_loop;
+}
+
+WindowHandle ThreadLoop::create_window(WindowProcedure& procedure) {
+  windows_.push_back({++last_window, &procedure});
+  return windows_.back().handle;
+}
+
+bool ThreadLoop::destroy_window(WindowHandle window) {
+  if (std::erase_if(windows_, [&](const Window& other) { return other.handle == window; }) == 0) return false;
+  timers_.drop_window(window);
+  watches_.drop_window(window);
+  queue_.erase_if([&](const MessageQueue::Entry& entry) { return entry.message.window == window; });
+  mirror();
+  return true;
+}
+
+WindowProcedure* ThreadLoop::procedure_of(WindowHandle window) const {
+  const auto at = std::ranges::lower_bound(windows_, window, {}, &Window::handle);
+  return at != windows_.end() && at->handle == window ? at->procedure : nullptr;
+}
+
+bool ThreadLoop::post(const Message& message) {
+  if (procedure_of(message.window) == nullptr) return false;
+  queue_.push({.message = message});
+  mirror();
+  return true;
+}
+
+void ThreadLoop::post_quit(int exit_code) {
+  quit_code_ = exit_code;
+}
+
+bool ThreadLoop::set_timer(WindowHandle window, std::uint64_t id, std::uint32_t milliseconds) {
+  if (procedure_of(window) == nullptr) return false;
+  timers_.set(window, id, milliseconds, Clock::now());
+  mirror();
+  return true;
+}
+
+bool ThreadLoop::kill_timer(WindowHandle window, std::uint64_t id) {
+  if (!timers_.kill(window, id)) return false;
+  mirror();
+  return true;
+}
+
+void ThreadLoop::watch_socket(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events) {
+  watches_.add(socket, window, id, events);
+  mirror();
+}
+
+void ThreadLoop::drop_socket(SocketHandle socket) {
+  watches_.drop(socket);
+  mirror();
+}
+
+bool ThreadLoop::due_without_look() const {
+  if (!queue_.empty() || quit_code_) return true;
+  const auto timer = timers_.earliest();
+  return timer && *timer <= Clock::now();
+}
+
+bool ThreadLoop::something_due() {
+  if (queue_.empty()) look(std::chrono::nanoseconds(0));
+  return due_without_look();
+}
+
+ThreadLoop::Next ThreadLoop::next(Message& message, std::optional<TimePoint> until) {
+  for (;;) {
+    if (wants_look() && !look(time_to_wait(until))) return Next::kInterrupted;
+    if (take_queued(message)) return Next::kMessage;
+    if (const auto quit = take_quit()) {
+      message = {.id = kQuitMessage, .wparam = static_cast<std::uint64_t>(*quit)};
+      return Next::kQuit;
+    }
+    if (take_timer(message)) return Next::kMessage;
+    if (until && *until <= Clock::now()) return Next::kTimeout;
+  }
+}
+
+bool ThreadLoop::next_due(Message& message) {
+  if (wants_look()) look(std::chrono::nanoseconds(0));
+  return take_queued(message) || take_timer(message);
+}
+
+bool ThreadLoop::wants_look() const {
+  return queue_.empty() || taken_since_look_ >= kMessagesBetweenLooks;
+}
+
+bool ThreadLoop::take_queued(Message& message) {
+  if (queue_.empty()) return false;
+  const MessageQueue::Entry entry = queue_.pop();
+  ++taken_since_look_;
+  if (entry.from_socket) watches_.note_delivery(entry.message.wparam);
+  mirror();
+  message = entry.message;
+  return true;
+}
+
+bool ThreadLoop::take_timer(Message& message) {
+  const auto timer = timers_.take_due(Clock::now());
+  if (!timer) return false;
+  mirror();
+  message = *timer;
+  return true;
+}
+
+void ThreadLoop::wait_for_dues(std::chrono::milliseconds at_most) {
+  if (!due_without_look()) look(time_to_wait(Clock::now() + at_most));
+}
+
+std::optional<std::chrono::nanoseconds> ThreadLoop::time_to_wait(std::optional<TimePoint> until) const {
+  if (!queue_.empty() || quit_code_) return std::chrono::nanoseconds(0);
+  const auto timer = timers_.earliest();
+  if (timer && (!until || *timer < *until)) until = timer;
+  if (!until) return std::nullopt;
+  return std::max<std::chrono::nanoseconds>(*until - Clock::now(), std::chrono::nanoseconds(0));
+}
+
+bool ThreadLoop::look(std::optional<std::chrono::nanoseconds> wait) {
+  taken_since_look_ = 0;
+  const bool waits = !wait || wait->count() != 0;
+  if (!waits && !poller_.watches_anything()) return true;
+  bool interrupted = false;
+  for (const epoll_event& event : poller_.wait(wait, interrupted)) watches_.on_ready(event);
+  mirror();
+  return !(interrupted && waits);
+}
+
+int ThreadLoop::host_fd() {
+  const int fd = poller_.host_fd();
+  mirror();
+  return fd;
+}
+
+}  // namespace kestrine::platform

@@ -1,0 +1,80 @@
+// One thread's message loop behind the functions of loop.h and host.h.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/message_queue.h"
+#include "platform/linux/poller.h"
+#include "platform/linux/socket_watches.h"
+#include "platform/linux/timer_set.h"
+#include "platform/loop.h"
+
+namespace kestrine::platform {
+
+class ThreadLoop {
+ public:
+  enum class Next { kMessage, kQuit, kTimeout, kInterrupted };
+
+  // The calling thread's loop, made on first use. Null once the thread's end has torn it down: static objects may
+  // call in later than that.
+  static ThreadLoop* current();
+  // The same, but null as well when there is none yet.
+  static ThreadLoop* existing();
+
+  ThreadLoop() = default;
+  ThreadLoop(const ThreadLoop&) = delete;
+  ThreadLoop& operator=(const ThreadLoop&) = delete;
+
+  WindowHandle create_window(WindowProcedure& procedure);
+  bool destroy_window(WindowHandle window);
+  WindowProcedure* procedure_of(WindowHandle window) const;
+
+  bool post(const Message& message);
+  void post_quit(int exit_code);
+  bool set_timer(WindowHandle window, std::uint64_t id, std::uint32_t milliseconds);
+  bool kill_timer(WindowHandle window, std::uint64_t id);
+
+  void watch_socket(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events);
+  void drop_socket(SocketHandle socket);
+  void rearm_socket(SocketHandle socket) { watches_.rearm(socket); }
+
+  bool something_due();
+  // Takes what is due, waiting for it until then (none: for as long as it takes). The quit message is consumed.
+  Next next(Message& message, std::optional<TimePoint> until);
+  // Takes what is due without waiting, past a quit message, which stays. False when nothing is.
+  bool next_due(Message& message);
+  // Waits until something is due, a signal handler has run, or the time is over. Takes nothing.
+  void wait_for_dues(std::chrono::milliseconds at_most);
+
+  std::size_t queued() const { return queue_.size(); }
+  std::optional<int> take_quit() { return std::exchange(quit_code_, std::nullopt); }
+  int host_fd();
+
+ private:
+  struct Window {
+    WindowHandle handle;
+    WindowProcedure* procedure;
+  };
+
+  bool due_without_look() const;
+  bool wants_look() const;
+  bool take_queued(Message& message);
+  bool take_timer(Message& message);
+  // Moves what the kernel has to say into the queue. False when a signal handler ended the wait.
+  bool look(std::optional<std::chrono::nanoseconds> wait);
+  std::optional<std::chrono::nanoseconds> time_to_wait(std::optional<TimePoint> until) const;
+  void mirror() { poller_.mirror(!queue_.empty(), timers_.earliest()); }
+
+  std::vector<Window> windows_;  // handles only grow, so this is in their order
+  MessageQueue queue_;
+  TimerSet timers_;
+  Poller poller_;
+  SocketWatches watches_{queue_, poller_};
+  std::optional<int> quit_code_;
+  int taken_since_look_ = 0;
+};
+
+}  // namespace kestrine::platform

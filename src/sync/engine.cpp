@@ -1,0 +1,156 @@
+#include "sync/engine.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "kestrine/enums.h"
+#include "kestrine/pointer.h"
+#include "platform/clock.h"
+#include "platform/loop.h"
+#include "platform/notices.h"
+#include "protocol/errors.h"
+#include "protocol/report.h"
+#include "protocol/texts.h"
+#include "transport/command_sender.h"
+#include "transport/connection.h"
+#include "transport/generation_notice.h"
+#include "transport/message_sink.h"
+
+namespace kestrine::sync {
+namespace {
+
+constexpr std::uint32_t kDroppedMessage = 0x036A;  // an idle notice of application frameworks
+
+platform::WindowHandle sink_window(const transport::Slots& slots) {
+  return slots.message_sink == nullptr ? 0 : slots.message_sink->window();
+}
+
+bool between(std::int32_t value, std::int32_t low, std::int32_t high) {
+  return value >= low && value <= high;
+}
+
+}  // namespace
+
+bool IsImmediateStatusChange(std::int32_t change) {
+  return between(change, VL_SSC_MeasStatus_NotReady, VL_SSC_MeasStatus_Ready) ||
+         between(change, VL_SSC_MeasStatus_6DStatusInvalid, VL_SSC_ExternalTriggerStopEvent) ||
+         between(change, VL_SSC_ProbeButton1Down, VL_SSC_ProbeButton1DoubleClick) ||
+         between(change, VL_SSC_ProbeButton2Down, VL_SSC_ProbeButton2DoubleClick) ||
+         between(change, VL_SSC_ProbeButton3Down, VL_SSC_ProbeButton3DoubleClick) ||
+         between(change, VL_SSC_ProbeButton4Down, VL_SSC_ProbeButton4DoubleClick) ||
+         between(change, VL_SSC_TPConnectionClosing, VL_SSC_ServerClosing);
+}
+
+bool PumpMessagesOnce() {
+  platform::wait_slice();
+  while (platform::peek_message()) {
+    platform::Message message;
+    if (!platform::get_message(message)) return false;
+    if (message.id != kDroppedMessage) platform::dispatch_message(message);
+  }
+  return true;
+}
+
+void Engine::enter() {
+  if (!slots.creating_internally) slots.current_sync = this;
+  if (slots.process.objects_not_yet_fetched) {
+    // The application makes its own command objects; the connection's are not wanted.
+    if (slots.current_sync != nullptr && slots.connection != nullptr) slots.connection->sync_present = true;
+    slots.release_internal_sync();
+  }
+  if (!slots.ClaimInterfaceGeneration()) transport::show_mixed_generations();
+  creation_tick_ = platform::tick_count();
+}
+
+void Engine::leave() {
+  if (slots.current_sync == this) slots.current_sync = nullptr;
+  if (!retired_) transport::check_lifetime(slots, creation_tick_);
+}
+
+void Engine::MarkAnswerPending(std::int32_t command, bool on) {
+  if (command < 0) return;
+  if (!on) platform::kill_timer(sink_window(slots), static_cast<std::uint64_t>(command));
+  pending_command_ = on ? command : -1;
+}
+
+void Engine::ReleaseAfterAnswer() {
+  pending_command_ = -1;
+  platform::post_message(sink_window(slots), transport::WM_FLUSH_DEFERRED_EVENTS, 0, 0);
+}
+
+void Engine::CancelPendingAnswer() {
+  if (IsAnswerPending()) MarkAnswerPending(pending_command_, false);
+}
+
+bool Engine::must_defer(std::int32_t status_change) const {
+  return !IsImmediateStatusChange(status_change) && (IsAnswerPending() || !deferred_.empty());
+}
+
+// A handler that starts a new call ends the flush; what is left waits for that call's own.
+bool Engine::FlushDeferredEvents() {
+  const Pointer<IUnknown> keep(unknown());
+  while (!deferred_.empty() && !IsAnswerPending()) {
+    const std::int32_t change[] = {deferred_.front()};
+    deferred_.pop_front();
+    event_source().fire_values(events::sync_event::StatusChangeEvent, change);
+  }
+  return true;
+}
+
+std::u16string Engine::report_text(std::int32_t command) {
+  if (!timed_out_) return protocol::answer_report(command, last_result_status_);
+  const std::u16string text = protocol::timeout_report(command);
+  if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown) last_result_status_ = protocol::error::kTimedOut.number;
+  return text;
+}
+
+HRESULT Engine::FinishSyncCall(std::int32_t command, bool report_only) {
+  HRESULT result = S_OK;
+  if (last_result_status_ != VL_RS_AllOK) {
+    if (command == VL_C_MoveHV || command == VL_C_Unknown) {
+      if (last_result_status_ == protocol::kVerticalLimitStatus) vertical_speed_ = 0;
+      if (last_result_status_ == protocol::kHorizontalLimitStatus) horizontal_speed_ = 0;
+    }
+    const std::u16string text = report_text(command);
+    const std::int32_t status = last_result_status_;
+    const std::int32_t warning = protocol::StatusToWarningRow(status);
+    if (warning != 0 || report_only) {
+      slots.errors->set_error_information(warning != 0 ? protocol::LoadStringResource(warning) : text,
+                                          slots.identity.sync_source, slots.identity.sync, status);
+      result = S_FALSE;
+    } else {
+      result = slots.errors->RaiseError(slots.connection, text, slots.identity.sync, E_FAIL, false, status);
+    }
+  }
+  if (!report_only) ReleaseAfterAnswer();
+  return result;
+}
+
+HRESULT Engine::put_UseIncreasedTimeouts(VARIANT_BOOL increased) {
+  increased_timeouts_ = increased != 0;
+  return timeouts_.read_again(increased_timeouts_) ? S_OK : S_FALSE;
+}
+
+void Engine::begin_call() {
+  last_result_status_ = VL_RS_Unknown;
+  timed_out_ = false;
+}
+
+HRESULT Engine::send(std::int32_t command, const std::uint8_t* bytes, std::int32_t size) {
+  if (slots.transport != nullptr && slots.transport->send(bytes, size)) return S_OK;
+  return slots.errors->RaiseError(slots.connection, protocol::SendFailureText(command), slots.identity.sync, E_FAIL,
+                                  false, protocol::error::kSendFailed.number);
+}
+
+void Engine::wait_for_answer(std::int32_t command, std::int32_t timeout) {
+  platform::set_timer(sink_window(slots), static_cast<std::uint64_t>(command), static_cast<std::uint32_t>(timeout));
+  MarkAnswerPending(command, true);
+  while (IsAwaitingAnswer(command)) PumpMessagesOnce();
+}
+
+HRESULT Engine::refuse(const protocol::Error& failure, bool throws) {
+  return slots.errors->RaiseErrorFromResource(slots.connection, failure.row, slots.identity.sync, E_FAIL, throws,
+                                              failure.number);
+}
+
+}  // namespace kestrine::sync

@@ -1,0 +1,232 @@
+#include "kestrine/component.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <thread>
+
+namespace {
+
+// Counts its references; it lives on the stack of a test.
+class Counted final : public IErrorInfo {
+ public:
+  HRESULT QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+  ULONG AddRef() override { return ++references; }
+  ULONG Release() override { return --references; }
+  HRESULT GetGUID(GUID*) override { return E_NOTIMPL; }
+  HRESULT GetSource(BSTR*) override { return E_NOTIMPL; }
+  HRESULT GetDescription(BSTR*) override { return E_NOTIMPL; }
+  HRESULT GetHelpFile(BSTR*) override { return E_NOTIMPL; }
+  HRESULT GetHelpContext(DWORD*) override { return E_NOTIMPL; }
+
+  ULONG references = 1;
+};
+
+VARIANT variant_of(VARTYPE type) {
+  VARIANT variant;
+  VariantInit(&variant);
+  variant.vt = type;
+  return variant;
+}
+
+TEST(ComponentTest, StatusCodesAndIdentifiersHaveTheirWellKnownValues) {
+  EXPECT_TRUE(SUCCEEDED(S_FALSE));
+  EXPECT_TRUE(FAILED(E_FAIL));
+  EXPECT_EQ(static_cast<std::uint32_t>(E_FAIL), 0x80004005U);
+  EXPECT_EQ(static_cast<std::uint32_t>(DISP_E_ARRAYISLOCKED), 0x8002000DU);
+  const unsigned char dispatch[] = {0x00, 0x04, 0x02, 0x00, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
+  EXPECT_EQ(std::memcmp(&IID_IDispatch, dispatch, sizeof dispatch), 0);
+  EXPECT_NE(IID_IConnectionPoint, IID_IConnectionPointContainer);
+  EXPECT_EQ(GUID_NULL, IID_NULL);
+}
+
+TEST(ComponentTest, InterfacesHaveTheSlotsOfTheirOriginalsAndNoOther) {
+  Counted object;
+  IErrorInfo* info = &object;
+  using Slot = ULONG (*)(IErrorInfo*);
+  Slot* table = nullptr;
+  std::memcpy(&table, info, sizeof table);
+  EXPECT_EQ(table[1](info), 2U) << "AddRef is the second slot";
+  EXPECT_EQ(table[2](info), 1U);
+  EXPECT_EQ(sizeof(IProvideClassInfo2), sizeof(void*));
+}
+
+TEST(ComponentTest, TextsKnowTheirLengthAndMayHoldZeros) {
+  const char16_t text[] = u"ab\0cd";
+  BSTR copy = SysAllocStringLen(text, 5);
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(SysStringLen(copy), 5U);
+  EXPECT_EQ(std::u16string_view(copy, 6), std::u16string_view(text, 6));
+  ULONG bytes = 0;
+  std::memcpy(&bytes, reinterpret_cast<const char*>(copy) - 4, 4);
+  EXPECT_EQ(bytes, 10U);
+  SysFreeString(copy);
+
+  BSTR first = SysAllocString(text);
+  EXPECT_EQ(SysStringLen(first), 2U);
+  SysFreeString(first);
+  BSTR blank = SysAllocStringLen(nullptr, 3);
+  EXPECT_EQ(std::u16string_view(blank, 4), std::u16string_view(u"\0\0\0", 4));
+  SysFreeString(blank);
+  EXPECT_EQ(SysAllocString(nullptr), nullptr);
+  EXPECT_EQ(SysAllocStringLen(nullptr, std::numeric_limits<UINT>::max()), nullptr);
+  EXPECT_EQ(SysStringLen(nullptr), 0U);
+  SysFreeString(nullptr);
+}
+
+TEST(ComponentTest, ClearingGivesUpWhatAVariantOwns) {
+  Counted object;
+  VARIANT variant = variant_of(VT_UNKNOWN);
+  object.AddRef();
+  variant.punkVal = &object;
+  EXPECT_EQ(VariantClear(&variant), S_OK);
+  EXPECT_EQ(variant.vt, VT_EMPTY);
+  EXPECT_EQ(object.references, 1U);
+
+  BSTR text = SysAllocString(u"mine");
+  variant = variant_of(VT_BSTR | VT_BYREF);
+  variant.pbstrVal = &text;
+  EXPECT_EQ(VariantClear(&variant), S_OK);
+  EXPECT_EQ(SysStringLen(text), 4U) << "what a reference points at is somebody else's";
+  SysFreeString(text);
+
+  variant = variant_of(VT_ARRAY | VT_UI1);
+  EXPECT_EQ(VariantClear(&variant), S_OK) << "a type set before its array exists";
+  variant = variant_of(0x1FFF);
+  EXPECT_EQ(VariantClear(&variant), DISP_E_BADVARTYPE);
+  EXPECT_EQ(VariantClear(nullptr), E_INVALIDARG);
+}
+
+TEST(ComponentTest, CopyingMakesValuesOfTheirOwn) {
+  VARIANT from = variant_of(VT_BSTR);
+  from.bstrVal = SysAllocStringLen(u"a\0b", 3);
+  VARIANT to = variant_of(VT_R8);
+  ASSERT_EQ(VariantCopy(&to, &from), S_OK);
+  EXPECT_NE(to.bstrVal, from.bstrVal);
+  EXPECT_EQ(SysStringLen(to.bstrVal), 3U);
+  EXPECT_EQ(VariantCopy(&to, &to), S_OK);
+  EXPECT_EQ(SysStringLen(to.bstrVal), 3U);
+
+  Counted object;
+  VARIANT shared = variant_of(VT_UNKNOWN);
+  shared.punkVal = &object;
+  ASSERT_EQ(VariantCopy(&to, &shared), S_OK);
+  EXPECT_EQ(object.references, 2U);
+
+  VARIANT array = variant_of(VT_ARRAY | VT_VARIANT);
+  array.parray = SafeArrayCreateVector(VT_VARIANT, 0, 1);
+  ASSERT_EQ(VariantCopy(static_cast<VARIANT*>(array.parray->pvData), &from), S_OK);
+  ASSERT_EQ(VariantCopy(&array, static_cast<VARIANT*>(array.parray->pvData)), S_OK) << "out of what it replaces";
+  EXPECT_EQ(array.vt, VT_BSTR);
+  for (VARIANT* variant : {&from, &to, &array}) EXPECT_EQ(VariantClear(variant), S_OK);
+  EXPECT_EQ(object.references, 1U);
+}
+
+TEST(ComponentTest, ALockedArrayIsNeitherDestroyedNorCleared) {
+  VARIANT variant = variant_of(VT_ARRAY | VT_UI1);
+  variant.parray = SafeArrayCreateVector(VT_UI1, 0, 4);
+  void* data = nullptr;
+  ASSERT_EQ(SafeArrayAccessData(variant.parray, &data), S_OK);
+  std::memcpy(data, "abcd", 4);
+  EXPECT_EQ(SafeArrayDestroy(variant.parray), DISP_E_ARRAYISLOCKED);
+  EXPECT_EQ(VariantClear(&variant), DISP_E_ARRAYISLOCKED);
+  EXPECT_EQ(variant.vt, VT_ARRAY | VT_UI1);
+  SAFEARRAY* copy = nullptr;
+  ASSERT_EQ(SafeArrayCopy(variant.parray, &copy), S_OK);
+  EXPECT_EQ(std::memcmp(copy->pvData, "abcd", 4), 0);
+  EXPECT_EQ(SafeArrayDestroy(copy), S_OK) << "the lock is not copied";
+  EXPECT_EQ(SafeArrayUnaccessData(variant.parray), S_OK);
+  EXPECT_EQ(SafeArrayUnlock(variant.parray), E_UNEXPECTED);
+  EXPECT_EQ(VariantClear(&variant), S_OK);
+}
+
+TEST(ComponentTest, ArraysKnowTheirShape) {
+  SAFEARRAYBOUND bounds[] = {{2, 0}, {3, -5}};
+  SAFEARRAY* array = SafeArrayCreate(VT_R8, 2, bounds);
+  ASSERT_NE(array, nullptr);
+  EXPECT_EQ(SafeArrayGetDim(array), 2U);
+  EXPECT_EQ(SafeArrayGetElemsize(array), 8U);
+  EXPECT_EQ(array->rgsabound[0].cElements, 3U) << "in memory the rightmost dimension comes first";
+  LONG bound = 0;
+  EXPECT_EQ(SafeArrayGetUBound(array, 1, &bound), S_OK);
+  EXPECT_EQ(bound, 1);
+  EXPECT_EQ(SafeArrayGetLBound(array, 2, &bound), S_OK);
+  EXPECT_EQ(bound, -5);
+  EXPECT_EQ(SafeArrayGetUBound(array, 2, &bound), S_OK);
+  EXPECT_EQ(bound, -3);
+  EXPECT_EQ(SafeArrayGetLBound(array, 0, &bound), DISP_E_BADINDEX);
+  EXPECT_EQ(SafeArrayGetUBound(array, 3, &bound), DISP_E_BADINDEX);
+  VARTYPE type = VT_EMPTY;
+  EXPECT_EQ(SafeArrayGetVartype(array, &type), S_OK);
+  EXPECT_EQ(type, VT_R8);
+  EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+
+  SAFEARRAY* empty = SafeArrayCreateVector(VT_I4, 0, 0);
+  ASSERT_NE(empty, nullptr);
+  EXPECT_EQ(SafeArrayGetUBound(empty, 1, &bound), S_OK);
+  EXPECT_EQ(bound, -1);
+  SafeArrayDestroy(empty);
+}
+
+TEST(ComponentTest, AbsurdArraysAreRefused) {
+  constexpr ULONG kMost = std::numeric_limits<ULONG>::max();
+  EXPECT_EQ(SafeArrayCreateVector(VT_UI1, 0, 0x80000000), nullptr);
+  EXPECT_EQ(SafeArrayCreateVector(VT_R8, 0, 0x10000000), nullptr);
+  SAFEARRAYBOUND cube[] = {{kMost, 0}, {kMost, 0}, {kMost, 0}};
+  EXPECT_EQ(SafeArrayCreate(VT_VARIANT, 3, cube), nullptr);
+  EXPECT_EQ(SafeArrayCreate(VT_I4, 0, cube), nullptr);
+  EXPECT_EQ(SafeArrayCreate(VT_I4, 1, nullptr), nullptr);
+  EXPECT_EQ(SafeArrayCreate(VT_I4, kMost, cube), nullptr);
+  EXPECT_EQ(SafeArrayCreateVector(VT_EMPTY, 0, 1), nullptr);
+  EXPECT_EQ(SafeArrayDestroy(nullptr), S_OK);
+  EXPECT_EQ(SafeArrayLock(nullptr), E_INVALIDARG);
+}
+
+TEST(ComponentTest, ArraysOwnTheirElementsAndCopiesTheirs) {
+  Counted object;
+  SAFEARRAY* objects = SafeArrayCreateVector(VT_UNKNOWN, 1, 2);
+  static_cast<IUnknown**>(objects->pvData)[1] = &object;
+  object.AddRef();
+  SAFEARRAY* texts = SafeArrayCreateVector(VT_BSTR, 0, 2);
+  static_cast<BSTR*>(texts->pvData)[0] = SysAllocString(u"text");
+  for (SAFEARRAY* array : {objects, texts}) {
+    SAFEARRAY* copy = nullptr;
+    ASSERT_EQ(SafeArrayCopy(array, &copy), S_OK);
+    EXPECT_EQ(object.references, array == objects ? 3U : 1U);
+    EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+    EXPECT_TRUE(array == objects || SysStringLen(static_cast<BSTR*>(copy->pvData)[0]) == 4U);
+    EXPECT_EQ(SafeArrayDestroy(copy), S_OK);
+  }
+  EXPECT_EQ(object.references, 1U);
+}
+
+TEST(ComponentTest, ErrorInformationBelongsToItsThreadAndIsHandedOutOnce) {
+  Counted first;
+  Counted second;
+  IErrorInfo* out = &first;
+  EXPECT_EQ(GetErrorInfo(0, &out), S_FALSE);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(SetErrorInfo(0, &first), S_OK);
+  EXPECT_EQ(SetErrorInfo(0, &second), S_OK);
+  EXPECT_EQ(first.references, 1U);
+  std::thread([&] {
+    IErrorInfo* none = nullptr;
+    EXPECT_EQ(GetErrorInfo(0, &none), S_FALSE);
+    SetErrorInfo(0, &first);
+  }).join();
+  EXPECT_EQ(first.references, 1U) << "an ending thread lets go of its slot";
+  EXPECT_EQ(GetErrorInfo(0, &out), S_OK);
+  EXPECT_EQ(out, &second);
+  EXPECT_EQ(second.references, 2U);
+  second.Release();
+  EXPECT_EQ(GetErrorInfo(0, &out), S_FALSE);
+  SetErrorInfo(0, &first);
+  EXPECT_EQ(SetErrorInfo(0, nullptr), S_OK);
+  EXPECT_EQ(first.references, 1U);
+  EXPECT_EQ(SetErrorInfo(1, nullptr), E_INVALIDARG);
+  EXPECT_EQ(GetErrorInfo(0, nullptr), E_INVALIDARG);
+}
+
+}  // namespace

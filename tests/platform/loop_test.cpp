@@ -1,0 +1,289 @@
+#include "platform/loop.h"
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <thread>
+
+#include "platform/clock.h"
+#include "support.h"
+
+namespace kestrine::platform {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Ids = std::vector<std::uint32_t>;
+
+class LoopTest : public ::testing::Test {
+ protected:
+  void TearDown() override { host::set_early_wake(false); }
+  Recorder box_;
+};
+
+TEST_F(LoopTest, DeliversPostedMessagesThenQuitThenTimers) {
+  ASSERT_TRUE(set_timer(box_.window, 7, 1));
+  sleep_ms(3);
+  host::quit(42);
+  EXPECT_TRUE(post_message(box_.window, 2001, 1, -1));
+  EXPECT_TRUE(post_message(box_.window, 2002, 2, -2));
+  EXPECT_EQ(host::run(), 42);
+  EXPECT_EQ(box_.ids(), (Ids{2001, 2002}));
+  EXPECT_EQ(box_.seen[1].lparam, -2);
+
+  Message timer;
+  ASSERT_TRUE(get_message(timer));
+  EXPECT_EQ(timer.id, kTimerMessage);
+  EXPECT_EQ(timer.wparam, 7U);
+}
+
+TEST_F(LoopTest, TakingTheQuitMessageConsumesIt) {
+  EXPECT_FALSE(peek_message());
+  post_quit_message(3);
+  EXPECT_TRUE(peek_message());
+  Message message;
+  EXPECT_FALSE(get_message(message));
+  EXPECT_EQ(message.id, kQuitMessage);
+  EXPECT_EQ(message.wparam, 3U);
+  EXPECT_FALSE(peek_message());
+}
+
+TEST_F(LoopTest, DispatchLeavesTheQuitMessageForRunAndDeliversTimersPastIt) {
+  set_timer(box_.window, 7, 1);
+  host::quit(5);
+  sleep_ms(3);
+  EXPECT_EQ(host::dispatch(), 1);
+  EXPECT_EQ(host::run(), 5);
+  host::quit();
+  EXPECT_FALSE(host::run_for(1h));
+}
+
+TEST_F(LoopTest, ExpiredTimersComeEarliestFirstAndOnceHoweverLate) {
+  set_timer(box_.window, 1, 8);
+  set_timer(box_.window, 2, 4);
+  sleep_ms(30);
+  EXPECT_EQ(host::dispatch(), 2);
+  ASSERT_EQ(box_.ids(), (Ids{kTimerMessage, kTimerMessage}));
+  EXPECT_EQ(box_.seen[0].wparam, 2U);
+  EXPECT_EQ(box_.seen[1].wparam, 1U);
+}
+
+TEST_F(LoopTest, TimersRepeatUntilKilledAndRestartFromAnew) {
+  set_timer(box_.window, 1, 5);
+  ASSERT_TRUE(pump_until([&] { return box_.seen.size() == 3; }));
+  set_timer(box_.window, 1, 1);
+  sleep_ms(3);
+  set_timer(box_.window, 1, 60'000);
+  EXPECT_EQ(host::dispatch(), 0) << "a restart takes back an expiry that was not delivered";
+  EXPECT_TRUE(kill_timer(box_.window, 1));
+  EXPECT_FALSE(kill_timer(box_.window, 1));
+  set_timer(box_.window, 2, 1);
+  sleep_ms(3);
+  kill_timer(box_.window, 2);
+  EXPECT_EQ(host::dispatch(), 0);
+}
+
+TEST_F(LoopTest, SendRunsTheProcedureAtOnce) {
+  post_message(box_.window, 1, 0, 0);
+  EXPECT_EQ(send_message(box_.window, 2, 10, 0), 11);
+  EXPECT_EQ(box_.ids(), (Ids{2}));
+  EXPECT_EQ(send_message(box_.window + 1000, 2, 10, 0), 0);
+}
+
+TEST_F(LoopTest, ADestroyedWindowTakesItsMessagesAndTimersWithIt) {
+  Recorder other;
+  set_timer(other.window, 1, 1);
+  post_message(other.window, 2001, 0, 0);
+  post_message(box_.window, 2002, 0, 0);
+  const Message taken{other.window, 2003, 0, 0};
+  EXPECT_TRUE(is_window(other.window));
+  EXPECT_TRUE(destroy_window(other.window));
+  EXPECT_FALSE(destroy_window(other.window));
+  EXPECT_FALSE(is_window(other.window));
+  EXPECT_FALSE(post_message(other.window, 2001, 0, 0));
+  EXPECT_FALSE(set_timer(other.window, 1, 1));
+  EXPECT_EQ(dispatch_message(taken), 0);
+  sleep_ms(3);
+  EXPECT_EQ(host::dispatch(), 1);
+  EXPECT_TRUE(other.seen.empty());
+  EXPECT_GT(Recorder().window, other.window) << "handles are never used again";
+}
+
+TEST_F(LoopTest, HandlersMayPumpPostAndDestroy) {
+  Recorder other;
+  box_.handler = [&](const Message& message) {
+    if (message.id != 1) return;
+    post_message(box_.window, 3, 0, 0);
+    host::dispatch();
+    destroy_window(other.window);
+    destroy_window(box_.window);
+  };
+  post_message(box_.window, 1, 0, 0);
+  post_message(other.window, 2, 0, 0);
+  EXPECT_TRUE(pump_until([&] { return box_.seen.size() == 2; }));
+  EXPECT_EQ(box_.ids(), (Ids{1, 3}));
+  EXPECT_EQ(other.ids(), (Ids{2}));
+  EXPECT_FALSE(is_window(box_.window));
+}
+
+TEST_F(LoopTest, AHandlerThatKeepsPostingHoldsNeitherDispatchNorRunFor) {
+  box_.handler = [&](const Message&) { post_message(box_.window, 1, 0, 0); };
+  post_message(box_.window, 1, 0, 0);
+  EXPECT_GT(host::dispatch(), 1);
+  EXPECT_TRUE(host::run_for(5ms));
+}
+
+TEST_F(LoopTest, QuitEndsTheInnermostLoop) {
+  bool inner_ended = false;
+  box_.handler = [&](const Message& message) {
+    if (message.id != 1) return host::quit(9);
+    inner_ended = !host::run_for(1h);
+    host::quit(8);
+  };
+  post_message(box_.window, 1, 0, 0);
+  post_message(box_.window, 2, 0, 0);
+  EXPECT_EQ(host::run(), 8);
+  EXPECT_TRUE(inner_ended);
+}
+
+TEST_F(LoopTest, ASignalEndsRunForButNotGetMessage) {
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  ::sigaction(SIGUSR1, &action, nullptr);
+  const pthread_t self = ::pthread_self();
+  for (const bool get : {false, true}) {
+    std::atomic<bool> done = false;
+    std::thread signaller([&] {
+      while (!done) {
+        ::pthread_kill(self, SIGUSR1);
+        sleep_ms(5);
+      }
+    });
+    if (get) {
+      set_timer(box_.window, 1, 40);
+      Message message;
+      EXPECT_TRUE(get_message(message));
+      EXPECT_EQ(message.id, kTimerMessage);
+    } else {
+      EXPECT_FALSE(host::run_for(1h));
+    }
+    done = true;
+    signaller.join();
+  }
+}
+
+TEST_F(LoopTest, AnIdleWaitNeverWakes) {
+  set_timer(box_.window, 1, 300);
+  rusage before{};
+  rusage after{};
+  ::getrusage(RUSAGE_THREAD, &before);
+  Message message;
+  const auto start = Clock::now();
+  ASSERT_TRUE(get_message(message));
+  EXPECT_GE(Clock::now() - start, 300ms);
+  ::getrusage(RUSAGE_THREAD, &after);
+  EXPECT_LE(after.ru_nvcsw - before.ru_nvcsw, 4);
+}
+
+TEST_F(LoopTest, TheHostsDescriptorIsReadableExactlyWhileSomethingIsDue) {
+  const int fd = host::fd();
+  ASSERT_GE(fd, 0);
+  EXPECT_EQ(host::fd(), fd);
+  EXPECT_FALSE(is_readable(fd));
+
+  post_message(box_.window, 1, 0, 0);
+  EXPECT_TRUE(is_readable(fd));
+  EXPECT_EQ(host::dispatch(), 1);
+  EXPECT_FALSE(is_readable(fd));
+
+  set_timer(box_.window, 1, 20);
+  EXPECT_FALSE(is_readable(fd));
+  EXPECT_TRUE(is_readable(fd, 5000));
+  EXPECT_EQ(host::dispatch(), 1);
+  EXPECT_FALSE(is_readable(fd));
+  EXPECT_TRUE(is_readable(fd, 5000)) << "the timer repeats";
+  kill_timer(box_.window, 1);
+  EXPECT_FALSE(is_readable(fd));
+
+  host::quit();
+  EXPECT_FALSE(is_readable(fd)) << "dispatch() would leave it, and the host would spin";
+  Recorder other;
+  post_message(other.window, 1, 0, 0);
+  destroy_window(other.window);
+  EXPECT_FALSE(is_readable(fd));
+  EXPECT_EQ(host::run(), 0);
+}
+
+TEST_F(LoopTest, DuesFromBeforeTheFirstAskingShowAtTheHostsDescriptor) {
+  std::thread([] {
+    Recorder box;
+    post_message(box.window, 1, 0, 0);
+    EXPECT_TRUE(is_readable(host::fd()));
+    host::dispatch();
+    EXPECT_FALSE(is_readable(host::fd()));
+    set_timer(box.window, 1, 1);
+    EXPECT_TRUE(is_readable(host::fd(), 5000));
+  }).join();
+}
+
+TEST_F(LoopTest, ASliceLastsTenMillisecondsUnlessEarlyWakeFindsSomethingDue) {
+  const auto slice = [] {
+    const auto start = Clock::now();
+    wait_slice();
+    return Clock::now() - start;
+  };
+  post_message(box_.window, 1, 0, 0);
+  EXPECT_GE(slice(), 10ms);
+  host::set_early_wake(true);
+  EXPECT_TRUE(host::early_wake());
+  const auto quickest = std::min({slice(), slice(), slice()});
+  EXPECT_LT(quickest, 5ms);
+  host::dispatch();
+  EXPECT_GE(slice(), 10ms);
+  EXPECT_LT(slice(), 5s);
+  set_timer(box_.window, 1, 1);
+  EXPECT_LT(std::min({slice(), slice(), slice()}), 8ms);
+  EXPECT_TRUE(peek_message());
+}
+
+// Destroyed after the thread's loop: it was there before it.
+struct LateCaller {
+  bool armed = false;
+  WindowHandle window = 0;
+  std::atomic<int>* refusals = nullptr;
+  ~LateCaller() {
+    if (!armed) return;
+    Message message;
+    *refusals += !is_window(window) + !destroy_window(window) + !kill_timer(window, 1) + !set_timer(window, 1, 1) +
+                 !post_message(window, 1, 0, 0) + !peek_message() + !get_message(message) + (host::fd() == -1) +
+                 (host::dispatch() == 0) + !host::run_for(1h);
+  }
+};
+
+TEST_F(LoopTest, CallsAfterTheThreadsLoopHasGoneAreRefused) {
+  std::atomic<int> refusals = 0;
+  std::thread([&] {
+    static thread_local LateCaller late;
+    late.refusals = &refusals;
+    static Recorder* box = nullptr;
+    box = new Recorder;
+    late.window = box->window;
+    late.armed = true;
+    set_timer(box->window, 1, 1000);
+    post_message(box->window, 1, 0, 0);
+    host::fd();
+  }).join();
+  EXPECT_EQ(refusals, 10);
+}
+
+TEST_F(LoopTest, WindowsOfAnotherThreadAreNotThere) {
+  std::thread([&] {
+    Recorder own;
+    EXPECT_NE(own.window, box_.window);
+    EXPECT_FALSE(is_window(box_.window));
+    EXPECT_FALSE(post_message(box_.window, 1, 0, 0));
+  }).join();
+  EXPECT_FALSE(peek_message());
+}
+
+}  // namespace
+}  // namespace kestrine::platform

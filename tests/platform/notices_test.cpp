@@ -1,0 +1,51 @@
+#include "platform/notices.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "kestrine/host.h"
+#include "platform/version.h"
+
+namespace kestrine::platform {
+namespace {
+
+TEST(NoticesTest, AMessageBoxGoesToStandardErrorAndTheRestNowhere) {
+  ::testing::internal::CaptureStderr();
+  show_message_box(u"Wrong \u00B5", u"Fatal", kIconExclamation);
+  show_message_box(u"plain", u"", kIconStop);
+  beep(1000, 200);
+  log_line("unheard");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Fatal: Wrong \xC2\xB5\nplain\n");
+}
+
+TEST(NoticesTest, HooksTakeOverUntilTheyAreTakenAway) {
+  std::string heard;
+  host::set_message_box_hook([&](const std::u16string& text, const std::u16string& caption, std::uint32_t style) {
+    heard += text == u"t" && caption == u"c" ? "box" + std::to_string(style) : "?";
+    host::set_message_box_hook({});
+  });
+  host::set_beep_hook([&](std::uint32_t hertz, std::uint32_t milliseconds) {
+    heard += " beep" + std::to_string(hertz) + "/" + std::to_string(milliseconds);
+  });
+  host::set_log_hook([&](const std::string& line) { heard += " " + line; });
+  show_message_box(u"t", u"c", kIconStop);
+  beep(250, 10);
+  log_line("line");
+  host::set_beep_hook({});
+  host::set_log_hook({});
+  beep(250, 10);
+  log_line("line");
+  ::testing::internal::CaptureStderr();
+  show_message_box(u"t", u"c", kIconStop);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "c: t\n") << "a hook may replace itself";
+  EXPECT_EQ(heard, "box16 beep250/10 line");
+}
+
+TEST(NoticesTest, TheLibraryCarriesItsVersion) {
+  EXPECT_EQ(file_version_text(), u"3, 8, 680, 28");
+  EXPECT_FALSE(is_legacy_non_unicode_system());
+}
+
+}  // namespace
+}  // namespace kestrine::platform

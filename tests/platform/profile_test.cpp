@@ -1,0 +1,174 @@
+#include "platform/profile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace kestrine::platform {
+namespace {
+
+using std::filesystem::path;
+
+class ProfileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "profile-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    directory_ = pattern;
+    ::setenv("KESTRINE_PROFILE_DIR", directory_.c_str(), 1);
+  }
+  void TearDown() override {
+    ::unsetenv("KESTRINE_PROFILE_DIR");
+    std::filesystem::remove_all(directory_);
+  }
+
+  void put(const std::string& text) const { std::ofstream(file(), std::ios::binary) << text; }
+  std::string text(const path& of) const {
+    std::stringstream all;
+    all << std::ifstream(of, std::ios::binary).rdbuf();
+    return all.str();
+  }
+  std::string text() const { return text(file()); }
+  path file() const { return directory_ / "Test.ini"; }
+  static std::int32_t read(std::u16string_view key, std::u16string_view section = u"Settings") {
+    return profile_int(section, key, 77, u"Test.ini");
+  }
+  static bool write(std::u16string_view key, std::u16string_view value, std::u16string_view section = u"Settings") {
+    return write_profile_string(section, key, value, u"Test.ini");
+  }
+
+  path directory_;
+};
+
+TEST_F(ProfileTest, ReadsIntegersUpToTheFirstOtherCharacter) {
+  put("\xEF\xBB\xBF[settings]\r\n; a=1\r\nplain=42\r\n  Spaced  =  -7 ; note\r\nplus=+8x\r\nword=abc\r\nempty=\r\n"
+      "huge=99999999999\r\ndeep=-99999999999\r\nplain=1\r\n[ Other ]\nplain=3\n[Settings]\nlate=5\n[Other]\nlast=6");
+  const std::pair<std::u16string_view, std::int32_t> cases[] = {
+      {u"PLAIN", 42},       {u"spaced", -7},      {u"plus", 8},     {u"word", 0}, {u"empty", 0},
+      {u"huge", INT32_MAX}, {u"deep", INT32_MIN}, {u"missing", 77}, {u"a", 77},   {u"late", 77}};
+  for (const auto& [key, value] : cases) EXPECT_EQ(read(key), value) << std::string(key.begin(), key.end());
+  EXPECT_EQ(read(u"plain", u"OTHER"), 3);
+  EXPECT_EQ(read(u"last", u"Other"), 77) << "the first of two sections counts";
+  EXPECT_EQ(read(u"plain", u"Nowhere"), 77);
+}
+
+TEST_F(ProfileTest, MissingOrUnreadableFilesGiveTheDefault) {
+  EXPECT_EQ(read(u"plain"), 77);
+  std::filesystem::create_directory(file());
+  EXPECT_EQ(read(u"plain"), 77);
+  EXPECT_FALSE(write(u"plain", u"1"));
+  std::filesystem::remove(file());
+  ASSERT_EQ(::mkfifo(file().c_str(), 0600), 0);
+  EXPECT_EQ(read(u"plain"), 77);
+  EXPECT_FALSE(write(u"plain", u"1")) << "neither waits for a writer nor replaces what is no file";
+}
+
+TEST_F(ProfileTest, WritingKeepsEveryOtherLine) {
+  struct Case {
+    const char* before;
+    const char* after;
+  };
+  const Case cases[] = {
+      {"", "[Settings]\nkey=new\n"},
+      {"\xEF\xBB\xBF", "\xEF\xBB\xBF[Settings]\nkey=new\n"},
+      {"[A]\nx=1", "[A]\nx=1\n[Settings]\nkey=new\n"},
+      {"[settings]\n; note\nKEY = old \nz=1\n", "[settings]\n; note\nKEY = new\nz=1\n"},
+      {"[Settings]\r\nkey=old\r\n\r\n[B]\r\n", "[Settings]\r\nkey=new\r\n\r\n[B]\r\n"},
+      {"[Settings]\r\na=1\r\n\r\n[B]\r\nkey=b\r\n", "[Settings]\r\na=1\r\nkey=new\r\n\r\n[B]\r\nkey=b\r\n"},
+      {"[Settings]\nkey=", "[Settings]\nkey=new"},
+      {"[Settings]", "[Settings]\nkey=new\n"},
+      {"[Settings]\nkey=1\nkey=2\n[Settings]\nkey=3\n", "[Settings]\nkey=new\nkey=2\n[Settings]\nkey=3\n"},
+      {"junk\n\n\n", "junk\n\n\n[Settings]\nkey=new\n"},
+  };
+  for (const Case& c : cases) {
+    put(c.before);
+    EXPECT_TRUE(write(u"key", u"new"));
+    EXPECT_EQ(text(), c.after);
+  }
+}
+
+TEST_F(ProfileTest, TextsAreUtf8) {
+  EXPECT_TRUE(write(u"k\u00E4", u"\u20AC \U0001F600 \xD800", u"\u00DCber"));
+  EXPECT_EQ(text(),
+            "[\xC3\x9C"
+            "ber]\nk\xC3\xA4=\xE2\x82\xAC \xF0\x9F\x98\x80 \xEF\xBF\xBD\n");
+}
+
+TEST_F(ProfileTest, TextsThatWouldBreakTheFileAreRefused) {
+  put("[Settings]\nkey=1\n");
+  EXPECT_FALSE(write(u"key", u"a\nb"));
+  EXPECT_FALSE(write(u"k=y", u"a"));
+  EXPECT_FALSE(write(u"[key", u"a"));
+  EXPECT_FALSE(write(u"key", u"a", u"x]\n[y"));
+  EXPECT_EQ(text(), "[Settings]\nkey=1\n");
+}
+
+TEST_F(ProfileTest, TheFileIsReplacedBehindItsLinkWithItsMode) {
+  const path real = directory_ / "real.ini";
+  std::ofstream(real) << "[Settings]\n";
+  std::filesystem::permissions(real, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  std::filesystem::create_symlink(real, file());
+  EXPECT_TRUE(write(u"key", u"1"));
+  EXPECT_TRUE(std::filesystem::is_symlink(file()));
+  EXPECT_EQ(read(u"key"), 1);
+  struct stat status {};
+  ASSERT_EQ(::stat(real.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  const auto entries = std::filesystem::directory_iterator(directory_);
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 2) << "nothing is left lying about";
+}
+
+TEST_F(ProfileTest, NamesLieInTheDirectoryAndPathsWhereTheySay) {
+  const std::u16string there = path(directory_ / "sub/deep/other.ini").u16string();
+  EXPECT_TRUE(write_profile_string(u"S", u"k", u"9", there));
+  EXPECT_EQ(profile_int(u"S", u"k", 0, there), 9);
+  EXPECT_FALSE(write_profile_string(u"S", u"k", u"9", u""));
+
+  ::unsetenv("KESTRINE_PROFILE_DIR");
+  ::setenv("XDG_CONFIG_HOME", (directory_ / "xdg").c_str(), 1);
+  EXPECT_TRUE(write(u"key", u"1"));
+  EXPECT_EQ(text(directory_ / "xdg/kestrine/Test.ini"), "[Settings]\nkey=1\n");
+  ::unsetenv("XDG_CONFIG_HOME");
+  const std::string home = std::getenv("HOME") != nullptr ? std::getenv("HOME") : "";
+  ::setenv("HOME", (directory_ / "home").c_str(), 1);
+  EXPECT_TRUE(write(u"key", u"2"));
+  EXPECT_EQ(text(directory_ / "home/.config/kestrine/Test.ini"), "[Settings]\nkey=2\n");
+  ::setenv("HOME", home.c_str(), 1);
+}
+
+TEST_F(ProfileTest, ProcessesWritingAtOnceLoseNothing) {
+  constexpr int kKeys = 200;
+  std::vector<pid_t> writers;
+  for (const char16_t name : {u'a', u'b'}) {
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      bool written = true;
+      for (int i = 0; i < kKeys; ++i) {
+        const std::string number = std::to_string(i);
+        written = written && write(name + std::u16string(number.begin(), number.end()), u"5");
+      }
+      ::_exit(written ? 0 : 1);
+    }
+    writers.push_back(child);
+  }
+  for (const pid_t writer : writers) {
+    int status = -1;
+    ::waitpid(writer, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  for (int i = 0; i < 2 * kKeys; ++i) {
+    const std::string number = std::to_string(i / 2);
+    EXPECT_EQ(read((i % 2 == 0 ? u'a' : u'b') + std::u16string(number.begin(), number.end())), 5);
+  }
+}
+
+}  // namespace
+}  // namespace kestrine::platform

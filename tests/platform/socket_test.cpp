@@ -1,0 +1,337 @@
+#include "platform/socket.h"
+
+#include <fcntl.h>
+
+#include <array>
+
+#include "platform/clock.h"
+#include "support.h"
+
+namespace kestrine::platform {
+namespace {
+
+constexpr std::uint32_t kNotice = 2025;
+constexpr int kNotStarted = 10093;
+
+class SocketTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(socket_startup(0x0101), 0);
+    socket_ = open_socket();
+    ASSERT_NE(socket_, kInvalidSocket);
+  }
+  void TearDown() override {
+    close_socket(socket_);
+    socket_cleanup();
+  }
+
+  void connect(std::int32_t events = kSocketReadable | kSocketClosed) {
+    ASSERT_EQ(connect_socket(socket_, kLoopback, peer_.port()), 0);
+    peer_.accept();
+    ASSERT_EQ(select_notifications(socket_, box_.window, kNotice, events), 0);
+  }
+  // The events told so far: 'r' and 'c' in their order.
+  std::string told() const {
+    std::string all;
+    for (const Message& message : box_.seen) all += (message.lparam & 0xFFFF) == kSocketReadable ? 'r' : 'c';
+    return all;
+  }
+  bool wait_for_unread(int bytes) {
+    std::string scratch(static_cast<std::size_t>(bytes), '\0');
+    const int fd = static_cast<int>(socket_);
+    return pump_until([&] { return ::recv(fd, scratch.data(), scratch.size(), MSG_PEEK | MSG_DONTWAIT) == bytes; });
+  }
+  // Pumps for a while: nothing more may come, and the wait must not spin.
+  void expect_quiet(const std::string& told_so_far) {
+    const auto before = thread_cpu_time();
+    EXPECT_TRUE(host::run_for(60ms));
+    EXPECT_LT(thread_cpu_time() - before, 30ms);
+    EXPECT_EQ(told(), told_so_far);
+  }
+
+  Recorder box_;
+  Peer peer_;
+  SocketHandle socket_ = kInvalidSocket;
+};
+
+TEST_F(SocketTest, ReadableComesOnceAndIsArmedByReading) {
+  connect();
+  expect_quiet("");
+  peer_.send("abcd");
+  ASSERT_TRUE(pump_until([&] { return !box_.seen.empty(); }));
+  EXPECT_EQ(box_.seen[0].id, kNotice);
+  EXPECT_EQ(box_.seen[0].wparam, socket_);
+  expect_quiet("r");
+  peer_.send("e");
+  expect_quiet("r");
+
+  EXPECT_EQ(receive_text(socket_, 2, true), "ab");
+  ASSERT_TRUE(pump_until([&] { return told() == "rr"; })) << "a peek arms as well";
+  EXPECT_EQ(receive_text(socket_, 2), "ab");
+  ASSERT_TRUE(pump_until([&] { return told() == "rrr"; })) << "bytes are left";
+  EXPECT_EQ(receive_text(socket_, 9), "cde");
+  expect_quiet("rrr");
+  EXPECT_EQ(receive(socket_, nullptr, 0), 0);
+  char byte;
+  EXPECT_EQ(receive(socket_, &byte, 1), -1);
+  EXPECT_EQ(last_socket_error(), kErrorWouldBlock);
+  peer_.send("f");
+  EXPECT_TRUE(pump_until([&] { return told() == "rrrr"; }));
+}
+
+TEST_F(SocketTest, ReadingInsideTheHandlerWhilePumpingDoesNotDouble) {
+  connect();
+  box_.handler = [&](const Message&) {
+    host::dispatch();
+    receive_text(socket_, 2);
+  };
+  peer_.send("aabbcc");
+  ASSERT_TRUE(pump_until([&] { return told().size() == 3; }));
+  expect_quiet("rrr");
+}
+
+TEST_F(SocketTest, ClosedComesOnceAndAfterTheLastByte) {
+  for (const bool reset : {false, true}) {
+    SCOPED_TRACE(reset ? "reset" : "end");
+    connect();
+    peer_.send("abcd");
+    ASSERT_TRUE(wait_for_unread(4));
+    reset ? peer_.reset() : peer_.end();
+    ASSERT_TRUE(pump_until([&] { return !box_.seen.empty(); }));
+    expect_quiet("r");
+    EXPECT_EQ(receive_text(socket_, 3), "abc");
+    ASSERT_TRUE(pump_until([&] { return told().size() == 2; }));
+    expect_quiet("rr");
+    EXPECT_EQ(receive_text(socket_, 3), "d");
+    ASSERT_TRUE(pump_until([&] { return told().size() == 3; }));
+    expect_quiet("rrc");
+    receive_text(socket_, 1);
+    expect_quiet("rrc");
+    TearDown();
+    SetUp();
+    box_.seen.clear();
+  }
+}
+
+TEST_F(SocketTest, OnlyTheEventsAskedForAreTold) {
+  connect(kSocketClosed);
+  peer_.send("ab");
+  peer_.end();
+  expect_quiet("");
+  EXPECT_EQ(receive_text(socket_, 9), "ab");
+  ASSERT_TRUE(pump_until([&] { return !box_.seen.empty(); }));
+  expect_quiet("c");
+
+  box_.seen.clear();
+  ASSERT_EQ(select_notifications(socket_, box_.window, kNotice, kSocketReadable), 0);
+  expect_quiet("");
+}
+
+TEST_F(SocketTest, CancellingClosingAndDestroyingRemoveWhatIsQueued) {
+  connect();
+  peer_.send("a");
+  ASSERT_TRUE(wait_for_unread(1));
+  const auto requeue = [&](WindowHandle window) {
+    ASSERT_EQ(select_notifications(socket_, window, kNotice, kSocketReadable), 0);
+    ASSERT_TRUE(pump_until(peek_message));
+  };
+  {
+    Recorder other;
+    requeue(other.window);
+  }
+  EXPECT_FALSE(peek_message());
+  requeue(box_.window);
+  box_.seen.clear();
+  EXPECT_EQ(select_notifications(socket_, box_.window, 0, 0), 0);
+  EXPECT_FALSE(peek_message());
+  ASSERT_EQ(::fcntl(static_cast<int>(socket_), F_GETFL) & O_NONBLOCK, O_NONBLOCK);
+  requeue(box_.window);
+  box_.seen.clear();
+  EXPECT_EQ(close_socket(socket_), 0);
+  expect_quiet("");
+}
+
+TEST_F(SocketTest, NotificationsShowAtTheHostsDescriptorAndEndASlice) {
+  connect();
+  const int fd = host::fd();
+  EXPECT_FALSE(is_readable(fd));
+  peer_.send("a");
+  EXPECT_TRUE(is_readable(fd, 5000));
+  EXPECT_EQ(host::dispatch(), 1);
+  EXPECT_FALSE(is_readable(fd)) << "what nobody reads is no longer due";
+  receive_text(socket_, 1);
+  EXPECT_FALSE(is_readable(fd));
+
+  host::set_early_wake(true);
+  peer_.send("b");
+  ASSERT_TRUE(is_readable(fd, 5000));
+  wait_slice();
+  EXPECT_TRUE(is_readable(fd)) << "the slice has put it into the queue";
+  EXPECT_EQ(host::dispatch(), 1);
+  host::set_early_wake(false);
+  receive_text(socket_, 1);
+  peer_.end();
+  EXPECT_TRUE(is_readable(fd, 5000));
+  EXPECT_EQ(host::dispatch(), 1);
+  EXPECT_FALSE(is_readable(fd));
+}
+
+TEST_F(SocketTest, APostingHandlerDoesNotShutOutTheSocket) {
+  connect();
+  box_.handler = [&](const Message& message) {
+    if (message.id == 1) post_message(box_.window, 1, 0, 0);
+  };
+  post_message(box_.window, 1, 0, 0);
+  peer_.send("a");
+  EXPECT_TRUE(pump_until([&] { return box_.ids().back() == kNotice || told().find('r') != std::string::npos; }));
+}
+
+TEST_F(SocketTest, AConnectUnderWayIsNotConnected) {
+  Peer full(0);
+  std::array<int, 4> fillers{};
+  const sockaddr_in at = Peer::address(full.port());
+  for (int& filler : fillers) {
+    filler = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    ::connect(filler, reinterpret_cast<const sockaddr*>(&at), sizeof at);
+  }
+  ASSERT_EQ(set_non_blocking(socket_, true), 0);
+  EXPECT_EQ(connect_socket(socket_, kLoopback, full.port()), -1);
+  EXPECT_EQ(last_socket_error(), kErrorWouldBlock);
+  ASSERT_EQ(select_notifications(socket_, box_.window, kNotice, kSocketReadable | kSocketClosed), 0);
+  char byte;
+  EXPECT_EQ(receive(socket_, &byte, 1, true), -1);
+  EXPECT_EQ(last_socket_error(), kErrorNotConnected);
+  EXPECT_EQ(send_bytes(socket_, "x", 1), -1);
+  EXPECT_EQ(last_socket_error(), kErrorNotConnected);
+  EXPECT_EQ(connect_socket(socket_, kLoopback, full.port()), -1);
+  EXPECT_EQ(last_socket_error(), kErrorAlready);
+  expect_quiet("");
+  for (const int filler : fillers) ::close(filler);
+}
+
+TEST_F(SocketTest, ANonBlockingConnectTellsItsOutcomeLater) {
+  ASSERT_EQ(set_non_blocking(socket_, true), 0);
+  EXPECT_EQ(connect_socket(socket_, kLoopback, peer_.port()), -1);
+  EXPECT_EQ(last_socket_error(), kErrorWouldBlock);
+  peer_.accept();
+  char byte;
+  ASSERT_TRUE(pump_until([&] { return receive(socket_, &byte, 1, true) == -1 && last_socket_error() != 10057; }));
+  EXPECT_EQ(last_socket_error(), kErrorWouldBlock);
+  EXPECT_EQ(connect_socket(socket_, kLoopback, peer_.port()), -1);
+  EXPECT_EQ(last_socket_error(), kErrorAlreadyConnected);
+}
+
+TEST_F(SocketTest, ARefusedConnectIsToldAndCanBeTriedAnew) {
+  Peer gone;
+  const std::uint16_t port = gone.port();
+  gone.stop_listening();
+  const auto error_of_connect = [&](std::uint16_t to) {
+    return connect_socket(socket_, kLoopback, to) == 0 ? 0 : last_socket_error();
+  };
+  EXPECT_EQ(error_of_connect(port), kErrorConnectionRefused) << "blocking";
+  ASSERT_EQ(set_non_blocking(socket_, true), 0);
+  ASSERT_EQ(select_notifications(socket_, box_.window, kNotice, kSocketReadable | kSocketClosed), 0);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(error_of_connect(port), kErrorWouldBlock);
+    char byte;
+    EXPECT_EQ(receive(socket_, &byte, 1, true), -1) << "must not swallow the outcome";
+    EXPECT_EQ(last_socket_error(), kErrorNotConnected);
+    expect_quiet("");
+    EXPECT_EQ(error_of_connect(port), kErrorConnectionRefused);
+  }
+  EXPECT_EQ(error_of_connect(peer_.port()), kErrorWouldBlock);
+  peer_.accept();
+  peer_.send("a");
+  EXPECT_TRUE(pump_until([&] { return told() == "r"; }));
+  EXPECT_EQ(receive_text(socket_, 9), "a");
+}
+
+TEST_F(SocketTest, AGreetingFollowedByAResetIsNotLostToALateLook) {
+  ASSERT_EQ(set_non_blocking(socket_, true), 0);
+  connect_socket(socket_, kLoopback, peer_.port());
+  peer_.accept();
+  peer_.send("hello");
+  ASSERT_TRUE(wait_for_unread(5));
+  peer_.reset();
+  sleep_ms(1);
+  EXPECT_EQ(connect_socket(socket_, kLoopback, peer_.port()), -1);
+  EXPECT_EQ(last_socket_error(), kErrorAlreadyConnected);
+  EXPECT_EQ(receive_text(socket_, 9), "hello");
+}
+
+TEST_F(SocketTest, AnUnconnectedSocketIsSilent) {
+  EXPECT_EQ(select_notifications(socket_, box_.window, kNotice, kSocketReadable | kSocketClosed), 0);
+  expect_quiet("");
+  char byte;
+  EXPECT_EQ(receive(socket_, &byte, 1), -1);
+  EXPECT_EQ(last_socket_error(), kErrorNotConnected);
+  EXPECT_EQ(send_bytes(socket_, &byte, 1), -1);
+  EXPECT_EQ(last_socket_error(), kErrorNotConnected);
+}
+
+TEST_F(SocketTest, SendingToAClosedPeerIsAnErrorNotASignal) {
+  connect(kSocketReadable);
+  peer_.reset();
+  EXPECT_TRUE(pump_until([&] { return send_bytes(socket_, "x", 1) == -1; }));
+  EXPECT_EQ(last_socket_error(), kErrorConnectionReset);
+  EXPECT_EQ(send_bytes(socket_, "x", 1), -1);
+}
+
+TEST_F(SocketTest, BadHandlesAreRefused) {
+  const SocketHandle closed = open_socket();
+  ASSERT_EQ(close_socket(closed), 0);
+  for (const SocketHandle bad : {SocketHandle{0}, SocketHandle{1}, closed, kInvalidSocket}) {
+    char byte = 0;
+    const std::array results{close_socket(bad),
+                             receive(bad, &byte, 1),
+                             send_bytes(bad, &byte, 1),
+                             set_non_blocking(bad, true),
+                             set_receive_buffer(bad, 4096),
+                             connect_socket(bad, kLoopback, 1),
+                             select_notifications(bad, box_.window, kNotice, kSocketReadable)};
+    for (const int result : results) EXPECT_EQ(result, -1);
+    EXPECT_EQ(last_socket_error(), kErrorBadSocket);
+  }
+  EXPECT_EQ(select_notifications(socket_, box_.window + 1000, kNotice, kSocketReadable), -1);
+}
+
+TEST_F(SocketTest, HandlesStayClearOfTheStandardStreams) {
+  const int kept = ::dup(0);
+  ::close(0);
+  const SocketHandle socket = open_socket();
+  EXPECT_GT(socket, 2U);
+  EXPECT_NE(::fcntl(static_cast<int>(socket), F_GETFD) & FD_CLOEXEC, 0);
+  close_socket(socket);
+  if (kept >= 0) {
+    ::dup2(kept, 0);
+    ::close(kept);
+  }
+}
+
+TEST(SocketStartTest, SocketsNeedAStartUp) {
+  EXPECT_EQ(open_socket(), kInvalidSocket);
+  EXPECT_EQ(last_socket_error(), kNotStarted);
+  EXPECT_EQ(socket_startup(0x0001), 10092);
+  EXPECT_EQ(socket_startup(0x0003), 10092);
+  ASSERT_EQ(socket_startup(0x0101), 0);
+  ASSERT_EQ(socket_startup(0x0202), 0);
+  socket_cleanup();
+  const SocketHandle socket = open_socket();
+  EXPECT_NE(socket, kInvalidSocket) << "start-ups are counted";
+  EXPECT_EQ(close_socket(socket), 0);
+  socket_cleanup();
+  socket_cleanup();
+  EXPECT_EQ(open_socket(), kInvalidSocket);
+}
+
+TEST(SocketStartTest, AddressesAndNamesBecomeWords) {
+  EXPECT_EQ(parse_dotted_address("127.0.0.1"), kLoopback);
+  for (const char* bad : {"localhost.example", "1.2.3.256", "1.2.3.4.5", "", "."}) {
+    EXPECT_EQ(parse_dotted_address(bad), kAddressNone) << bad;
+  }
+  EXPECT_EQ(resolve_host_name("localhost"), kLoopback);
+  EXPECT_EQ(resolve_host_name(""), std::nullopt);
+}
+
+}  // namespace
+}  // namespace kestrine::platform
