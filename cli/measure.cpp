@@ -71,9 +71,9 @@ void measure_series(Session& session, const MeasureOptions& options, std::ostrea
   session.set_stationary_mode(options.measure_time, options.extended);
   print_table_head(out, *measurement.unit);
   const Stopwatch watch;
-  Progress progress(std::cerr, !options.quiet && terminal::shows_progress(), {options.count, 0});
+  Progress progress(std::cerr, !options.quiet && terminal::shows_progress(), {options.points, 0});
   double first = 0;
-  while (measurement.points.size() < options.count && !terminal::stop_asked()) {
+  while (measurement.points.size() < options.points && !terminal::stop_asked()) {
     progress.update(measurement.points.size(), watch.seconds());
     Point point = session.measure_point(options.extended);
     if (measurement.points.empty()) first = watch.seconds();
@@ -122,10 +122,10 @@ void measure_with(Session& session, const MeasureOptions& options, std::ostream&
   session.initialise();
   measurement.tracker = session.identify();
   print_tracker(out, measurement.tracker, *measurement.unit);
-  if (options.kind == Kind::kStationary) {
-    measure_series(session, options, out, measurement);
-  } else {
+  if (options.stream) {
     measure_stream(session, options, measurement);
+  } else {
+    measure_series(session, options, out, measurement);
   }
 }
 
@@ -159,14 +159,17 @@ Outcome measure(const MeasureOptions& options) {
   std::ostream nowhere(nullptr);
   std::ostream& out = options.quiet ? nowhere : std::cout;
 
-  Measurement measurement{options.kind, options.extended, {}, &length_unit(options.length_unit), {}};
+  Measurement measurement;
+  measurement.kind = options.stream ? Kind::kStream : Kind::kStationary;
+  measurement.extended = options.extended;
+  measurement.unit = &length_unit(options.length_unit);
   const std::exception_ptr failure = collect(options, out, measurement);
   const bool stopped = terminal::stop_asked();
   if (!measurement.points.empty()) {
-    if (options.kind == Kind::kStationary) {
-      print_table_foot(out, measurement);
-    } else {
+    if (options.stream) {
       print_stream_summary(out, measurement);
+    } else {
+      print_table_foot(out, measurement);
     }
     outputs.write(out, measurement);
   }

@@ -15,9 +15,10 @@ struct MeasureOptions {
   std::uint64_t seed = 1;  // of the simulator's noise
   double speed = 1;        // of the simulator's clock
 
-  Kind kind = Kind::kStationary;
-  std::size_t count = 10;            // points; 0 for a stream that only its duration ends
-  double duration = 0;               // seconds of a stream; 0 when only its count ends it
+  bool stream = false;               // or else a series of stationary points
+  std::size_t points = 10;           // of the series
+  std::size_t count = 0;             // of the stream; 0 when only its duration ends it
+  double duration = 0;               // of the stream in seconds; 0 when only its count ends it
   std::int32_t measure_time = 0;     // milliseconds for each stationary point
   std::int32_t time_separation = 0;  // milliseconds between the points of a stream
   bool extended = false;

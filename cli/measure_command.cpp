@@ -1,9 +1,6 @@
 #include "cli/measure_command.h"
 
-#include <algorithm>
-#include <cctype>
-#include <filesystem>
-#include <limits>
+#include "cli/format.h"
 
 namespace kestrine::cli {
 namespace {
@@ -33,6 +30,16 @@ std::string check_host(const std::string& host) {
   return host + " is no address; a name has no dots in it";
 }
 
+// Unlike the library's own range, this one does not let "nan" through.
+CLI::Validator number_between(double low, double high) {
+  const auto complaint = [=](const std::string& text) -> std::string {
+    double value = 0;
+    if (CLI::detail::lexical_cast(text, value) && value >= low && value <= high) return {};
+    return "Value " + text + " not in range " + shortest(low) + " to " + shortest(high);
+  };
+  return {complaint, "NUMBER"};
+}
+
 void add_connection(CLI::App& command, MeasureOptions& options) {
   auto* host =
       command.add_option("--host", options.host, "The tracker's server: a dotted address, or a name without dots")
@@ -52,14 +59,15 @@ void add_connection(CLI::App& command, MeasureOptions& options) {
       ->group("Tracker");
   command.add_option("--speed", options.speed, "How many times faster than a real tracker the simulated one is")
       ->capture_default_str()
-      ->check(CLI::Range(0.1, 1000.0))
+      ->check(number_between(0.1, 1000))
       ->needs(simulate)
       ->group("Tracker");
 }
 
 void add_measurement(CLI::App& command, MeasureOptions& options) {
-  auto* stream = command.add_flag("--stream", "Measure continuously")->group("Measurement");
-  command.add_option("--points", "How many stationary points (default: 10)")
+  auto* stream = command.add_flag("--stream", options.stream, "Measure continuously")->group("Measurement");
+  command.add_option("--points", options.points, "How many stationary points")
+      ->capture_default_str()
       ->type_name("N")
       ->check(CLI::Range(1, kMostPoints))
       ->excludes(stream)
@@ -70,14 +78,16 @@ void add_measurement(CLI::App& command, MeasureOptions& options) {
       ->check(CLI::Range(1, kLongestMeasureTime))
       ->excludes(stream)
       ->group("Measurement");
-  command.add_option("--count", "End the stream after that many points")
+  command.add_option("--count", options.count, "End the stream after that many points")
       ->type_name("N")
       ->check(CLI::Range(1, kMostStreamed))
       ->needs(stream)
       ->group("Measurement");
-  command.add_option("--duration", "End the stream after that many seconds (default: 5, unless there is a count)")
+  command
+      .add_option("--duration", options.duration,
+                  "End the stream after that many seconds (default: 5, unless there is a count)")
       ->type_name("S")
-      ->check(CLI::Range(0.01, kLongestSeconds))
+      ->check(number_between(0.01, kLongestSeconds))
       ->needs(stream)
       ->group("Measurement");
   command.add_option("--time-separation", options.time_separation, "Milliseconds between streamed points")
@@ -106,17 +116,9 @@ void add_outputs(CLI::App& command, MeasureOptions& options) {
 }
 
 // What depends on more than one option.
-void complete(const CLI::App& command, MeasureOptions& options) {
+void complete(MeasureOptions& options) {
   if (!options.simulate && options.host.empty()) throw CLI::RequiredError("--host with --port, or --simulate,");
-  const auto given = [&](const char* name) { return command.count(name) > 0; };
-  if (!given("--stream")) {
-    if (given("--points")) options.count = command["--points"]->as<std::size_t>();
-    return;
-  }
-  options.kind = Kind::kStream;
-  options.count = given("--count") ? command["--count"]->as<std::size_t>() : 0;
-  if (given("--duration")) options.duration = command["--duration"]->as<double>();
-  if (options.count == 0 && options.duration == 0) options.duration = kDefaultSeconds;
+  if (options.stream && options.count == 0 && options.duration == 0) options.duration = kDefaultSeconds;
 }
 
 }  // namespace
@@ -127,7 +129,7 @@ CLI::App* add_measure_command(CLI::App& application, MeasureOptions& options) {
   add_connection(*command, options);
   add_measurement(*command, options);
   add_outputs(*command, options);
-  command->final_callback([command, &options] { complete(*command, options); });
+  command->final_callback([&options] { complete(options); });
   return command;
 }
 

@@ -62,8 +62,8 @@ void Drive::move(int horizontal_speed, int vertical_speed, RangeEnded range_ende
 
 double Drive::travel_time(const Polar& aim_there) const {
   const Polar here = aim();
-  const double farther = std::max(std::abs(wrapped(aim_there.horizontal - here.horizontal)),
-                                  std::abs(aim_there.vertical - here.vertical));
+  const double farther =
+      std::max(std::abs(wrapped(aim_there.horizontal - here.horizontal)), std::abs(aim_there.vertical - here.vertical));
   return farther / kTravelRate + kSettling;
 }
 

@@ -16,12 +16,18 @@ double sense(VL_CoordinateSystemType type) {
 bool same_units(Quantity quantity, const Frame& a, const Frame& b) {
   switch (quantity) {
     case Quantity::kLength:
-    case Quantity::kLengthSquared: return a.length == b.length;
-    case Quantity::kAngle: return a.angle == b.angle;
-    case Quantity::kTemperature: return a.temperature == b.temperature;
-    case Quantity::kPressure: return a.pressure == b.pressure;
-    case Quantity::kPosition: return a == b;
-    default: return true;
+    case Quantity::kLengthSquared:
+      return a.length == b.length;
+    case Quantity::kAngle:
+      return a.angle == b.angle;
+    case Quantity::kTemperature:
+      return a.temperature == b.temperature;
+    case Quantity::kPressure:
+      return a.pressure == b.pressure;
+    case Quantity::kPosition:
+      return a == b;
+    default:
+      return true;
   }
 }
 
@@ -52,9 +58,12 @@ Vector Frame::to_outside(const Vector& point) const {
   const double per_metre = length_factor(length);
   const double per_radian = angle_factor(angle);
   switch (type) {
-    case VL_CS_LHRX: return per_metre * Vector{-p.x, p.y, p.z};
-    case VL_CS_LHRY: return per_metre * Vector{p.x, -p.y, p.z};
-    case VL_CS_LHRZ: return per_metre * Vector{p.x, p.y, -p.z};
+    case VL_CS_LHRX:
+      return per_metre * Vector{-p.x, p.y, p.z};
+    case VL_CS_LHRY:
+      return per_metre * Vector{p.x, -p.y, p.z};
+    case VL_CS_LHRZ:
+      return per_metre * Vector{p.x, p.y, -p.z};
     case VL_CS_CCW:
     case VL_CS_CCC:
       return {per_radian * sense(type) * std::atan2(p.y, p.x), per_metre * std::hypot(p.x, p.y), per_metre * p.z};
@@ -63,7 +72,8 @@ Vector Frame::to_outside(const Vector& point) const {
       const Polar polar = to_polar(p);
       return {per_radian * sense(type) * polar.horizontal, per_radian * polar.vertical, per_metre * polar.distance};
     }
-    default: return per_metre * p;
+    default:
+      return per_metre * p;
   }
 }
 
@@ -73,16 +83,25 @@ Vector Frame::to_inside(const Vector& values) const {
   const double horizontal = radians * sense(type) * values.x;
   Vector p = metres * values;
   switch (type) {
-    case VL_CS_LHRX: p.x = -p.x; break;
-    case VL_CS_LHRY: p.y = -p.y; break;
-    case VL_CS_LHRZ: p.z = -p.z; break;
+    case VL_CS_LHRX:
+      p.x = -p.x;
+      break;
+    case VL_CS_LHRY:
+      p.y = -p.y;
+      break;
+    case VL_CS_LHRZ:
+      p.z = -p.z;
+      break;
     case VL_CS_CCW:
     case VL_CS_CCC:
       p = {metres * values.y * std::cos(horizontal), metres * values.y * std::sin(horizontal), metres * values.z};
       break;
     case VL_CS_SCW:
-    case VL_CS_SCC: p = to_vector({horizontal, radians * values.y, metres * values.z}); break;
-    default: break;
+    case VL_CS_SCC:
+      p = to_vector({horizontal, radians * values.y, metres * values.z});
+      break;
+    default:
+      break;
   }
   return orientation.undo(transformation.undo(p));
 }

@@ -11,9 +11,9 @@ namespace kestrine::simulator {
 // One reading's standard deviations. Angles are stated the way data sheets state them, as a length across the beam
 // that grows with the distance; the figures are typical of the class, not of a model.
 struct NoiseFigures {
-  double across_offset = 15e-6;     // metres
-  double across_per_metre = 6e-6;   // metres each metre
-  double along = 10e-6;             // metres
+  double across_offset = 15e-6;    // metres
+  double across_per_metre = 6e-6;  // metres each metre
+  double along = 10e-6;            // metres
 };
 
 class Noise {

@@ -1,7 +1,6 @@
 // Putting packets together.
 #pragma once
 
-#include <algorithm>
 #include <string_view>
 
 #include "kestrine/records.h"
@@ -28,9 +27,7 @@ Bytes packed(const Record& record) {
 // A text into a record's field, cut where the field ends; a zero always follows it.
 template <std::size_t Units>
 void set_text(char16_t (&field)[Units], std::u16string_view text) {
-  const std::size_t length = std::min(text.size(), Units - 1);
-  std::copy_n(text.begin(), length, field);
-  std::fill(field + length, field + Units, u'\0');
+  for (std::size_t i = 0; i < Units; ++i) field[i] = i < text.size() && i + 1 < Units ? text[i] : u'\0';
 }
 
 }  // namespace kestrine::simulator

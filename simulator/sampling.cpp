@@ -109,13 +109,18 @@ struct Common {
 };
 
 Common common(VL_MeasMode mode, const Settings& settings) {
-  const auto pick = [](const auto& data) { return Common{data.lNumberOfPoints, data.bUseRegion != 0, data.regionType}; };
+  const auto pick = [](const auto& data) {
+    return Common{data.lNumberOfPoints, data.bUseRegion != 0, data.regionType};
+  };
   switch (mode) {
-    case VL_MM_ContinuousTime: return pick(settings.get<ContinuousTimeModeDataT>(VL_C_SetContinuousTimeModeParams));
+    case VL_MM_ContinuousTime:
+      return pick(settings.get<ContinuousTimeModeDataT>(VL_C_SetContinuousTimeModeParams));
     case VL_MM_ContinuousDistance:
       return pick(settings.get<ContinuousDistanceModeDataT>(VL_C_SetContinuousDistanceModeParams));
-    case VL_MM_Grid: return pick(settings.get<GridModeDataT>(VL_C_SetGridModeParams));
-    default: return {};
+    case VL_MM_Grid:
+      return pick(settings.get<GridModeDataT>(VL_C_SetGridModeParams));
+    default:
+      return {};
   }
 }
 
@@ -133,7 +138,8 @@ std::unique_ptr<Sampler> Sampler::make(VL_MeasMode mode, const Settings& setting
       const auto grid = settings.get<GridModeDataT>(VL_C_SetGridModeParams);
       return std::make_unique<ByGrid>(Vector{grid.dVal1, grid.dVal2, grid.dVal3});
     }
-    default: return nullptr;
+    default:
+      return nullptr;
   }
 }
 
@@ -158,11 +164,13 @@ Region Region::of(VL_MeasMode mode, const Settings& settings, const Frame& frame
 
 bool Region::contains(const Vector& place, const Vector& values) const {
   switch (shape_) {
-    case Shape::kSphere: return length(place - first_) <= radius_;
+    case Shape::kSphere:
+      return length(place - first_) <= radius_;
     case Shape::kBox:
       return lies_between(values.x, first_.x, second_.x) && lies_between(values.y, first_.y, second_.y) &&
              lies_between(values.z, first_.z, second_.z);
-    default: return true;
+    default:
+      return true;
   }
 }
 

@@ -24,10 +24,8 @@ constexpr std::array kRows{
                VL_SSC_ContinuousTimeModeParamsChanged},
     SettingRow{VL_C_SetContinuousDistanceModeParams, VL_C_GetContinuousDistanceModeParams,
                VL_SSC_ContinuousDistanceModeParamsChanged},
-    SettingRow{VL_C_SetSphereCenterModeParams, VL_C_GetSphereCenterModeParams,
-               VL_SSC_SphereCenterModeParamsChanged},
-    SettingRow{VL_C_SetCircleCenterModeParams, VL_C_GetCircleCenterModeParams,
-               VL_SSC_CircleCenterModeParamsChanged},
+    SettingRow{VL_C_SetSphereCenterModeParams, VL_C_GetSphereCenterModeParams, VL_SSC_SphereCenterModeParamsChanged},
+    SettingRow{VL_C_SetCircleCenterModeParams, VL_C_GetCircleCenterModeParams, VL_SSC_CircleCenterModeParamsChanged},
     SettingRow{VL_C_SetGridModeParams, VL_C_GetGridModeParams, VL_SSC_GridModeParamsChanged},
     SettingRow{VL_C_SetReflector, VL_C_GetReflector, VL_SSC_ReflectorChanged},
     SettingRow{VL_C_SetSearchParams, VL_C_GetSearchParams, VL_SSC_SearchParamsChanged},
@@ -51,8 +49,8 @@ std::span<const protocol::Field> answer_fields(const SettingRow& row) {
 }  // namespace
 
 const SettingRow* find_setting(std::int32_t command) {
-  const auto row =
-      std::find_if(kRows.begin(), kRows.end(), [&](const SettingRow& r) { return r.set == command || r.get == command; });
+  const auto row = std::find_if(kRows.begin(), kRows.end(),
+                                [&](const SettingRow& r) { return r.set == command || r.get == command; });
   return row == kRows.end() ? nullptr : &*row;
 }
 

@@ -15,8 +15,8 @@ constexpr double kReadingsPerSecond = 500;
 constexpr int kFewestReadings = 2;  // a spread needs two
 
 struct Mean {
-  Vector deviation;       // across, across, along
-  Matrix covariance{};    // of that mean
+  Vector deviation;     // across, across, along
+  Matrix covariance{};  // of that mean
 };
 
 Mean draw(Noise& noise, double distance, int readings) {
@@ -40,11 +40,16 @@ Mean draw(Noise& noise, double distance, int readings) {
 
 double measure_seconds(const Settings& settings) {
   switch (settings.get<VL_MeasMode>(VL_C_SetMeasurementMode)) {
-    case VL_MM_Fast: return 0.5;
-    case VL_MM_Standard: return 1;
-    case VL_MM_Precise: return 2;
-    case VL_MM_Outdoor: return 3;
-    default: return settings.get<StationaryModeDataT>(VL_C_SetStationaryModeParams).lMeasTime / 1000.0;
+    case VL_MM_Fast:
+      return 0.5;
+    case VL_MM_Standard:
+      return 1;
+    case VL_MM_Precise:
+      return 2;
+    case VL_MM_Outdoor:
+      return 3;
+    default:
+      return settings.get<StationaryModeDataT>(VL_C_SetStationaryModeParams).lMeasTime / 1000.0;
   }
 }
 

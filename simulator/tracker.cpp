@@ -31,7 +31,8 @@ Tracker::Tracker(const Options& options, Scheduler& scheduler)
       drive_(scheduler, to_polar(bird_bath())),
       action_(scheduler),
       position_display_(scheduler) {
-  position_display_.start(kPositionInterval, [this] { show_position(); }, Pace::kWall);
+  position_display_.start(
+      kPositionInterval, [this] { show_position(); }, Pace::kWall);
 }
 
 void Tracker::join(std::shared_ptr<Client> client) {
@@ -99,8 +100,7 @@ void Tracker::change_setting(const SettingRow& row, const Request& request, cons
   reply.done();
   if (row.change != kUnreported) announce(static_cast<VL_SystemStatusChange>(row.change));
   if (row.set == VL_C_SetEnvironmentParams && refraction_follows_weather(settings_)) {
-    settings_.put(VL_C_SetRefractionParams,
-                  refraction(settings_.get<EnvironmentDataT>(VL_C_SetEnvironmentParams)));
+    settings_.put(VL_C_SetRefractionParams, refraction(settings_.get<EnvironmentDataT>(VL_C_SetEnvironmentParams)));
     announce(VL_SSC_RefractionParamsChanged);
   }
 }
@@ -137,8 +137,8 @@ void Tracker::end_measurement() {
   report_readiness();
 }
 
-void Tracker::set_initialised(bool initialised) {
-  state_.initialised = initialised;
+void Tracker::set_initialised() {
+  state_.initialised = true;
   announce(VL_SSC_InitializationStatusChanged);
 }
 
@@ -148,7 +148,8 @@ void Tracker::lock_on(const Vector& target) {
 }
 
 void Tracker::show_position() {
-  position_display_.start(kPositionInterval, [this] { show_position(); }, Pace::kWall);
+  position_display_.start(
+      kPositionInterval, [this] { show_position(); }, Pace::kWall);
   if (!state_.initialised || !state_.target) return;
   ReflectorPosResultT position;
   const Vector values = frame().to_outside(*state_.target);
@@ -161,6 +162,11 @@ void Tracker::show_position() {
     // A display is worth nothing late: a client that does not read gets none.
     if (client->wants_positions && client->backlog() == 0) client->send(packet);
   }
+}
+
+void Tracker::halt() {
+  restart();
+  position_display_.stop();
 }
 
 void Tracker::restart() {

@@ -44,6 +44,8 @@ class Tracker {
   void leave(const Client& client);
   // A whole packet from a client. What is no command at all gets an error packet.
   void execute(const std::shared_ptr<Client>& client, Bytes packet);
+  // Nothing happens by itself any more, and every connection ends.
+  void halt();
   // The client has taken what was sent to it.
   void caught_up(const Client& client);
 
@@ -65,7 +67,7 @@ class Tracker {
   void begin_measurement(std::unique_ptr<Measurement> measurement);
   void end_measurement();  // destroys it: to be its last call
   Measurement* measurement() { return measurement_.get(); }
-  void set_initialised(bool initialised);
+  void set_initialised();
   // Points at a target and locks the beam on it.
   void lock_on(const Vector& target);
   // As after power-on; every connection ends.

@@ -6,8 +6,8 @@
 namespace kestrine::simulator {
 
 struct Uncertainty {
-  Vector deviations;     // of the three values
-  double total = 0;      // a length whatever the coordinate system: of the point's distance from the truth
+  Vector deviations;  // of the three values
+  double total = 0;   // a length whatever the coordinate system: of the point's distance from the truth
   double covariance12 = 0;
   double covariance13 = 0;
   double covariance23 = 0;

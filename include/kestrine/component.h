@@ -165,6 +165,12 @@ struct CY {
   LONGLONG int64;
 };
 
+// A record and its description: not in use, but it makes a variant as large as its original.
+struct RecordValue {
+  void* pvRecord;
+  void* pRecInfo;
+};
+
 // A value and its type; `vt` says which member of the union holds it. With VT_ARRAY it is `parray`, with VT_BYREF
 // the pointer member of the type; what a VT_BYREF value points at belongs to somebody else.
 struct VARIANT {
@@ -215,11 +221,7 @@ struct VARIANT {
     ULONGLONG* pullVal;
     INT* pintVal;
     UINT* puintVal;
-    // A record and its description: unused, but it makes the union as large as its original.
-    struct {
-      void* pvRecord;
-      void* pRecInfo;
-    } record;
+    RecordValue record;
   };
 };
 using VARIANTARG = VARIANT;

@@ -8,7 +8,7 @@ import re
 import tomllib
 from pathlib import Path
 
-from .errors import SchemaError, Where
+from .errors import SchemaError, Where, require
 
 _HEADER = re.compile(r"\[\[(\w+)\]\]")
 _LIST = re.compile(r"(\w+)\s*=\s*\[\s*$")
@@ -63,16 +63,26 @@ class Source:
 
     def __init__(self, folder: Path):
         self._tables: dict[str, list[Table]] = {}
-        self.files = sorted(folder.glob("*.toml"))
-        for path in self.files:
+        self._asked: set[str] = {""}
+        for path in sorted(folder.glob("*.toml")):
             self._read(path)
 
     def tables(self, kind: str) -> list[Table]:
+        self._asked.add(kind)
         return self._tables.get(kind, [])
 
     def rows(self, key: str, *shapes: tuple[type, ...]) -> list[Row]:
         """The rows of a list that stands before the first table of some file."""
+        self._asked.add(key)
         return [row for table in self.tables("") if key in table for row in table.rows(key, *shapes)]
+
+    def check_all_read(self) -> None:
+        """What nobody has asked for is misspelt."""
+        for kind, tables in self._tables.items():
+            for table in tables:
+                require(kind in self._asked, table.where, f"[[{kind}]] is not known")
+        for table in self.tables(""):
+            table.allow(*self._asked)
 
     def _read(self, path: Path) -> None:
         text = path.read_text(encoding="utf-8")

@@ -10,7 +10,7 @@ namespace kestrine::async {
 
 class CLTCommandAsyncBase : public transport::AsyncCommands {
  public:
-  explicit CLTCommandAsyncBase(transport::Slots& slots) : slots(slots) {}
+  explicit CLTCommandAsyncBase(transport::Slots& generation) : slots(generation) {}
   CLTCommandAsyncBase(const CLTCommandAsyncBase&) = delete;
   CLTCommandAsyncBase& operator=(const CLTCommandAsyncBase&) = delete;
 

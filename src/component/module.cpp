@@ -4,6 +4,7 @@
 
 #include "component/command_objects.h"
 #include "component/connect_object.h"
+#include "kestrine/pointer.h"
 
 namespace kestrine::component {
 namespace {

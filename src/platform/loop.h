@@ -2,7 +2,8 @@
 //
 // There is one loop per thread, made on first use. A window belongs to the thread that created it; its
 // procedure runs only on that thread, from dispatch_message() or send_message(). Nothing here may be called
-// for a window of another thread, and nothing locks.
+// for a window of another thread, and nothing locks. When the thread ends its windows go; calls that come later,
+// from static objects, are refused.
 //
 // Order of delivery: posted messages and socket notifications in the order in which they became due, then the
 // quit message, then expired timers (earliest deadline first). A timer never overtakes a posted message.

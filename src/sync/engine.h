@@ -15,7 +15,7 @@ namespace kestrine::sync {
 // State and rules of a synchronous command object that do not depend on the command.
 class Engine : public transport::SyncCommands {
  public:
-  explicit Engine(transport::Slots& slots) : slots(slots) {}
+  explicit Engine(transport::Slots& generation) : slots(generation) {}
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
 

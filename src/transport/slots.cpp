@@ -32,12 +32,12 @@ void Slots::release_internal_async() {
   }
 }
 
-void Slots::ReleaseUnusedCommandObjects(CLTConnectBase& connection, bool final) {
+void Slots::ReleaseUnusedCommandObjects(CLTConnectBase& owner, bool final) {
   if (process.objects_not_yet_fetched) {
     release_internal_sync();
     release_internal_async();
-  } else if (!final && connection.sync_present != connection.async_present) {
-    connection.sync_present ? release_internal_async() : release_internal_sync();
+  } else if (!final && owner.sync_present != owner.async_present) {
+    owner.sync_present ? release_internal_async() : release_internal_sync();
   }
 }
 

@@ -84,7 +84,7 @@ struct Slots {
   bool ClaimInterfaceGeneration();
   // Drops the command objects that the connection made for itself and nobody will use: both while the
   // application has fetched none, else (not at the connection's end) the one of the kind that is not in use.
-  void ReleaseUnusedCommandObjects(CLTConnectBase& connection, bool final);
+  void ReleaseUnusedCommandObjects(CLTConnectBase& owner, bool final);
   void release_internal_sync();
   void release_internal_async();
 

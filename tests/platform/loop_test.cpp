@@ -48,9 +48,9 @@ TEST_F(LoopTest, TakingTheQuitMessageConsumesIt) {
 }
 
 TEST_F(LoopTest, DispatchLeavesTheQuitMessageForRunAndDeliversTimersPastIt) {
-  set_timer(box_.window, 7, 1);
+  set_timer(box_.window, 7, 50);
   host::quit(5);
-  sleep_ms(3);
+  sleep_ms(55);
   EXPECT_EQ(host::dispatch(), 1);
   EXPECT_EQ(host::run(), 5);
   host::quit();
@@ -58,9 +58,9 @@ TEST_F(LoopTest, DispatchLeavesTheQuitMessageForRunAndDeliversTimersPastIt) {
 }
 
 TEST_F(LoopTest, ExpiredTimersComeEarliestFirstAndOnceHoweverLate) {
-  set_timer(box_.window, 1, 8);
-  set_timer(box_.window, 2, 4);
-  sleep_ms(30);
+  set_timer(box_.window, 1, 80);
+  set_timer(box_.window, 2, 50);
+  sleep_ms(120);
   EXPECT_EQ(host::dispatch(), 2);
   ASSERT_EQ(box_.ids(), (Ids{kTimerMessage, kTimerMessage}));
   EXPECT_EQ(box_.seen[0].wparam, 2U);
@@ -195,7 +195,7 @@ TEST_F(LoopTest, TheHostsDescriptorIsReadableExactlyWhileSomethingIsDue) {
   EXPECT_EQ(host::dispatch(), 1);
   EXPECT_FALSE(is_readable(fd));
 
-  set_timer(box_.window, 1, 20);
+  set_timer(box_.window, 1, 60);
   EXPECT_FALSE(is_readable(fd));
   EXPECT_TRUE(is_readable(fd, 5000));
   EXPECT_EQ(host::dispatch(), 1);

@@ -178,12 +178,14 @@ TEST_F(SocketTest, NotificationsShowAtTheHostsDescriptorAndEndASlice) {
 
 TEST_F(SocketTest, APostingHandlerDoesNotShutOutTheSocket) {
   connect();
+  bool heard = false;
   box_.handler = [&](const Message& message) {
-    if (message.id == 1) post_message(box_.window, 1, 0, 0);
+    heard = heard || message.id == kNotice;
+    if (!heard) post_message(box_.window, 1, 0, 0);
   };
   post_message(box_.window, 1, 0, 0);
   peer_.send("a");
-  EXPECT_TRUE(pump_until([&] { return box_.ids().back() == kNotice || told().find('r') != std::string::npos; }));
+  EXPECT_TRUE(pump_until([&] { return heard; }));
 }
 
 TEST_F(SocketTest, AConnectUnderWayIsNotConnected) {

@@ -53,7 +53,7 @@ def load_command_names(source: Source, global_names: Scope) -> Enum:
         require(alias[1] in names, alias.where, f"{alias[1]} is no command")
     where = rows[0].where if rows else Where("commands.toml", 1)
     global_names.claim_name("VL_Command", where)
-    return Enum("VL_Command", values, where)
+    return Enum("VL_Command", "The commands of the server.", values)
 
 
 def load_commands(source: Source, records: Records) -> dict[str, Command]:

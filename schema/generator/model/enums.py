@@ -18,21 +18,21 @@ class EnumValue:
 @dataclass(frozen=True)
 class Enum:
     name: str
+    doc: str
     values: list[EnumValue]
-    where: Where
 
 
 def load_enums(source: Source, global_names: Scope) -> dict[str, Enum]:
     enums = {}
     for table in source.tables("enum"):
-        table.allow("name", "values")
+        table.allow("name", "doc", "values")
         name = table.take("name", str)
         global_names.claim_name(name, table.where)
         values = []
         for row in table.rows("values", (int, str), (int, str, str)):
             values.append(EnumValue(row[0], row[1], row[2] if len(row) > 2 else None, row.where))
         require(bool(values), table.where, f"{name} has no values")
-        enums[name] = Enum(name, values, table.where)
+        enums[name] = Enum(name, table.take("doc", str, ""), values)
     return enums
 
 

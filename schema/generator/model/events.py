@@ -6,14 +6,15 @@ from ..errors import require
 from ..source import Source
 from .commands import Command
 from .names import Scope
-from .values import Value, ValueList
+from .values import Value, ValueList, ValueLists
 
 
 @dataclass(frozen=True)
 class Event:
     dispid: int
     name: str
-    values: list[Value]
+    source: ValueList
+    values: list[Value]  # those of the source, some under another name
 
 
 @dataclass(frozen=True)
@@ -29,27 +30,26 @@ class Answer:
 _BASIC_ANSWER = "BasicCommandRT"
 
 
-def load_events(source: Source, kind: str, lists: dict[str, ValueList]) -> dict[str, Event]:
+def load_events(source: Source, kind: str, lists: ValueLists) -> dict[str, Event]:
     names = Scope("the event")
     renames = {(row[0], row[1]): row for row in source.rows(f"{kind}_renames", (str, str, str))}
     events = {}
     for row in source.rows(f"{kind}_events", (int, str), (int, str, str)):
         names.claim_name(row[1], row.where)
         require(row[0] == len(events) + 1, row.where, f"the identifier of {row[1]} must be {len(events) + 1}")
-        require(row[-1] in lists, row.where, f"there is no list of values {row[-1]}")
+        from_list = lists.get(row[-1], row.where)
         values = []
-        for value in lists[row[-1]].values:
+        for value in from_list.values:
             rename = renames.pop((row[1], value.name), None)
             values.append(Value(rename[2], value.type, value.leaf) if rename else value)
-        events[row[1]] = Event(row[0], row[1], values)
+        events[row[1]] = Event(row[0], row[1], from_list, values)
     for rename in renames.values():
         require(False, rename.where, f"{rename[0]} has no parameter {rename[1]}")
     return events
 
 
-def load_answers(source: Source, commands: dict[str, Command], lists: dict[str, ValueList],
-                 async_events: dict[str, Event], sync_events: dict[str, Event]) -> list[Answer]:
-    list_names = {row[1]: row[-1] for row in source.rows("async_events", (int, str), (int, str, str))}
+def load_answers(source: Source, commands: dict[str, Command], async_events: dict[str, Event],
+                 sync_events: dict[str, Event]) -> list[Answer]:
     answers = {command.name: Answer(command, None, None, None, True, False) for command in commands.values()
                if command.answer and command.answer.name == _BASIC_ANSWER}
     for row in source.rows("answers", (str, str, str, str)):
@@ -60,7 +60,7 @@ def load_answers(source: Source, commands: dict[str, Command], lists: dict[str, 
         command = commands[name]
         for event in (first, second) if second else (first,):
             require(event in async_events, row.where, f"{event} is no asynchronous event")
-            require(command.answer in lists[list_names[event]].records, row.where,
+            require(command.answer in async_events[event].source.records, row.where,
                     f"{event} is not made from the answer to {name}")
         if command.series:
             require(first in sync_events, row.where, f"{first} is no synchronous event")

@@ -47,7 +47,7 @@ class Record:
     size: int
     fields: list[Field]
     element: "Record | None"
-    where: Where
+    doc: str
     leaves: list[Leaf] = field(default_factory=list)
 
     @property
@@ -72,7 +72,7 @@ class Records:
         self._enums = enums
         self._waiting: dict[str, Table] = {}
         for table in source.tables("record"):
-            table.allow("name", "size", "fields")
+            table.allow("name", "doc", "size", "fields")
             name = table.take("name", str)
             global_names.claim_name(name, table.where)
             self._waiting[name] = table
@@ -104,7 +104,8 @@ class Records:
 
     def _add(self, table: Table) -> None:
         fields = [Field(row[0], row[1], row[2], row.where) for row in table.rows("fields", (int, str, str))]
-        record = Record(table.take("name", str), table.take("size", int), fields, None, table.where)
+        record = Record(table.take("name", str), table.take("size", int), fields, None,
+                        table.take("doc", str, ""))
         require(bool(fields), table.where, f"{record.name} has no fields")
         names = Scope(f"in {record.name} the field")
         end = 0

@@ -27,15 +27,28 @@ class ValueList:
     values: list[Value]
 
 
-def load_values(source: Source, records: Records, enums: dict[str, Enum]) -> dict[str, ValueList]:
-    names = Scope("the list")
-    lists = {}
-    for table in source.tables("values"):
-        table.allow("name", "records", "rows")
-        name = table.take("name", str)
-        names.claim_name(name, table.where)
-        lists[name] = _load_list(name, table, records, enums)
-    return lists
+class ValueLists:
+    """All lists by name. A list that nothing refers to is a mistake in the schema."""
+
+    def __init__(self, source: Source, records: Records, enums: dict[str, Enum]):
+        names = Scope("the list")
+        self._lists: dict[str, ValueList] = {}
+        self._unused: dict[str, Where] = {}
+        for table in source.tables("values"):
+            table.allow("name", "records", "rows")
+            name = table.take("name", str)
+            names.claim_name(name, table.where)
+            self._lists[name] = _load_list(name, table, records, enums)
+            self._unused[name] = table.where
+
+    def get(self, name: str, where: Where) -> ValueList:
+        require(name in self._lists, where, f"there is no list of values {name}")
+        self._unused.pop(name, None)
+        return self._lists[name]
+
+    def check_all_used(self) -> None:
+        for name, where in self._unused.items():
+            require(False, where, f"nothing refers to the list {name}")
 
 
 def _load_list(name: str, table: Table, records: Records, enums: dict[str, Enum]) -> ValueList:

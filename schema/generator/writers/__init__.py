@@ -1,12 +1,13 @@
 """One entry for each generated file."""
 
-from . import enums, events, interfaces, records, requests, sync, tables, texts
+from . import constants, enums, events, interfaces, records, requests, sync, tables, texts
 
 WRITERS = {
     "include/kestrine/enums.h": enums.write,
     "include/kestrine/events.h": events.write_sinks,
     "include/kestrine/interfaces.h": interfaces.write,
     "include/kestrine/records.h": records.write,
+    "src/data/constant_rows.h": constants.write,
     "src/events/event_rows.cpp": events.write_rows,
     "src/events/event_rows.h": events.write_header,
     "src/protocol/errors.h": texts.write_errors,

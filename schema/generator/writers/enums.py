@@ -13,4 +13,5 @@ def write(schema: Schema) -> str:
 
 def _enum(enum: Enum) -> str:
     values = "".join(f"  {value.name} = {value.value},\n" for value in enum.values)
-    return f"enum {enum.name} : std::int32_t {{\n{values}}};"
+    doc = f"// {enum.doc}\n" if enum.doc else ""
+    return f"{doc}enum {enum.name} : std::int32_t {{\n{values}}};"

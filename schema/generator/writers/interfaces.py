@@ -3,7 +3,8 @@
 from uuid import UUID
 
 from ..model.identifiers import Identifier
-from ..model.interfaces import Member, Method
+from ..model.interfaces import Member
+from ..model.methods import Method
 from ..model.schema import Schema
 from .members import signature
 from .text import header, wrapped

@@ -13,15 +13,16 @@ def write(schema: Schema) -> str:
     records = list(schema.records.all.values())
     enums = set(schema.enums)
     body = ["#pragma pack(push, 4)\n"]
-    body += [_struct(record) for record in records]
+    uses = _uses(schema)
+    body += [_struct(record, uses.get(record.name, [])) for record in records]
     body += [f"using {alias} = {record.name};\n" for alias, record in schema.records.aliases.items()]
     body += ["#pragma pack(pop)\n"]
     body += [_asserts(record) for record in records]
     body += ["namespace kestrine {\n", _TRAITS]
     body += [_traits(record) for record in records]
-    body += [_READERS]
-    body += [_reader(record, enums) + "\n" + _writer(record) for record in records]
-    body += ["}  // namespace kestrine"]
+    body += ["// Readers and writers of whole records; of a record with elements only the part before them.\n"]
+    body += [_reader(record, enums) + "\n" + _writer(record, enums) for record in records]
+    body += [_READ_AS, "}  // namespace kestrine"]
     includes = ["<cstddef>", "<cstdint>", "<type_traits>", "", '"kestrine/enums.h"', '"kestrine/wire.h"']
     return header(_COMMENT, includes, "\n".join(body))
 
@@ -32,18 +33,43 @@ template <class Record>
 struct RecordTraits;
 """
 
-_READERS = """// Readers and writers of whole records; of a record with elements only the part before them.
-template <class Record>
+# Behind the readers: what a template calls for a type of the global namespace must be declared before it.
+_READ_AS = """template <class Record>
 Record read_as(const std::uint8_t* from) {
   Record record;
   read_record(from, record);
   return record;
 }
+
+// Element `index`, counted from 0, of a packet that holds that many.
+template <class Record>
+typename RecordTraits<Record>::Element read_element(const std::uint8_t* packet, std::size_t index) {
+  using Element = typename RecordTraits<Record>::Element;
+  return read_as<Element>(packet + RecordTraits<Record>::header_size + index * RecordTraits<Element>::size);
+}
 """
 
 
-def _struct(record: Record) -> str:
-    return f"struct {record.name} {{\n" + "".join(f"  {_member(field)}\n" for field in record.fields) + "};\n"
+def _uses(schema: Schema) -> dict[str, list[str]]:
+    """Where each record occurs. What occurs everywhere says so itself."""
+    uses: dict[str, list[str]] = {}
+    for packet in schema.packets:
+        uses.setdefault(packet.record.name, []).append(f"Packet of type {packet.value.name} ({packet.value.value}).")
+    for command in schema.commands.values():
+        said = f'"{command.text}" ({command.code})'
+        if command.answer:
+            uses.setdefault(command.answer.name, []).append(f"Answer to {said}{', one for each item' * command.series}.")
+        if command.record:
+            uses.setdefault(command.record.name, []).append(f"Parameters of {said}.")
+    for record in schema.records.all.values():
+        if record.element:
+            uses.setdefault(record.element.name, []).append(f"Element of {record.name}.")
+    return uses
+
+
+def _struct(record: Record, uses: list[str]) -> str:
+    doc = "".join(f"// {line}\n" for line in ([record.doc] if record.doc else uses))
+    return doc + f"struct {record.name} {{\n" + "".join(f"  {_member(field)}\n" for field in record.fields) + "};\n"
 
 
 def _member(field: Field) -> str:
@@ -75,8 +101,8 @@ def _reader(record: Record, enums: set[str]) -> str:
     return f"inline void read_record(const std::uint8_t* from, {record.name}& into) {{\n{body}}}\n"
 
 
-def _writer(record: Record) -> str:
-    body = "".join(f"  {_write(field)}\n" for field in record.own_fields)
+def _writer(record: Record, enums: set[str]) -> str:
+    body = "".join(f"  {_write(field, enums)}\n" for field in record.own_fields)
     return f"inline void write_record(const {record.name}& from, std::uint8_t* into) {{\n{body}}}\n"
 
 
@@ -96,14 +122,14 @@ def _read(field: Field, enums: set[str]) -> str:
 _SUFFIX = {"int32": "i32", "bool32": "i32", "double": "f64"}
 
 
-def _write(field: Field) -> str:
+def _write(field: Field, enums: set[str]) -> str:
     at, member = f"into + {field.offset}", f"from.{field.name}"
+    if field.type in enums:
+        return f"wire::store_i32({at}, {member});"
     if field.type.startswith("text"):
         return f"wire::store_text({at}, {member}, {SCALARS[field.type] // 2});"
     if field.type == "byte":
         return f"into[{field.offset}] = {member};"
-    if field.type.startswith("VL_"):
-        return f"wire::store_i32({at}, {member});"
     if field.type in SCALARS:
         return f"wire::store_{_SUFFIX[field.type]}({at}, {member});"
     return f"write_record({member}, {at});"

@@ -1,6 +1,7 @@
 """src/sync/method_rows.h, src/sync/method_rows.cpp and src/sync/typed_methods.h"""
 
-from ..model.interfaces import FAMILIES, WAITS, Method, Parameter
+from ..model.interfaces import Parameter
+from ..model.methods import FAMILIES, WAITS, Method
 from ..model.schema import Schema
 from .members import signature
 from .text import array, constant, flag, header, literal, source, wrapped

@@ -47,7 +47,7 @@ def _fields(name: str, leaves: list[Leaf]) -> str:
 def _record(name: str, record: Record) -> str:
     element = f"&kRecord_{record.element.name}" if record.element else "nullptr"
     return (f"constexpr RecordRow kRecord_{name}{{{literal(name)}, {record.size}, kFields_{record.name}, "
-            f"{record.header_size}, {element}}};")
+            f"{record.header_size}, {element}}};\n")
 
 
 def _command(command: Command) -> str:

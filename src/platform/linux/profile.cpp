@@ -85,7 +85,7 @@ bool write_all(int fd, std::string_view text) {
 // written over. Not synced: after a power failure the settings may be the old ones, and a line of trace in the
 // receive path is not worth a wait for the disk.
 bool replace_file(const path& file, const Content& content) {
-  const path fresh = file.parent_path() / ("." + file.filename().string() + ".new");
+  const path fresh = path(file).replace_filename(".").concat(file.filename().string()).concat(".new");
   const Descriptor out(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0644));
   if (!out.valid()) return false;
   const bool written = write_all(out.get(), content.text) &&

@@ -21,10 +21,12 @@ SocketWatches::Watch* SocketWatches::find(SocketHandle socket) {
   return nullptr;
 }
 
-void SocketWatches::add(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events) {
+bool SocketWatches::add(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events) {
   drop(socket);
   watches_.push_back({.socket = socket, .window = window, .id = id, .events = events});
-  resume(watches_.back());
+  if (resume(watches_.back())) return true;
+  watches_.pop_back();
+  return false;
 }
 
 void SocketWatches::drop(SocketHandle socket) {
@@ -81,12 +83,12 @@ void SocketWatches::tell(const Watch& watch, std::int32_t event) {
                .from_socket = true});
 }
 
-void SocketWatches::resume(Watch& watch) {
+bool SocketWatches::resume(Watch& watch) {
   // The kernel calls a socket that was never connected hung up; there is nothing to wait for on it.
   const SocketRecord* record = find_socket(watch.socket);
-  if (record == nullptr || record->phase == SocketPhase::kIdle || record->phase == SocketPhase::kFailed) return;
+  if (record == nullptr || record->phase == SocketPhase::kIdle || record->phase == SocketPhase::kFailed) return true;
   const std::uint32_t readable = (watch.events & kSocketReadable) != 0 ? EPOLLIN : 0U;
-  watch.in_set = poller_.watch(descriptor_of(watch.socket), readable | EPOLLRDHUP);
+  return watch.in_set = poller_.watch(descriptor_of(watch.socket), readable | EPOLLRDHUP);
 }
 
 void SocketWatches::suspend(Watch& watch) {

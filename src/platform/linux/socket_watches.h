@@ -17,7 +17,8 @@ class SocketWatches {
  public:
   SocketWatches(MessageQueue& queue, Poller& poller) : queue_(queue), poller_(poller) {}
 
-  void add(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events);
+  // False when the kernel cannot watch one more.
+  bool add(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events);
   void drop(SocketHandle socket);
   void drop_window(WindowHandle window);
 
@@ -41,7 +42,7 @@ class SocketWatches {
 
   Watch* find(SocketHandle socket);
   void tell(const Watch& watch, std::int32_t event);
-  void resume(Watch& watch);
+  bool resume(Watch& watch);
   void suspend(Watch& watch);
 
   MessageQueue& queue_;

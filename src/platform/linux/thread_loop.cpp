@@ -83,9 +83,10 @@ bool ThreadLoop::kill_timer(WindowHandle window, std::uint64_t id) {
   return true;
 }
 
-void ThreadLoop::watch_socket(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events) {
-  watches_.add(socket, window, id, events);
+bool ThreadLoop::watch_socket(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events) {
+  const bool watched = watches_.add(socket, window, id, events);
   mirror();
+  return watched;
 }
 
 void ThreadLoop::drop_socket(SocketHandle socket) {

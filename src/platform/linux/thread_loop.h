@@ -37,7 +37,7 @@ class ThreadLoop {
   bool set_timer(WindowHandle window, std::uint64_t id, std::uint32_t milliseconds);
   bool kill_timer(WindowHandle window, std::uint64_t id);
 
-  void watch_socket(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events);
+  bool watch_socket(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events);
   void drop_socket(SocketHandle socket);
   void rearm_socket(SocketHandle socket) { watches_.rearm(socket); }
 

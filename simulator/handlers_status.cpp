@@ -1,0 +1,220 @@
+// Questions about the system's state, and the settings that need a look before they are stored.
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "simulator/handlers.h"
+#include "simulator/inventory.h"
+#include "simulator/limits.h"
+#include "simulator/tracker.h"
+
+namespace kestrine::simulator {
+namespace {
+
+void get_system_status(Tracker& tracker, const Request&, const Reply& reply) {
+  const State& state = tracker.state();
+  GetSystemStatusRT answer;
+  answer.LastResultStatus = state.last_status;
+  answer.trackerProcessorStatus = state.initialised ? VL_TPS_Initialized : VL_TPS_CompensationSet;
+  answer.laserStatus = state.laser_on ? VL_LPS_LaserReady : VL_LPS_LaserOff;
+  answer.admStatus = tracker.readiness() == VL_TS_Busy ? VL_AS_ADMBusy : VL_AS_ADMReady;
+  answer.vlVersionNumber = {kSoftwareMajor, kSoftwareMinor, kSoftwareBuild};
+  answer.weatherMonitorStatus =
+      tracker.settings().get<SystemSettingsDataT>(VL_C_SetSystemSettings).weatherMonitorStatus;
+  answer.lTrackerSerialNumber = kSerialNumber;
+  reply.record(answer);
+}
+
+void get_tracker_status(Tracker& tracker, const Request&, const Reply& reply) {
+  GetTrackerStatusRT answer;
+  answer.trackerStatus = tracker.readiness();
+  reply.record(answer);
+}
+
+void get_measurement_status_info(Tracker& tracker, const Request&, const Reply& reply) {
+  const State& state = tracker.state();
+  std::int32_t flags = VL_MSI_TrackerFound | VL_MSI_TrackerCompensationFound | VL_MSI_ADMFound |
+                       VL_MSI_ADMCompensationFound | VL_MSI_TiltraInWorkingRange;
+  if (state.target && state.laser_on) flags |= VL_MSI_ReflectorFound;
+  if (state.face == VL_TF_Face1) flags |= VL_MSI_InFace1;
+  if (state.initialised) flags |= VL_MSI_Initialized;
+  GetMeasurementStatusInfoRT answer;
+  answer.lMeasurementStatusInfo = flags;
+  reply.record(answer);
+}
+
+// Two of the settings are each client's own wish and change nothing for the others.
+void set_system_settings(Tracker& tracker, const Request& request, const Reply& reply) {
+  if (const auto client = reply.client()) {
+    client->wants_status_changes = request.integer("sendUnsolicitedMessages") != 0;
+    client->wants_positions = request.integer("sendReflectorPositionData") != 0;
+  }
+  tracker.change_setting(*find_setting(VL_C_SetSystemSettings), request, reply);
+}
+
+void get_system_settings(Tracker& tracker, const Request&, const Reply& reply) {
+  GetSystemSettingsRT answer;
+  answer.systemSettings = tracker.settings().get<SystemSettingsDataT>(VL_C_SetSystemSettings);
+  if (const auto client = reply.client()) {
+    answer.systemSettings.bSendUnsolicitedMessages = client->wants_status_changes;
+    answer.systemSettings.bSendReflectorPositionData = client->wants_positions;
+  }
+  reply.record(answer);
+}
+
+void set_reflector(Tracker& tracker, const Request& request, const Reply& reply) {
+  if (!is_reflector(request.integer("reflectorID"))) return reply.status(VL_RS_WrongParameter1);
+  tracker.change_setting(*find_setting(VL_C_SetReflector), request, reply);
+}
+
+void set_compensation(Tracker& tracker, const Request& request, const Reply& reply) {
+  if (!is_compensation(request.integer("compensationID"))) return reply.status(VL_RS_NoSuchCompensation);
+  tracker.change_setting(*find_setting(VL_C_SetCompensation), request, reply);
+}
+
+// A grid without a step along any axis would never yield a second point.
+void set_grid_mode(Tracker& tracker, const Request& request, const Reply& reply) {
+  if (request.triple("val1") == Vector{}) return reply.status(VL_RS_Parameter1OutOfRangeNOK);
+  tracker.change_setting(*find_setting(VL_C_SetGridModeParams), request, reply);
+}
+
+// What the system parameters hold after power-on. Those that state a fact cannot be set.
+struct Parameter {
+  VL_SystemParameter parameter;
+  double initial;
+  bool can_be_set = true;
+  bool is_length = false;
+};
+
+constexpr std::array kParameters{
+    Parameter{VL_SP_KeepLastPositionFlag, 1},
+    Parameter{VL_SP_WeatherMonitorSetting, VL_WMS_NotConnected},
+    Parameter{VL_SP_ShowAll6DMeasurements, 0},
+    Parameter{VL_SP_LaserPointerCaptureBeam, 0},
+    Parameter{VL_SP_DisplayReflectorPosition, 0},
+    Parameter{VL_SP_ProbeConfig_Button, VL_PCB_SingleClick},
+    Parameter{VL_SP_ProbeConfig_ButtonEvent, VL_PBE_DisableEvents},
+    Parameter{VL_SP_ProbeConfig_Tip, VL_PCT_OnlyWithTip},
+    Parameter{VL_SP_ProbeConfig_SoundVolume, 1},
+    Parameter{VL_SP_ProbeConfig_PowerOffTime, 300},
+    Parameter{VL_SP_QuickReleaseStatus, VL_QRS_NotExisting, false},
+    Parameter{VL_SP_TcpCommandQueueSize, 100, false},
+    Parameter{VL_SP_SystemMax6DDataRate, 0, false},
+    Parameter{VL_SP_TcpDataPacketRate, 10, false},
+    Parameter{VL_SP_HoldfastFunctionAvailable, 0, false},
+    Parameter{VL_SP_HoldfastFunctionActive, 0, false},
+    Parameter{VL_SP_HoldfastMode, VL_PLM_InDoor},
+    Parameter{VL_SP_D_TemperatureThreshold, 1},
+    Parameter{VL_SP_D_PressureThreshold, 5},
+    Parameter{VL_SP_D_HumidityThreshold, 10},
+    Parameter{VL_SP_D_SystemLongest3DDistanceIFM, kFarthest, false, true},
+    Parameter{VL_SP_D_SystemLongest3DDistanceADM, kFarthest, false, true},
+    Parameter{VL_SP_D_SystemLongest6DDistance, 0, false, true},
+    Parameter{VL_SP_ControllerBatteryStatus, 100, false},
+    Parameter{VL_SP_SensorBatteryStatus, 100, false},
+    Parameter{VL_SP_InclinationSensorState, VL_ISS_Off},
+    Parameter{VL_SP_ReflectorTiltDetection, 0},
+    Parameter{VL_SP_StableProbingTrigger, 0},
+    Parameter{VL_SP_TwoFaceAverageMode, 0},
+    Parameter{VL_SP_StableProbingCriteriaTime, 500},
+    Parameter{VL_SP_PowerOverrideSupported, 0, false},
+    Parameter{VL_SP_PowerOverrideEnabled, 0, false},
+    Parameter{VL_SP_D_StableProbingCriteriaRegion, 0.0005, true, true},
+};
+
+bool is_carried_as_double(std::int32_t parameter) {
+  return (parameter >= VL_SP_D_TemperatureThreshold && parameter <= VL_SP_D_SystemLongest6DDistance) ||
+         parameter == VL_SP_D_StableProbingCriteriaRegion;
+}
+
+// Null when the other kind of command is for that parameter.
+const Parameter* find_parameter(std::int32_t parameter, bool as_double) {
+  const auto row = std::find_if(kParameters.begin(), kParameters.end(),
+                                [&](const Parameter& each) { return each.parameter == parameter; });
+  return row == kParameters.end() || is_carried_as_double(parameter) != as_double ? nullptr : &*row;
+}
+
+double load_parameter(Tracker& tracker, const Parameter& row) {
+  const auto& set = tracker.state().system_parameters;
+  const auto found = set.find(row.parameter);
+  return found == set.end() ? row.initial : found->second;
+}
+
+Quantity quantity(const Parameter& row) {
+  return row.is_length ? Quantity::kLength : Quantity::kNone;
+}
+
+void store_parameter(Tracker& tracker, const Parameter* row, double value, const Reply& reply) {
+  if (!row) return reply.status(VL_RS_WrongParameter1);
+  if (!row->can_be_set) return reply.status(VL_RS_UsageConflict);
+  tracker.state().system_parameters[row->parameter] = value;
+  reply.done();
+}
+
+void set_long_parameter(Tracker& tracker, const Request& request, const Reply& reply) {
+  store_parameter(tracker, find_parameter(request.integer("systemParam"), false), request.integer("parameter"), reply);
+}
+
+void get_long_parameter(Tracker& tracker, const Request& request, const Reply& reply) {
+  const Parameter* row = find_parameter(request.integer("systemParam"), false);
+  if (!row) return reply.status(VL_RS_WrongParameter1);
+  GetLongSystemParameterRT answer;
+  answer.systemParam = row->parameter;
+  answer.lParameter = static_cast<std::int32_t>(load_parameter(tracker, *row));
+  reply.record(answer);
+}
+
+void set_double_parameter(Tracker& tracker, const Request& request, const Reply& reply) {
+  const Parameter* row = find_parameter(request.integer("systemParam"), true);
+  if (!row) return reply.status(VL_RS_WrongParameter1);
+  const double value = from_units(quantity(*row), request.number("parameter"), request.frame().units());
+  store_parameter(tracker, row, value, reply);
+}
+
+void get_double_parameter(Tracker& tracker, const Request& request, const Reply& reply) {
+  const Parameter* row = find_parameter(request.integer("systemParam"), true);
+  if (!row) return reply.status(VL_RS_WrongParameter1);
+  GetDoubleSystemParameterRT answer;
+  answer.systemParam = row->parameter;
+  answer.dParameter = to_units(quantity(*row), load_parameter(tracker, *row), request.frame().units());
+  reply.record_as_it_stands(answer);
+}
+
+void restore_startup_conditions(Tracker& tracker, const Request&, const Reply& reply) {
+  tracker.settings() = Settings();
+  tracker.state().system_parameters.clear();
+  reply.done();
+  for (const VL_SystemStatusChange change : {VL_SSC_UnitsChanged, VL_SSC_SystemSettingsChanged}) {
+    tracker.announce(change);
+  }
+}
+
+// What still waits in the client's queue is cleared where the queue is; here there is nothing left to do.
+void clear_command_queue(Tracker&, const Request&, const Reply& reply) {
+  reply.done();
+}
+
+constexpr std::array kHandlers{
+    Handler{VL_C_GetSystemStatus, Needs::kNothing, get_system_status},
+    Handler{VL_C_GetTrackerStatus, Needs::kNothing, get_tracker_status},
+    Handler{VL_C_GetMeasurementStatusInfo, Needs::kNothing, get_measurement_status_info},
+    Handler{VL_C_SetSystemSettings, Needs::kNothing, set_system_settings},
+    Handler{VL_C_GetSystemSettings, Needs::kNothing, get_system_settings},
+    Handler{VL_C_SetReflector, Needs::kNothing, set_reflector},
+    Handler{VL_C_SetCompensation, Needs::kNothing, set_compensation},
+    Handler{VL_C_SetGridModeParams, Needs::kNothing, set_grid_mode},
+    Handler{VL_C_SetLongSystemParameter, Needs::kNothing, set_long_parameter},
+    Handler{VL_C_GetLongSystemParameter, Needs::kNothing, get_long_parameter},
+    Handler{VL_C_SetDoubleSystemParameter, Needs::kNothing, set_double_parameter},
+    Handler{VL_C_GetDoubleSystemParameter, Needs::kNothing, get_double_parameter},
+    Handler{VL_C_RestoreStartupConditions, Needs::kNothing, restore_startup_conditions},
+    Handler{VL_C_ClearCommandQueue, Needs::kNothing, clear_command_queue},
+};
+
+}  // namespace
+
+std::span<const Handler> status_handlers() {
+  return kHandlers;
+}
+
+}  // namespace kestrine::simulator

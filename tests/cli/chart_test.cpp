@@ -1,0 +1,112 @@
+#include "cli/chart.h"
+
+#include <gtest/gtest.h>
+
+#include <numbers>
+
+#include "cli/figure.h"
+#include "cli/panel.h"
+#include "points.h"
+
+namespace kestrine::cli {
+namespace {
+
+constexpr double kTurn = 2 * std::numbers::pi;
+
+std::vector<Point> still_points(int count) {
+  std::vector<Point> points;
+  for (int i = 0; i < count; ++i) {
+    points.push_back(point_at(2000 + 0.001 * (i % 5), 300 - 0.002 * (i % 7), 0.001 * (i % 3), i));
+  }
+  return points;
+}
+
+// Every tag that is opened is closed in its turn, and nothing stands where only text may.
+bool is_balanced(const std::string& xml) {
+  std::vector<std::string> open;
+  for (std::size_t at = xml.find('<'); at != std::string::npos; at = xml.find('<', at + 1)) {
+    const std::size_t end = xml.find('>', at);
+    const std::string tag = xml.substr(at + 1, end - at - 1);
+    if (tag.find('<') != std::string::npos) return false;
+    if (tag.back() == '/') continue;
+    if (tag.front() != '/') {
+      open.push_back(tag.substr(0, tag.find(' ')));
+    } else if (open.empty() || open.back() != tag.substr(1)) {
+      return false;
+    } else {
+      open.pop_back();
+    }
+  }
+  return open.empty();
+}
+
+std::size_t count_of(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+TEST(Charts, are_well_formed_for_every_figure) {
+  for (const Kind kind : {Kind::kStationary, Kind::kStream}) {
+    for (const auto& points : {still_points(1), still_points(30), still_points(5000), arc_of(kTurn, 3000),
+                               std::vector<Point>{point_at(0, 0, 0), point_at(9, 0, 0)}, std::vector<Point>(3)}) {
+      const std::string chart = draw_chart(measurement_of(kind, points));
+      EXPECT_TRUE(is_balanced(chart));
+      for (const char* wrong : {"nan", "inf", "e+", "e-0"})
+        EXPECT_EQ(chart.find(wrong, chart.find("</style>")), std::string::npos);
+    }
+  }
+}
+
+TEST(Charts, escape_what_the_tracker_calls_itself) {
+  auto measurement = measurement_of(Kind::kStationary, still_points(3));
+  measurement.tracker.name = "<A & \"B\">\x01";
+  const std::string chart = draw_chart(measurement);
+  EXPECT_TRUE(is_balanced(chart));
+  EXPECT_NE(chart.find("&lt;A &amp; &quot;B&quot;&gt; "), std::string::npos);
+  EXPECT_EQ(chart.find('\x01'), std::string::npos);
+}
+
+TEST(Charts, name_their_axes_with_units_in_either_scale) {
+  const std::string close = draw_chart(measurement_of(Kind::kStationary, still_points(10)));
+  for (const char* name : {"X relative to 2000.0020 mm [µm]", "deviation [µm]", "point number"}) {
+    EXPECT_EQ(count_of(close, name), 1u) << name;
+  }
+  const std::string wide = draw_chart(measurement_of(Kind::kStream, arc_of(kTurn, 500)));
+  for (const char* name : {">X [mm]<", ">Y [mm]<", "time [s]", "Deviation from the fitted circle", ">radial<"}) {
+    EXPECT_EQ(count_of(wide, name), 1u) << name;
+  }
+}
+
+TEST(Charts, of_a_million_points_stay_small) {
+  EXPECT_LT(draw_chart(measurement_of(Kind::kStream, arc_of(50 * kTurn, 1'000'000, 0.02))).size(), 600'000u);
+  EXPECT_LT(draw_chart(measurement_of(Kind::kStationary, still_points(1'000'000))).size(), 2'000'000u);
+}
+
+TEST(Deviations, are_radial_for_a_circle_and_by_axis_for_anything_else) {
+  const auto round = measurement_of(Kind::kStream, arc_of(kTurn, 200, 0.02));
+  const auto radial = deviations_of(figure_of(round));
+  ASSERT_EQ(radial.series.size(), 1u);
+  EXPECT_EQ(radial.unit, "µm");
+  EXPECT_NEAR(radial.series[0].values[0], 20, 1);
+
+  const auto path = measurement_of(Kind::kStream, {point_at(0, 0, 0), point_at(100, 0, 8)});
+  const auto by_axis = deviations_of(figure_of(path));
+  ASSERT_EQ(by_axis.series.size(), 3u);
+  EXPECT_EQ(by_axis.unit, "mm");
+  EXPECT_NEAR(by_axis.series[0].values[0], -50, 1e-9);
+  EXPECT_NEAR(by_axis.series[2].values[1], 4, 1e-9);
+}
+
+TEST(Thinning, keeps_the_extremes_of_every_column) {
+  std::vector<Spot> spots;
+  for (int i = 0; i < 100'000; ++i) spots.push_back({i * 0.005, i == 77'777 ? -9.0 : i % 10 + 0.5});
+  const auto kept = thinned_curve(spots);
+  EXPECT_LT(kept.size(), 2100u);
+  EXPECT_EQ(std::count_if(kept.begin(), kept.end(), [](const Spot& s) { return s.y == -9.0; }), 1);
+  EXPECT_TRUE(std::is_sorted(kept.begin(), kept.end(), [](const Spot& a, const Spot& b) { return a.x < b.x; }));
+  EXPECT_EQ(thinned_curve({{0, 1}, {10, 2}, {20, 0}}).size(), 3u);
+}
+
+}  // namespace
+}  // namespace kestrine::cli

@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+#include "cli/failure.h"
+#include "cli/format.h"
+#include "cli/ticks.h"
+#include "cli/units.h"
+
+namespace kestrine::cli {
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+TEST(Numbers, shortest_reads_back_as_the_same_value) {
+  for (const double value : {0.0, -0.1, 1.0 / 3, 2000.0145095383623, 1e-300, 1.7976931348623157e308, -5e-324}) {
+    EXPECT_EQ(std::strtod(shortest(value).c_str(), nullptr), value);
+  }
+  EXPECT_EQ(shortest(0.1), "0.1");
+  EXPECT_EQ(shortest(kInfinity) + shortest(std::nan("")), "");
+}
+
+TEST(Numbers, fixed_never_shows_a_negative_zero) {
+  EXPECT_EQ(fixed(-0.00004, 4), "0.0000");
+  EXPECT_EQ(fixed(-0.00006, 4), "-0.0001");
+  EXPECT_EQ(fixed(-0.4, 0), "0");
+  EXPECT_EQ(fixed(1234.5, 1), "1234.5");
+  EXPECT_EQ(fixed(std::nan(""), 2), "-");
+  EXPECT_EQ(fixed(-1.7976931348623157e308, 10).size(), 321u);
+}
+
+TEST(Numbers, clock_times_have_minutes_seconds_and_tenths) {
+  EXPECT_EQ(clock_time(0), "0:00.0");
+  EXPECT_EQ(clock_time(9.96), "0:09.9");
+  EXPECT_EQ(clock_time(3671.25), "61:11.2");
+  EXPECT_EQ(clock_time(-1), "0:00.0");
+}
+
+TEST(Units, deviations_are_shown_finely_until_they_are_large) {
+  const auto& mm = length_unit("mm");
+  EXPECT_EQ(mm.position_text(1.23456), "1.2346 mm");
+  EXPECT_EQ(mm.deviation_text(0.01234), "12.3 µm");
+  EXPECT_EQ(mm.deviation_text(-7.5), "-7.5000 mm");
+  EXPECT_EQ(length_unit("in").deviation_text(0.001), "1.0 thou");
+  EXPECT_EQ(length_unit("ft").to_fine(1), 12000);
+  EXPECT_EQ(length_unit("yd").to_fine(1), 36000);
+  EXPECT_NEAR(length_unit("m").to_fine(1), 1e6, 1e-6);
+  EXPECT_EQ(length_unit("um").to_fine(5), 5);
+  EXPECT_THROW(length_unit("parsec"), Failure);
+}
+
+struct TickCase {
+  Range range;
+  double about;
+  double least_step;
+  const char* labels;
+};
+
+TEST(Ticks, stand_at_round_numbers_inside_the_range) {
+  const TickCase cases[] = {
+      {{0, 10}, 5, 0, "0 2 4 6 8 10 "},
+      {{-0.25, 0.3}, 5, 0, "−0.2 0.0 0.2 "},
+      {{1999.9981, 2000.0035}, 5, 0, "2000.000 2000.002 "},
+      {{0.1, 0.9}, 8, 0, "0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 "},
+      {{0.7, 3.3}, 10, 1, "1 2 3 "},
+      {{0, 12345678}, 3, 0, "0 5000000 10000000 "},
+      {{5, 5}, 4, 0, ""},
+      {{0, kInfinity}, 4, 0, ""},
+  };
+  for (const auto& one : cases) {
+    const Ticks ticks = round_ticks(one.range, one.about, one.least_step);
+    std::string labels;
+    for (const double value : ticks.values) labels += ticks.label(value) + " ";
+    EXPECT_EQ(labels, one.labels);
+  }
+}
+
+TEST(Ticks, are_found_in_every_range_of_values_however_narrow) {
+  for (const auto& values :
+       {std::vector<double>{}, {0.0}, {2e6, 2e6}, {1.0, std::nextafter(1.0, 2.0)}, {std::nan("")}}) {
+    const Range range = range_of(values, 0.5);
+    EXPECT_GE(range.span(), 0.49);
+    EXPECT_FALSE(round_ticks(range, 5).values.empty());
+  }
+  const Range range = range_of({3, std::nan(""), -1, kInfinity}, 0);
+  EXPECT_EQ(range.low, -1);
+  EXPECT_EQ(range.high, 3);
+}
+
+}  // namespace
+}  // namespace kestrine::cli

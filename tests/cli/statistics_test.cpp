@@ -1,0 +1,86 @@
+#include "cli/statistics.h"
+
+#include <gtest/gtest.h>
+
+#include <numbers>
+
+#include "points.h"
+
+namespace kestrine::cli {
+namespace {
+
+constexpr double kTurn = 2 * std::numbers::pi;
+
+TEST(Summaries, state_mean_spread_extent_and_rate) {
+  const std::vector<Point> points{point_at(1, 10, -1, 0), point_at(2, 10, -1, 0.5), point_at(3, 13, -1, 1)};
+  const Summary summary = summarise(points);
+  EXPECT_EQ(summary.count, 3u);
+  EXPECT_DOUBLE_EQ(summary.seconds, 1);
+  EXPECT_DOUBLE_EQ(summary.rate, 2);
+  EXPECT_NEAR(summary.mean[0], 2, 1e-12);
+  EXPECT_NEAR(summary.mean[1], 11, 1e-12);
+  EXPECT_NEAR(summary.spread[0], 1, 1e-12);
+  EXPECT_NEAR(summary.spread[1], std::sqrt(3), 1e-12);
+  EXPECT_NEAR(summary.spread[2], 0, 1e-12);
+  EXPECT_EQ(summary.low, (Vector{1, 10, -1}));
+  EXPECT_EQ(summary.high, (Vector{3, 13, -1}));
+  EXPECT_NEAR(summary.rms_distance, std::sqrt(8.0 / 3), 1e-12);
+  EXPECT_NEAR(summary.max_distance, std::sqrt(5), 1e-12);
+}
+
+TEST(Summaries, of_one_point_or_none_have_no_spread_and_no_rate) {
+  for (const auto& points : {std::vector<Point>{}, std::vector<Point>{point_at(5, 6, 7, 3)}}) {
+    const Summary summary = summarise(points);
+    EXPECT_EQ(summary.spread, Vector{});
+    EXPECT_EQ(summary.rate, 0);
+    EXPECT_EQ(summary.rms_distance, 0);
+  }
+}
+
+TEST(Summaries, keep_micrometres_at_fifty_metres_over_a_million_points) {
+  std::vector<Point> points(1'000'000, point_at(50000, -50000, 0));
+  for (std::size_t i = 0; i < points.size(); i += 2) points[i].position[0] += 0.002;
+  const Summary summary = summarise(points);
+  EXPECT_NEAR(summary.mean[0], 50000.001, 1e-7);
+  EXPECT_NEAR(summary.spread[0], 0.001, 1e-8);
+}
+
+TEST(Circles, are_found_on_full_turns_and_on_short_arcs) {
+  for (const double arc : {kTurn, kTurn / 2, kTurn / 8}) {
+    const auto circle = fit_circle(arc_of(arc, 400, 0.02));
+    ASSERT_TRUE(circle) << arc;
+    EXPECT_NEAR(circle->x, 2000, 0.2);
+    EXPECT_NEAR(circle->y, -100, 0.2);
+    EXPECT_NEAR(circle->radius, 300, 0.2);
+    EXPECT_NEAR(circle->rms, 0.02, 1e-3);
+    EXPECT_NEAR(circle->arc, arc * 399 / 400, 1e-2);
+    EXPECT_NEAR(circle->radial_deviation(point_at(2000 + 301, -100, 0)), 1, 0.2);
+  }
+}
+
+TEST(Circles, are_found_in_metres_as_in_micrometres) {
+  for (const double scale : {1e-3, 1e3}) {
+    auto points = arc_of(kTurn, 50);
+    for (auto& point : points) {
+      for (double& value : point.position) value *= scale;
+    }
+    const auto circle = fit_circle(points);
+    ASSERT_TRUE(circle);
+    EXPECT_NEAR(circle->radius / scale, 300, 1e-6);
+  }
+}
+
+TEST(Circles, are_not_seen_where_there_are_none) {
+  std::vector<Point> cloud, line, square, still(100, point_at(1, 2, 3));
+  for (int i = 0; i < 200; ++i) {
+    const double wobble = 0.01 * ((i * 7919) % 13 - 6);
+    cloud.push_back(point_at(2000 + wobble, 0.01 * ((i * 104729) % 11 - 5), 0));
+    line.push_back(point_at(i, 0.5 * i + wobble, 0));
+    square.push_back(i < 100 ? point_at(i, 0, 0) : point_at(100, i - 100, 0));
+  }
+  for (const auto& points : {cloud, line, square, still, arc_of(kTurn, 5), {}}) EXPECT_FALSE(fit_circle(points));
+  EXPECT_FALSE(fit_circle(arc_of(kTurn / 100, 400, 0.2))) << "an arc that hardly leaves its chord";
+}
+
+}  // namespace
+}  // namespace kestrine::cli

@@ -1,0 +1,220 @@
+"""Runs the command line tool itself: against its own simulator, against one that is killed, and with bad input."""
+
+import csv
+import json
+import os
+import pty
+import re
+import select
+import signal
+import socket
+import subprocess
+import tempfile
+import time
+import unittest
+import xml.etree.ElementTree as xml
+from pathlib import Path
+
+TOOL = os.environ["KESTRINE"]
+SIMULATOR = os.environ["KESTRINE_SIMULATOR"]
+PATIENCE = 60  # seconds; for a machine under load
+FAST = ["measure", "--simulate", "--speed", "20"]
+STREAM = ["measure", "--simulate", "--stream"]
+
+
+class Terminal:
+    """Stands in for the terminal that progress is shown on."""
+
+    def __init__(self):
+        self.near, self.far = pty.openpty()
+        self.text = ""
+
+    def close(self):
+        os.close(self.near)
+        os.close(self.far)
+
+    def wait_for(self, pattern):
+        deadline = time.monotonic() + PATIENCE
+        while not re.search(pattern, self.text):
+            ready, _, _ = select.select([self.near], [], [], max(0, deadline - time.monotonic()))
+            if not ready:
+                raise AssertionError(f"no {pattern!r} in {self.text!r}")
+            self.text += os.read(self.near, 65536).decode()
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.files = {kind: self.folder / f"out.{kind}" for kind in ("csv", "json", "svg")}
+        self.outputs = [word for kind, path in self.files.items() for word in (f"--{kind}", str(path))]
+
+    def run_tool(self, *arguments, **keywords):
+        return subprocess.run([TOOL, *arguments], capture_output=True, text=True, timeout=PATIENCE, **keywords)
+
+    def start_on_terminal(self, *arguments):
+        terminal = Terminal()
+        self.addCleanup(terminal.close)
+        process = subprocess.Popen([TOOL, *arguments], stdout=subprocess.PIPE, stderr=terminal.far, text=True)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process, terminal
+
+    def check_files(self):
+        """All three are whole and agree; returns the points."""
+        self.assertEqual(set(self.folder.iterdir()), set(self.files.values()))
+        with open(self.files["csv"], newline="") as file:
+            table = [{name: float(value) for name, value in row.items()} for row in csv.DictReader(file)]
+        lines = [json.loads(line) for line in self.files["json"].read_text().splitlines()]
+        self.assertEqual(table, lines)
+        self.assertEqual([row["index"] for row in table], list(range(1, len(table) + 1)))
+        self.assertEqual(xml.parse(self.files["svg"]).getroot().tag, "{http://www.w3.org/2000/svg}svg")
+        return table
+
+    def check_refusal(self, run, status, pattern):
+        self.assertEqual(run.returncode, status, run)
+        self.assertRegex(run.stderr, r"\Akestrine: [^\n]*" + pattern + r"[^\n]*\n\Z")
+
+    def test_a_stationary_series_gives_a_table_and_files(self):
+        run = self.run_tool(*FAST, "--points", "4", *self.outputs)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        points = self.check_files()
+        self.assertEqual(len(points), 4)
+        for word in ("tracker", "serial number", "X [mm]", "mean", "spread", "wrote"):
+            self.assertIn(word, run.stdout)
+        for point in points:
+            self.assertIn(f"{point['x_mm']:.4f}", run.stdout)
+            self.assertGreater(point["std_total_mm"], 0)
+
+    def test_a_stream_gives_as_many_points_as_asked_for_in_the_unit_asked_for(self):
+        run = self.run_tool(*STREAM, "--count", "500", "--extended", "--length-unit", "in", *self.outputs)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        points = self.check_files()
+        self.assertEqual(len(points), 500)
+        times = [point["time_s"] for point in points]
+        self.assertEqual(times, sorted(times))
+        self.assertAlmostEqual(times[-1], 0.499, places=6)
+        self.assertLess(max(abs(point["x_in"]) for point in points), 100)
+        self.assertGreater(points[0]["std_total_in"], 0)
+
+    def test_a_stream_ends_with_its_duration(self):
+        run = self.run_tool(*STREAM, "--duration", "0.5", "--time-separation", "10", *self.outputs)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.assertIn(len(self.check_files()), range(10, 200))
+
+    def test_the_same_seed_gives_the_same_points(self):
+        def series(seed):
+            self.assertEqual(self.run_tool(*FAST, "--points", "2", "--seed", seed, *self.outputs).returncode, 0)
+            return [(point["x_mm"], point["y_mm"], point["z_mm"]) for point in self.check_files()]
+
+        self.assertEqual(series("5"), series("5"))
+        self.assertNotEqual(series("5"), series("6"))
+
+    def test_quiet_prints_nothing(self):
+        run = self.run_tool(*FAST, "--points", "1", "--quiet", *self.outputs)
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "", ""))
+        self.assertEqual(len(self.check_files()), 1)
+
+    def test_help_and_version_are_given(self):
+        for arguments, words in ((["--help"], "measure"), (["measure", "--help"], "--time-separation"), (["--version"], "3.8.680")):
+            run = self.run_tool(*arguments)
+            self.assertEqual((run.returncode, run.stderr), (0, ""))
+            self.assertIn(words, run.stdout)
+
+    def test_wrong_usage_is_told_in_one_line(self):
+        host = ["measure", "--host", "127.0.0.1"]
+        for arguments, pattern in (
+            ([], "subcommand"),
+            (["measure"], "--simulate"),
+            (["mesure"], "subcommand"),
+            (host, "--port"),
+            ([*host, "--port", "0"], "0 not in range 1 - 65535"),
+            ([*host, "--port", "65536"], "not in range"),
+            ([*host, "--port", "70", "--simulate"], "excludes"),
+            (["measure", "--host", "tracker.example", "--port", "70"], "no address"),
+            (["measure", "--host", "300.1.1.1", "--port", "70"], "no address"),
+            ([*FAST, "--points", "0"], "not in range"),
+            ([*FAST, "--points", "ten"], "ten"),
+            ([*FAST, "--points", "1.5"], "1.5"),
+            ([*FAST, "--points", "99999999999999999999"], "--points"),
+            ([*FAST, "--measure-time", "-5"], "not in range"),
+            ([*FAST, "--seed", "x"], "--seed"),
+            ([*FAST, "--count", "5"], "--stream"),
+            ([*FAST, "--length-unit", "parsec"], "parsec"),
+            ([*STREAM, "--duration", "nan"], "not in range"),
+            ([*STREAM, "--duration", "1e999"], "--duration"),
+            ([*STREAM, "--duration", "0"], "not in range"),
+            ([*STREAM, "--points", "5"], "--stream"),
+            ([*FAST, "--csv"], "--csv"),
+            ([*FAST, "left", "over"], "left"),
+        ):
+            with self.subTest(arguments):
+                more = self.outputs if arguments[:1] == ["measure"] and "--csv" not in arguments else []
+                self.check_refusal(self.run_tool(*arguments, *more), 2, pattern)
+                self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_a_tracker_that_cannot_be_reached_is_told_with_text_and_number(self):
+        with socket.socket() as unused:
+            unused.bind(("127.0.0.1", 0))
+            closed = str(unused.getsockname()[1])
+            for host, number in (("127.0.0.1", 40011), ("no-such-host", 40010), ("höst", 40010)):
+                with self.subTest(host):
+                    run = self.run_tool("measure", "--host", host, "--port", closed, *self.outputs)
+                    self.check_refusal(run, 1, rf"\(error {number}\)")
+                    self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_files_that_cannot_be_written_are_refused_before_measuring(self):
+        (self.folder / "old").write_text("old")
+        for name in (self.folder / "no/such.csv", self.folder, "/dev/null", "", self.folder / "old" / "below"):
+            with self.subTest(name):
+                run = self.run_tool(*FAST, "--csv", str(self.folder / "first"), "--json", str(name))
+                self.check_refusal(run, 1, "cannot write")
+                self.assertEqual(run.stdout, "")
+        self.check_refusal(self.run_tool(*FAST, "--csv", "x", "--svg", "./x", cwd=self.folder), 1, "same file")
+        self.assertEqual([(path.name, path.read_text()) for path in self.folder.iterdir()], [("old", "old")])
+
+    def test_a_full_standard_output_is_a_failure_that_keeps_the_files(self):
+        with open("/dev/full", "w") as full:
+            run = subprocess.run([TOOL, *FAST, "--points", "1", *self.outputs], stdout=full, stderr=subprocess.PIPE,
+                                 text=True, timeout=PATIENCE)
+        self.check_refusal(run, 1, "standard output")
+        self.assertEqual(len(self.check_files()), 1)
+
+    def test_an_interrupt_ends_a_stream_and_keeps_its_points(self):
+        for number in (signal.SIGINT, signal.SIGTERM):
+            process, terminal = self.start_on_terminal(*STREAM, "--duration", "3600", *self.outputs)
+            terminal.wait_for(r"[1-9]\d* points .*/s .*\d:\d\d\.\d")
+            process.send_signal(number)
+            out, _ = process.communicate(timeout=PATIENCE)
+            self.assertEqual(process.returncode, 130)
+            points = self.check_files()
+            self.assertIn(f"stopped after {len(points)} points", out)
+
+    def test_an_interrupt_ends_a_series_after_the_point_that_is_being_measured(self):
+        process, terminal = self.start_on_terminal("measure", "--simulate", "--points", "1000", *self.outputs)
+        terminal.wait_for(r"2 of 1000 points")
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=PATIENCE)
+        self.assertEqual(process.returncode, 130)
+        self.assertIn(len(self.check_files()), range(2, 10))
+
+    def test_a_server_that_goes_away_is_told_and_its_points_are_kept(self):
+        server = subprocess.Popen([SIMULATOR, "--port", "0"], stdout=subprocess.PIPE, text=True)
+        self.addCleanup(server.stdout.close)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.kill)
+        port = server.stdout.readline().strip().rpartition(":")[2]
+        process, terminal = self.start_on_terminal("measure", "--host", "localhost", "--port", port, "--stream",
+                                                   "--duration", "3600", *self.outputs)
+        terminal.wait_for(r"[1-9]\d* points ")
+        server.kill()
+        terminal.wait_for(r"kestrine: the server closed the connection\r\n")
+        process.communicate(timeout=PATIENCE)
+        self.assertEqual(process.returncode, 1)
+        self.assertGreater(len(self.check_files()), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()

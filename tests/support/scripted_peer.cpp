@@ -1,0 +1,248 @@
+#include "scripted_peer.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "kestrine/wire.h"
+
+namespace kestrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kPatience = 5s;
+constexpr std::size_t kRequestHeader = 12;
+
+sockaddr_in loopback(std::uint16_t port) {
+  sockaddr_in at{};
+  at.sin_family = AF_INET;
+  at.sin_port = htons(port);
+  at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return at;
+}
+
+// A socket bound to a free port of loopback.
+int bind_anywhere(std::uint16_t& port) {
+  const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in at = loopback(0);
+  EXPECT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&at), sizeof at), 0) << std::strerror(errno);
+  socklen_t length = sizeof at;
+  ::getsockname(descriptor, reinterpret_cast<sockaddr*>(&at), &length);
+  port = ntohs(at.sin_port);
+  return descriptor;
+}
+
+}  // namespace
+
+Bytes packet(std::int32_t size, std::int32_t type) {
+  Bytes bytes(static_cast<std::size_t>(std::max(size, 8)));
+  put_i32(bytes, 0, size);
+  put_i32(bytes, 4, type);
+  return bytes;
+}
+
+Bytes answer(std::int32_t command, std::int32_t status, std::int32_t type) {
+  Bytes bytes = packet(16, type);
+  put_i32(bytes, 8, command);
+  put_i32(bytes, 12, status);
+  return bytes;
+}
+
+Bytes status_change(std::int32_t change) {
+  Bytes bytes = packet(12, VL_DT_SystemStatusChange);
+  put_i32(bytes, 8, change);
+  return bytes;
+}
+
+void put_i32(Bytes& bytes, std::size_t offset, std::int32_t value) {
+  wire::store_i32(bytes.data() + offset, value);
+}
+
+void put_f64(Bytes& bytes, std::size_t offset, double value) {
+  wire::store_f64(bytes.data() + offset, value);
+}
+
+std::int32_t get_i32(std::span<const std::uint8_t> bytes, std::size_t offset) {
+  return wire::load_i32(bytes.data() + offset);
+}
+
+Bytes operator+(Bytes first, const Bytes& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+std::uint16_t unused_port() {
+  std::uint16_t port = 0;
+  ::close(bind_anywhere(port));
+  return port;
+}
+
+ScriptedPeer::ScriptedPeer() : listener_(bind_anywhere(port_)) {
+  EXPECT_EQ(::listen(listener_, 8), 0) << std::strerror(errno);
+}
+
+ScriptedPeer::~ScriptedPeer() {
+  end_client(false);
+  ::close(listener_);
+}
+
+void ScriptedPeer::accept() {
+  end_client(false);
+  if (!wait_readable(listener_, kPatience)) {
+    ADD_FAILURE() << "no client has connected";
+    return;
+  }
+  const int client = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+  const int on = 1;
+  ::setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  // Longer than any test waits: a send that blocks for ever is a fault to be seen, not a hang.
+  const timeval patience{20, 0};
+  ::setsockopt(client, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+  ending_ = false;
+  client_ = client;
+}
+
+bool ScriptedPeer::wait_readable(int descriptor, std::chrono::milliseconds time) const {
+  pollfd look{descriptor, POLLIN, 0};
+  return ::poll(&look, 1, static_cast<int>(time.count())) == 1;
+}
+
+bool ScriptedPeer::read_exactly(std::uint8_t* into, std::size_t count, std::chrono::milliseconds time) {
+  const auto deadline = Clock::now() + time;
+  for (std::size_t have = 0; have < count;) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+    if (left < 0ms || !wait_readable(client_, left + 1ms)) return false;
+    const ssize_t got = ::recv(client_, into + have, count - have, 0);
+    if (got <= 0) return false;
+    have += static_cast<std::size_t>(got);
+  }
+  return true;
+}
+
+Bytes ScriptedPeer::receive(std::size_t count) {
+  Bytes bytes(count);
+  if (!read_exactly(bytes.data(), count, kPatience)) ADD_FAILURE() << "the client has not sent " << count << " bytes";
+  return bytes;
+}
+
+Bytes ScriptedPeer::receive_request() {
+  Bytes request = receive(kRequestHeader);
+  const auto size = static_cast<std::size_t>(std::max(get_i32(request, 0), 0));
+  return size <= kRequestHeader ? request : std::move(request) + receive(size - kRequestHeader);
+}
+
+bool ScriptedPeer::nothing_to_receive() {
+  return !wait_readable(client_, 0ms);
+}
+
+bool ScriptedPeer::client_leaves() {
+  std::uint8_t scratch[4096];
+  ssize_t got = 1;
+  while (got > 0 && wait_readable(client_, kPatience)) got = ::recv(client_, scratch, sizeof scratch, 0);
+  return got <= 0;
+}
+
+void ScriptedPeer::send(std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t sent = ::send(client_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) ADD_FAILURE() << "the client does not read";
+    if (sent <= 0) return;
+    bytes = bytes.subspan(static_cast<std::size_t>(sent));
+  }
+}
+
+std::size_t ScriptedPeer::send_what_fits(std::span<const std::uint8_t> bytes) {
+  std::size_t total = 0;
+  while (total < bytes.size()) {
+    const ssize_t sent = ::send(client_, bytes.data() + total, bytes.size() - total, MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent <= 0) break;
+    total += static_cast<std::size_t>(sent);
+  }
+  return total;
+}
+
+void ScriptedPeer::run(Script script) {
+  finish();
+  script_ = std::thread([this, script = std::move(script)] { script(*this); });
+}
+
+void ScriptedPeer::send_in_pieces(std::vector<Bytes> pieces, std::chrono::milliseconds pause) {
+  run([pieces = std::move(pieces), pause](ScriptedPeer& peer) {
+    for (const Bytes& piece : pieces) {
+      peer.send(piece);
+      if (&piece != &pieces.back()) std::this_thread::sleep_for(pause);
+    }
+  });
+}
+
+void ScriptedPeer::serve(Reply reply) {
+  run([reply = std::move(reply)](ScriptedPeer& peer) {
+    Bytes request(kRequestHeader);
+    while (peer.read_exactly(request.data(), kRequestHeader, 24h)) {
+      const auto size = static_cast<std::size_t>(std::max(get_i32(request, 0), 0));
+      request.resize(std::max(size, kRequestHeader));
+      if (!peer.read_exactly(request.data() + kRequestHeader, request.size() - kRequestHeader, kPatience)) return;
+      {
+        const std::lock_guard lock(peer.requests_lock_);
+        peer.requests_.push_back(request);
+      }
+      peer.send(reply(request));
+      request.resize(kRequestHeader);
+    }
+  });
+}
+
+std::vector<Bytes> ScriptedPeer::requests() const {
+  const std::lock_guard lock(requests_lock_);
+  return requests_;
+}
+
+void ScriptedPeer::finish() {
+  if (script_.joinable()) script_.join();
+}
+
+void ScriptedPeer::close() {
+  end_client(false);
+}
+
+void ScriptedPeer::reset() {
+  end_client(true);
+}
+
+void ScriptedPeer::end_client(bool at_once) {
+  const bool from_script = std::this_thread::get_id() == script_.get_id();
+  const int client = client_.exchange(-1);
+  if (client < 0) {
+    if (!from_script) finish();
+    return;
+  }
+  ending_ = true;
+  if (at_once) {
+    const linger none{1, 0};
+    ::setsockopt(client, SOL_SOCKET, SO_LINGER, &none, sizeof none);
+  }
+  if (!from_script && script_.joinable()) {
+    ::shutdown(client, SHUT_RDWR);  // wakes a script that reads or writes
+    finish();
+  } else if (!at_once) {
+    ::shutdown(client, SHUT_WR);
+  }
+  // Unread requests would turn the close into a reset.
+  std::uint8_t scratch[4096];
+  while (!at_once && ::recv(client, scratch, sizeof scratch, MSG_DONTWAIT) > 0) {
+  }
+  ::close(client);
+}
+
+}  // namespace kestrine::test

@@ -1,0 +1,95 @@
+// A server made of bytes: it listens on loopback, hands the test what the client sent, and sends what the test
+// says, cut and delayed as the test says.
+//
+// Everything happens on the calling thread but for scripts (run, send_in_pieces, serve), which have a thread of
+// their own so that the test's thread can wait inside the library meanwhile. There is one script at a time: starting
+// one waits for the one before, which must therefore be one that ends by itself. serve() ends with the connection.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <span>
+#include <thread>
+#include <vector>
+
+#include "kestrine/enums.h"
+
+namespace kestrine::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// A packet of that size and type, zero but for its header.
+Bytes packet(std::int32_t size, std::int32_t type);
+// A 16-byte answer or error packet.
+Bytes answer(std::int32_t command, std::int32_t status, std::int32_t type = VL_DT_Command);
+Bytes status_change(std::int32_t change);
+void put_i32(Bytes& bytes, std::size_t offset, std::int32_t value);
+void put_f64(Bytes& bytes, std::size_t offset, double value);
+std::int32_t get_i32(std::span<const std::uint8_t> bytes, std::size_t offset);
+Bytes operator+(Bytes first, const Bytes& second);
+
+// A port of loopback on which nobody listens.
+std::uint16_t unused_port();
+
+class ScriptedPeer {
+ public:
+  using Script = std::function<void(ScriptedPeer&)>;
+  using Reply = std::function<Bytes(const Bytes& request)>;
+
+  ScriptedPeer();
+  ~ScriptedPeer();
+  ScriptedPeer(const ScriptedPeer&) = delete;
+  ScriptedPeer& operator=(const ScriptedPeer&) = delete;
+
+  std::uint16_t port() const { return port_; }
+
+  // Takes the client that has connected, in place of an earlier one; fails the test when none does in time.
+  void accept();
+  // The next `count` bytes that the client sent; fails the test when they do not come in time.
+  Bytes receive(std::size_t count);
+  // The next request whole, framed by its own size.
+  Bytes receive_request();
+  // True when the client has sent nothing that was not received yet.
+  bool nothing_to_receive();
+  // True when the client closes its end in time; what it sent before is thrown away.
+  bool client_leaves();
+
+  // What a client that has left does not take is dropped in silence; one that does not read fails the test.
+  void send(std::span<const std::uint8_t> bytes);
+  // As much as the system takes without waiting: how many bytes that were.
+  std::size_t send_what_fits(std::span<const std::uint8_t> bytes);
+
+  void run(Script script);
+  // Piece, pause, piece ...
+  void send_in_pieces(std::vector<Bytes> pieces, std::chrono::milliseconds pause);
+  // Answers every request from now on with what `reply` returns for it; nothing for an empty reply. `reply` is
+  // called on the script's thread.
+  void serve(Reply reply);
+  // What serve() has received so far.
+  std::vector<Bytes> requests() const;
+  // Waits for the script's end.
+  void finish();
+
+  void close();  // in good order
+  void reset();  // at once: what the client has not read yet is lost
+
+ private:
+  bool wait_readable(int descriptor, std::chrono::milliseconds time) const;
+  // False at the end of the connection; with `time`, also when it has passed.
+  bool read_exactly(std::uint8_t* into, std::size_t count, std::chrono::milliseconds time);
+  void end_client(bool at_once);
+
+  int listener_ = -1;
+  std::atomic<int> client_ = -1;
+  std::uint16_t port_ = 0;
+  std::atomic<bool> ending_ = false;
+  std::thread script_;
+  mutable std::mutex requests_lock_;
+  std::vector<Bytes> requests_;
+};
+
+}  // namespace kestrine::test
