@@ -1,6 +1,5 @@
 #include "simulator/tracker.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "kestrine/wire.h"
@@ -83,8 +82,12 @@ VL_ResultStatus Tracker::refusal(Needs needs) const {
 Frame Tracker::frame() const {
   const auto units = settings_.get<SystemUnitsDataT>(VL_C_SetUnits);
   const auto system = settings_.get<SystemSettingsDataT>(VL_C_SetSystemSettings);
-  Frame frame{units.lenUnitType, units.angUnitType, units.tempUnitType, units.pressUnitType,
-              settings_.get<VL_CoordinateSystemType>(VL_C_SetCoordinateSystemType)};
+  Frame frame;
+  frame.length = units.lenUnitType;
+  frame.angle = units.angUnitType;
+  frame.temperature = units.tempUnitType;
+  frame.pressure = units.pressUnitType;
+  frame.type = settings_.get<VL_CoordinateSystemType>(VL_C_SetCoordinateSystemType);
   if (system.bApplyStationOrientationParams) frame.orientation = orientation_of(settings_);
   if (system.bApplyTransformationParams) frame.transformation = transformation_of(settings_);
   return frame;

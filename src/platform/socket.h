@@ -52,6 +52,9 @@ KESTRINE_HOST_API int set_receive_buffer(SocketHandle socket, std::int32_t bytes
 // The number of bytes taken (with `peek`: looked at), 0 when the peer has closed, or -1. While a connect is
 // under way the error is kErrorNotConnected. Arms the socket's readable notification again.
 KESTRINE_HOST_API int receive(SocketHandle socket, void* into, int bytes, bool peek = false);
+// A nap for whoever waits for the rest of something. With early wake (host.h) it ends as soon as the socket can be
+// read, or has come to its end.
+KESTRINE_HOST_API void nap_for_bytes(SocketHandle socket, std::uint32_t milliseconds);
 // One write. The number of bytes taken over by the system, or -1; a closed peer is an error, never a signal.
 KESTRINE_HOST_API int send_bytes(SocketHandle socket, const void* from, int bytes);
 

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "kestrine/pointer.h"
-#include "platform/clock.h"
 #include "platform/notices.h"
 #include "platform/profile.h"
 #include "transport/command_sender.h"
@@ -81,7 +80,7 @@ bool CMsgSink::would_block() const {
 }
 
 void CMsgSink::nap() {
-  platform::sleep_ms(1);
+  platform::nap_for_bytes(connection_ == nullptr ? platform::kInvalidSocket : connection_->socket, 1);
 }
 
 void CMsgSink::beep(std::uint32_t hertz, std::uint32_t milliseconds) {

@@ -9,7 +9,12 @@ from pathlib import Path
 from bad_rows import BAD_ROWS, BadRow
 
 HERE = Path(__file__).parent
-GENERATE = HERE.parent.parent / "schema" / "generate.py"
+SCHEMA = HERE.parent.parent / "schema"
+GENERATE = SCHEMA / "generate.py"
+sys.path.insert(0, str(SCHEMA))
+
+from generator.errors import SchemaError  # noqa: E402
+from generator.model.schema import Schema  # noqa: E402
 
 
 def generate(*arguments: object) -> subprocess.CompletedProcess:
@@ -58,16 +63,23 @@ class BadSchema(unittest.TestCase):
             with self.subTest(bad.mistake), tempfile.TemporaryDirectory() as folder:
                 self.check(bad, Path(folder))
 
+    def test_ends_with_an_error_and_writes_nothing(self):
+        with tempfile.TemporaryDirectory() as name:
+            folder = Path(name)
+            (folder / "bad.toml").write_text("[[record]]\n")
+            result = generate("--schema", folder, "--out", folder / "out")
+            self.assertEqual((result.returncode, result.stderr), (1, "bad.toml:1: name is missing\n"))
+            self.assertFalse((folder / "out").exists())
+
     def check(self, bad: BadRow, folder: Path):
         files = files_of(HERE / "tiny")
         changed_line = line_of(files[bad.file], bad.old)
         files[bad.file] = files[bad.file].replace(bad.old, bad.new, 1)
         for name, text in files.items():
             (folder / name).write_text(text)
-        result = generate("--schema", folder, "--out", folder / "out")
-        self.assertEqual(result.returncode, 1)
-        self.assertFalse((folder / "out").exists())
-        place, message = result.stderr.rstrip("\n").split(": ", 1)
+        with self.assertRaises(SchemaError) as caught:
+            Schema(folder)
+        place, message = str(caught.exception).split(": ", 1)
         self.assertIn(bad.message, message)
         file, line = place.split(":")
         if bad.at:

@@ -109,7 +109,6 @@ void ScriptedPeer::accept() {
   // Longer than any test waits: a send that blocks for ever is a fault to be seen, not a hang.
   const timeval patience{20, 0};
   ::setsockopt(client, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
-  ending_ = false;
   client_ = client;
 }
 
@@ -221,28 +220,28 @@ void ScriptedPeer::reset() {
 }
 
 void ScriptedPeer::end_client(bool at_once) {
-  const bool from_script = std::this_thread::get_id() == script_.get_id();
-  const int client = client_.exchange(-1);
-  if (client < 0) {
-    if (!from_script) finish();
-    return;
+  if (std::this_thread::get_id() != script_.get_id()) {
+    {
+      // Wakes a script that waits; for a reset without a word to the client.
+      const std::lock_guard lock(client_lock_);
+      if (script_.joinable() && client_ >= 0) ::shutdown(client_, at_once ? SHUT_RD : SHUT_RDWR);
+    }
+    finish();
   }
-  ending_ = true;
+  const std::lock_guard lock(client_lock_);
+  if (client_ < 0) return;
   if (at_once) {
     const linger none{1, 0};
-    ::setsockopt(client, SOL_SOCKET, SO_LINGER, &none, sizeof none);
+    ::setsockopt(client_, SOL_SOCKET, SO_LINGER, &none, sizeof none);
+  } else {
+    ::shutdown(client_, SHUT_WR);
+    // Unread requests would turn the close into a reset.
+    std::uint8_t scratch[4096];
+    while (::recv(client_, scratch, sizeof scratch, MSG_DONTWAIT) > 0) {
+    }
   }
-  if (!from_script && script_.joinable()) {
-    ::shutdown(client, SHUT_RDWR);  // wakes a script that reads or writes
-    finish();
-  } else if (!at_once) {
-    ::shutdown(client, SHUT_WR);
-  }
-  // Unread requests would turn the close into a reset.
-  std::uint8_t scratch[4096];
-  while (!at_once && ::recv(client, scratch, sizeof scratch, MSG_DONTWAIT) > 0) {
-  }
-  ::close(client);
+  ::close(client_);
+  client_ = -1;
 }
 
 }  // namespace kestrine::test

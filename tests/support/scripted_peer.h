@@ -86,8 +86,8 @@ class ScriptedPeer {
   int listener_ = -1;
   std::atomic<int> client_ = -1;
   std::uint16_t port_ = 0;
-  std::atomic<bool> ending_ = false;
   std::thread script_;
+  std::mutex client_lock_;  // between a script that ends the connection and a test that does
   mutable std::mutex requests_lock_;
   std::vector<Bytes> requests_;
 };

@@ -5,6 +5,7 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -12,6 +13,8 @@
 #include <atomic>
 #include <cerrno>
 
+#include "kestrine/host.h"
+#include "platform/clock.h"
 #include "platform/linux/socket_table.h"
 #include "platform/linux/thread_loop.h"
 
@@ -180,6 +183,12 @@ int receive(SocketHandle socket, void* into, int bytes, bool peek) {
     count = ::recv(descriptor_of(socket), into, static_cast<std::size_t>(bytes), peek ? MSG_PEEK : 0);
   } while (count < 0 && errno == EINTR);
   return count >= 0 ? static_cast<int>(count) : fail_with(error_number_of(errno));
+}
+
+void nap_for_bytes(SocketHandle socket, std::uint32_t milliseconds) {
+  if (!host::early_wake() || find_socket(socket) == nullptr) return sleep_ms(milliseconds);
+  pollfd look{descriptor_of(socket), POLLIN, 0};
+  ::poll(&look, 1, static_cast<int>(milliseconds));
 }
 
 int send_bytes(SocketHandle socket, const void* from, int bytes) {

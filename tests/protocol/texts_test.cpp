@@ -1,0 +1,101 @@
+#include "protocol/texts.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <map>
+
+#include "protocol/errors.h"
+
+namespace kestrine::protocol {
+namespace {
+
+TEST(StatusText, GivesEveryNumberAText) {
+  const std::u16string unexpected = u"Unknown status (unexpected)";
+  const std::map<std::int32_t, std::u16string> cases{
+      {0, u"All OK"},
+      {27, u"No Weather- Monitor found"},
+      {34, unexpected},
+      {36, u"Unknown status"},
+      {41, u"Server Module timed out !"},
+      {63, unexpected},
+      {73, u"Wrong active Camera to Tracker Compensation in Database"},
+      {99, u"No Trigger Board"},
+      {100, u"TRK #100"},
+      {150, u"TRK #150"},
+      {999, u"TRK #999"},
+      {1000, u"1000"},
+      {5000, u"5000"},
+      {10000, u"10000"},
+      {10001, u"No Shank Compensation is set"},
+      {10005, u"AIFM Start Busy"},
+      {10014, u"Sensor not rady for measurement"},
+      {10025, u"Item selection failed"},
+      {10026, u"10026"},
+      {29999, u"29999"},
+      {30000, unexpected},
+      {50000, unexpected},
+      {100000, unexpected},
+      {100001, u"100001"},
+      {INT_MAX, u"2147483647"},
+      {-1, unexpected},
+      {INT_MIN, unexpected},
+  };
+  for (const auto& [status, text] : cases) EXPECT_EQ(StatusText(status), text) << status;
+}
+
+TEST(CommandText, NamesEveryCommandAndWhatIsNone) {
+  const std::map<std::int32_t, std::u16string> cases{
+      {0, u"Exit Application"},
+      {7, u"Initialize"},
+      {64, u"Unknown command"},
+      {86, u"Get Compensations"},
+      {95, u"Go Bird Bath2"},
+      {101, u"Set CameraMode"},
+      {123, u"Get Compensations"},
+      {140, u"Get Korv40x Info"},
+      {144, u"System Power Down"},
+      {50, u"Unknown command (unexpected)"},
+      {145, u"Unknown command (unexpected)"},
+      {-1, u"Unknown command (unexpected)"},
+  };
+  for (const auto& [command, text] : cases) EXPECT_EQ(CommandText(command), text) << command;
+}
+
+TEST(CommandText, EndsInANul) {
+  for (std::int32_t command = -1; command <= 145; ++command) {
+    const std::u16string_view text = CommandText(command);
+    EXPECT_EQ(text.data()[text.size()], u'\0') << command;
+  }
+}
+
+TEST(SendFailureText, NamesTheCommandAndItsCode) {
+  EXPECT_EQ(SendFailureText(7), u"Invoking command \"Initialize\" [7] failed!");
+  EXPECT_EQ(SendFailureText(-5), u"Invoking command \"Unknown command (unexpected)\" [-5] failed!");
+}
+
+TEST(StatusToWarningRow, KnowsTheSixAcceptedParametersOnly) {
+  const std::map<std::int32_t, std::int32_t> rows{{11, 517}, {13, 518}, {15, 519}, {17, 520}, {19, 521}, {21, 522}};
+  for (std::int32_t status = -2; status < 30; ++status) {
+    EXPECT_EQ(StatusToWarningRow(status), rows.contains(status) ? rows.at(status) : 0) << status;
+  }
+  EXPECT_EQ(LoadStringResource(520), u"Warning: Parameter 4 out of range but still accepted");
+}
+
+TEST(LoadStringResource, GivesNothingForARowThatIsNotThere) {
+  EXPECT_EQ(LoadStringResource(524), u"");
+  EXPECT_EQ(LoadStringResource(0), u"");
+  EXPECT_EQ(LoadStringResource(-1), u"");
+  EXPECT_EQ(LoadStringResource(514), u"Object already connected to server\n");
+}
+
+TEST(Errors, PointToTheTextThatSaysWhatHappened) {
+  EXPECT_EQ(error::kPendingAnswer.number, 40001);
+  EXPECT_EQ(LoadStringResource(error::kPendingAnswer.row), u"Command failed due to pending synchronous answer");
+  EXPECT_EQ(error::kSendFailed.row, 0);
+  EXPECT_EQ(LoadStringResource(error::kWrongConstant.row), u"Wrong Parameter");
+  EXPECT_EQ(LoadStringResource(text_row::kTrackerError), u"TRK #");
+}
+
+}  // namespace
+}  // namespace kestrine::protocol

@@ -1,0 +1,75 @@
+#include "environment.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <fstream>
+
+#include "kestrine/error.h"
+#include "kestrine/host.h"
+#include "platform/profile.h"
+
+namespace kestrine::test {
+
+bool pump_until(const std::function<bool()>& condition, std::chrono::milliseconds patience) {
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    host::run_for(std::chrono::milliseconds(2));
+  }
+  return true;
+}
+
+Environment::Environment() {
+  std::string name = (std::filesystem::temp_directory_path() / "kestrine-test-XXXXXX").string();
+  EXPECT_NE(::mkdtemp(name.data()), nullptr);
+  directory_ = name;
+  ::setenv("KESTRINE_PROFILE_DIR", name.c_str(), 1);
+  host::set_early_wake(true);
+  host::set_beep_hook([this](std::uint32_t hertz, std::uint32_t time) { beeps.emplace_back(hertz, time); });
+  host::set_message_box_hook(
+      [this](const std::u16string& text, const std::u16string&, std::uint32_t) { message_boxes.push_back(text); });
+}
+
+Environment::~Environment() {
+  host::set_message_box_hook({});
+  host::set_beep_hook({});
+  host::set_early_wake(false);
+  ::unsetenv("KESTRINE_PROFILE_DIR");
+  std::error_code ignored;
+  std::filesystem::remove_all(directory_, ignored);
+}
+
+void Environment::set(std::u16string_view key, std::int32_t value) {
+  const std::string digits = std::to_string(value);
+  const std::u16string text(digits.begin(), digits.end());
+  EXPECT_TRUE(platform::write_profile_string(u"Settings", key, text, u"Kestrine.ini"));
+}
+
+std::vector<std::pair<std::string, std::string>> Environment::traces() const {
+  std::vector<std::pair<std::string, std::string>> all;
+  std::ifstream file(directory_ / "Kestrine.ini");
+  bool inside = false;
+  for (std::string line; std::getline(file, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.starts_with('[')) inside = line == "[SocketError]";
+    const std::size_t equals = line.find('=');
+    if (inside && equals != std::string::npos) all.emplace_back(line.substr(0, equals), line.substr(equals + 1));
+  }
+  return all;
+}
+
+std::string Environment::trace(const std::string& key) const {
+  for (const auto& [name, text] : traces()) {
+    if (name == key) return text;
+  }
+  return {};
+}
+
+std::vector<std::string> Environment::trace_keys() const {
+  std::vector<std::string> keys;
+  for (const auto& entry : traces()) keys.push_back(entry.first);
+  return keys;
+}
+
+}  // namespace kestrine::test

@@ -1,0 +1,43 @@
+// What a test of the library stands in: a settings file of its own, recorded notices, waits with a deadline.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kestrine::test {
+
+// Delivers messages until the condition holds; false when it does not in time.
+bool pump_until(const std::function<bool()>& condition,
+                std::chrono::milliseconds patience = std::chrono::milliseconds(5000));
+
+// For the life of one test; ends with the hooks and the early wake at their defaults. Waiting calls wake early
+// unless the test says otherwise.
+class Environment {
+ public:
+  Environment();
+  ~Environment();
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+
+  void set(std::u16string_view key, std::int32_t value);  // in section Settings of Kestrine.ini
+  // The text at a key of section SocketError; empty when there is none.
+  std::string trace(const std::string& key) const;
+  // The keys of section SocketError, in the order in which they were first written.
+  std::vector<std::string> trace_keys() const;
+
+  using Beep = std::pair<std::uint32_t, std::uint32_t>;  // hertz, milliseconds
+  std::vector<Beep> beeps;
+  std::vector<std::u16string> message_boxes;
+
+ private:
+  std::vector<std::pair<std::string, std::string>> traces() const;
+
+  std::filesystem::path directory_;
+};
+
+}  // namespace kestrine::test
