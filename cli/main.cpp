@@ -3,6 +3,7 @@
 #include <iostream>
 #include <string>
 
+#include "cli/help.h"
 #include "cli/measure_command.h"
 #include "kestrine/error.h"
 
@@ -39,7 +40,8 @@ int run(const MeasureOptions& options) {
 int main(int argc, char** argv) {
   CLI::App application("Measures with a laser tracker.", "kestrine");
   application.set_version_flag("--version", "kestrine " KESTRINE_VERSION);
-  application.set_help_all_flag("--help-all", "Also the help of every command");
+  application.formatter(help_formatter());
+  application.footer("\nkestrine COMMAND --help tells more.");
   application.require_subcommand(1);
   MeasureOptions options;
   add_measure_command(application, options);

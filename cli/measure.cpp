@@ -114,7 +114,10 @@ void measure_stream(Session& session, const MeasureOptions& options, Measurement
   if (!sink->failure().empty()) throw Failure(sink->failure());
   // A tracker that has sent all points has stopped by itself. One that is stopped sends what it still holds first.
   if (options.count == 0 || points.size() < options.count) session.stop_stream();
+  // What came while the end was noticed is more than was asked for.
   if (options.count > 0 && points.size() > options.count) points.resize(options.count);
+  if (options.duration > 0)
+    std::erase_if(points, [&](const Point& point) { return point.seconds >= options.duration; });
 }
 
 void measure_with(Session& session, const MeasureOptions& options, std::ostream& out, Measurement& measurement) {

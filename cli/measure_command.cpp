@@ -12,12 +12,12 @@ constexpr double kDefaultSeconds = 5;
 constexpr int kLongestMeasureTime = 100'000;    // milliseconds; what a tracker takes at most
 constexpr int kLongestTimeSeparation = 99'999;  // milliseconds; likewise
 
-constexpr const char* kDescription =
-    "Connect to a tracker, measure, and show and save what was measured.\n\n"
-    "Without --stream, a series of stationary points; with it, a stream of points of a moving target.";
+constexpr const char* kDescription = "Connect to a tracker, measure, and show and save what was measured.";
 
 constexpr const char* kFooter =
-    "\nExamples:\n"
+    "\nWithout --stream, a series of stationary points is measured; with it, a stream of points of a moving\n"
+    "target, until its count or its duration is reached. Names of columns tell the units.\n\n"
+    "Examples:\n"
     "  kestrine measure --simulate --points 5 --csv points.csv --svg points.svg\n"
     "  kestrine measure --host 192.168.0.1 --port 7000 --stream --duration 10 --json path.json\n\n"
     "Ctrl-C stops a measurement; what was measured until then is kept.\n"
@@ -37,15 +37,17 @@ CLI::Validator number_between(double low, double high) {
     if (CLI::detail::lexical_cast(text, value) && value >= low && value <= high) return {};
     return "Value " + text + " not in range " + shortest(low) + " to " + shortest(high);
   };
-  return {complaint, "NUMBER"};
+  return {complaint, ""};
 }
 
 void add_connection(CLI::App& command, MeasureOptions& options) {
   auto* host =
       command.add_option("--host", options.host, "The tracker's server: a dotted address, or a name without dots")
-          ->check(CLI::Validator(check_host, "NAME|ADDRESS"))
+          ->check(CLI::Validator(check_host, ""))
+          ->type_name("HOST")
           ->group("Tracker");
   auto* port = command.add_option("--port", options.port, "The server's port")
+                   ->type_name("PORT")
                    ->check(CLI::Range(1, 65535))
                    ->needs(host)
                    ->group("Tracker");
@@ -54,10 +56,12 @@ void add_connection(CLI::App& command, MeasureOptions& options) {
                        ->excludes(host)
                        ->group("Tracker");
   command.add_option("--seed", options.seed, "Seed of the simulated noise; the same one gives the same points")
+      ->type_name("N")
       ->capture_default_str()
       ->needs(simulate)
       ->group("Tracker");
   command.add_option("--speed", options.speed, "How many times faster than a real tracker the simulated one is")
+      ->type_name("X")
       ->capture_default_str()
       ->check(number_between(0.1, 1000))
       ->needs(simulate)
@@ -96,7 +100,8 @@ void add_measurement(CLI::App& command, MeasureOptions& options) {
       ->check(CLI::Range(1, kLongestTimeSeparation))
       ->needs(stream)
       ->group("Measurement");
-  command.add_option("--length-unit", options.length_unit, "Unit of all lengths")
+  command.add_option("--length-unit", options.length_unit, "Unit of all lengths: mm, m, um, in, ft or yd")
+      ->type_name("UNIT")
       ->default_val("mm")
       ->check(CLI::IsMember(length_unit_names()))
       ->group("Measurement");
@@ -105,13 +110,15 @@ void add_measurement(CLI::App& command, MeasureOptions& options) {
 }
 
 void add_outputs(CLI::App& command, MeasureOptions& options) {
-  command.add_option("--csv", options.csv_file, "Write the points as CSV")->type_name("FILE")->group("Output");
-  command.add_option("--json", options.json_file, "Write the points as JSON, one object a line")
-      ->type_name("FILE")
-      ->group("Output");
-  command.add_option("--svg", options.svg_file, "Draw the points: top view, and deviation over time")
-      ->type_name("FILE")
-      ->group("Output");
+  const auto add_file = [&](const char* name, std::string& file, const char* purpose) {
+    command.add_option(name, file, purpose)
+        ->check([](const std::string& text) { return text.empty() ? std::string("names no file") : std::string(); })
+        ->type_name("FILE")
+        ->group("Output");
+  };
+  add_file("--csv", options.csv_file, "Write the points as CSV");
+  add_file("--json", options.json_file, "Write the points as JSON, one object a line");
+  add_file("--svg", options.svg_file, "Draw the points: top view, and deviation over time");
   command.add_flag("-q,--quiet", options.quiet, "Print nothing but errors")->group("Output");
 }
 

@@ -62,7 +62,6 @@ class Draft {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& name) : name_(name) {
-  if (name.empty()) refuse("the file", "its name is empty");
   std::error_code error;
   // Renaming onto a symbolic link would replace the link instead of the file it stands for.
   target_ = fs::weakly_canonical(fs::absolute(name, error), error);

@@ -1,6 +1,7 @@
 #include "cli/report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iomanip>
 #include <ostream>
 #include <string>
@@ -48,8 +49,11 @@ void print_line(std::ostream& out, const std::string& name, const std::string& t
 void print_tracker(std::ostream& out, const Tracker& tracker, const LengthUnit& unit) {
   print_line(out, "tracker", tracker.name + ", serial number " + std::to_string(tracker.serial_number));
   print_line(out, "server", tracker.software);
+  const auto rounded = [&](double length) {
+    return shortest(std::round(length * 1000) / 1000) + " " + std::string(unit.name);
+  };
   print_line(out, "range",
-             unit.position_text(tracker.min_distance) + " to " + unit.position_text(tracker.max_distance) + ", up to " +
+             rounded(tracker.min_distance) + " to " + rounded(tracker.max_distance) + ", up to " +
                  std::to_string(tracker.max_rate) + " points/s");
   out << std::endl;
 }

@@ -7,6 +7,7 @@
 #include "kestrine/component.h"
 #include "kestrine/export.h"
 #include "kestrine/pointer.h"
+#include "kestrine/text.h"
 
 // Carries the status code of the failed operation and the error information that was set for it.
 class KESTRINE_HOST_API _com_error : public std::exception {
@@ -21,11 +22,9 @@ class KESTRINE_HOST_API _com_error : public std::exception {
 
  private:
   std::u16string text(HRESULT (IErrorInfo::*getter)(BSTR*)) const {
-    BSTR value = nullptr;
-    if (!info_ || FAILED((info_.get()->*getter)(&value)) || value == nullptr) return {};
-    std::u16string copy(value, SysStringLen(value));
-    SysFreeString(value);
-    return copy;
+    kestrine::Text value;
+    if (!info_ || FAILED((info_.get()->*getter)(value.put()))) return {};
+    return std::u16string(value.view());
   }
 
   HRESULT code_;

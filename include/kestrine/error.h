@@ -7,6 +7,7 @@
 
 #include "kestrine/component.h"
 #include "kestrine/pointer.h"
+#include "kestrine/text.h"
 
 // Error information made by the library also tells its number: one of its own (40001 to 40028, -1) or the
 // server's status.
@@ -25,32 +26,6 @@ template <>
 struct InterfaceId<IErrorNumber> {
   static constexpr const IID& value = IID_IErrorNumber;
 };
-
-// UTF-8 of a UTF-16 text; an unpaired surrogate becomes U+FFFD.
-inline std::string to_utf8(std::u16string_view text) {
-  std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    std::uint32_t code = text[i];
-    const bool high = code >= 0xD800 && code < 0xDC00;
-    if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
-      code = 0x10000 + ((code - 0xD800) << 10) + (text[++i] - 0xDC00u);
-    } else if (code >= 0xD800 && code < 0xE000) {
-      code = 0xFFFD;
-    }
-    const auto put = [&out](std::uint32_t byte) { out.push_back(static_cast<char>(byte)); };
-    if (code < 0x80) {
-      put(code);
-    } else if (code < 0x800) {
-      put(0xC0 | code >> 6), put(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-      put(0xE0 | code >> 12), put(0x80 | (code >> 6 & 0x3F)), put(0x80 | (code & 0x3F));
-    } else {
-      put(0xF0 | code >> 18), put(0x80 | (code >> 12 & 0x3F)), put(0x80 | (code >> 6 & 0x3F));
-      put(0x80 | (code & 0x3F));
-    }
-  }
-  return out;
-}
 
 class Error : public std::exception {
  public:
@@ -73,20 +48,15 @@ class Error : public std::exception {
 
 // The thread's error information, taken out of its slot, as an exception for `code`.
 inline Error take_error(HRESULT code) {
-  const auto text = [](BSTR value) {
-    std::u16string copy = value == nullptr ? std::u16string() : std::u16string(value, SysStringLen(value));
-    SysFreeString(value);
-    return copy;
-  };
   Pointer<IErrorInfo> info;
   if (GetErrorInfo(0, info.put()) != S_OK) return Error(code, 0, u"no error information", u"");
-  BSTR description = nullptr;
-  BSTR source = nullptr;
-  info->GetDescription(&description);
-  info->GetSource(&source);
+  Text description;
+  Text source;
+  info->GetDescription(description.put());
+  info->GetSource(source.put());
   std::int32_t number = 0;
   if (const auto numbered = info.query<IErrorNumber>()) numbered->GetNumber(&number);
-  return Error(code, number, text(description), text(source));
+  return Error(code, number, std::u16string(description.view()), std::u16string(source.view()));
 }
 
 // Throws for a failed status code; warnings (S_FALSE) pass and are returned.

@@ -10,6 +10,7 @@
 #include "kestrine/pointer.h"
 #include "kestrine/records.h"
 #include "kestrine/subscription.h"
+#include "kestrine/text.h"
 
 extern "C" HRESULT DllGetClassObject(const CLSID& clsid, const IID& iid, void** object);
 
@@ -23,6 +24,13 @@ Pointer<Interface> create(const CLSID& clsid) {
   Pointer<Interface> object;
   check(factory->CreateInstance(nullptr, interface_id<Interface>(), object.put_void()));
   return object;
+}
+
+// The connection's synchronous command object. Fetch it once connected.
+inline Pointer<ILTCommandSync> command_sync(ILTConnect& connection) {
+  Pointer<IUnknown> object;
+  check(connection.get_ILTCommandSync(object.put()));
+  return object.query<ILTCommandSync>();
 }
 
 }  // namespace kestrine

@@ -38,12 +38,14 @@ void CMsgSink::forget(const CLTConnectBase& connection) {
 }
 
 std::int64_t CMsgSink::on_message(const platform::Message& message) {
+  if (message.id == platform::kTimerMessage) platform::kill_timer(window_, message.wparam);
   if (connection_ == nullptr) return 0;
   const DepthGuard guard(depth_);
   const Pointer<IUnknown> keep(connection_->unknown());  // a handler may drop the last reference
   CLTConnectBase& connection = *connection_;
   switch (message.id) {
     case kSocketMessage:
+      socket_ = message.wparam;
       return on_socket(connection, static_cast<std::int32_t>(message.lparam & 0xFFFF));
     case WM_FLUSH_DEFERRED_EVENTS:
       if (connection.slots.current_sync == nullptr) {
@@ -52,7 +54,6 @@ std::int64_t CMsgSink::on_message(const platform::Message& message) {
       }
       return connection.slots.current_sync->FlushDeferredEvents() ? 1 : 0;
     case platform::kTimerMessage:
-      platform::kill_timer(window_, message.wparam);
       connection.slots.dispatcher->DispatchPacket(connection, nullptr, 0, 0);
       return 1;
     default:
@@ -72,7 +73,7 @@ std::int64_t CMsgSink::on_socket(CLTConnectBase& connection, std::int32_t event)
 }
 
 int CMsgSink::receive(void* into, int bytes, bool peek) {
-  return connection_ == nullptr ? -1 : platform::receive(connection_->socket, into, bytes, peek);
+  return platform::receive(socket_, into, bytes, peek);
 }
 
 bool CMsgSink::would_block() const {
@@ -80,7 +81,7 @@ bool CMsgSink::would_block() const {
 }
 
 void CMsgSink::nap() {
-  platform::nap_for_bytes(connection_ == nullptr ? platform::kInvalidSocket : connection_->socket, 1);
+  platform::nap_for_bytes(socket_, 1);
 }
 
 void CMsgSink::beep(std::uint32_t hertz, std::uint32_t milliseconds) {

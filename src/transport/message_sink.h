@@ -36,6 +36,8 @@ class CMsgSink final : private platform::WindowProcedure, private ReceivePort {
 
   CLTConnectBase* connection_;
   platform::WindowHandle window_;
+  // Of the notification at hand: an earlier connection object's, when that connected after this sink's was made.
+  platform::SocketHandle socket_ = platform::kInvalidSocket;
   ReceivePath receive_path_;
   int depth_ = 0;  // handlers under way, nested ones included
 };

@@ -75,8 +75,8 @@ ReceivePath::Body ReceivePath::read_body(ReceivePort& port, std::uint8_t* buffer
     const int got = port.receive(buffer + have, size - have, false);
     bool counted = true;
     if (got == -1) {
-      port.nap();
       counted = !port.would_block();
+      port.nap();
       if (counted) {
         port.beep(1000, 200);
         port.trace(u"recv3", u"unknown socket reading error");
@@ -86,8 +86,10 @@ ReceivePath::Body ReceivePath::read_body(ReceivePort& port, std::uint8_t* buffer
       counted = ++empty_reads > kMostReads;
       if (counted) attempts_ = kMostReads;
     }
+    const bool give_up = counted && ++attempts_ > kMostReads;
+    if (give_up && have == 0) return Body::kNothingRead;
     have += std::max(got, 0);
-    if (counted && ++attempts_ > kMostReads) return have > 0 ? Body::kGivenUp : Body::kNothingRead;
+    if (give_up) return Body::kGivenUp;
   }
   return Body::kComplete;
 }

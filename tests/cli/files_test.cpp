@@ -78,8 +78,8 @@ TEST_F(Files, keep_their_permissions_and_the_links_to_them) {
 
 TEST_F(Files, that_cannot_be_written_are_refused_at_once) {
   mkfifo(path("pipe").c_str(), 0600);
-  for (const std::string& name : {std::string(), path("no/such/folder.csv"), folder_.string(), path("pipe"),
-                                  std::string("/dev/null"), path("pipe/below.csv")}) {
+  for (const std::string& name :
+       {path("no/such/folder.csv"), folder_.string(), path("pipe"), std::string("/dev/null"), path("pipe/below.csv")}) {
     EXPECT_THROW(OutputFile{name}, Failure) << name;
   }
   EXPECT_EQ(names(), std::vector<std::string>{"pipe"});

@@ -130,7 +130,7 @@ class ToolTest(unittest.TestCase):
             (["measure"], "--simulate"),
             (["mesure"], "subcommand"),
             (host, "--port"),
-            ([*host, "--port", "0"], "0 not in range 1 - 65535"),
+            ([*host, "--port", "0"], "Value 0 not in range"),
             ([*host, "--port", "65536"], "not in range"),
             ([*host, "--port", "70", "--simulate"], "excludes"),
             (["measure", "--host", "tracker.example", "--port", "70"], "no address"),
@@ -148,6 +148,7 @@ class ToolTest(unittest.TestCase):
             ([*STREAM, "--duration", "0"], "not in range"),
             ([*STREAM, "--points", "5"], "--stream"),
             ([*FAST, "--csv"], "--csv"),
+            ([*FAST, "--svg", ""], "names no file"),
             ([*FAST, "left", "over"], "left"),
         ):
             with self.subTest(arguments):
@@ -167,7 +168,7 @@ class ToolTest(unittest.TestCase):
 
     def test_files_that_cannot_be_written_are_refused_before_measuring(self):
         (self.folder / "old").write_text("old")
-        for name in (self.folder / "no/such.csv", self.folder, "/dev/null", "", self.folder / "old" / "below"):
+        for name in (self.folder / "no/such.csv", self.folder, "/dev/null", self.folder / "old" / "below"):
             with self.subTest(name):
                 run = self.run_tool(*FAST, "--csv", str(self.folder / "first"), "--json", str(name))
                 self.check_refusal(run, 1, "cannot write")

@@ -1,0 +1,96 @@
+// Texts on their way in and out of the interfaces.
+#pragma once
+
+#include <cstdint>
+#include <new>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "kestrine/component.h"
+
+namespace kestrine {
+
+// UTF-8 of a UTF-16 text; an unpaired surrogate becomes U+FFFD.
+inline std::string to_utf8(std::u16string_view text) {
+  std::string out;
+  const auto put = [&out](std::uint32_t byte) { out.push_back(static_cast<char>(byte)); };
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    std::uint32_t code = text[i];
+    const bool high = code >= 0xD800 && code < 0xDC00;
+    if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+      code = 0x10000 + ((code - 0xD800) << 10) + (text[++i] - 0xDC00u);
+    } else if (code >= 0xD800 && code < 0xE000) {
+      code = 0xFFFD;
+    }
+    if (code < 0x80) {
+      put(code);
+    } else if (code < 0x800) {
+      put(0xC0 | code >> 6), put(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+      put(0xE0 | code >> 12), put(0x80 | (code >> 6 & 0x3F)), put(0x80 | (code & 0x3F));
+    } else {
+      put(0xF0 | code >> 18), put(0x80 | (code >> 12 & 0x3F)), put(0x80 | (code >> 6 & 0x3F));
+      put(0x80 | (code & 0x3F));
+    }
+  }
+  return out;
+}
+
+// UTF-16 of a UTF-8 text; each byte that is out of place becomes U+FFFD.
+inline std::u16string to_utf16(std::string_view text) {
+  std::u16string out;
+  for (std::size_t i = 0; i < text.size();) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    const std::size_t more = lead < 0x80 ? 0 : lead >> 5 == 6 ? 1 : lead >> 4 == 14 ? 2 : lead >> 3 == 30 ? 3 : 4;
+    std::uint32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
+    std::size_t taken = 1;
+    while (more < 4 && taken <= more && i + taken < text.size() && (text[i + taken] & 0xC0) == 0x80) {
+      code = code << 6 | (static_cast<unsigned char>(text[i + taken++]) & 0x3F);
+    }
+    constexpr std::uint32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
+    const bool good = more < 4 && taken == more + 1 && code >= kSmallest[more] && code < 0x110000 &&
+                      !(code >= 0xD800 && code < 0xE000);
+    if (!good) {
+      code = 0xFFFD;
+      taken = 1;
+    }
+    if (code >= 0x10000) {
+      out.push_back(static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10)));
+      code = 0xDC00 + ((code - 0x10000) & 0x3FF);
+    }
+    out.push_back(static_cast<char16_t>(code));
+    i += taken;
+  }
+  return out;
+}
+
+// Owns a text of the interfaces: pass it where a BSTR goes in, put() where one comes out.
+class Text {
+ public:
+  Text() = default;
+  explicit Text(std::u16string_view text) : text_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {
+    if (text_ == nullptr) throw std::bad_alloc();
+  }
+  explicit Text(std::string_view utf8) : Text(std::u16string_view(to_utf16(utf8))) {}
+  explicit Text(const char* utf8) : Text(std::string_view(utf8)) {}
+  Text(Text&& other) noexcept : text_(std::exchange(other.text_, nullptr)) {}
+  Text& operator=(Text other) noexcept {
+    std::swap(text_, other.text_);
+    return *this;
+  }
+  ~Text() { SysFreeString(text_); }
+
+  operator BSTR() const { return text_; }
+  BSTR* put() {
+    SysFreeString(std::exchange(text_, nullptr));
+    return &text_;
+  }
+  std::u16string_view view() const { return {text_, SysStringLen(text_)}; }
+  std::string utf8() const { return to_utf8(view()); }
+
+ private:
+  BSTR text_ = nullptr;
+};
+
+}  // namespace kestrine
