@@ -11,7 +11,9 @@ class HelpFormatter : public CLI::Formatter {
   HelpFormatter() { column_width(kColumn); }
 
   std::string make_option_opts(const CLI::Option* option) const override {
-    return option->get_type_size() == 0 ? "" : " " + option->get_type_name();
+    if (option->get_type_size() == 0) return {};
+    const std::string type = option->get_type_name();  // and what it is checked for, after a colon
+    return " " + type.substr(0, type.find(':'));
   }
 
   std::string make_option_desc(const CLI::Option* option) const override {

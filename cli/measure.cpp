@@ -10,12 +10,12 @@
 
 #include "cli/chart.h"
 #include "cli/failure.h"
+#include "cli/listener.h"
 #include "cli/output_file.h"
 #include "cli/point_files.h"
 #include "cli/progress.h"
 #include "cli/report.h"
 #include "cli/session.h"
-#include "cli/stream_sink.h"
 #include "cli/terminal.h"
 #include "kestrine/host.h"
 #include "simulator/simulator.h"
@@ -84,51 +84,63 @@ void measure_series(Session& session, const MeasureOptions& options, std::ostrea
   }
 }
 
-// Runs until there are enough points, the time is over, the user stops it or no more points can come.
-void follow_stream(const StreamSink& sink, const MeasureOptions& options, const Measurement& measurement) {
+// Runs until there are enough points, the time is over, the user stops it or no more points can come. Returns what
+// went wrong.
+std::string follow_stream(const Listener& listener, const MeasureOptions& options, const std::vector<Point>& points) {
   const Stopwatch watch;
   Progress progress(std::cerr, !options.quiet && terminal::shows_progress(), {options.count, options.duration});
   const double longest_silence = std::max(kLongestSilence, kLongestSilenceSteps * options.time_separation / 1000);
-  const auto& points = measurement.points;
   std::size_t known = 0;
   double last_news = 0;
-  while (sink.failure().empty() && !terminal::stop_asked()) {
+  while (listener.failure().empty() && !terminal::stop_asked()) {
     const double now = watch.seconds();
     progress.update(points.size(), now);
-    if (options.count > 0 && points.size() >= options.count) return;
-    if (options.duration > 0 && now >= options.duration) return;
+    if (options.count > 0 && points.size() >= options.count) return {};
+    if (options.duration > 0 && now >= options.duration) return {};
     if (points.size() != known) last_news = now;
     known = points.size();
-    if (now - last_news > longest_silence) throw Failure("the tracker sends no more points");
+    if (now - last_news > longest_silence) return "the tracker sends no more points";
     host::run_for(kSlice);
   }
+  return listener.failure();
 }
 
-void measure_stream(Session& session, const MeasureOptions& options, Measurement& measurement) {
+void measure_stream(Session& session, const MeasureOptions& options, const Listener& listener,
+                    std::vector<Point>& points) {
   session.set_stream_mode(options.time_separation, static_cast<std::int32_t>(options.count), options.extended);
-  auto& points = measurement.points;
-  const auto sink = Pointer<StreamSink>::adopt(new StreamSink(session.connection(), points));
-  const Subscription subscription(session.commands(), DIID__ILTCommandSyncEvents, *sink.get());
   session.start_stream();
-  follow_stream(*sink.get(), options, measurement);
-  if (!sink->failure().empty()) throw Failure(sink->failure());
+  const std::string failure = follow_stream(listener, options, points);
   // A tracker that has sent all points has stopped by itself. One that is stopped sends what it still holds first.
-  if (options.count == 0 || points.size() < options.count) session.stop_stream();
+  const bool complete = options.count > 0 && points.size() >= options.count;
+  try {
+    if (!complete && !listener.lost()) session.stop_stream();
+  } catch (const Error&) {
+    if (failure.empty()) throw;
+  }
+  if (!failure.empty()) throw Failure(failure);
   // What came while the end was noticed is more than was asked for.
-  if (options.count > 0 && points.size() > options.count) points.resize(options.count);
+  if (complete) points.resize(options.count);
   if (options.duration > 0)
     std::erase_if(points, [&](const Point& point) { return point.seconds >= options.duration; });
 }
 
 void measure_with(Session& session, const MeasureOptions& options, std::ostream& out, Measurement& measurement) {
-  session.set_units(*measurement.unit);
-  session.initialise();
-  measurement.tracker = session.identify();
-  print_tracker(out, measurement.tracker, *measurement.unit);
-  if (options.stream) {
-    measure_stream(session, options, measurement);
-  } else {
-    measure_series(session, options, out, measurement);
+  const auto listener = Pointer<Listener>::adopt(new Listener(session.connection(), measurement.points));
+  const Subscription subscription(session.commands(), DIID__ILTCommandSyncEvents, *listener.get());
+  try {
+    session.set_units(*measurement.unit);
+    session.initialise();
+    measurement.tracker = session.identify();
+    print_tracker(out, measurement.tracker, *measurement.unit);
+    if (options.stream) {
+      measure_stream(session, options, *listener.get(), measurement.points);
+    } else {
+      measure_series(session, options, out, measurement);
+    }
+  } catch (const Error&) {
+    // The call that waited only knows that it got no answer.
+    if (listener->lost()) throw Failure(listener->failure());
+    throw;
   }
 }
 

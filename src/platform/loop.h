@@ -67,6 +67,9 @@ KESTRINE_HOST_API int select_notifications(SocketHandle socket, WindowHandle win
 
 // True when a message is due now. Never waits.
 KESTRINE_HOST_API bool peek_message();
+// The same without a look at what the sockets have to say since the last one: for a caller that is about to wait
+// again anyhow, and saves a system call.
+KESTRINE_HOST_API bool is_message_queued();
 // Waits for the next message and takes it. False for the quit message, which is consumed by being taken.
 KESTRINE_HOST_API bool get_message(Message& message);
 // Hands the message to its window's procedure; drops it when the window is gone.

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "kestrine/enums.h"
+#include "kestrine/host.h"
 #include "kestrine/pointer.h"
 #include "platform/clock.h"
 #include "platform/loop.h"
@@ -43,7 +44,10 @@ bool IsImmediateStatusChange(std::int32_t change) {
 
 bool PumpMessagesOnce() {
   platform::wait_slice();
-  while (platform::peek_message()) {
+  // With early wake the next slice begins with a look at the sockets; a second one here would be a system call for
+  // nothing in every round trip.
+  const auto is_due = host::early_wake() ? platform::is_message_queued : platform::peek_message;
+  while (is_due()) {
     platform::Message message;
     if (!platform::get_message(message)) return false;
     if (message.id != kDroppedMessage) platform::dispatch_message(message);

@@ -152,7 +152,7 @@ class ToolTest(unittest.TestCase):
             ([*FAST, "left", "over"], "left"),
         ):
             with self.subTest(arguments):
-                more = self.outputs if arguments[:1] == ["measure"] and "--csv" not in arguments else []
+                more = self.outputs if arguments[:1] == ["measure"] and not {"--csv", "--svg"} & {*arguments} else []
                 self.check_refusal(self.run_tool(*arguments, *more), 2, pattern)
                 self.assertEqual(list(self.folder.iterdir()), [])
 
@@ -202,14 +202,18 @@ class ToolTest(unittest.TestCase):
         self.assertIn(len(self.check_files()), range(2, 10))
 
     def test_a_server_that_goes_away_is_told_and_its_points_are_kept(self):
+        for mode in (["--stream", "--duration", "3600"], ["--points", "1000"]):
+            with self.subTest(mode):
+                self.check_loss_of_server(mode)
+
+    def check_loss_of_server(self, mode):
         server = subprocess.Popen([SIMULATOR, "--port", "0"], stdout=subprocess.PIPE, text=True)
         self.addCleanup(server.stdout.close)
         self.addCleanup(server.wait)
         self.addCleanup(server.kill)
         port = server.stdout.readline().strip().rpartition(":")[2]
-        process, terminal = self.start_on_terminal("measure", "--host", "localhost", "--port", port, "--stream",
-                                                   "--duration", "3600", *self.outputs)
-        terminal.wait_for(r"[1-9]\d* points ")
+        process, terminal = self.start_on_terminal("measure", "--host", "localhost", "--port", port, *mode, *self.outputs)
+        terminal.wait_for(r"[1-9]\d* (of 1000 )?points ")
         server.kill()
         terminal.wait_for(r"kestrine: the server closed the connection\r\n")
         process.communicate(timeout=PATIENCE)

@@ -69,7 +69,7 @@ TEST_F(LoopTest, ExpiredTimersComeEarliestFirstAndOnceHoweverLate) {
 
 TEST_F(LoopTest, TimersRepeatUntilKilledAndRestartFromAnew) {
   set_timer(box_.window, 1, 5);
-  ASSERT_TRUE(pump_until([&] { return box_.seen.size() == 3; }));
+  ASSERT_TRUE(pump_until([&] { return box_.seen.size() >= 3; }));
   set_timer(box_.window, 1, 1);
   sleep_ms(3);
   set_timer(box_.window, 1, 60'000);
@@ -119,7 +119,7 @@ TEST_F(LoopTest, HandlersMayPumpPostAndDestroy) {
   };
   post_message(box_.window, 1, 0, 0);
   post_message(other.window, 2, 0, 0);
-  EXPECT_TRUE(pump_until([&] { return box_.seen.size() == 2; }));
+  EXPECT_TRUE(pump_until([&] { return box_.seen.size() >= 2; }));
   EXPECT_EQ(box_.ids(), (Ids{1, 3}));
   EXPECT_EQ(other.ids(), (Ids{2}));
   EXPECT_FALSE(is_window(box_.window));

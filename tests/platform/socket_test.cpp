@@ -33,7 +33,9 @@ class SocketTest : public ::testing::Test {
   // The events told so far: 'r' and 'c' in their order.
   std::string told() const {
     std::string all;
-    for (const Message& message : box_.seen) all += (message.lparam & 0xFFFF) == kSocketReadable ? 'r' : 'c';
+    for (const Message& message : box_.seen) {
+      if (message.id == kNotice) all += (message.lparam & 0xFFFF) == kSocketReadable ? 'r' : 'c';
+    }
     return all;
   }
   bool wait_for_unread(int bytes) {
@@ -133,7 +135,7 @@ TEST_F(SocketTest, CancellingClosingAndDestroyingRemoveWhatIsQueued) {
   ASSERT_TRUE(wait_for_unread(1));
   const auto requeue = [&](WindowHandle window) {
     ASSERT_EQ(select_notifications(socket_, window, kNotice, kSocketReadable), 0);
-    ASSERT_TRUE(pump_until(peek_message));
+    ASSERT_TRUE(pump_until([] { return peek_message(); }));
   };
   {
     Recorder other;
@@ -176,6 +178,23 @@ TEST_F(SocketTest, NotificationsShowAtTheHostsDescriptorAndEndASlice) {
   EXPECT_FALSE(is_readable(fd));
 }
 
+TEST_F(SocketTest, ANapForBytesEndsEarlyOnlyUnderEarlyWake) {
+  connect();
+  peer_.send("a");
+  ASSERT_TRUE(wait_for_unread(1));
+  const auto nap = [&] {
+    const auto start = std::chrono::steady_clock::now();
+    nap_for_bytes(socket_, 100);
+    return std::chrono::steady_clock::now() - start;
+  };
+  EXPECT_GE(nap(), 100ms);
+  host::set_early_wake(true);
+  EXPECT_LT(nap(), 90ms);
+  receive_text(socket_, 1);
+  EXPECT_GE(nap(), 100ms);
+  host::set_early_wake(false);
+}
+
 TEST_F(SocketTest, APostingHandlerDoesNotShutOutTheSocket) {
   connect();
   bool heard = false;
@@ -186,6 +205,26 @@ TEST_F(SocketTest, APostingHandlerDoesNotShutOutTheSocket) {
   post_message(box_.window, 1, 0, 0);
   peer_.send("a");
   EXPECT_TRUE(pump_until([&] { return heard; }));
+}
+
+TEST_F(SocketTest, AReadableNoticeStillInTheQueueIsNotDoubled) {
+  connect();
+  std::string text;
+  int posts = 0;
+  box_.handler = [&](const Message& message) {
+    if (message.id == kNotice) text += receive_text(socket_, 9);
+    if (message.id == 1 && ++posts == 100) {
+      EXPECT_EQ(receive_text(socket_, 9), "a");
+      peer_.send("b");
+      EXPECT_TRUE(is_readable(static_cast<int>(socket_), 5000));
+    }
+  };
+  peer_.send("a");
+  ASSERT_TRUE(is_readable(static_cast<int>(socket_), 5000));
+  for (int i = 0; i < 200; ++i) post_message(box_.window, 1, 0, 0);
+  EXPECT_TRUE(pump_until([&] { return box_.seen.size() >= 201; }));
+  expect_quiet("r");
+  EXPECT_EQ(text, "b");
 }
 
 TEST_F(SocketTest, AConnectUnderWayIsNotConnected) {

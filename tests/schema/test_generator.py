@@ -66,7 +66,7 @@ class BadSchema(unittest.TestCase):
     def test_ends_with_an_error_and_writes_nothing(self):
         with tempfile.TemporaryDirectory() as name:
             folder = Path(name)
-            (folder / "bad.toml").write_text("[[record]]\n")
+            (folder / "bad.toml").write_text("[[enum]]\n")
             result = generate("--schema", folder, "--out", folder / "out")
             self.assertEqual((result.returncode, result.stderr), (1, "bad.toml:1: name is missing\n"))
             self.assertFalse((folder / "out").exists())

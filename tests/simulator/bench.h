@@ -55,9 +55,15 @@ class RecordingClient : public Client {
   bool is_closed = false;
 };
 
-inline std::int32_t type_of(const Bytes& packet) { return wire::load_i32(packet.data() + 4); }
-inline std::int32_t code_of(const Bytes& packet) { return wire::load_i32(packet.data() + 8); }
-inline std::int32_t status_of(const Bytes& answer) { return wire::load_i32(answer.data() + 12); }
+inline std::int32_t type_of(const Bytes& packet) {
+  return wire::load_i32(packet.data() + 4);
+}
+inline std::int32_t code_of(const Bytes& packet) {
+  return wire::load_i32(packet.data() + 8);
+}
+inline std::int32_t status_of(const Bytes& answer) {
+  return wire::load_i32(answer.data() + 12);
+}
 
 // The packets of one data type, in order.
 inline std::vector<Bytes> only(const std::vector<Bytes>& packets, VL_DataType type) {
@@ -98,7 +104,8 @@ inline SystemSettingsDataT wishes(bool status_changes, bool positions = false) {
 }
 
 inline protocol::Request request_of(VL_Command command, const auto& record) {
-  protocol::Request request(command, static_cast<std::uint16_t>(12 + RecordTraits<std::decay_t<decltype(record)>>::size));
+  protocol::Request request(command,
+                            static_cast<std::uint16_t>(12 + RecordTraits<std::decay_t<decltype(record)>>::size));
   write_record(record, request.bytes.data() + 12);
   return request;
 }
@@ -126,7 +133,8 @@ struct Bench {
 
   std::int32_t status(const protocol::Request& request) {
     const auto answers = ask(request);
-    const auto found = std::find_if(answers.begin(), answers.end(), [](const Bytes& p) { return type_of(p) <= VL_DT_Error; });
+    const auto found =
+        std::find_if(answers.begin(), answers.end(), [](const Bytes& p) { return type_of(p) <= VL_DT_Error; });
     return found == answers.end() ? -1 : status_of(*found);
   }
   template <class Record>

@@ -127,7 +127,8 @@ TEST(Settings, StayWithEachClientWhereTheyAreItsOwnWish) {
   const auto other = bench.add_client();
   bench.ask(request_of(VL_C_SetSystemSettings, wishes(true, true)));
   const auto asked = [&](const auto& packets) {
-    return read_as<GetSystemSettingsRT>(only(packets, VL_DT_Command).at(0).data()).systemSettings.bSendUnsolicitedMessages;
+    return read_as<GetSystemSettingsRT>(only(packets, VL_DT_Command).at(0).data())
+        .systemSettings.bSendUnsolicitedMessages;
   };
   EXPECT_EQ(asked(bench.ask(protocol::build_GetSystemSettings())), 1);
   EXPECT_EQ(asked(bench.ask(*other, other, protocol::build_GetSystemSettings())), 0);
@@ -141,7 +142,8 @@ TEST(Settings, OfTheWeatherMoveTheRefractionWhenTheMonitorCalculates) {
   bench.ask(protocol::build_SetEnvironmentParams(35, 1013.25, 50));
   const auto warm = bench.answer<GetRefractionParamsRT>(protocol::build_GetRefractionParams()).refractionData;
   const auto packets = bench.ask(protocol::build_SetEnvironmentParams(5, 1013.25, 50));
-  EXPECT_EQ(changes(packets), (std::vector<std::int32_t>{VL_SSC_EnvironmentParamsChanged, VL_SSC_RefractionParamsChanged}));
+  EXPECT_EQ(changes(packets),
+            (std::vector<std::int32_t>{VL_SSC_EnvironmentParamsChanged, VL_SSC_RefractionParamsChanged}));
   const auto cold = bench.answer<GetRefractionParamsRT>(protocol::build_GetRefractionParams()).refractionData;
   EXPECT_NEAR(cold.dIfmRefractionIndex - warm.dIfmRefractionIndex, 27e-6, 2e-6);  // about 1 ppm a degree
 }
@@ -176,17 +178,22 @@ TEST(Refusals, NameTheParameterAndWhetherItWasTakenAllTheSame) {
   const std::vector<Refusal> refusals{
       {"unknown reflector", protocol::build_SetReflector(5), VL_RS_WrongParameter1},
       {"unknown compensation", protocol::build_SetCompensation(9), VL_RS_NoSuchCompensation},
-      {"unknown unit", protocol::build_SetUnits(VL_LU_Meter, static_cast<VL_AngleUnit>(3), VL_TU_Celsius, VL_PU_Mbar, VL_HU_RH), VL_RS_WrongParameter2},
+      {"unknown unit",
+       protocol::build_SetUnits(VL_LU_Meter, static_cast<VL_AngleUnit>(3), VL_TU_Celsius, VL_PU_Mbar, VL_HU_RH),
+       VL_RS_WrongParameter2},
       {"hot", protocol::build_SetEnvironmentParams(61, 1000, 50), VL_RS_Parameter1OutOfRangeNOK},
       {"warm", protocol::build_SetEnvironmentParams(45, 1000, 50), VL_RS_Parameter1OutOfRangeOK},
       {"thin air", protocol::build_SetEnvironmentParams(20, 550, 50), VL_RS_Parameter2OutOfRangeOK},
       {"drier than dry", protocol::build_SetEnvironmentParams(20, 1000, -1), VL_RS_Parameter3OutOfRangeNOK},
       {"short measure time", protocol::build_SetStationaryModeParams(99, 1), VL_RS_Parameter1OutOfRangeNOK},
-      {"negative count", protocol::build_SetContinuousTimeModeParams(10, -1, 0, VL_RT_Box), VL_RS_Parameter2OutOfRangeNOK},
-      {"grid without a step", protocol::build_SetGridModeParams(0, 0, 0, 5, 0, VL_RT_Box), VL_RS_Parameter1OutOfRangeNOK},
+      {"negative count", protocol::build_SetContinuousTimeModeParams(10, -1, 0, VL_RT_Box),
+       VL_RS_Parameter2OutOfRangeNOK},
+      {"grid without a step", protocol::build_SetGridModeParams(0, 0, 0, 5, 0, VL_RT_Box),
+       VL_RS_Parameter1OutOfRangeNOK},
       {"not a number", protocol::build_SetSearchParams(std::nan(""), 5), VL_RS_WrongParameter1},
       {"infinite", protocol::build_SetBoxRegionParams(0, 0, 0, 0, 0, INFINITY), VL_RS_WrongParameter6},
-      {"integer asked as double", protocol::build_GetDoubleSystemParameter(VL_SP_TcpDataPacketRate), VL_RS_WrongParameter1},
+      {"integer asked as double", protocol::build_GetDoubleSystemParameter(VL_SP_TcpDataPacketRate),
+       VL_RS_WrongParameter1},
       {"a fact", protocol::build_SetLongSystemParameter(VL_SP_TcpCommandQueueSize, 5), VL_RS_UsageConflict},
       {"measuring cold", protocol::build_StartMeasurement(), VL_RS_TrackerNotInitialized},
       {"moving cold", protocol::build_GoPosition(2, 0, 0, 1), VL_RS_TrackerNotInitialized},
@@ -194,7 +201,8 @@ TEST(Refusals, NameTheParameterAndWhetherItWasTakenAllTheSame) {
   Bench bench;
   for (const Refusal& each : refusals) EXPECT_EQ(bench.status(each.request), each.status) << each.what;
   // Accepted with a warning means stored, refused means that nothing has changed.
-  EXPECT_EQ(bench.answer<GetEnvironmentParamsRT>(protocol::build_GetEnvironmentParams()).environmentData.dPressure, 550);
+  EXPECT_EQ(bench.answer<GetEnvironmentParamsRT>(protocol::build_GetEnvironmentParams()).environmentData.dPressure,
+            550);
 }
 
 TEST(Refusals, OfWhatIsNoCommandAreErrorPackets) {

@@ -163,10 +163,11 @@ void ScriptedPeer::send(std::span<const std::uint8_t> bytes) {
 
 std::size_t ScriptedPeer::send_what_fits(std::span<const std::uint8_t> bytes) {
   std::size_t total = 0;
-  while (total < bytes.size()) {
+  // Full for longer than the system needs to move bytes across loopback.
+  for (pollfd look{client_, POLLOUT, 0}; total < bytes.size() && ::poll(&look, 1, 100) == 1;) {
     const ssize_t sent = ::send(client_, bytes.data() + total, bytes.size() - total, MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (sent <= 0) break;
-    total += static_cast<std::size_t>(sent);
+    if (sent > 0) total += static_cast<std::size_t>(sent);
+    if (sent <= 0 && errno != EAGAIN) break;
   }
   return total;
 }

@@ -60,7 +60,7 @@ class ScriptedPeer {
 
   // What a client that has left does not take is dropped in silence; one that does not read fails the test.
   void send(std::span<const std::uint8_t> bytes);
-  // As much as the system takes without waiting: how many bytes that were.
+  // As much as the system takes from a client that does not read: how many bytes that were.
   std::size_t send_what_fits(std::span<const std::uint8_t> bytes);
 
   void run(Script script);

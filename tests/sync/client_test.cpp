@@ -22,25 +22,13 @@ constexpr transport::Identity kIdentity{
     u"Kestrine.LTCommandAsync.1",
 };
 
-std::string digits(const char* format, double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, format, value);
-  return text;
-}
-
 std::string words(const VARIANT& value) {
-  switch (value.vt) {
-    case VT_I4:
-      return std::to_string(value.lVal);
-    case VT_R8:
-      return digits("%g", value.dblVal);
-    case VT_BOOL:
-      return "b" + std::to_string(value.boolVal);
-    case VT_BSTR:
-      return "'" + to_utf8({value.bstrVal, SysStringLen(value.bstrVal)}) + "'";
-    default:
-      return "?";
-  }
+  char text[32] = "?";
+  if (value.vt == VT_I4) std::snprintf(text, sizeof text, "%d", value.lVal);
+  if (value.vt == VT_R8) std::snprintf(text, sizeof text, "%g", value.dblVal);
+  if (value.vt == VT_BOOL) std::snprintf(text, sizeof text, "b%d", value.boolVal);
+  if (value.vt != VT_BSTR) return text;
+  return std::string("'").append(to_utf8({value.bstrVal, SysStringLen(value.bstrVal)})).append("'");
 }
 
 }  // namespace
@@ -52,7 +40,7 @@ HRESULT Listener::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DI
   EXPECT_TRUE(result == nullptr && exception == nullptr && bad_argument == nullptr);
   const auto rows = events_ == DIID__ILTCommandSyncEvents ? events::sync_events() : events::async_events();
   std::string line = name_ + " " + rows[static_cast<std::size_t>(id) - 1].name;
-  for (UINT i = arguments->cArgs; i > 0; --i) line += " " + words(arguments->rgvarg[i - 1]);
+  for (UINT i = arguments->cArgs; i > 0; --i) line.append(" ").append(words(arguments->rgvarg[i - 1]));
   lines_.push_back(line);
   const Pointer<IDispatch> keep(this);
   return handler ? handler(id) : S_OK;

@@ -63,6 +63,7 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   void deliver(Bytes packet, int capacity = -1, int received = -1);
   // Runs the task from inside the message loop: with the next messages, or after so many milliseconds.
   void later(std::function<void()> task, int milliseconds = 0);
+  void forget_tasks() { tasks_.clear(); }
   // What a call came to: "ok", or status code, number, source and text.
   static std::string told(HRESULT result);
   // The words of the next request from the given offset on.

@@ -93,6 +93,7 @@ def _add_request(command: Command, table: Table, records: Records) -> None:
         names.claim_name(leaf.name, row.where)
         require(not records.is_record(leaf.type), row.where, f"{leaf.type} must be told value by value")
         records.size_of(leaf.type, row.where)
+        require(leaf.kind in ("kInt32", "kBool32", "kDouble"), row.where, f"{leaf.type} cannot be sent")
         require(leaf.offset == end, row.where, f"{leaf.name} is at {leaf.offset}, but what is before it ends at {end}")
         end += leaf.size
         command.parameters.append(leaf)
@@ -108,8 +109,7 @@ def load_packets(source: Source, enums: dict[str, Enum], records: Records) -> li
     seen = Scope("the data type")
     for row in source.rows("packets", (str, str)):
         seen.claim(row[0], row.where)
-        values = enums["VL_DataType"].values if "VL_DataType" in enums else []
-        value = next((value for value in values if value.name == row[0]), None)
+        value = next((value for value in enums["VL_DataType"].values if value.name == row[0]), None)
         require(value is not None, row.where, f"{row[0]} is no data type")
         packets.append(Packet(value, records.get(row[1], row.where)))
     return packets

@@ -22,6 +22,10 @@ class Enum:
     values: list[EnumValue]
 
 
+# Other parts of the schema refer to these.
+_KNOWN_BY_NAME = ("VL_DataType", "VL_ResultStatus")
+
+
 def load_enums(source: Source, global_names: Scope) -> dict[str, Enum]:
     enums = {}
     for table in source.tables("enum"):
@@ -33,6 +37,8 @@ def load_enums(source: Source, global_names: Scope) -> dict[str, Enum]:
             values.append(EnumValue(row[0], row[1], row[2] if len(row) > 2 else None, row.where))
         require(bool(values), table.where, f"{name} has no values")
         enums[name] = Enum(name, table.take("doc", str, ""), values)
+    for name in _KNOWN_BY_NAME:
+        require(name in enums, Where("enums.toml", 1), f"the enumeration {name} is missing")
     return enums
 
 

@@ -38,6 +38,7 @@ def load_events(source: Source, kind: str, lists: ValueLists) -> dict[str, Event
         names.claim_name(row[1], row.where)
         require(row[0] == len(events) + 1, row.where, f"the identifier of {row[1]} must be {len(events) + 1}")
         from_list = lists.get(row[-1], row.where)
+        require(all(value.type != "variant" for value in from_list.values), row.where, "an event carries no variant")
         values = []
         for value in from_list.values:
             rename = renames.pop((row[1], value.name), None)

@@ -54,24 +54,27 @@ class Methods:
         dispid, name, command_name, wait, inputs, outputs = row[:6]
         family = row[6] if len(row) > 6 else "plain"
         require(family in FAMILIES, row.where, f"{family} is no family")
-        require(command_name in self._commands or (not command_name and family == "property"), row.where,
-                f"{command_name!r} is no command")
+        require(not command_name if family == "property" else command_name in self._commands, row.where,
+                f"{command_name!r} is no command that {family} can send")
         command = self._commands.get(command_name)
         adds_measure_time = wait.startswith("measure time + ")
         wait = wait.removeprefix("measure time + ")
         require(wait in WAITS, row.where, f"{wait} is no wait class")
-        require((wait == "none") == (family in ("send-only", "property")), row.where, f"{family} cannot wait for {wait}")
+        require((wait == "none") == (family in ("send-only", "property")), row.where,
+                f"{family} cannot wait for {wait}")
         given = self._inputs(command, family, inputs, row.where)
         read, record = self._outputs(command, family, outputs, row.where)
         source = FAMILIES[family] if read else "none"
         tested = family in _TESTED_FOR_RESULT_TYPE
+        require(bool(read) or FAMILIES[family] == "answer", row.where, f"{family} has outputs")
+        require(not read or family != "property", row.where, "a property that is put has no outputs")
         kind = "put" if family == "property" else "method"
         return Method(dispid, name, kind, distinct(given + read, row), note, command, wait, adds_measure_time, family,
                       source, self._types[record.name] if tested else -1)
 
     def _inputs(self, command: Command | None, family: str, text: str, where: Where) -> list[Parameter]:
         wanted = command.parameters if command and family != "move" else []
-        if text == "request":
+        if command and text == "request":
             return [Parameter(leaf.name, _INTERFACE_TYPES.get(leaf.type, leaf.type), False, leaf.offset)
                     for leaf in command.parameters]
         name, _, kind = text.partition(": ")
@@ -84,8 +87,8 @@ class Methods:
 
     def _outputs(self, command: Command | None, family: str, text: str,
                  where: Where) -> tuple[list[Parameter], Record | None]:
-        if not text:
-            return [], None
+        if not text or command is None:
+            return single_parameters(text, True, self._enums, where), None
         name, _, kind = text.partition(": ")
         if kind:
             record = self._records.get(kind, where)
@@ -104,4 +107,5 @@ class Methods:
         if FAMILIES[family] == "answer":
             require(command.answer in records, where, f"the outputs are not read from {command.answer.name}")
         else:
-            require(len(records) == 1 and records[0].name in self._types, where, "the outputs are not read from one packet")
+            require(len(records) == 1 and records[0].name in self._types, where,
+                    "the outputs are not read from one packet")

@@ -5,10 +5,13 @@ from ..model.schema import Schema
 from .text import header
 
 
+_COMMENT = """The enumerations of the protocol and of the library. All travel as 32-bit signed integers, and a
+// value that is not listed is passed on as it is."""
+
+
 def write(schema: Schema) -> str:
     body = "\n\n".join(_enum(enum) for enum in schema.enums.values())
-    return header("The enumerations of the protocol and of the library. All travel as 32-bit signed integers, and a value\n"
-                  "// that is not listed is passed on as it is.", ["<cstdint>"], body)
+    return header(_COMMENT, ["<cstdint>"], body)
 
 
 def _enum(enum: Enum) -> str:

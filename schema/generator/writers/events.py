@@ -98,14 +98,14 @@ def _answer(answer: Answer) -> str:
 
 def write_sinks(schema: Schema) -> str:
     body = _sink("SyncEvents", schema.sync_events) + "\n" + _sink("AsyncEvents", schema.async_events)
+    includes = ["<cstdint>", "", '"kestrine/enums.h"', '"kestrine/interfaces.h"', '"kestrine/sink.h"']
     return header("Typed sinks: derive from one, override what you want to hear of, and subscribe it (subscription.h).",
-                  ["<cstdint>", "", '"kestrine/enums.h"', '"kestrine/interfaces.h"', '"kestrine/sink.h"'], body, "kestrine")
+                  includes, body, "kestrine")
 
 
 def _sink(name: str, events: dict[str, Event]) -> str:
     handlers = "\n".join(_handler(event) for event in events.values())
-    cases = "\n".join(f"      case {event.dispid}:\n        return deliver(*this, &{name}::{event.name}, arguments, bad_argument);"
-                      for event in events.values())
+    cases = "\n".join(_case(name, event) for event in events.values())
     names = wrapped("  static constexpr const char* kNames[] = {", [literal(event) for event in events], "};")
     interface = f"DIID__ILTCommand{name.removesuffix('s')}s"
     second = f"DIID__ILTCommand{name.removesuffix('Events')}2Events"
@@ -130,6 +130,11 @@ class {name} : public Sink {{
 {names}
 }};
 """
+
+
+def _case(name: str, event: Event) -> str:
+    return (f"      case {event.dispid}:\n"
+            f"        return deliver(*this, &{name}::{event.name}, arguments, bad_argument);")
 
 
 def _handler(event: Event) -> str:

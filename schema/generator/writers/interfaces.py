@@ -13,10 +13,11 @@ _TIMES = {"standard": "StandardWaitTime", "extended": "ExtendedWaitTime", "track
           "measurement additional": "MeasurementAdditionalTime", "find": "FindWaitTime",
           "transformation": "TransformationWaitTime", "orient to gravity": "OrientToGravityWaitTime",
           "intermediate compensation": "IntermedCompensationWaitTime", "ATR compensation": "ATRCompensationWaitTime"}
-_COMMENT = """The interfaces of the library and the identifiers of its classes. Every operation returns a status code: S_OK,
-// S_FALSE for a warning, or a failure that the thread's error information describes. In texts and records stay the
-// caller's, out texts and arrays become the caller's."""
-_SYNC_COMMENT = """// The blocking command set. Every operation sends one command and waits for its answer, for as long as the setting
+_COMMENT = """The interfaces of the library and the identifiers of its classes. Every operation returns a status code:
+// S_OK, S_FALSE for a warning, or a failure that the thread's error information describes. In texts and records stay
+// the caller's, out texts and arrays become the caller's."""
+_SYNC_COMMENT = """\
+// The blocking command set. Every operation sends one command and waits for its answer, for as long as the setting
 // that is named with it, "+ measure time" where the stationary measure time is added; meanwhile the thread's messages
 // are handled. Outputs are those of the answer, whatever the status, unless something else is said: look at the
 // returned status first. Flags handed out are the low 16 bits of the server's own."""

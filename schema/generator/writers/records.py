@@ -27,8 +27,8 @@ def write(schema: Schema) -> str:
     return header(_COMMENT, includes, "\n".join(body))
 
 
-_TRAITS = """// What generic code has to know of a record: `size` as declared, with one element where elements follow, and
-// `header_size`, where the elements begin. A record with elements has their type as `Element`.
+_TRAITS = """// What generic code has to know of a record: `size` as declared, with one element where elements follow,
+// and `header_size`, where the elements begin. A record with elements has their type as `Element`.
 template <class Record>
 struct RecordTraits;
 """
@@ -58,7 +58,8 @@ def _uses(schema: Schema) -> dict[str, list[str]]:
     for command in schema.commands.values():
         said = f'"{command.text}" ({command.code})'
         if command.answer:
-            uses.setdefault(command.answer.name, []).append(f"Answer to {said}{', one for each item' * command.series}.")
+            series = ", one for each item" if command.series else ""
+            uses.setdefault(command.answer.name, []).append(f"Answer to {said}{series}.")
         if command.record:
             uses.setdefault(command.record.name, []).append(f"Parameters of {said}.")
     for record in schema.records.all.values():

@@ -71,7 +71,8 @@ def _method(method: Method) -> str:
     parameters = f"kParams_{method.name}" if method.parameters else "{}"
     return (f"{{{method.dispid}, {literal(method.name)}, {method.command.code if method.command else -1}, "
             f"Family::{constant(method.family)}, WaitClass::{constant(method.wait)}, "
-            f"{flag(method.adds_measure_time)}, Source::{constant(method.source)}, {method.result_type}, {parameters}}}")
+            f"{flag(method.adds_measure_time)}, Source::{constant(method.source)}, {method.result_type}, "
+            f"{parameters}}}")
 
 
 def write_typed(schema: Schema) -> str:

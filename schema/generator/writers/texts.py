@@ -17,7 +17,8 @@ std::span<const TextRow> status_texts() {{ return kStatusTexts; }}
 
 std::span<const TextRow> string_table() {{ return kStringTable; }}
 """
-    return source("The texts of statuses and of the string table.", ['"protocol/text_rows.h"'], body, "kestrine::protocol")
+    return source("The texts of statuses and of the string table.", ['"protocol/text_rows.h"'], body,
+                  "kestrine::protocol")
 
 
 def _rows(name: str, rows: list[tuple[int, str]]) -> str:
@@ -27,9 +28,10 @@ def _rows(name: str, rows: list[tuple[int, str]]) -> str:
 
 def write_errors(schema: Schema) -> str:
     texts = "".join(f"inline constexpr std::int32_t k{text.name} = {text.row};\n" for text in schema.texts if text.name)
-    errors = "".join(f"inline constexpr Error k{error.name}{{{error.number}, {error.row}}};\n" for error in schema.errors)
-    body = f"""// The number goes to ExceptionEvent; the row of the string table says what happened, 0 where the text is put
-// together at run time.
+    errors = "".join(f"inline constexpr Error k{error.name}{{{error.number}, {error.row}}};\n"
+                     for error in schema.errors)
+    body = f"""// The number goes to ExceptionEvent; the row of the string table says what happened, 0 where the text is
+// put together at run time.
 struct Error {{
   std::int32_t number;
   std::int32_t row;

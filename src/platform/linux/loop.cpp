@@ -63,6 +63,11 @@ bool peek_message() {
   return loop != nullptr && loop->something_due();
 }
 
+bool is_message_queued() {
+  ThreadLoop* loop = ThreadLoop::existing();
+  return loop != nullptr && loop->due_without_look();
+}
+
 bool get_message(Message& message) {
   ThreadLoop* loop = ThreadLoop::current();
   if (loop == nullptr) {

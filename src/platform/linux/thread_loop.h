@@ -42,6 +42,7 @@ class ThreadLoop {
   void rearm_socket(SocketHandle socket) { watches_.rearm(socket); }
 
   bool something_due();
+  bool due_without_look() const;
   // Takes what is due, waiting for it until then (none: for as long as it takes). The quit message is consumed.
   Next next(Message& message, std::optional<TimePoint> until);
   // Takes what is due without waiting, past a quit message, which stays. False when nothing is.
@@ -59,7 +60,6 @@ class ThreadLoop {
     WindowProcedure* procedure;
   };
 
-  bool due_without_look() const;
   bool wants_look() const;
   bool take_queued(Message& message);
   bool take_timer(Message& message);

@@ -1,5 +1,5 @@
-// The enumerations of the protocol and of the library. All travel as 32-bit signed integers, and a value
-// that is not listed is passed on as it is.
+// The enumerations of the protocol and of the library. All travel as 32-bit signed integers, and a
+// value that is not listed is passed on as it is.
 #pragma once
 
 #include <cstdint>

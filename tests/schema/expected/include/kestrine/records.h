@@ -103,8 +103,8 @@ static_assert(std::is_trivially_copyable_v<GetNamesRT>);
 
 namespace kestrine {
 
-// What generic code has to know of a record: `size` as declared, with one element where elements follow, and
-// `header_size`, where the elements begin. A record with elements has their type as `Element`.
+// What generic code has to know of a record: `size` as declared, with one element where elements follow,
+// and `header_size`, where the elements begin. A record with elements has their type as `Element`.
 template <class Record>
 struct RecordTraits;
 

@@ -1,4 +1,4 @@
-// Takes the points of a continuous measurement as they come in.
+// Hears what a tracker sends by itself: the points of a continuous measurement, and that it has to give up.
 #pragma once
 
 #include <optional>
@@ -10,13 +10,15 @@
 
 namespace kestrine::cli {
 
-class StreamSink : public SyncEvents {
+class Listener : public SyncEvents {
  public:
   // Both outlive the sink's subscription. Points are appended, with seconds since the first one.
-  StreamSink(ILTConnect& connection, std::vector<Point>& points) : connection_(connection), points_(points) {}
+  Listener(ILTConnect& connection, std::vector<Point>& points) : connection_(connection), points_(points) {}
 
   // Why no more points will come; empty while they may.
   const std::string& failure() const { return failure_; }
+  // Whether the reason is that nobody is there any more.
+  bool lost() const { return lost_; }
 
   void ContinuousPointMeasDataReady(std::int32_t resultsTotal, std::int32_t bytesTotal) override;
   void StatusChangeEvent(VL_SystemStatusChange statusChange) override;
@@ -29,6 +31,7 @@ class StreamSink : public SyncEvents {
   std::vector<Point>& points_;
   std::optional<double> first_seconds_;
   std::string failure_;
+  bool lost_ = false;
 };
 
 }  // namespace kestrine::cli

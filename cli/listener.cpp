@@ -1,4 +1,4 @@
-#include "cli/stream_sink.h"
+#include "cli/listener.h"
 
 #include <span>
 
@@ -32,7 +32,7 @@ class ReceivedPacket {
 
 }  // namespace
 
-void StreamSink::ContinuousPointMeasDataReady(std::int32_t, std::int32_t) {
+void Listener::ContinuousPointMeasDataReady(std::int32_t, std::int32_t) {
   // Nothing may be thrown through the library.
   try {
     take_block();
@@ -41,7 +41,7 @@ void StreamSink::ContinuousPointMeasDataReady(std::int32_t, std::int32_t) {
   }
 }
 
-void StreamSink::take_block() {
+void Listener::take_block() {
   const ReceivedPacket packet(connection_);
   for (Point& point : read_stream_block(packet.bytes())) {
     if (!first_seconds_) first_seconds_ = point.seconds;
@@ -50,12 +50,14 @@ void StreamSink::take_block() {
   }
 }
 
-void StreamSink::StatusChangeEvent(VL_SystemStatusChange statusChange) {
-  if (statusChange == VL_SSC_ServerClosing) failure_ = "the server closed the connection";
-  if (statusChange == VL_SSC_TPConnectionClosing) failure_ = "the server lost its tracker";
+void Listener::StatusChangeEvent(VL_SystemStatusChange statusChange) {
+  if (statusChange != VL_SSC_ServerClosing && statusChange != VL_SSC_TPConnectionClosing) return;
+  const bool server = statusChange == VL_SSC_ServerClosing;
+  failure_ = server ? "the server closed the connection" : "the server lost its tracker";
+  lost_ = true;
 }
 
-void StreamSink::ErrorEvent(VL_Command, VL_ResultStatus) {
+void Listener::ErrorEvent(VL_Command, VL_ResultStatus) {
   // The library leaves its report of the error behind before it fires the event.
   const Error error = take_error(S_FALSE);
   failure_ = std::string(error.what()) + " (error " + std::to_string(error.number()) + ")";

@@ -1,0 +1,226 @@
+// The server over real sockets.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <numeric>
+#include <stdexcept>
+#include <vector>
+
+#include "kestrine/records.h"
+#include "kestrine/wire.h"
+#include "protocol/requests.h"
+#include "simulator/simulator.h"
+
+namespace kestrine::simulator {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// A client that knows packets and nothing else. Every wait has a deadline.
+class RawClient {
+ public:
+  explicit RawClient(std::uint16_t port, int receive_buffer = 0) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+    if (receive_buffer) ::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receive_buffer, sizeof receive_buffer);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+      throw std::runtime_error("cannot connect");
+  }
+  ~RawClient() { ::close(socket_); }
+  RawClient(const RawClient&) = delete;
+  RawClient& operator=(const RawClient&) = delete;
+
+  void send(const void* bytes, std::size_t size) {
+    ASSERT_EQ(::send(socket_, bytes, size, MSG_NOSIGNAL), ssize_t(size));
+  }
+  void send(const protocol::Request& request) { send(request.bytes.data(), request.size); }
+
+  // Empty once the server has closed.
+  Bytes receive() {
+    Bytes packet(8);
+    if (!read(packet.data(), 8)) return {};
+    packet.resize(wire::load_u32(packet.data()));
+    if (!read(packet.data() + 8, packet.size() - 8)) return {};
+    return packet;
+  }
+  // Answers in the order of their coming, past everything else.
+  Bytes answer() {
+    for (;;) {
+      Bytes packet = receive();
+      if (packet.empty() || wire::load_i32(packet.data() + 4) <= VL_DT_Error) return packet;
+    }
+  }
+  std::int32_t status(const protocol::Request& request) {
+    send(request);
+    const Bytes packet = answer();
+    return packet.empty() ? -1 : wire::load_i32(packet.data() + 12);
+  }
+
+ private:
+  bool read(std::uint8_t* into, std::size_t size) {
+    while (size > 0) {
+      pollfd ready{socket_, POLLIN, 0};
+      if (::poll(&ready, 1, 10000) != 1) throw std::runtime_error("the server says nothing");
+      const ssize_t got = ::recv(socket_, into, size, 0);
+      if (got <= 0) return false;
+      into += got;
+      size -= static_cast<std::size_t>(got);
+    }
+    return true;
+  }
+
+  int socket_;
+};
+
+Options at_once() {
+  Options options;
+  options.time_scale = 0;
+  return options;
+}
+
+TEST(Server, AnswersInTheOrderOfAskingHoweverLongEachTakes) {
+  Options options;
+  options.time_scale = 0.1;
+  const Simulator simulator(options);
+  RawClient client(simulator.port());
+  client.send(protocol::build_Initialize());
+  client.send(protocol::build_GetUnits());
+  client.send(protocol::build_GoBirdBath());
+  client.send(protocol::build_GetFace());
+  for (const VL_Command command : {VL_C_Initialize, VL_C_GetUnits, VL_C_GoBirdBath, VL_C_GetFace}) {
+    const Bytes packet = client.answer();
+    ASSERT_GE(packet.size(), 16u);
+    EXPECT_EQ(wire::load_i32(packet.data() + 8), command);
+    EXPECT_EQ(wire::load_i32(packet.data() + 12), VL_RS_AllOK);
+  }
+}
+
+TEST(Server, DropsWhatWaitsInAQueueThatIsCleared) {
+  Options options;
+  options.time_scale = 0.5;
+  const Simulator simulator(options);
+  RawClient client(simulator.port());
+  client.send(protocol::build_Initialize());
+  client.send(protocol::build_GetUnits());
+  client.send(protocol::build_ClearCommandQueue(VL_CCQ_ClearOwnOnly));
+  EXPECT_EQ(wire::load_i32(client.answer().data() + 8), VL_C_Initialize);
+  EXPECT_EQ(wire::load_i32(client.answer().data() + 8), VL_C_ClearCommandQueue);
+}
+
+TEST(Server, TakesRequestsInAnyPieces) {
+  const Simulator simulator(at_once());
+  RawClient client(simulator.port());
+  const protocol::Request request = protocol::build_SetUnits(VL_LU_Inch, VL_AU_Gon, VL_TU_Celsius, VL_PU_Psi, VL_HU_RH);
+  for (std::size_t i = 0; i < request.size; ++i) client.send(&request.bytes[i], 1);
+  EXPECT_EQ(client.answer().size(), 16u);
+  Bytes many;
+  for (int i = 0; i < 500; ++i) {
+    const protocol::Request get = protocol::build_GetUnits();
+    many.insert(many.end(), get.bytes.begin(), get.bytes.begin() + get.size);
+  }
+  client.send(many.data(), many.size());
+  for (int i = 0; i < 500; ++i) ASSERT_EQ(client.answer().size(), 36u) << i;
+}
+
+TEST(Server, HangsUpOnALyingSizeAndServesTheOthers) {
+  const Simulator simulator(at_once());
+  RawClient honest(simulator.port());
+  for (const std::int32_t size : {0, 11, 4097, 0x7fffffff, -1}) {
+    RawClient liar(simulator.port());
+    std::uint8_t head[12]{};
+    wire::store_i32(head, size);
+    liar.send(head, sizeof head);
+    EXPECT_TRUE(liar.receive().empty()) << size;
+    EXPECT_EQ(honest.status(protocol::build_GetUnits()), VL_RS_AllOK);
+  }
+}
+
+TEST(Server, SharesOneTrackerBetweenClientsAndSendsResultsToTheStarter) {
+  const Simulator simulator(at_once());
+  RawClient first(simulator.port());
+  RawClient second(simulator.port());
+  EXPECT_EQ(first.status(protocol::build_Initialize()), VL_RS_AllOK);
+  EXPECT_EQ(second.status(protocol::build_SetReflector(3)), VL_RS_AllOK);
+  first.send(protocol::build_GetReflector());
+  EXPECT_EQ(wire::load_i32(first.answer().data() + 16), 3);
+  EXPECT_EQ(second.status(protocol::build_StartMeasurement()), VL_RS_AllOK);
+  EXPECT_EQ(wire::load_i32(second.receive().data() + 4), VL_DT_SingleMeasResult);
+  first.send(protocol::build_GetFace());
+  EXPECT_EQ(wire::load_i32(first.receive().data() + 8), VL_C_GetFace);  // and nothing before it
+}
+
+TEST(Server, HoldsAStreamBackForAStalledReaderAndLosesNothing) {
+  Options options = at_once();
+  options.block_points = 1000;
+  const Simulator simulator(options);
+  constexpr int kSmallBuffer = 16 * 1024;
+  RawClient client(simulator.port(), kSmallBuffer);
+  client.status(protocol::build_Initialize());
+  client.status(protocol::build_SetContinuousTimeModeParams(1, 300000, 0, VL_RT_Sphere));
+  client.status(protocol::build_SetMeasurementMode(VL_MM_ContinuousTime));
+  EXPECT_EQ(client.status(protocol::build_StartMeasurement()), VL_RS_AllOK);
+  // Another client is served while the first one reads nothing, with some ten megabytes to come.
+  RawClient other(simulator.port());
+  for (int i = 0; i < 200; ++i) ASSERT_EQ(other.status(protocol::build_GetUnits()), VL_RS_AllOK);
+  std::int64_t next = 0;
+  while (next < 300000) {
+    const Bytes packet = client.receive();
+    ASSERT_EQ(wire::load_i32(packet.data() + 4), VL_DT_MultiMeasResult);
+    ASSERT_EQ(packet.size(), 36048u);
+    const auto last = read_as<MeasValueT>(packet.data() + packet.size() - 36);
+    next += 1000;
+    ASSERT_EQ(last.lTime1 * std::int64_t{1000} + last.lTime2 / 1000, next - 1);
+  }
+  EXPECT_EQ(other.status(protocol::build_StartMeasurement()), VL_RS_AllOK);
+}
+
+TEST(Server, SaysGoodbyeToThoseWhoAskedAndCloses) {
+  auto simulator = std::make_unique<Simulator>(at_once());
+  RawClient asking(simulator->port());
+  RawClient silent(simulator->port());
+  asking.status(protocol::build_SetSystemSettings(VL_WMS_NotConnected, 0, 0, 0, 1, 0, 0, 0, 0));
+  silent.status(protocol::build_GetUnits());
+  simulator.reset();
+  std::vector<std::int32_t> changes;
+  for (Bytes packet = asking.receive(); !packet.empty(); packet = asking.receive())
+    changes.push_back(wire::load_i32(packet.data() + 8));
+  EXPECT_EQ(changes, (std::vector<std::int32_t>{VL_SSC_SystemSettingsChanged, VL_SSC_ServerClosing}));
+  EXPECT_TRUE(silent.receive().empty());
+}
+
+TEST(Server, EndsPromptlyWithAStreamUnderWayAndNobodyReading) {
+  auto simulator = std::make_unique<Simulator>(at_once());
+  RawClient client(simulator->port());
+  client.status(protocol::build_Initialize());
+  client.status(protocol::build_SetContinuousTimeModeParams(0, 0, 0, VL_RT_Sphere));
+  client.status(protocol::build_SetMeasurementMode(VL_MM_ContinuousTime));
+  client.status(protocol::build_StartMeasurement());
+  const auto before = std::chrono::steady_clock::now();
+  simulator.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));
+}
+
+TEST(Server, SaysWhyItCannotListen) {
+  const Simulator first{Options{}};
+  Options taken;
+  taken.port = first.port();
+  EXPECT_THROW(Simulator{taken}, std::runtime_error);
+  Options nonsense;
+  nonsense.address = "nowhere";
+  try {
+    const Simulator none(nonsense);
+    FAIL() << "listens on nowhere";
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "\"nowhere\" is no address to listen on");
+  }
+}
+
+}  // namespace
+}  // namespace kestrine::simulator
