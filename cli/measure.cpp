@@ -190,6 +190,7 @@ Outcome measure(const MeasureOptions& options) {
   }
   if (failure) std::rethrow_exception(failure);
   if (stopped) out << "stopped after " << measurement.points.size() << " points" << std::endl;
+  if (!stopped && measurement.points.empty()) throw Failure("the tracker sent no points");
   if (!options.quiet && !out) throw Failure("cannot write to standard output");
   return stopped ? Outcome::kStopped : Outcome::kComplete;
 }

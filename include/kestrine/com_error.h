@@ -18,7 +18,7 @@ class KESTRINE_HOST_API _com_error : public std::exception {
   kestrine::Pointer<IErrorInfo> ErrorInfo() const { return info_; }
   std::u16string Description() const { return text(&IErrorInfo::GetDescription); }
   std::u16string Source() const { return text(&IErrorInfo::GetSource); }
-  const char* what() const noexcept override { return "the library reported a failure"; }
+  const char* what() const noexcept override;
 
  private:
   std::u16string text(HRESULT (IErrorInfo::*getter)(BSTR*)) const {

@@ -6,7 +6,8 @@
 // from static objects, are refused.
 //
 // Order of delivery: posted messages and socket notifications in the order in which they became due, then the
-// quit message, then expired timers (earliest deadline first). A timer never overtakes a posted message.
+// quit message, then expired timers (earliest deadline first). A timer overtakes messages only where they never end:
+// after 64 in a row an expired timer has its turn.
 #pragma once
 
 #include <cstdint>

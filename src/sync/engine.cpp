@@ -22,6 +22,9 @@ namespace {
 
 constexpr std::uint32_t kDroppedMessage = 0x036A;  // an idle notice of application frameworks
 
+// A stream that never pauses must not keep a call from returning whose wait is over.
+constexpr int kMostMessagesInARow = 1000;
+
 platform::WindowHandle sink_window(const transport::Slots& slots) {
   return slots.message_sink == nullptr ? 0 : slots.message_sink->window();
 }
@@ -47,7 +50,7 @@ bool PumpMessagesOnce() {
   // With early wake the next slice begins with a look at the sockets; a second one here would be a system call for
   // nothing in every round trip.
   const auto is_due = host::early_wake() ? platform::is_message_queued : platform::peek_message;
-  while (is_due()) {
+  for (int delivered = 0; delivered < kMostMessagesInARow && is_due(); ++delivered) {
     platform::Message message;
     if (!platform::get_message(message)) return false;
     if (message.id != kDroppedMessage) platform::dispatch_message(message);

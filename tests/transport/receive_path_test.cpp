@@ -5,6 +5,7 @@
 #include <deque>
 
 #include "client_test.h"
+#include "kestrine/text.h"
 
 namespace kestrine::test {
 namespace {
@@ -117,7 +118,7 @@ TEST_F(ReceivePathTest, AWholePacketTakesOnePeekAndOneRead) {
   const Bytes sent = filled(16, VL_DT_Command);
   port.feed(sent);
   EXPECT_TRUE(read());
-  EXPECT_EQ(packets, std::vector{sent});
+  EXPECT_EQ(packets, std::vector<Bytes>{sent});
   EXPECT_EQ(capacity, 131'072);
   EXPECT_EQ(port.peeks, std::vector{8});
   EXPECT_EQ(port.reads, std::vector{16});
@@ -169,7 +170,7 @@ TEST_F(ReceivePathTest, AHeaderInThreePiecesIsLostWithTheStream) {
   EXPECT_TRUE(port.dry());
   port.feed(sent);
   EXPECT_TRUE(read());
-  EXPECT_EQ(packets, std::vector{sent});
+  EXPECT_EQ(packets, std::vector<Bytes>{sent});
 }
 
 TEST_F(ReceivePathTest, TheThirtiethPeekWithoutAHeaderGivesUp) {
@@ -264,9 +265,12 @@ TEST_F(ReceivePathTest, ReadErrorsCountAndLeaveWhatWasReadBeforeThem) {
     Bytes left;  // what GetData would return
   };
   const Row rows[] = {
-      {0, {}, 63, sent, true, 1, sent},  {0, {}, 64, sent, true, 0, {}},  // nothing was read before the last attempt:
-                                                                          // nothing is kept of it
-      {0, {}, 65, {}, true, 0, {}},      {4, {}, 65, {}, false, 0, size}, {0, most, 62, rest, true, 1, sent},
+      {0, {}, 63, sent, true, 1, sent},
+      {0, {}, 64, sent, true, 0, {}},  // nothing was read before the last attempt:
+                                       // nothing is kept of it
+      {0, {}, 65, {}, true, 0, {}},
+      {4, {}, 65, {}, false, 0, size},
+      {0, most, 62, rest, true, 1, sent},
       {0, most, 64, {}, false, 0, most},
   };
   for (const Row& row : rows) {

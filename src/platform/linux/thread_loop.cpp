@@ -13,6 +13,9 @@ using Clock = std::chrono::steady_clock;
 // must not shut them out.
 constexpr int kMessagesBetweenLooks = 64;
 
+// The same for timers: a stream that never pauses must not keep a command's timeout from ending its wait.
+constexpr int kMessagesBetweenTimers = 64;
+
 std::atomic<WindowHandle> last_window = 0;
 
 // Plain thread-locals, still readable after the reaper has run.
@@ -108,7 +111,7 @@ bool ThreadLoop::something_due() {
 ThreadLoop::Next ThreadLoop::next(Message& message, std::optional<TimePoint> until) {
   for (;;) {
     if (wants_look() && !look(time_to_wait(until))) return Next::kInterrupted;
-    if (take_queued(message)) return Next::kMessage;
+    if (take_late_timer(message) || take_queued(message)) return Next::kMessage;
     if (const auto quit = take_quit()) {
       message = {.id = kQuitMessage, .wparam = static_cast<std::uint64_t>(*quit)};
       return Next::kQuit;
@@ -120,7 +123,7 @@ ThreadLoop::Next ThreadLoop::next(Message& message, std::optional<TimePoint> unt
 
 bool ThreadLoop::next_due(Message& message) {
   if (wants_look()) look(std::chrono::nanoseconds(0));
-  return take_queued(message) || take_timer(message);
+  return take_late_timer(message) || take_queued(message) || take_timer(message);
 }
 
 bool ThreadLoop::wants_look() const {
@@ -131,13 +134,19 @@ bool ThreadLoop::take_queued(Message& message) {
   if (queue_.empty()) return false;
   const MessageQueue::Entry entry = queue_.pop();
   ++taken_since_look_;
+  ++taken_since_timer_;
   if (entry.from_socket) watches_.note_delivery(entry.message.wparam);
   mirror();
   message = entry.message;
   return true;
 }
 
+bool ThreadLoop::take_late_timer(Message& message) {
+  return taken_since_timer_ >= kMessagesBetweenTimers && take_timer(message);
+}
+
 bool ThreadLoop::take_timer(Message& message) {
+  taken_since_timer_ = 0;
   const auto timer = timers_.take_due(Clock::now());
   if (!timer) return false;
   mirror();

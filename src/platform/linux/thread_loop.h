@@ -63,6 +63,7 @@ class ThreadLoop {
   bool wants_look() const;
   bool take_queued(Message& message);
   bool take_timer(Message& message);
+  bool take_late_timer(Message& message);
   // Moves what the kernel has to say into the queue. False when a signal handler ended the wait.
   bool look(std::optional<std::chrono::nanoseconds> wait);
   std::optional<std::chrono::nanoseconds> time_to_wait(std::optional<TimePoint> until) const;
@@ -75,6 +76,7 @@ class ThreadLoop {
   SocketWatches watches_{queue_, poller_};
   std::optional<int> quit_code_;
   int taken_since_look_ = 0;
+  int taken_since_timer_ = 0;
 };
 
 }  // namespace kestrine::platform
