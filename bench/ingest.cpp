@@ -2,7 +2,6 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <vector>
 
 #include "bench/library_client.h"
 #include "bench/server.h"
@@ -33,10 +32,10 @@ class Counter final : public SyncEvents {
 
 void by_hand(benchmark::State& state, Server& server, std::size_t packets) {
   const int client = connect_to(server.port());
-  std::vector<std::uint8_t> packet(131'072);
+  PacketReader reader(client);
   for (auto _ : state) {
     send_request(client, VL_C_StartMeasurement);
-    for (std::size_t i = 0; i < packets + 1; ++i) read_packet(client, packet);
+    for (std::size_t i = 0; i < packets + 1; ++i) reader.read_packet();
   }
   close(client);
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(packets));

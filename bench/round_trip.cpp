@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <vector>
 
 #include "bench/library_client.h"
 #include "bench/server.h"
@@ -28,10 +27,10 @@ void BM_RoundTripRaw(benchmark::State& state) {
 
 void BM_RoundTripByHand(benchmark::State& state) {
   const int client = connect_to(server().port());
-  std::vector<std::uint8_t> answer(64);
+  PacketReader reader(client);
   for (auto _ : state) {
     send_request(client, VL_C_ReleaseMotors);
-    read_packet(client, answer);
+    reader.read_packet();
   }
   close(client);
 }

@@ -2,8 +2,8 @@
 
 #include <arpa/inet.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sched.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -21,6 +21,7 @@ constexpr std::size_t kRequest = 12;
 constexpr std::size_t kAnswer = 16;
 constexpr std::size_t kHeader = 8;
 constexpr std::int32_t kBlockPoints = 1000;
+constexpr std::size_t kPositionsTogether = 50;
 
 [[noreturn]] void give_up(const char* what) {
   std::perror(what);
@@ -62,15 +63,19 @@ void pin_to_one_core() {
   if (sched_setaffinity(0, sizeof cores, &cores) != 0) give_up("pinning to one core");
 }
 
+// Many to a write: else every packet is a switch between the two threads, and nothing else can be seen.
 Burst position_burst(std::size_t count) {
-  return {packet_of(RecordTraits<ReflectorPosResultT>::size, VL_DT_ReflectorPosResult), count};
+  const auto packet = packet_of(RecordTraits<ReflectorPosResultT>::size, VL_DT_ReflectorPosResult);
+  std::vector<std::uint8_t> together;
+  for (std::size_t i = 0; i < kPositionsTogether; ++i) together.insert(together.end(), packet.begin(), packet.end());
+  return {together, count / kPositionsTogether};
 }
 
 Burst block_burst(std::size_t count) {
   using Block = RecordTraits<MultiMeasResultT>;
   Burst burst{packet_of(Block::header_size + kBlockPoints * RecordTraits<MeasValueT>::size, VL_DT_MultiMeasResult),
               count};
-  wire::store_i32(&burst.packet[12], kBlockPoints);
+  wire::store_i32(&burst.bytes[12], kBlockPoints);
   return burst;
 }
 
@@ -114,8 +119,8 @@ void Server::serve_client(int client) {
     wire::store_i32(&answer[8], command);
     if (!send_all(client, answer.data(), answer.size())) return;
     if (command != VL_C_StartMeasurement) continue;
-    for (std::size_t i = 0; i < burst_.count; ++i) {
-      if (!send_all(client, burst_.packet.data(), burst_.packet.size())) return;
+    for (std::size_t i = 0; i < burst_.writes; ++i) {
+      if (!send_all(client, burst_.bytes.data(), burst_.bytes.size())) return;
     }
   }
 }
@@ -144,15 +149,23 @@ void read_exactly(int socket, void* into, std::size_t bytes) {
   if (!receive_all(socket, static_cast<std::uint8_t*>(into), bytes)) give_up("receiving");
 }
 
-std::size_t read_packet(int socket, std::vector<std::uint8_t>& into) {
-  pollfd readable{socket, POLLIN, 0};
+PacketReader::PacketReader(int socket) : socket_(socket), set_(epoll_create1(EPOLL_CLOEXEC)), bytes_(131'072) {
+  epoll_event readable{};
+  readable.events = EPOLLIN;
+  if (epoll_ctl(set_, EPOLL_CTL_ADD, socket, &readable) != 0) give_up("waiting");
+}
+
+PacketReader::~PacketReader() {
+  close(set_);
+}
+
+void PacketReader::read_packet() {
+  epoll_event ready;
   std::array<std::uint8_t, kHeader> header;
-  while (poll(&readable, 1, -1) != 1 || recv(socket, header.data(), kHeader, MSG_PEEK) < static_cast<ssize_t>(kHeader)) {
+  while (epoll_wait(set_, &ready, 1, -1) != 1 ||
+         recv(socket_, header.data(), kHeader, MSG_PEEK) < static_cast<ssize_t>(kHeader)) {
   }
-  const auto size = static_cast<std::size_t>(wire::load_i32(header.data()));
-  if (size > into.size()) into.resize(size);
-  read_exactly(socket, into.data(), size);
-  return size;
+  read_exactly(socket_, bytes_.data(), static_cast<std::size_t>(wire::load_i32(header.data())));
 }
 
 }  // namespace kestrine::bench

@@ -14,13 +14,13 @@ namespace kestrine::bench {
 void pin_to_one_core();
 
 struct Burst {
-  std::vector<std::uint8_t> packet;
-  std::size_t count = 0;
+  std::vector<std::uint8_t> bytes;  // of one write
+  std::size_t writes = 0;
 };
 
-// 36 bytes: the reflector's position.
+// Packets of 36 bytes: the reflector's position; `count` a multiple of 50.
 Burst position_burst(std::size_t count);
-// 36,048 bytes: a block of 1,000 continuous points.
+// Packets of 36,048 bytes: a block of 1,000 continuous points.
 Burst block_burst(std::size_t count);
 
 class Server {
@@ -47,7 +47,21 @@ class Server {
 int connect_to(std::uint16_t port);
 void send_request(int socket, std::int32_t command);
 void read_exactly(int socket, void* into, std::size_t bytes);
+
 // The hand-written loop that the library is measured against: wait, peek at the header, read the packet.
-std::size_t read_packet(int socket, std::vector<std::uint8_t>& into);
+class PacketReader {
+ public:
+  explicit PacketReader(int socket);
+  ~PacketReader();
+  PacketReader(const PacketReader&) = delete;
+  PacketReader& operator=(const PacketReader&) = delete;
+
+  void read_packet();
+
+ private:
+  int socket_;
+  int set_;
+  std::vector<std::uint8_t> bytes_;
+};
 
 }  // namespace kestrine::bench

@@ -46,25 +46,30 @@ class Outputs {
   }
 
   void write(std::ostream& told, const Measurement& measurement) const {
-    for (const auto& [file, writer] : files_) {
-      file.write([&](std::ostream& out) { writer(out, measurement); });
-      told << "wrote " << file.name() << std::endl;
+    for (const auto& each : files_) {
+      each.file.write([&](std::ostream& out) { each.writer(out, measurement); });
+      told << "wrote " << each.file.name() << std::endl;
     }
   }
 
  private:
   using Writer = std::function<void(std::ostream&, const Measurement&)>;
 
+  struct Output {
+    OutputFile file;
+    Writer writer;
+  };
+
   void add(const std::string& name, Writer writer) {
     if (name.empty()) return;
     OutputFile file(name);
     for (const auto& other : files_) {
-      if (other.first.target() == file.target()) throw Failure("two outputs have the same file, " + name);
+      if (other.file.target() == file.target()) throw Failure("two outputs have the same file, " + name);
     }
-    files_.emplace_back(std::move(file), std::move(writer));
+    files_.push_back({std::move(file), std::move(writer)});
   }
 
-  std::vector<std::pair<OutputFile, Writer>> files_;
+  std::vector<Output> files_;
 };
 
 void measure_series(Session& session, const MeasureOptions& options, std::ostream& out, Measurement& measurement) {
@@ -76,8 +81,9 @@ void measure_series(Session& session, const MeasureOptions& options, std::ostrea
   while (measurement.points.size() < options.points && !terminal::stop_asked()) {
     progress.update(measurement.points.size(), watch.seconds());
     Point point = session.measure_point(options.extended);
-    if (measurement.points.empty()) first = watch.seconds();
-    point.seconds = watch.seconds() - first;
+    const double now = watch.seconds();
+    if (measurement.points.empty()) first = now;
+    point.seconds = now - first;
     measurement.points.push_back(point);
     progress.clear();
     print_table_row(out, *measurement.unit, measurement.points.size(), point);

@@ -1,7 +1,9 @@
 // What was measured, as every output of the tool sees it.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,6 +26,14 @@ struct Point {
   double humidity = 0;
   std::int32_t status = 0;  // of a streamed point; 0 is good
 };
+
+// Positions that are no numbers, or lie farther off than any tracker sees in any unit, are none.
+constexpr double kFarthestPosition = 1e12;
+
+inline bool has_position(const Point& point) {
+  return std::all_of(point.position.begin(), point.position.end(),
+                     [](double value) { return std::abs(value) <= kFarthestPosition; });
+}
 
 enum class Kind { kStationary, kStream };
 

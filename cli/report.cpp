@@ -31,7 +31,7 @@ std::string position_cells(const LengthUnit& unit, const Vector& position) {
 }
 
 std::string deviation_cell(const LengthUnit& unit, double value) {
-  return right_aligned(fixed(unit.to_fine(value), 1), kDeviationWidth);
+  return right_aligned(unit.fine_number(value), kDeviationWidth);
 }
 
 std::string rule() {

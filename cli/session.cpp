@@ -1,5 +1,7 @@
 #include "cli/session.h"
 
+#include "cli/failure.h"
+
 namespace kestrine::cli {
 namespace {
 
@@ -94,6 +96,7 @@ Point Session::measure_point(bool extended) {
   const auto point_of = [](const auto& result) {
     Point point;
     point.position = {result.dVal1, result.dVal2, result.dVal3};
+    if (!has_position(point)) throw Failure("the tracker sent a point without a position");
     point.deviation = {result.dStd1, result.dStd2, result.dStd3};
     point.deviation_total = result.dStdTotal;
     point.temperature = result.dTemperature;

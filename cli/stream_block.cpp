@@ -47,6 +47,7 @@ std::vector<Point> read_points(std::span<const std::uint8_t> packet) {
     Element element;
     read_record(packet.data() + offset, element);
     Point point = point_of(element);
+    if (!has_position(point)) throw Failure("the tracker sent a point without a position");
     point.temperature = block.dTemperature;
     point.pressure = block.dPressure;
     point.humidity = block.dHumidity;

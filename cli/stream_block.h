@@ -10,7 +10,7 @@
 namespace kestrine::cli {
 
 // The point's seconds are the tracker's own time. Throws Failure for a packet that is none of these or that does
-// not hold the points it announces.
+// not hold the points it announces, or whose points have no positions.
 std::vector<Point> read_stream_block(std::span<const std::uint8_t> packet);
 
 }  // namespace kestrine::cli

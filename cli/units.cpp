@@ -15,12 +15,12 @@ constexpr double kMicron = 1e-6;
 constexpr double kThou = kInch / 1000;
 
 constexpr std::array kLengthUnits{
-    LengthUnit{"mm", VL_LU_Millimeter, 1e-3, 4, "µm", kMicron},
-    LengthUnit{"m", VL_LU_Meter, 1.0, 7, "µm", kMicron},
-    LengthUnit{"um", VL_LU_Micron, kMicron, 1, "µm", kMicron},
-    LengthUnit{"in", VL_LU_Inch, kInch, 5, "thou", kThou},
-    LengthUnit{"ft", VL_LU_Foot, 12 * kInch, 6, "thou", kThou},
-    LengthUnit{"yd", VL_LU_Yard, 36 * kInch, 7, "thou", kThou},
+    LengthUnit{"mm", VL_LU_Millimeter, 1e-3, 4, "µm", kMicron, 1},
+    LengthUnit{"m", VL_LU_Meter, 1.0, 7, "µm", kMicron, 1},
+    LengthUnit{"um", VL_LU_Micron, kMicron, 1, "µm", kMicron, 1},
+    LengthUnit{"in", VL_LU_Inch, kInch, 5, "thou", kThou, 3},
+    LengthUnit{"ft", VL_LU_Foot, 12 * kInch, 6, "thou", kThou, 3},
+    LengthUnit{"yd", VL_LU_Yard, 36 * kInch, 7, "thou", kThou, 3},
 };
 
 constexpr double kMostFineMetres = 5e-3;
@@ -37,7 +37,11 @@ std::string LengthUnit::position_text(double value) const {
 
 std::string LengthUnit::deviation_text(double value) const {
   if (!is_fine(value)) return position_text(value);
-  return fixed(to_fine(value), 1) + " " + std::string(fine_name);
+  return fine_number(value) + " " + std::string(fine_name);
+}
+
+std::string LengthUnit::fine_number(double value) const {
+  return fixed(to_fine(value), fine_decimals);
 }
 
 const LengthUnit& length_unit(std::string_view name) {

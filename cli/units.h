@@ -17,6 +17,7 @@ struct LengthUnit {
   // Deviations are some thousand times smaller than positions and have a unit of their own.
   std::string_view fine_name;
   double fine_metres;
+  int fine_decimals;
 
   double to_fine(double value) const { return value * metres / fine_metres; }
   // Whether deviations up to this one read better in the fine unit.
@@ -25,6 +26,8 @@ struct LengthUnit {
   // Both with the name of the unit.
   std::string position_text(double value) const;
   std::string deviation_text(double value) const;
+  // In the fine unit, without its name.
+  std::string fine_number(double value) const;
 };
 
 // Throws Failure for a name that is none.

@@ -1,4 +1,5 @@
 // Point lists, transformations between them, compensations and other sums.
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -63,6 +64,8 @@ void get_error_ellipsoid(Tracker&, const Request& request, const Reply& reply) {
   const Matrix told{{{deviations.x * deviations.x, covariances.x, covariances.y},
                      {covariances.x, deviations.y * deviations.y, covariances.z},
                      {covariances.y, covariances.z, deviations.z * deviations.z}}};
+  const auto is_finite = [](const auto& row) { return std::isfinite(row[0] + row[1] + row[2]); };
+  if (!std::all_of(told.begin(), told.end(), is_finite)) return reply.status(VL_RS_InvalidInputData);
   const Axes axes = principal_axes(told);
   if (axes.values.z < 0) return reply.status(VL_RS_InvalidInputData);
   const Vector angles = angle_factor(request.frame().angle) * rotation_angles(axes.directions);

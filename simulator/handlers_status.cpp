@@ -98,7 +98,7 @@ constexpr std::array kParameters{
     Parameter{VL_SP_ProbeConfig_SoundVolume, 1},
     Parameter{VL_SP_ProbeConfig_PowerOffTime, 300},
     Parameter{VL_SP_QuickReleaseStatus, VL_QRS_NotExisting, false},
-    Parameter{VL_SP_TcpCommandQueueSize, 100, false},
+    Parameter{VL_SP_TcpCommandQueueSize, kCommandQueueSize, false},
     Parameter{VL_SP_SystemMax6DDataRate, 0, false},
     Parameter{VL_SP_TcpDataPacketRate, 10, false},
     Parameter{VL_SP_HoldfastFunctionAvailable, 0, false},

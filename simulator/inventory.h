@@ -1,6 +1,7 @@
 // What belongs to the simulated tracker: its versions, its reflectors and its compensations.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -14,6 +15,9 @@ inline constexpr std::int32_t kSoftwareMajor = 3;
 inline constexpr std::int32_t kSoftwareMinor = 8;
 inline constexpr std::int32_t kSoftwareBuild = 680;
 inline constexpr std::u16string_view kSoftwareVersion = u"3.8.680";
+
+// Commands that the server reads ahead of their execution, for each client.
+inline constexpr std::size_t kCommandQueueSize = 100;
 
 struct Reflector {
   std::int32_t id;

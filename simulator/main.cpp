@@ -28,7 +28,6 @@ int main(int argc, char** argv) {
   app.add_option("--address", options.address, "address to listen on")->capture_default_str();
   app.add_option("--seed", options.seed, "seed of the measurement noise")->capture_default_str();
   app.add_option("--speed", speed, "how many times faster than a real tracker; 0 waits for nothing at all")
-      ->check(CLI::Range(0.0, 1e6))
       ->capture_default_str();
   try {
     app.parse(argc, argv);
@@ -36,6 +35,10 @@ int main(int argc, char** argv) {
     return app.exit(help);
   } catch (const CLI::ParseError& error) {
     std::fprintf(stderr, "kestrine-simulator: %s\n", error.what());
+    return 2;
+  }
+  if (!(speed >= 0 && speed <= 1e6)) {  // this way round it refuses what is not a number, too
+    std::fprintf(stderr, "kestrine-simulator: --speed must be between 0 and 1000000\n");
     return 2;
   }
   options.time_scale = speed > 0 ? 1 / speed : 0;

@@ -4,6 +4,7 @@
 
 #include "kestrine/enums.h"
 #include "kestrine/wire.h"
+#include "simulator/inventory.h"
 #include "simulator/tracker.h"
 
 namespace kestrine::simulator {
@@ -11,8 +12,11 @@ namespace {
 
 constexpr std::size_t kHead = 12;           // size, type, command
 constexpr std::size_t kMostRequest = 4096;  // far above every request: only a liar announces more
-constexpr std::size_t kMostCommands = 100;  // read ahead of their execution
+// Bytes that wait for the client: below the first a stream goes on, above the second no more commands are taken,
+// above the third, which only what others cause can reach, the client is given up.
 constexpr std::size_t kCaughtUp = 128 * 1024;
+constexpr std::size_t kMostAnswers = 1024 * 1024;
+constexpr std::size_t kMostUnread = 1536 * 1024;
 
 std::int32_t command_of(const Bytes& packet) {
   return wire::load_i32(packet.data() + 8);
@@ -23,6 +27,8 @@ std::int32_t command_of(const Bytes& packet) {
 Session::Session(asio::ip::tcp::socket socket, Tracker& tracker) : socket_(std::move(socket)), tracker_(tracker) {
   asio::error_code ignored;
   socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
+  // Without a bound the system takes megabytes before anything here sees that the client does not read.
+  socket_.set_option(asio::socket_base::send_buffer_size(256 * 1024), ignored);
 }
 
 void Session::start() {
@@ -30,8 +36,9 @@ void Session::start() {
   read_head();
 }
 
+// Nothing is read while enough waits to be done or to be taken; whoever works that off comes back here.
 void Session::read_head() {
-  if (is_reading_ || is_closing_) return;
+  if (is_reading_ || is_closing_ || commands_.size() >= kCommandQueueSize || backlog_ > kMostAnswers) return;
   is_reading_ = true;
   incoming_.resize(kHead);
   asio::async_read(socket_, asio::buffer(incoming_), [self = shared_from_this()](asio::error_code error, std::size_t) {
@@ -50,7 +57,7 @@ void Session::read_rest(std::size_t size) {
                      if (error) return self->give_up();
                      self->is_reading_ = false;
                      self->accept(std::exchange(self->incoming_, {}));
-                     if (self->commands_.size() < kMostCommands) self->read_head();
+                     self->read_head();
                    });
 }
 
@@ -74,7 +81,7 @@ void Session::answered() {
   is_executing_ = false;
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     self->next_command();
-    if (self->commands_.size() < kMostCommands) self->read_head();
+    self->read_head();
   });
 }
 
@@ -83,6 +90,7 @@ void Session::send(Bytes packet) {
   backlog_ += packet.size();
   outgoing_.push_back(std::move(packet));
   if (outgoing_.size() == 1) write();
+  if (backlog_ > kMostUnread) socket_.cancel();  // the pending write fails, and that is the end
 }
 
 void Session::write() {
@@ -100,6 +108,7 @@ void Session::written(const asio::error_code& error, std::size_t size) {
   } else if (is_closing_) {
     return give_up();
   }
+  read_head();
   if (backlog_ <= kCaughtUp) tracker_.caught_up(*this);
 }
 

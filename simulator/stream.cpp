@@ -87,14 +87,10 @@ class Stream : public Measurement {
   }
 
   void stop() override {
-    const double now = tracker_.scheduler().now() - start_;
     if (is_paced_) {
+      const double now = tracker_.scheduler().now() - start_;
       const auto is_due = [&](const Taken& each) { return each.sample.seconds <= now; };
       keep_first(static_cast<std::size_t>(std::partition_point(taken_.begin(), taken_.end(), is_due) - taken_.begin()));
-      while (!is_complete() && sampler_->seconds() <= now) {
-        step();
-        if (is_block_full()) send_block();
-      }
     }
     send_block();
   }

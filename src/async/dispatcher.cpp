@@ -111,9 +111,10 @@ void Dispatcher::release_after_answer(const Delivery& delivery, std::int32_t com
   transport::SyncCommands& sync = *delivery.linked;
   CLTConnectBase& connection = delivery.connection;
   // The acknowledgement of a stationary measurement does not end that measurement's own wait; the result does.
-  // The status is left alone, too, or a wait that ran out would look like a success.
-  const bool measures = command == VL_C_StartMeasurement ? !connection.start_measurement_acknowledged
-                                                         : command == VL_C_GoAndMeasure && sync.IsAwaitingAnswer(command);
+  // The status is left alone, too, or a wait that ran out would look like a success. The flag alone would not tell:
+  // it stays clear after a measurement that nobody acknowledged, and other calls must end all the same.
+  const bool measures = sync.is_awaiting_result(command) &&
+                        (command != VL_C_StartMeasurement || !connection.start_measurement_acknowledged);
   if (!measures || status != VL_RS_AllOK) {
     sync.set_last_result_status(status);
     sync.MarkAnswerPending(command, false);  // whichever command waits
@@ -208,12 +209,12 @@ void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
 
   using namespace events;
   const bool stationary = transport::is_stationary_point_mode(connection.measurement_mode);
-  const std::int32_t sync_id = stationary ? (extended ? sync_event::StationaryPoint2MeasData
-                                                      : sync_event::StationaryPointMeasData)
-                                          : (extended ? sync_event::CenterPoint2Data : sync_event::CenterPointData);
-  const std::int32_t async_id = stationary ? (extended ? async_event::StationaryPoint2MeasData
-                                                       : async_event::StationaryPointMeasData)
-                                           : (extended ? async_event::CenterPoint2Data : async_event::CenterPointData);
+  const std::int32_t sync_id =
+      stationary ? (extended ? sync_event::StationaryPoint2MeasData : sync_event::StationaryPointMeasData)
+                 : (extended ? sync_event::CenterPoint2Data : sync_event::CenterPointData);
+  const std::int32_t async_id =
+      stationary ? (extended ? async_event::StationaryPoint2MeasData : async_event::StationaryPointMeasData)
+                 : (extended ? async_event::CenterPoint2Data : async_event::CenterPointData);
   if (delivery.sync != nullptr && !(stationary && consumed)) fire_sync(*delivery.sync, sync_id, delivery.packet);
   if (delivery.async != nullptr && CheckAnswerStatus(VL_C_StartMeasurement, status)) {
     fire_async(*delivery.async, async_id, delivery.packet);

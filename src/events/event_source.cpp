@@ -50,11 +50,15 @@ void set_argument(VARIANT& argument, const Argument& row, const std::uint8_t* pa
   }
 }
 
-// The arguments of one call, cleared whatever the sink does.
+// The arguments of one call; its texts are freed whatever the sink does.
 struct ArgumentBlock {
-  explicit ArgumentBlock(std::size_t n) : count(n) { std::for_each_n(values.begin(), count, VariantInit_); }
+  explicit ArgumentBlock(std::size_t n) : count(n) {
+    for (std::size_t i = 0; i < count; ++i) values[i].vt = VT_EMPTY;
+  }
   ~ArgumentBlock() {
-    std::for_each_n(values.begin(), count, [](VARIANT& value) { VariantClear(&value); });
+    for (std::size_t i = 0; i < count; ++i) {
+      if (values[i].vt == VT_BSTR) SysFreeString(values[i].bstrVal);
+    }
   }
   ArgumentBlock(const ArgumentBlock&) = delete;
   ArgumentBlock& operator=(const ArgumentBlock&) = delete;
@@ -64,9 +68,6 @@ struct ArgumentBlock {
 
   std::size_t count;
   std::array<VARIANT, kMostArguments> values;
-
- private:
-  static void VariantInit_(VARIANT& value) { VariantInit(&value); }
 };
 
 HRESULT call_sink(IDispatch& sink, std::int32_t dispid, ArgumentBlock& block) {

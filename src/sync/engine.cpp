@@ -107,7 +107,8 @@ bool Engine::FlushDeferredEvents() {
 std::u16string Engine::report_text(std::int32_t command) {
   if (!timed_out_) return protocol::answer_report(command, last_result_status_);
   const std::u16string text = protocol::timeout_report(command);
-  if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown) last_result_status_ = protocol::error::kTimedOut.number;
+  if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown)
+    last_result_status_ = protocol::error::kTimedOut.number;
   return text;
 }
 
@@ -149,9 +150,10 @@ HRESULT Engine::send(std::int32_t command, const std::uint8_t* bytes, std::int32
                                   false, protocol::error::kSendFailed.number);
 }
 
-void Engine::wait_for_answer(std::int32_t command, std::int32_t timeout) {
+void Engine::wait_for_answer(std::int32_t command, std::int32_t timeout, bool for_result) {
   platform::set_timer(sink_window(slots), static_cast<std::uint64_t>(command), static_cast<std::uint32_t>(timeout));
   MarkAnswerPending(command, true);
+  awaits_result_ = for_result;
   while (IsAwaitingAnswer(command)) PumpMessagesOnce();
 }
 

@@ -27,6 +27,7 @@ class Engine : public transport::SyncCommands {
   bool IsAwaitingAnswer(std::int32_t command) const override {
     return pending_command_ >= 0 && pending_command_ == command;
   }
+  bool is_awaiting_result(std::int32_t command) const override { return awaits_result_ && IsAwaitingAnswer(command); }
   void MarkAnswerPending(std::int32_t command, bool on) override;
   void ReleaseAfterAnswer() override;
   void CancelPendingAnswer() override;
@@ -48,8 +49,9 @@ class Engine : public transport::SyncCommands {
   void begin_call();
   // Sends, or reports that it could not.
   HRESULT send(std::int32_t command, const std::uint8_t* bytes, std::int32_t size);
-  // Starts the command's timer and pumps until something ends the wait.
-  void wait_for_answer(std::int32_t command, std::int32_t timeout);
+  // Starts the command's timer and pumps until something ends the wait: the answer, or with `for_result` the
+  // measurement that follows it.
+  void wait_for_answer(std::int32_t command, std::int32_t timeout, bool for_result);
   HRESULT refuse(const protocol::Error& failure, bool throws);
 
   transport::Slots& slots;
@@ -64,6 +66,7 @@ class Engine : public transport::SyncCommands {
   std::uint32_t creation_tick_ = 0;
   bool timed_out_ = false;
   std::int32_t pending_command_ = -1;
+  bool awaits_result_ = false;  // of the pending command
   // Only status changes are ever held back.
   std::deque<std::int32_t> deferred_;
   std::int32_t last_result_status_ = 0;

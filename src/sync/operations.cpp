@@ -131,7 +131,7 @@ std::int32_t CLTCommandSyncBase::timeout_of(const MethodRow& row, const CLTConne
 HRESULT CLTCommandSyncBase::wait_and_finish(const MethodRow& row, Argument* arguments, CLTConnectBase& connection) {
   after_send(row, connection);
   const std::uint32_t results_before = connection.stationary_results;
-  wait_for_answer(row.command, timeout_of(row, connection));
+  wait_for_answer(row.command, timeout_of(row, connection), needs_result(row));
   // Whatever else ended the wait, an old result is never handed out as a new one.
   if (needs_result(row) && last_result_status() == VL_RS_AllOK && connection.stationary_results == results_before) {
     set_last_result_status(VL_RS_Unknown);

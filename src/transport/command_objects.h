@@ -26,6 +26,8 @@ class SyncCommands : public CommandObject {
  public:
   virtual bool IsAnswerPending() const = 0;
   virtual bool IsAwaitingAnswer(std::int32_t command) const = 0;
+  // True while the call that waits is a measurement of that command, which its result ends.
+  virtual bool is_awaiting_result(std::int32_t command) const = 0;
   // Nothing for a negative command. Off also kills the command's timer.
   virtual void MarkAnswerPending(std::int32_t command, bool on) = 0;
   // Ends the wait and asks for the held-back events; no timer is killed.

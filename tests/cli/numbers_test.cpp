@@ -43,7 +43,7 @@ TEST(Units, deviations_are_shown_finely_until_they_are_large) {
   EXPECT_EQ(mm.position_text(1.23456), "1.2346 mm");
   EXPECT_EQ(mm.deviation_text(0.01234), "12.3 µm");
   EXPECT_EQ(mm.deviation_text(-7.5), "-7.5000 mm");
-  EXPECT_EQ(length_unit("in").deviation_text(0.001), "1.0 thou");
+  EXPECT_EQ(length_unit("in").deviation_text(0.001), "1.000 thou");
   EXPECT_EQ(length_unit("ft").to_fine(1), 12000);
   EXPECT_EQ(length_unit("yd").to_fine(1), 36000);
   EXPECT_NEAR(length_unit("m").to_fine(1), 1e6, 1e-6);

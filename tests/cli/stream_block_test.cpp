@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "cli/failure.h"
 #include "kestrine/records.h"
 
@@ -57,6 +59,10 @@ TEST(StreamBlocks, that_hold_less_than_they_announce_or_something_else_are_refus
     EXPECT_THROW(read_stream_block(block_of<MultiMeasResultT>(VL_DT_MultiMeasResult, values, announced)), Failure);
   }
   EXPECT_THROW(read_stream_block(block_of<MultiMeasResultT>(VL_DT_SingleMeasResult, values, 3)), Failure);
+  for (const double wrong : {std::nan(""), -1e300}) {
+    const std::vector<MeasValueT> point{{VL_MS_AllOK, 0, 0, 1, wrong, 3}};
+    EXPECT_THROW(read_stream_block(block_of<MultiMeasResultT>(VL_DT_MultiMeasResult, point, 1)), Failure);
+  }
 }
 
 }  // namespace

@@ -24,8 +24,10 @@ using Bytes = std::vector<std::uint8_t>;
 // A client that knows packets and nothing else. Every wait has a deadline.
 class RawClient {
  public:
-  explicit RawClient(std::uint16_t port, int receive_buffer = 0) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
-    if (receive_buffer) ::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receive_buffer, sizeof receive_buffer);
+  explicit RawClient(std::uint16_t port, int buffers = 0) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+    for (const int buffer : {SO_RCVBUF, SO_SNDBUF}) {
+      if (buffers) ::setsockopt(socket_, SOL_SOCKET, buffer, &buffers, sizeof buffers);
+    }
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
@@ -61,6 +63,12 @@ class RawClient {
     send(request);
     const Bytes packet = answer();
     return packet.empty() ? -1 : wire::load_i32(packet.data() + 12);
+  }
+
+  // Whether the server still takes what is sent to it, or will within a moment.
+  bool can_send() {
+    pollfd ready{socket_, POLLOUT, 0};
+    return ::poll(&ready, 1, 300) == 1;
   }
 
  private:
@@ -179,6 +187,51 @@ TEST(Server, HoldsAStreamBackForAStalledReaderAndLosesNothing) {
     ASSERT_EQ(last.lTime1 * std::int64_t{1000} + last.lTime2 / 1000, next - 1);
   }
   EXPECT_EQ(other.status(protocol::build_StartMeasurement()), VL_RS_AllOK);
+}
+
+TEST(Server, GoesOnServingWhileAStreamLooksForPointsInAnEmptyRegion) {
+  const Simulator simulator(at_once());
+  RawClient client(simulator.port());
+  client.status(protocol::build_Initialize());
+  client.status(protocol::build_SetSphereRegionParams(0, 0, 0, 0.1));
+  client.status(protocol::build_SetContinuousTimeModeParams(0, 0, 1, VL_RT_Sphere));
+  client.status(protocol::build_SetMeasurementMode(VL_MM_ContinuousTime));
+  EXPECT_EQ(client.status(protocol::build_StartMeasurement()), VL_RS_AllOK);
+  EXPECT_EQ(client.status(protocol::build_GetUnits()), VL_RS_AllOK);
+  EXPECT_EQ(client.status(protocol::build_StopMeasurement()), VL_RS_AllOK);
+}
+
+TEST(Server, TakesNoMoreCommandsFromAClientThatReadsNoAnswers) {
+  const Simulator simulator(at_once());
+  constexpr int kSmallBuffer = 16 * 1024;
+  RawClient client(simulator.port(), kSmallBuffer);
+  const protocol::Request request = protocol::build_GetCompensations2();  // 12 bytes that call for 1,344
+  std::size_t asked = 0;
+  while (client.can_send()) {
+    client.send(request);
+    ++asked;
+  }
+  for (std::size_t i = 0; i < 2 * asked; ++i) ASSERT_EQ(client.receive().size(), 672u) << i << " of " << asked;
+  EXPECT_EQ(client.status(protocol::build_GetUnits()), VL_RS_AllOK);
+}
+
+TEST(Server, LetsAClientGoThatNeverTakesItsStatusChanges) {
+  const Simulator simulator(at_once());
+  constexpr int kSmallBuffer = 4 * 1024;
+  RawClient silent(simulator.port(), kSmallBuffer);
+  silent.status(protocol::build_SetSystemSettings(VL_WMS_NotConnected, 0, 0, 0, 1, 0, 0, 0, 0));
+  RawClient busy(simulator.port());
+  Bytes many;
+  const protocol::Request change = protocol::build_SetReflector(1);
+  for (int i = 0; i < 1000; ++i) many.insert(many.end(), change.bytes.begin(), change.bytes.begin() + change.size);
+  constexpr int kRounds = 250;
+  for (int round = 0; round < kRounds; ++round) {
+    busy.send(many.data(), many.size());
+    for (int i = 0; i < 1000; ++i) ASSERT_EQ(busy.answer().size(), 16u);
+  }
+  int changes = 0;
+  while (!silent.receive().empty()) ++changes;
+  EXPECT_LT(changes, 1000 * kRounds);
 }
 
 TEST(Server, SaysGoodbyeToThoseWhoAskedAndCloses) {

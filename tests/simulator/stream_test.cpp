@@ -38,8 +38,7 @@ TEST(Stream, SendsTheCountInOrderInBlocksOfAHundredMilliseconds) {
     EXPECT_LT(length(off), 200e-6);
   }
   EXPECT_EQ(only(packets, VL_DT_MultiMeasResult).size(), 21u);
-  EXPECT_EQ(type_of(packets.front()),
-            VL_DT_SystemStatusChange == type_of(packets.front()) ? VL_DT_SystemStatusChange : VL_DT_Command);
+  EXPECT_EQ(type_of(packets.front()), VL_DT_Command);
   EXPECT_EQ(changes(packets), (std::vector<std::int32_t>{VL_SSC_MeasStatus_Busy, VL_SSC_MeasurementCountReached,
                                                          VL_SSC_MeasStatus_Ready}));
 }
@@ -72,18 +71,18 @@ TEST(Stream, WaitsForAClientThatDoesNotReadAndThenLeavesNothingOut) {
   bench.client->unread = 0;
   bench.client->packets.clear();
   bench.tracker.caught_up(*bench.client);
-  const auto later = bench.after(1);
-  packets.insert(packets.end(), later.begin(), later.end());
+  bench.scheduler.advance(1);
+  packets.insert(packets.end(), bench.client->packets.begin(), bench.client->packets.end());
   const auto all = points(packets);
   EXPECT_NEAR(static_cast<double>(all.size()), 5000, 101);
   for (std::size_t i = 0; i < all.size(); ++i) ASSERT_EQ(micros(all[i]), static_cast<std::int64_t>(i) * 1000);
 }
 
-TEST(Stream, HandsOutWhatAStalledClientMissedWhenItStops) {
+TEST(Stream, HandsOutWhatWasReadyForAStalledClientWhenItStops) {
   StreamBench bench(1, 0);
   bench.client->unread = 1 << 20;
   EXPECT_TRUE(points(bench.stream(2.5)).empty());
-  EXPECT_NEAR(static_cast<double>(points(bench.ask(protocol::build_StopMeasurement())).size()), 2500, 30);
+  EXPECT_EQ(points(bench.ask(protocol::build_StopMeasurement())).size(), 100u);
 }
 
 TEST(Stream, FillsBlocksAsTheOptionsSay) {
@@ -131,11 +130,11 @@ TEST(Stream, LeavesOutWhatLiesOutsideTheRegion) {
   auto packets = bench.after(10);
   const auto inside = points(packets);
   EXPECT_NEAR(static_cast<double>(inside.size()), 500, 12);
-  for (const MeasValueT& point : inside) EXPECT_GE(point.dVal1, 2);
+  for (const MeasValueT& point : inside) EXPECT_GE(double{point.dVal1}, 2);
   bench.ask(protocol::build_StopMeasurement());
   bench.ask(protocol::build_SetSphereRegionParams(0, 0, 0, 0.1));  // nothing of it
-  bench.ask(protocol::build_SetContinuousTimeModeParams(0, 0, 1, VL_RT_Sphere));
-  EXPECT_TRUE(points(bench.stream(0)).empty());
+  bench.ask(protocol::build_SetContinuousTimeModeParams(10, 0, 1, VL_RT_Sphere));
+  EXPECT_TRUE(points(bench.stream(10)).empty());
 }
 
 TEST(Stream, EndsWithItsClient) {

@@ -43,7 +43,8 @@ HRESULT Listener::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DI
   for (UINT i = arguments->cArgs; i > 0; --i) line.append(" ").append(words(arguments->rgvarg[i - 1]));
   lines_.push_back(line);
   const Pointer<IDispatch> keep(this);
-  return handler ? handler(id) : S_OK;
+  const auto running = handler;  // a handler may put another one in its place
+  return running ? running(id) : S_OK;
 }
 
 ClientTest::ClientTest() : generation(kIdentity, process), window_(platform::create_window(*this, u"client test")) {
@@ -98,7 +99,7 @@ void ClientTest::deliver(Bytes packet, int capacity, int received) {
   const auto buffer = connection->buffer_for(get_i32(packet, 4));
   std::copy(packet.begin(), packet.end(), buffer.bytes);
   generation.slots.dispatcher->DispatchPacket(*connection, buffer.bytes, capacity < 0 ? buffer.capacity : capacity,
-                                         received < 0 ? static_cast<std::int32_t>(packet.size()) : received);
+                                              received < 0 ? static_cast<std::int32_t>(packet.size()) : received);
 }
 
 void ClientTest::later(std::function<void()> task, int milliseconds) {

@@ -69,7 +69,9 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   // The words of the next request from the given offset on.
   std::vector<std::int32_t> sent(std::size_t offset = 8);
 
-  component::CLTCommandSync& engine() { return static_cast<component::CLTCommandSync&>(*generation.slots.current_sync); }
+  component::CLTCommandSync& engine() {
+    return static_cast<component::CLTCommandSync&>(*generation.slots.current_sync);
+  }
   // The lines so far, which are taken out.
   Lines heard() { return std::exchange(lines_, {}); }
   Pointer<Listener> listen(IUnknown& source, const IID& events, const std::string& name);

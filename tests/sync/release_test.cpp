@@ -15,8 +15,8 @@ Bytes result(int size, int type, std::int32_t status) {
 }
 
 std::string failed(std::int32_t status, const std::string& words) {
-  return "80004005 " + std::to_string(status) + " Kestrine.LTConnect.1: [8] \"Release Motors\" failed  (status:  " +
-         words + ")";
+  return "80004005 " + std::to_string(status) +
+         " Kestrine.LTConnect.1: [8] \"Release Motors\" failed  (status:  " + words + ")";
 }
 
 class Release : public ClientTest {
@@ -96,13 +96,14 @@ TEST_F(Release, WithoutEventsIsLeftToNeitherTimerNorClosedSocket) {
   start();
   connection->SelectNotificationMethod(KR_NM_None, 0, 0);
   EXPECT_EQ(outcome_of({}), kGoesOn);
-  peer.receive_request();
   peer.close();
   bool still_waiting = false;
-  later([&] {
-    still_waiting = engine().IsAwaitingAnswer(VL_C_ReleaseMotors) && !connection->link_alive;
-    engine().CancelPendingAnswer();
-  }, 60);
+  later(
+      [&] {
+        still_waiting = engine().IsAwaitingAnswer(VL_C_ReleaseMotors) && !connection->link_alive;
+        engine().CancelPendingAnswer();
+      },
+      60);
   EXPECT_EQ(told(commands->ReleaseMotors()), kUnknown);
   EXPECT_TRUE(still_waiting);
 }
@@ -128,8 +129,9 @@ TEST_F(Release, ByAnErrorPacketOfNoCommandIsReportedBeforeTheCallsOwnFailure) {
   EXPECT_EQ(told(commands->ReleaseMotors()), kBusy);
   EXPECT_EQ(heard(), (Lines{"sync ErrorEvent 64 1",
                             "sync ExceptionEvent 1 '[8] \"Release Motors\" failed  (status:  Server Busy)'"}));
-  EXPECT_EQ(information, "1 1 Kestrine.LTCommandSync.1: [64] \"Error Event\"   (status:  Server Busy)|"
-                         "1 0 : no error information|");
+  EXPECT_EQ(information,
+            "1 1 Kestrine.LTCommandSync.1: [64] \"Error Event\"   (status:  Server Busy)|"
+            "1 0 : no error information|");
 }
 
 TEST_F(Release, BeepsForMalformedPacketsBelowTypeThousand) {
@@ -163,8 +165,7 @@ TEST_F(Release, ByAnErrorPacketLeavesATimerThatEndsALaterCall) {
   start();
   peer.send(answer(VL_C_ReleaseMotors, 1, VL_DT_Error));
   EXPECT_EQ(told(commands->ReleaseMotors()), kBusy);
-  EXPECT_EQ(told(commands->Initialize()),
-            "80004005 36 Kestrine.LTConnect.1: [7]  Initialize:  No answer, timed out!");
+  EXPECT_EQ(told(commands->Initialize()), "80004005 36 Kestrine.LTConnect.1: [7]  Initialize:  No answer, timed out!");
 }
 
 }  // namespace

@@ -35,8 +35,8 @@ TEST_F(WaitingCall, EndsAsTheServersStatusSays) {
       {36, "80004005 36 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  Unknown status)"},
       {150, "80004005 150 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  TRK #150)"},
       {5000, "80004005 5000 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  5000)"},
-      {50000, "80004005 50000 Kestrine.LTConnect.1: ",
-       "[7] \"Initialize\" failed  (status:  Unknown status (unexpected))"},
+      {50000,
+       "80004005 50000 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  Unknown status (unexpected))"},
   };
   for (const auto& [status, outcome, text] : cases) {
     peer.send(answer(VL_C_Initialize, status));
@@ -96,7 +96,8 @@ TEST_F(WaitingCall, RefusesASecondOneBeforeAnythingIsSent) {
   EXPECT_EQ(refusal, "80004005 40001 Kestrine.LTConnect.1: " + text);
   const std::string told_sync = "sync ExceptionEvent 40001 '" + text + "'";
   const std::string told_async = "async ExceptionEvent 40001 '" + text + "'";
-  EXPECT_EQ(heard(), (Lines{told_sync, told_async, told_sync, told_async, told_sync, told_async}));
+  EXPECT_EQ(heard(), (Lines{told_sync, told_async, told_sync, told_async, told_sync, told_async,
+                            "async CommandCompletedData 7"}));
 }
 
 TEST_F(WaitingCall, ReportsAFailedSendWithoutWaitingOrThrowing) {

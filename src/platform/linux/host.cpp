@@ -15,6 +15,8 @@ using Clock = std::chrono::steady_clock;
 
 // How many messages dispatch() delivers beyond those that waited when it was called.
 constexpr std::size_t kFollowUps = 256;
+// A look at the clock costs as much as the delivery of a small packet.
+constexpr std::size_t kMessagesBetweenClocks = 16;
 
 std::atomic<bool> wakes_early = false;
 
@@ -47,11 +49,13 @@ bool run_for(std::chrono::milliseconds duration) {
   if (loop == nullptr) return false;
   // Longer than anybody waits, and short of where a deadline would overflow.
   const auto until = Clock::now() + std::min<std::chrono::milliseconds>(duration, std::chrono::hours(24 * 365));
-  while (Clock::now() < until) {
+  for (std::size_t delivered = 1;; ++delivered) {
     platform::Message message;
     const ThreadLoop::Next next = loop->next(message, until);
     if (next == ThreadLoop::Next::kQuit || next == ThreadLoop::Next::kInterrupted) return false;
-    if (next == ThreadLoop::Next::kMessage) platform::dispatch_message(message);
+    if (next == ThreadLoop::Next::kTimeout) break;
+    platform::dispatch_message(message);
+    if (delivered % kMessagesBetweenClocks == 0 && Clock::now() >= until) break;
   }
   // Messages that kept the thread busy beyond the end may have left others waiting, and a quit among them.
   dispatch();

@@ -29,8 +29,9 @@ class Poller {
 
   // The epoll set itself, for the host to poll; -1 when it cannot be made. From now on mirror() counts.
   int host_fd();
-  // For a polling host: dues that the kernel does not know of make the set readable. Costs system calls only once
-  // there is such a host, and only on a change.
+  bool has_host() const { return message_due_.valid() || timer_due_.valid(); }
+  // For a polling host: dues that the kernel does not know of make the set readable. Costs system calls only on a
+  // change.
   void mirror(bool message_due, std::optional<TimePoint> next_timer);
 
  private:

@@ -67,7 +67,9 @@ class ThreadLoop {
   // Moves what the kernel has to say into the queue. False when a signal handler ended the wait.
   bool look(std::optional<std::chrono::nanoseconds> wait);
   std::optional<std::chrono::nanoseconds> time_to_wait(std::optional<TimePoint> until) const;
-  void mirror() { poller_.mirror(!queue_.empty(), timers_.earliest()); }
+  void mirror() {
+    if (poller_.has_host()) poller_.mirror(!queue_.empty(), timers_.earliest());
+  }
 
   std::vector<Window> windows_;  // handles only grow, so this is in their order
   MessageQueue queue_;
