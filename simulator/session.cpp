@@ -15,8 +15,8 @@ constexpr std::size_t kMostRequest = 4096;  // far above every request: only a l
 // Bytes that wait for the client: below the first a stream goes on, above the second no more commands are taken,
 // above the third, which only what others cause can reach, the client is given up.
 constexpr std::size_t kCaughtUp = 128 * 1024;
-constexpr std::size_t kMostAnswers = 1024 * 1024;
-constexpr std::size_t kMostUnread = 1536 * 1024;
+constexpr std::size_t kMostAnswers = 512 * 1024;
+constexpr std::size_t kMostUnread = 768 * 1024;
 
 std::int32_t command_of(const Bytes& packet) {
   return wire::load_i32(packet.data() + 8);

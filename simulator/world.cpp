@@ -49,7 +49,7 @@ std::optional<Vector> target_along(double horizontal, double vertical, double ra
 
 Vector path_at(double seconds) {
   constexpr double kTurn = 2 * std::numbers::pi;
-  const double around = kTurn * seconds / 10;
+  const double around = kTurn * seconds / 5;
   return {2 + 0.3 * std::cos(around), 0.3 * std::sin(around), 0.05 * std::sin(kTurn * seconds / 4)};
 }
 

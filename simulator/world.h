@@ -27,7 +27,7 @@ std::optional<Vector> target_near(const Vector& place, double radius);
 // The same for a beam, whose distance to a target counts square to it.
 std::optional<Vector> target_along(double horizontal, double vertical, double radius);
 
-// A level circle of 300 mm radius around a point 2 m ahead, once around in 10 s, with a vertical wave of 50 mm and
+// A level circle of 300 mm radius around a point 2 m ahead, once around in 5 s, with a vertical wave of 50 mm and
 // 4 s on it.
 Vector path_at(double seconds);
 

@@ -224,7 +224,7 @@ TEST(Server, LetsAClientGoThatNeverTakesItsStatusChanges) {
   Bytes many;
   const protocol::Request change = protocol::build_SetReflector(1);
   for (int i = 0; i < 1000; ++i) many.insert(many.end(), change.bytes.begin(), change.bytes.begin() + change.size);
-  constexpr int kRounds = 250;
+  constexpr int kRounds = 150;
   for (int round = 0; round < kRounds; ++round) {
     busy.send(many.data(), many.size());
     for (int i = 0; i < 1000; ++i) ASSERT_EQ(busy.answer().size(), 16u);

@@ -32,10 +32,10 @@ sockaddr_in loopback(std::uint16_t port) {
   return at;
 }
 
-// A socket bound to a free port of loopback.
-int bind_anywhere(std::uint16_t& port) {
+// A socket bound to the port of loopback; to a free one for 0, which is then told.
+int bind_port(std::uint16_t& port) {
   const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in at = loopback(0);
+  sockaddr_in at = loopback(port);
   EXPECT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&at), sizeof at), 0) << std::strerror(errno);
   socklen_t length = sizeof at;
   ::getsockname(descriptor, reinterpret_cast<sockaddr*>(&at), &length);
@@ -84,11 +84,12 @@ Bytes operator+(Bytes first, const Bytes& second) {
 
 std::uint16_t unused_port() {
   std::uint16_t port = 0;
-  ::close(bind_anywhere(port));
+  ::close(bind_port(port));
   return port;
 }
 
-ScriptedPeer::ScriptedPeer() : listener_(bind_anywhere(port_)) {
+ScriptedPeer::ScriptedPeer(std::uint16_t port) : port_(port) {
+  listener_ = bind_port(port_);
   EXPECT_EQ(::listen(listener_, 8), 0) << std::strerror(errno);
 }
 

@@ -40,7 +40,7 @@ class ScriptedPeer {
   using Script = std::function<void(ScriptedPeer&)>;
   using Reply = std::function<Bytes(const Bytes& request)>;
 
-  ScriptedPeer();
+  explicit ScriptedPeer(std::uint16_t port = 0);  // 0: a free one
   ~ScriptedPeer();
   ScriptedPeer(const ScriptedPeer&) = delete;
   ScriptedPeer& operator=(const ScriptedPeer&) = delete;
@@ -85,7 +85,7 @@ class ScriptedPeer {
 
   int listener_ = -1;
   std::atomic<int> client_ = -1;
-  std::uint16_t port_ = 0;
+  std::uint16_t port_;
   std::thread script_;
   std::mutex client_lock_;  // between a script that ends the connection and a test that does
   mutable std::mutex requests_lock_;
