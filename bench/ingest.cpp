@@ -2,7 +2,6 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-
 #include "bench/library_client.h"
 #include "bench/server.h"
 

@@ -132,14 +132,14 @@ void measure_stream(Session& session, const MeasureOptions& options, const Liste
 
 void measure_with(Session& session, const MeasureOptions& options, std::ostream& out, Measurement& measurement) {
   const auto listener = Pointer<Listener>::adopt(new Listener(session.connection(), measurement.points));
-  const Subscription subscription(session.commands(), DIID__ILTCommandSyncEvents, *listener.get());
+  const Subscription subscription(session.commands(), DIID__ILTCommandSyncEvents, *listener);
   try {
     session.set_units(*measurement.unit);
     session.initialise();
     measurement.tracker = session.identify();
     print_tracker(out, measurement.tracker, *measurement.unit);
     if (options.stream) {
-      measure_stream(session, options, *listener.get(), measurement.points);
+      measure_stream(session, options, *listener, measurement.points);
     } else {
       measure_series(session, options, out, measurement);
     }

@@ -53,6 +53,7 @@ const LengthUnit& length_unit(std::string_view name) {
 
 std::vector<std::string> length_unit_names() {
   std::vector<std::string> names;
+  names.reserve(kLengthUnits.size());
   for (const auto& unit : kLengthUnits) names.emplace_back(unit.name);
   return names;
 }

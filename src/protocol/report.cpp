@@ -31,8 +31,8 @@ std::u16string answer_report(std::int32_t command, std::int32_t status) {
 }
 
 std::u16string timeout_report(std::int32_t command) {
-  return join({u"[", decimal(command), u"]  ", CommandText(command), u":  ",
-               LoadStringResource(text_row::kNoAnswer), u"!"});
+  return join(
+      {u"[", decimal(command), u"]  ", CommandText(command), u":  ", LoadStringResource(text_row::kNoAnswer), u"!"});
 }
 
 }  // namespace kestrine::protocol

@@ -8,11 +8,11 @@
 namespace kestrine::sync {
 
 union Argument {
-  std::int32_t i32;      // long, enumeration
+  std::int32_t i32;  // long, enumeration
   double f64;
   VARIANT_BOOL boolean;
-  const void* record;    // an input record, in the host's memory
-  void* out;             // where an output goes
+  const void* record;  // an input record, in the host's memory
+  void* out;           // where an output goes
 };
 
 }  // namespace kestrine::sync

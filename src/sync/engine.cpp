@@ -106,10 +106,10 @@ bool Engine::FlushDeferredEvents() {
 
 std::u16string Engine::report_text(std::int32_t command) {
   if (!timed_out_) return protocol::answer_report(command, last_result_status_);
-  const std::u16string text = protocol::timeout_report(command);
-  if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown)
+  if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown) {
     last_result_status_ = protocol::error::kTimedOut.number;
-  return text;
+  }
+  return protocol::timeout_report(command);
 }
 
 HRESULT Engine::FinishSyncCall(std::int32_t command, bool report_only) {

@@ -57,7 +57,7 @@ class CLTConnectBase {
   std::int32_t cookie = 0;
   std::int32_t last_result_status = VL_RS_Unknown;
   std::int32_t measurement_mode = VL_MM_Stationary;  // as last set through this connection
-  std::int32_t version = 0;       // major number in the high half, minor in the low one
+  std::int32_t version = 0;                          // major number in the high half, minor in the low one
   std::int32_t build_number = 0;
   std::int32_t received_length = 0;
   const std::uint8_t* received_packet = nullptr;

@@ -9,7 +9,7 @@
 
 namespace kestrine::transport {
 
-inline constexpr std::uint32_t kSocketMessage = 2025;             // wparam: socket, low word of lparam: event
+inline constexpr std::uint32_t kSocketMessage = 2025;  // wparam: socket, low word of lparam: event
 inline constexpr std::uint32_t WM_FLUSH_DEFERRED_EVENTS = 2026;
 
 class CMsgSink final : private platform::WindowProcedure, private ReceivePort {

@@ -43,7 +43,7 @@ class ReceivePath {
   std::int32_t peek_tries_ = 0;  // notifications in a row on which the header was not complete
   std::int32_t held_ = 0;        // header bytes already taken out of the socket
   std::array<std::uint8_t, 8> header_{};
-  std::int32_t attempts_ = 0;    // reads made for the packet at hand
+  std::int32_t attempts_ = 0;  // reads made for the packet at hand
 };
 
 }  // namespace kestrine::transport

@@ -153,6 +153,10 @@ bool ScriptedPeer::client_leaves() {
   return got <= 0;
 }
 
+void ScriptedPeer::set_send_buffer(int bytes) {
+  ::setsockopt(client_, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes);
+}
+
 void ScriptedPeer::send(std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t sent = ::send(client_, bytes.data(), bytes.size(), MSG_NOSIGNAL);

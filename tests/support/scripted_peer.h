@@ -58,6 +58,8 @@ class ScriptedPeer {
   // True when the client closes its end in time; what it sent before is thrown away.
   bool client_leaves();
 
+  // What the system holds back of what was sent to a client that does not read.
+  void set_send_buffer(int bytes);
   // What a client that has left does not take is dropped in silence; one that does not read fails the test.
   void send(std::span<const std::uint8_t> bytes);
   // As much as the system takes from a client that does not read: how many bytes that were.

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <deque>
 
-#include "client_test.h"
 #include "kestrine/text.h"
+#include "stream_test.h"
 
 namespace kestrine::test {
 namespace {
@@ -102,17 +102,6 @@ class ReceivePathTest : public ClientTest, private transport::PacketConsumer {
     capacity = room;
   }
 };
-
-Bytes filled(std::int32_t size, std::int32_t type) {
-  Bytes bytes = packet(size, type);
-  for (std::size_t i = 8; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + 1);
-  return bytes;
-}
-
-std::pair<Bytes, Bytes> cut(const Bytes& bytes, std::size_t at) {
-  const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(at);
-  return {Bytes(bytes.begin(), middle), Bytes(middle, bytes.end())};
-}
 
 TEST_F(ReceivePathTest, AWholePacketTakesOnePeekAndOneRead) {
   const Bytes sent = filled(16, VL_DT_Command);

@@ -49,7 +49,7 @@ constexpr int kErrorOther = 10107;  // "a system call that should never fail has
 void forget_connect(int fd) {
   sockaddr nowhere{};
   nowhere.sa_family = AF_UNSPEC;
-  ::connect(fd, &nowhere, sizeof nowhere);
+  static_cast<void>(::connect(fd, &nowhere, sizeof nowhere));
 }
 
 }  // namespace
