@@ -70,10 +70,10 @@ TEST(Records, PassUnknownEnumerationValuesOn) {
 TEST(Elements, FollowTheHeaderBackToBack) {
   std::vector<std::uint8_t> packet(48 + 3 * 36);
   wire::store_f64(&packet[132], 2.5);
-  EXPECT_EQ(read_element<MultiMeasResultT>(packet.data(), 2).dVal1, 2.5);
+  EXPECT_EQ(double{read_element<MultiMeasResultT>(packet.data(), 2).dVal1}, 2.5);
   std::vector<std::uint8_t> probe(280);
   wire::store_f64(&probe[88], -1.5);
-  EXPECT_EQ(read_element<ProbeContinuousResultT>(probe.data(), 0).dPosition1, -1.5);
+  EXPECT_EQ(double{read_element<ProbeContinuousResultT>(probe.data(), 0).dPosition1}, -1.5);
   EXPECT_EQ(RecordTraits<MultiMeasResult2T>::header_size, 48u);
   EXPECT_EQ(sizeof(RecordTraits<MultiMeasResult2T>::Element), 92u);
 }

@@ -23,7 +23,7 @@ def generate(*arguments: object) -> subprocess.CompletedProcess:
 
 
 def files_of(folder: Path) -> dict[str, str]:
-    return {str(path.relative_to(folder)): path.read_text() for path in folder.rglob("*") if path.is_file()}
+    return {str(path.relative_to(folder)): path.read_text() for path in folder.rglob("[!.]*") if path.is_file()}
 
 
 def line_of(text: str, piece: str) -> int:

@@ -3,6 +3,7 @@
 
 #include "client_test.h"
 #include "kestrine/com_error.h"
+#include "kestrine/text.h"
 
 namespace kestrine::test {
 namespace {
@@ -225,9 +226,7 @@ TEST_F(CommandObjectsTest, ASecondConnectionTakesOverTheSlotsAndTheFirstOnesPack
   EXPECT_EQ(slots.connection, connection.get());
   EXPECT_NE(slots.internal_sync, nullptr);
 
-  BSTR address = SysAllocString(u"127.0.0.1");
-  EXPECT_EQ(told(first->ConnectEmbeddedSystem(address, peer.port())), "ok");
-  SysFreeString(address);
+  EXPECT_EQ(told(first->ConnectEmbeddedSystem(Text("127.0.0.1"), peer.port())), "ok");
   peer.accept();
   for (int round = 1; round <= 2; ++round) {
     peer.send(status_change(round));

@@ -155,5 +155,16 @@ TEST_F(StreamTest, RequestsAndAnswersFollowEachOtherWithoutDelay) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
 }
 
+TEST_F(StreamTest, WithoutEarlyWakeACallLooksEveryTenMilliseconds) {
+  start();
+  host::set_early_wake(false);
+  peer.serve([](const Bytes&) { return answer(VL_C_GoBirdBath, 0); });
+  const auto begin = std::chrono::steady_clock::now();
+  for (int i = 0; i < 5; ++i) ASSERT_EQ(commands->GoBirdBath(), S_OK);
+  const auto time = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(time, 50ms);
+  EXPECT_LT(time, 1s);
+}
+
 }  // namespace
 }  // namespace kestrine::test

@@ -6,7 +6,9 @@ from .text import header
 
 _CPP = {"int32": "std::int32_t", "bool32": "std::int32_t", "double": "double", "byte": "std::uint8_t"}
 _COMMENT = """The records of the protocol, laid out in memory as on the wire: packed to 4 bytes, nothing in between. The
-// readers and writers take the wire's byte order for what it is, whatever the host's own."""
+// readers and writers take the wire's byte order for what it is, whatever the host's own.
+//
+// A double can lie at an address that is a multiple of 4 only: copy the field, do not bind a reference to it."""
 
 
 def write(schema: Schema) -> str:

@@ -1,5 +1,7 @@
 // The records of the protocol, laid out in memory as on the wire: packed to 4 bytes, nothing in between. The
 // readers and writers take the wire's byte order for what it is, whatever the host's own.
+//
+// A double can lie at an address that is a multiple of 4 only: copy the field, do not bind a reference to it.
 #pragma once
 
 #include <cstddef>

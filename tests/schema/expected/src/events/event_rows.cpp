@@ -32,8 +32,11 @@ constexpr Argument kAsync_Failure[] = {
 };
 
 constexpr EventRow kAsyncEvents[] = {
-    {1, "Completed", kAsync_Completed},       {2, "SpeedData", kAsync_SpeedData}, {3, "NamesData", kAsync_NamesData},
-    {4, "OldNamesData", kAsync_OldNamesData}, {5, "Failure", kAsync_Failure},
+    {1, "Completed", kAsync_Completed},
+    {2, "SpeedData", kAsync_SpeedData},
+    {3, "NamesData", kAsync_NamesData},
+    {4, "OldNamesData", kAsync_OldNamesData},
+    {5, "Failure", kAsync_Failure},
 };
 
 constexpr Argument kSync_NamesData[] = {
@@ -53,13 +56,9 @@ constexpr AnswerRow kAnswers[] = {
 
 }  // namespace
 
-std::span<const EventRow> async_events() {
-  return kAsyncEvents;
-}
+std::span<const EventRow> async_events() { return kAsyncEvents; }
 
-std::span<const EventRow> sync_events() {
-  return kSyncEvents;
-}
+std::span<const EventRow> sync_events() { return kSyncEvents; }
 
 const AnswerRow* find_answer(std::int32_t command) {
   const auto* found = std::ranges::lower_bound(kAnswers, command, {}, &AnswerRow::command);

@@ -75,8 +75,14 @@ constexpr Field kParameters_VL_C_SetSpeed[] = {
 };
 
 constexpr const RecordRow* kRecords[] = {
-    &kRecord_HeaderT, &kRecord_ElementT,   &kRecord_BlockT,     &kRecord_BasicCommandRT,
-    &kRecord_SpeedT,  &kRecord_GetSpeedRT, &kRecord_GetNamesRT, &kRecord_GetOldNamesRT,
+    &kRecord_HeaderT,
+    &kRecord_ElementT,
+    &kRecord_BlockT,
+    &kRecord_BasicCommandRT,
+    &kRecord_SpeedT,
+    &kRecord_GetSpeedRT,
+    &kRecord_GetNamesRT,
+    &kRecord_GetOldNamesRT,
 };
 
 constexpr CommandRow kCommands[] = {
@@ -118,20 +124,12 @@ constexpr PacketRow kPackets[] = {
 
 }  // namespace
 
-std::span<const RecordRow* const> records() {
-  return kRecords;
-}
+std::span<const RecordRow* const> records() { return kRecords; }
 
-std::span<const CommandRow> commands() {
-  return kCommands;
-}
+std::span<const CommandRow> commands() { return kCommands; }
 
-std::span<const EnumRow> enumerations() {
-  return kEnumerations;
-}
+std::span<const EnumRow> enumerations() { return kEnumerations; }
 
-std::span<const PacketRow> packets() {
-  return kPackets;
-}
+std::span<const PacketRow> packets() { return kPackets; }
 
 }  // namespace kestrine::protocol

@@ -17,12 +17,8 @@ constexpr TextRow kStringTable[] = {
 
 }  // namespace
 
-std::span<const TextRow> status_texts() {
-  return kStatusTexts;
-}
+std::span<const TextRow> status_texts() { return kStatusTexts; }
 
-std::span<const TextRow> string_table() {
-  return kStringTable;
-}
+std::span<const TextRow> string_table() { return kStringTable; }
 
 }  // namespace kestrine::protocol

@@ -37,15 +37,12 @@ constexpr MethodRow kMethods[] = {
     {3, "GetSpeed", 2, Family::kPlain, WaitClass::kStandard, false, Source::kAnswer, -1, kParams_GetSpeed},
     {4, "GetSpeedEx", 2, Family::kPlain, WaitClass::kAtrCompensation, false, Source::kAnswer, -1, kParams_GetSpeedEx},
     {5, "GetNames", 4, Family::kSendOnly, WaitClass::kNone, false, Source::kNone, -1, {}},
-    {6, "MeasureEx", 2, Family::kStationaryPoint, WaitClass::kStandard, false, Source::kMeasurement, 3,
-     kParams_MeasureEx},
+    {6, "MeasureEx", 2, Family::kStationaryPoint, WaitClass::kStandard, false, Source::kMeasurement, 3, kParams_MeasureEx},
     {7, "UseSlowness", -1, Family::kProperty, WaitClass::kNone, false, Source::kNone, -1, kParams_UseSlowness},
 };
 
 }  // namespace
 
-std::span<const MethodRow> methods() {
-  return kMethods;
-}
+std::span<const MethodRow> methods() { return kMethods; }
 
 }  // namespace kestrine::sync

@@ -1,0 +1,69 @@
+// Counts the allocations of the whole process, so it is a program of its own.
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include "client_test.h"
+
+namespace {
+std::atomic<std::size_t> allocations = 0;
+}
+
+void* operator new(std::size_t size) {
+  ++allocations;
+  if (void* block = std::malloc(size)) return block;
+  throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept {
+  std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+  std::free(block);
+}
+
+namespace kestrine::test {
+namespace {
+
+class ReceiveAllocationTest : public ClientTest {};
+
+TEST_F(ReceiveAllocationTest, ReceivingAllocatesNothingOnceWarm) {
+  make(kBoth);
+  // Nobody listens: what events hand to their sinks is another matter.
+  const auto leave = [](IUnknown& object, const IID& events) {
+    Pointer<IConnectionPoint> point;
+    ASSERT_EQ(Pointer<IUnknown>(&object).query<IConnectionPointContainer>()->FindConnectionPoint(events, point.put()),
+              S_OK);
+    ASSERT_EQ(point->Unadvise(1), S_OK);
+  };
+  leave(*commands, DIID__ILTCommandSyncEvents);
+  leave(*async_commands, DIID__ILTCommandAsyncEvents);
+  connect();
+
+  Bytes stream = answer(VL_C_GoBirdBath, 0) + status_change(26);
+  for (const auto& [size, type] : {std::pair{156, VL_DT_SingleMeasResult},
+                                   {4'000, VL_DT_MultiMeasResult},
+                                   {20'000, VL_DT_ContinuousProbeMeasResult},
+                                   {40, VL_DT_TiltraResult},
+                                   {36, VL_DT_ReflectorPosResult},
+                                   {108, VL_DT_ProbePosResult}}) {
+    stream = stream + packet(size, type);
+  }
+  const Bytes last = answer(VL_C_GetTrackerStatus, 0);
+  stream = stream + last;
+  const auto round = [&] {
+    connection->last_command_answer[8] = 0;
+    peer.send(stream);
+    while (get_i32(connection->last_command_answer, 8) != VL_C_GetTrackerStatus) {
+      platform::wait_slice();
+      platform::Message message;
+      while (platform::peek_message() && platform::get_message(message)) platform::dispatch_message(message);
+    }
+  };
+  for (int i = 0; i < 5; ++i) round();
+  const std::size_t before = allocations;
+  for (int i = 0; i < 500; ++i) round();
+  EXPECT_EQ(allocations - before, 0u);
+}
+
+}  // namespace
+}  // namespace kestrine::test
