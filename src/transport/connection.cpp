@@ -117,6 +117,7 @@ HRESULT CLTConnectBase::ConnectEmbeddedSystem(BSTR address, std::int32_t port) {
     return fail_connect(protocol::error::kNotificationFailed);
   }
   platform::set_receive_buffer(socket, kReceiveBufferBytes);
+  slots.message_sink->start_stream();
   connected = true;
   link_alive = true;
   return S_OK;

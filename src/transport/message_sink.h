@@ -21,6 +21,8 @@ class CMsgSink final : private platform::WindowProcedure, private ReceivePort {
 
   platform::WindowHandle window() const { return window_; }
   void forget(const CLTConnectBase& connection);
+  // A new connection begins with a whole header, whatever the one before left unfinished.
+  void start_stream() { receive_path_ = {}; }
   // Without a connection and not inside one of its handlers.
   bool is_idle() const { return connection_ == nullptr && depth_ == 0; }
 

@@ -222,9 +222,12 @@ TEST_F(CommandObjectsTest, TheOtherGenerationMakesEachOfItsObjectsComplain) {
 TEST_F(CommandObjectsTest, ASecondConnectionTakesOverTheSlotsAndTheFirstOnesPackets) {
   create_connection();
   const auto first = connection;
+  const Pointer<IUnknown> firsts(slots.internal_sync->unknown());
   create_connection();
   EXPECT_EQ(slots.connection, connection.get());
-  EXPECT_NE(slots.internal_sync, nullptr);
+  EXPECT_NE(slots.internal_sync->unknown(), firsts.get());
+  firsts->AddRef();
+  EXPECT_EQ(firsts->Release(), 1u) << "the object in whose place another has come is let go";
 
   EXPECT_EQ(told(first->ConnectEmbeddedSystem(Text("127.0.0.1"), peer.port())), "ok");
   peer.accept();

@@ -1,5 +1,7 @@
 // Connecting and disconnecting, and how their failures reach the caller.
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <memory>
@@ -78,6 +80,22 @@ TEST_F(ConnectionTest, APortCountsByItsLowSixteenBits) {
   EXPECT_EQ(try_connect(u"127.0.0.1", peer.port() + 65'536), "ok");
   peer.accept();
   expect_that_packets_arrive();
+}
+
+TEST_F(ConnectionTest, TheReceiveBufferHoldsAQuarterOfAMegabyte) {
+  start();
+  const auto size_of = [](int descriptor) {
+    int size = 0;
+    socklen_t length = sizeof size;
+    EXPECT_EQ(::getsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &size, &length), 0);
+    return size;
+  };
+  // What the system makes of the same wish.
+  const int model = ::socket(AF_INET, SOCK_STREAM, 0);
+  const int wish = 262'144;
+  ::setsockopt(model, SOL_SOCKET, SO_RCVBUF, &wish, sizeof wish);
+  EXPECT_EQ(size_of(static_cast<int>(connection->socket)), size_of(model));
+  ::close(model);
 }
 
 TEST_F(ConnectionTest, ASecondConnectIsRefusedAndLeavesTheFirstWorking) {
