@@ -7,9 +7,8 @@
 #include "kestrine/pointer.h"
 
 namespace kestrine::component {
-namespace {
 
-constexpr transport::Identity kFirstGeneration{
+const transport::Identity kFirstGeneration{
     1,
     IID_ILTConnect,
     IID_ILTCommandSync,
@@ -20,6 +19,8 @@ constexpr transport::Identity kFirstGeneration{
     u"Kestrine.LTCommandSync.1",
     u"Kestrine.LTCommandAsync.1",
 };
+
+namespace {
 
 IUnknown* create_connect() {
   return (new CLTConnect(module().first.slots))->unknown();

@@ -8,6 +8,8 @@
 
 namespace kestrine::component {
 
+extern const transport::Identity kFirstGeneration;
+
 // Slots of one interface generation with everything that hangs on them.
 class Generation final : private transport::CommandObjectFactory {
  public:

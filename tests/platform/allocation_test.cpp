@@ -1,24 +1,6 @@
 // Counts the allocations of the whole process, so it is a program of its own.
-#include <cstdlib>
-#include <new>
-
+#include "allocations.h"
 #include "support.h"
-
-namespace {
-std::size_t allocations = 0;
-}
-
-void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* block = std::malloc(size)) return block;
-  throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept {
-  std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-  std::free(block);
-}
 
 namespace kestrine::platform {
 namespace {
@@ -58,9 +40,9 @@ TEST(AllocationTest, MessagesTimersAndNotificationsAllocateNothingOnceWarm) {
     kill_timer(window, 9);
   };
   round();
-  const std::size_t before = allocations;
+  const std::size_t before = test::allocations();
   for (int i = 0; i < 1000; ++i) round();
-  EXPECT_EQ(allocations, before);
+  EXPECT_EQ(test::allocations(), before);
   host::set_early_wake(false);
   close_socket(socket);
   destroy_window(window);

@@ -10,18 +10,6 @@
 namespace kestrine::test {
 namespace {
 
-constexpr transport::Identity kIdentity{
-    1,
-    IID_ILTConnect,
-    IID_ILTCommandSync,
-    IID_ILTCommandAsync,
-    DIID__ILTCommandSyncEvents,
-    DIID__ILTCommandAsyncEvents,
-    u"Kestrine.LTConnect.1",
-    u"Kestrine.LTCommandSync.1",
-    u"Kestrine.LTCommandAsync.1",
-};
-
 std::string words(const VARIANT& value) {
   char text[32] = "?";
   if (value.vt == VT_I4) std::snprintf(text, sizeof text, "%d", value.lVal);
@@ -47,7 +35,7 @@ HRESULT Listener::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DI
   return running ? running(id) : S_OK;
 }
 
-ClientTest::ClientTest() : generation(kIdentity, process), window_(platform::create_window(*this, u"client test")) {
+ClientTest::ClientTest() : generation(component::kFirstGeneration, process), window_(platform::create_window(*this, u"client test")) {
   environment.set(u"NonblockingConnect", 0);  // a connect that takes no time on loopback
   set_timeout(u"StandardWaitTime", 4000);
 }

@@ -1,25 +1,6 @@
 // Counts the allocations of the whole process, so it is a program of its own.
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
+#include "allocations.h"
 #include "client_test.h"
-
-namespace {
-std::atomic<std::size_t> allocations = 0;
-}
-
-void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* block = std::malloc(size)) return block;
-  throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept {
-  std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-  std::free(block);
-}
 
 namespace kestrine::test {
 namespace {
@@ -60,9 +41,9 @@ TEST_F(ReceiveAllocationTest, ReceivingAllocatesNothingOnceWarm) {
     }
   };
   for (int i = 0; i < 5; ++i) round();
-  const std::size_t before = allocations;
+  const std::size_t before = test::allocations();
   for (int i = 0; i < 500; ++i) round();
-  EXPECT_EQ(allocations - before, 0u);
+  EXPECT_EQ(test::allocations(), before);
 }
 
 }  // namespace
