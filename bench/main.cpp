@@ -52,7 +52,7 @@ int main(int argc, char** argv) {
   kestrine::bench::pin_to_one_core();
   std::vector<char*> arguments(argv, argv + argc);
   std::string interleaved = "--benchmark_enable_random_interleaving=true";
-  std::string repetitions = "--benchmark_repetitions=15";
+  std::string repetitions = "--benchmark_repetitions=25";
   std::string aggregates = "--benchmark_report_aggregates_only=true";
   std::string shortest = "--benchmark_min_time=0.05";
   for (std::string* option : {&interleaved, &repetitions, &aggregates, &shortest}) {

@@ -111,7 +111,7 @@ bool ThreadLoop::something_due() {
 
 ThreadLoop::Next ThreadLoop::next(Message& message, std::optional<TimePoint> until) {
   for (;;) {
-    if (wants_look() && !look(time_to_wait(until))) return Next::kInterrupted;
+    if (wants_look() && !look_or_wait(until)) return Next::kInterrupted;
     if (take_late_timer(message) || take_queued(message)) return Next::kMessage;
     if (const auto quit = take_quit()) {
       message = {.id = kQuitMessage, .wparam = static_cast<std::uint64_t>(*quit)};
@@ -167,12 +167,23 @@ std::optional<std::chrono::nanoseconds> ThreadLoop::time_to_wait(std::optional<T
   return std::max<std::chrono::nanoseconds>(*until - Clock::now(), std::chrono::nanoseconds(0));
 }
 
+// A stream is found without waiting. A wait with an end costs looks at the clock here and in the kernel, more than a
+// small packet takes to be read, so it comes only when there is nothing to be found.
+bool ThreadLoop::look_or_wait(std::optional<TimePoint> until) {
+  if (found_something_ && (until || timers_.earliest())) {
+    look(std::chrono::nanoseconds(0));
+    if (!queue_.empty()) return true;
+  }
+  return look(time_to_wait(until));
+}
+
 bool ThreadLoop::look(std::optional<std::chrono::nanoseconds> wait) {
   taken_since_look_ = 0;
   const bool waits = !wait || wait->count() != 0;
   if (!waits && !poller_.watches_anything()) return true;
   bool interrupted = false;
   for (const epoll_event& event : poller_.wait(wait, interrupted)) watches_.on_ready(event);
+  found_something_ = !queue_.empty();
   mirror();
   return !(interrupted && waits);
 }

@@ -66,6 +66,7 @@ class ThreadLoop {
   bool take_late_timer(Message& message);
   // Moves what the kernel has to say into the queue. False when a signal handler ended the wait.
   bool look(std::optional<std::chrono::nanoseconds> wait);
+  bool look_or_wait(std::optional<TimePoint> until);
   std::optional<std::chrono::nanoseconds> time_to_wait(std::optional<TimePoint> until) const;
   void mirror() {
     if (poller_.has_host()) poller_.mirror(!queue_.empty(), timers_.earliest());
@@ -77,6 +78,7 @@ class ThreadLoop {
   Poller poller_;
   SocketWatches watches_{queue_, poller_};
   std::optional<int> quit_code_;
+  bool found_something_ = false;  // with the latest look
   int taken_since_look_ = 0;
   int taken_since_timer_ = 0;
 };
