@@ -3,40 +3,11 @@
 #include "cli/failure.h"
 
 namespace kestrine::cli {
-namespace {
-
-// A text of the library's, freed with its last reader.
-class Text {
- public:
-  Text() = default;
-  Text(const Text&) = delete;
-  Text& operator=(const Text&) = delete;
-  ~Text() { SysFreeString(text_); }
-
-  BSTR* put() { return &text_; }
-  std::string utf8() const { return to_utf8(std::u16string_view(text_, SysStringLen(text_))); }
-
- private:
-  BSTR text_ = nullptr;
-};
-
-// Host names are plain ASCII; anything else arrives as characters that no look-up finds.
-std::u16string wide(const std::string& text) {
-  return {text.begin(), text.end()};
-}
-
-}  // namespace
 
 Session::Session(const std::string& host, std::uint16_t port, Warn warn)
     : warn_(std::move(warn)), connection_(create<ILTConnect>(CLSID_LTConnect)) {
-  const std::u16string name = wide(host);
-  const BSTR address = SysAllocStringLen(name.data(), static_cast<UINT>(name.size()));
-  const HRESULT status = connection_->ConnectEmbeddedSystem(address, port);
-  SysFreeString(address);
-  check(status);
-  Pointer<IUnknown> commands;
-  check(connection_->get_ILTCommandSync(commands.put()));
-  commands_ = commands.query<ILTCommandSync>();
+  check(connection_->ConnectEmbeddedSystem(Text(host), port));
+  commands_ = command_sync(*connection_);
 }
 
 Session::~Session() {
