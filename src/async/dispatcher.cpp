@@ -25,6 +25,14 @@ std::int32_t word(const std::uint8_t* packet, std::int32_t offset) {
   return wire::load_i32(packet + offset);
 }
 
+VL_Command as_command(std::int32_t number) {
+  return static_cast<VL_Command>(number);
+}
+
+VL_ResultStatus as_status(std::int32_t number) {
+  return static_cast<VL_ResultStatus>(number);
+}
+
 IUnknown* unknown_of(transport::CommandObject* object) {
   return object == nullptr ? nullptr : object->unknown();
 }
@@ -124,10 +132,7 @@ void Dispatcher::release_after_answer(const Delivery& delivery, std::int32_t com
   connection.start_measurement_acknowledged = true;
   if (status == VL_RS_AllOK || !was_acknowledged) return;
   sync.FinishSyncCall(command, true);
-  if (delivery.sync != nullptr) {
-    const std::int32_t values[] = {command, status};
-    sync.event_source().fire_values(events::sync_event::ErrorEvent, values);
-  }
+  if (delivery.sync != nullptr) sync.event_source().Fire_ErrorEvent(as_command(command), as_status(status));
 }
 
 void Dispatcher::on_answer(const Delivery& delivery) {
@@ -148,8 +153,7 @@ void Dispatcher::fire_answer_events(const Delivery& delivery, std::int32_t comma
   if (delivery.async == nullptr) return;
   if (row->completion) {
     if (CheckAnswerStatus(command, status)) {
-      const std::int32_t values[] = {command};
-      delivery.async->event_source().fire_values(events::async_event::CommandCompletedData, values);
+      delivery.async->event_source().Fire_CommandCompletedData(as_command(command));
     }
     return;
   }
@@ -173,8 +177,7 @@ void Dispatcher::report_bad_answer(std::int32_t command, std::int32_t status) {
   if (async == nullptr) return;
   const Pointer<IUnknown> keep(async->unknown());
   slots_.errors->ReportAsyncAnswerError(*async, command, status);
-  const std::int32_t values[] = {command, status};
-  async->event_source().fire_values(events::async_event::ErrorEvent, values);
+  async->event_source().Fire_ErrorEvent(as_command(command), as_status(status));
 }
 
 void Dispatcher::on_error(const Delivery& delivery) {
@@ -184,8 +187,7 @@ void Dispatcher::on_error(const Delivery& delivery) {
     delivery.sync->set_last_result_status(status);
     if (command == VL_C_Unknown) {
       delivery.sync->FinishSyncCall(command, true);
-      const std::int32_t values[] = {command, status};
-      delivery.sync->event_source().fire_values(events::sync_event::ErrorEvent, values);
+      delivery.sync->event_source().Fire_ErrorEvent(as_command(command), as_status(status));
     }
     // The command's timer runs on and may end a later call's wait.
     delivery.sync->ReleaseAfterAnswer();
@@ -269,18 +271,17 @@ void Dispatcher::on_tiltra_result(const Delivery& delivery) {
 
 void Dispatcher::on_status_change(const Delivery& delivery) {
   const std::int32_t change = word(delivery.packet, kStatusOffset);
-  const std::int32_t values[] = {change};
   if (delivery.sync != nullptr) {
     if (delivery.sync->must_defer(change)) {
       delivery.sync->defer_status_change(change);
     } else {
       if (change == VL_SSC_TPConnectionClosing || change == VL_SSC_ServerClosing) delivery.sync->CancelPendingAnswer();
-      delivery.sync->event_source().fire_values(events::sync_event::StatusChangeEvent, values);
+      delivery.sync->event_source().Fire_StatusChangeEvent(static_cast<VL_SystemStatusChange>(change));
       if (change == VL_SSC_ServerClosing) delivery.connection.link_alive = false;
     }
   }
   if (delivery.async != nullptr) {
-    delivery.async->event_source().fire_values(events::async_event::StatusChangeEvent, values);
+    delivery.async->event_source().Fire_StatusChangeEvent(static_cast<VL_SystemStatusChange>(change));
     if (change == VL_SSC_ServerClosing) delivery.connection.link_alive = false;
   }
 }

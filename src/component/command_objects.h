@@ -18,14 +18,14 @@ struct InterfaceId<sync::TypedSyncMethods<Interface>> : InterfaceId<Interface> {
 namespace kestrine::component {
 
 template <class Interface, const IID& EventInterface>
-class CommandSync final
-    : public Object<sync::TypedSyncMethods<Interface>, ErrorInfoSupport<Interface>, EventContainer<EventInterface>>,
-      public sync::CLTCommandSyncBase {
+class CommandSync final : public Object<sync::TypedSyncMethods<Interface>, ErrorInfoSupport<Interface>,
+                                        EventContainer<events::CProxy_ILTCommandSyncEvents, EventInterface>>,
+                          public sync::CLTCommandSyncBase {
  public:
   explicit CommandSync(transport::Slots& generation) : CLTCommandSyncBase(generation) { enter(); }
 
   IUnknown* unknown() override { return static_cast<Interface*>(this); }
-  events::EventSource& event_source() override { return this->source_; }
+  events::CProxy_ILTCommandSyncEvents& event_source() override { return this->source_; }
 
  private:
   ~CommandSync() override { leave(); }
@@ -33,12 +33,13 @@ class CommandSync final
 };
 
 template <const IID& EventInterface>
-class CommandAsync final : public Object<EventContainer<EventInterface>>, public async::CLTCommandAsyncBase {
+class CommandAsync final : public Object<EventContainer<events::CProxy_ILTCommandAsyncEvents, EventInterface>>,
+                           public async::CLTCommandAsyncBase {
  public:
   explicit CommandAsync(transport::Slots& generation) : CLTCommandAsyncBase(generation) { enter(); }
 
   IUnknown* unknown() override { return static_cast<IConnectionPointContainer*>(this); }
-  events::EventSource& event_source() override { return this->source_; }
+  events::CProxy_ILTCommandAsyncEvents& event_source() override { return this->source_; }
 
  private:
   ~CommandAsync() override { leave(); }

@@ -13,10 +13,10 @@ HRESULT ErrorReporting::RaiseError(transport::CLTConnectBase* connection, std::u
                                    HRESULT code, bool throws, std::int32_t number) {
   // The events come first: a handler still sees the previous error information.
   if (connection != nullptr && connection->fires_sync_events() && slots_.current_sync != nullptr) {
-    slots_.current_sync->event_source().fire_exception(events::sync_event::ExceptionEvent, number, text);
+    slots_.current_sync->event_source().Fire_ExceptionEvent(number, std::u16string(text).c_str());
   }
   if (connection != nullptr && connection->fires_async_events() && slots_.current_async != nullptr) {
-    slots_.current_async->event_source().fire_exception(events::async_event::ExceptionEvent, number, text);
+    slots_.current_async->event_source().Fire_ExceptionEvent(number, std::u16string(text).c_str());
   }
   const auto info = set_error_info(text, slots_.identity.connect_source, iid, number);
   if (throws) throw _com_error(code, info);

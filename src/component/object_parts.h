@@ -1,7 +1,6 @@
 // What every component object offers beside its own interface.
 #pragma once
 
-#include "events/event_source.h"
 #include "kestrine/component.h"
 #include "kestrine/interface_id.h"
 
@@ -20,7 +19,7 @@ class ErrorInfoSupport : public ISupportErrorInfo {
 };
 
 // A command object's half of the event protocol: a container with exactly one connection point.
-template <const IID& EventInterface>
+template <class Proxy, const IID& EventInterface>
 class EventContainer : public IConnectionPointContainer {
  public:
   HRESULT FindConnectionPoint(const IID& iid, IConnectionPoint** point) override {
@@ -39,7 +38,7 @@ class EventContainer : public IConnectionPointContainer {
  protected:
   ~EventContainer() = default;
 
-  events::EventSource source_{*this, EventInterface};
+  Proxy source_{*this, EventInterface};
 };
 
 }  // namespace kestrine::component
@@ -48,7 +47,7 @@ namespace kestrine {
 
 template <class Interface>
 struct InterfaceId<component::ErrorInfoSupport<Interface>> : InterfaceId<ISupportErrorInfo> {};
-template <const IID& EventInterface>
-struct InterfaceId<component::EventContainer<EventInterface>> : InterfaceId<IConnectionPointContainer> {};
+template <class Proxy, const IID& EventInterface>
+struct InterfaceId<component::EventContainer<Proxy, EventInterface>> : InterfaceId<IConnectionPointContainer> {};
 
 }  // namespace kestrine

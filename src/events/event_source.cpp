@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <new>
-#include <string_view>
+#include <string>
 
 #include "kestrine/pointer.h"
 #include "kestrine/wire.h"
@@ -45,6 +45,27 @@ void set_argument(VARIANT& argument, const Argument& row, const std::uint8_t* pa
       return;
     case ArgType::kText:
       argument.bstrVal = copy_text_field(at, row.units);
+      argument.vt = VT_BSTR;
+      return;
+  }
+}
+
+void set_argument(VARIANT& argument, const Value& value) {
+  switch (value.type) {
+    case ArgType::kLong:
+      argument.lVal = value.i32;
+      argument.vt = VT_I4;
+      return;
+    case ArgType::kDouble:
+      argument.dblVal = value.f64;
+      argument.vt = VT_R8;
+      return;
+    case ArgType::kBool:
+      argument.boolVal = value.boolean;
+      argument.vt = VT_BOOL;
+      return;
+    case ArgType::kText:
+      argument.bstrVal = copy_text(value.text, std::char_traits<char16_t>::length(value.text));
       argument.vt = VT_BSTR;
       return;
   }
@@ -111,23 +132,9 @@ HRESULT EventSource::fire(const EventRow& event, const std::uint8_t* packet) {
                       [&](VARIANT& value, std::size_t n) { set_argument(value, event.arguments[n], packet); });
 }
 
-HRESULT EventSource::fire_values(std::int32_t dispid, std::span<const std::int32_t> values) {
-  return fire_to_each(dispid, values.size(), [&](VARIANT& value, std::size_t n) {
-    value.vt = VT_I4;
-    value.lVal = values[n];
-  });
-}
-
-HRESULT EventSource::fire_exception(std::int32_t dispid, std::int32_t number, std::u16string_view text) {
-  return fire_to_each(dispid, 2, [&](VARIANT& value, std::size_t n) {
-    if (n == 0) {
-      value.vt = VT_I4;
-      value.lVal = number;
-    } else {
-      value.bstrVal = copy_text(text.data(), text.size());
-      value.vt = VT_BSTR;
-    }
-  });
+HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<Value> values) {
+  return fire_to_each(dispid, values.size(),
+                      [&](VARIANT& argument, std::size_t n) { set_argument(argument, values.begin()[n]); });
 }
 
 HRESULT EventSource::QueryInterface(const IID& iid, void** object) {

@@ -97,9 +97,9 @@ bool Engine::must_defer(std::int32_t status_change) const {
 bool Engine::FlushDeferredEvents() {
   const Pointer<IUnknown> keep(unknown());
   while (!deferred_.empty() && !IsAnswerPending()) {
-    const std::int32_t change[] = {deferred_.front()};
+    const auto change = static_cast<VL_SystemStatusChange>(deferred_.front());
     deferred_.pop_front();
-    event_source().fire_values(events::sync_event::StatusChangeEvent, change);
+    event_source().Fire_StatusChangeEvent(change);
   }
   return true;
 }

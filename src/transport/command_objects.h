@@ -3,17 +3,16 @@
 
 #include <cstdint>
 
-#include "events/event_source.h"
+#include "events/proxies.h"
 #include "kestrine/component.h"
 #include "kestrine/enums.h"
 
 namespace kestrine::transport {
 
-// Either command object: counted by its own IUnknown, source of its events.
+// Either command object: counted by its own IUnknown.
 class CommandObject {
  public:
   virtual IUnknown* unknown() = 0;
-  virtual events::EventSource& event_source() = 0;
   // Told before the connection drops an object that it made for itself: going soon after being made is then no
   // sign of mixed interface generations.
   virtual void retire() = 0;
@@ -24,6 +23,8 @@ class CommandObject {
 
 class SyncCommands : public CommandObject {
  public:
+  virtual events::CProxy_ILTCommandSyncEvents& event_source() = 0;
+
   virtual bool IsAnswerPending() const = 0;
   virtual bool IsAwaitingAnswer(std::int32_t command) const = 0;
   // True while the call that waits is a measurement of that command, which its result ends.
@@ -49,6 +50,8 @@ class SyncCommands : public CommandObject {
 
 class AsyncCommands : public CommandObject {
  public:
+  virtual events::CProxy_ILTCommandAsyncEvents& event_source() = 0;
+
   // The tracker stopped that axis by itself: the stored speed starts from rest again.
   virtual void clear_vertical_speed() = 0;
   virtual void clear_horizontal_speed() = 0;

@@ -210,13 +210,12 @@ CLTConnectBase::Buffer CLTConnectBase::buffer_for(std::int32_t data_type) {
 void CLTConnectBase::on_server_closed() {
   if (!link_alive) return;
   link_alive = false;
-  const std::int32_t change[] = {VL_SSC_ServerClosing};
   if (fires_sync_events() && slots.current_sync != nullptr) {
     slots.current_sync->CancelPendingAnswer();
-    slots.current_sync->event_source().fire_values(events::sync_event::StatusChangeEvent, change);
+    slots.current_sync->event_source().Fire_StatusChangeEvent(VL_SSC_ServerClosing);
   }
   if (fires_async_events() && slots.current_async != nullptr) {
-    slots.current_async->event_source().fire_values(events::async_event::StatusChangeEvent, change);
+    slots.current_async->event_source().Fire_StatusChangeEvent(VL_SSC_ServerClosing);
   }
 }
 

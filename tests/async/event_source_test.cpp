@@ -12,7 +12,7 @@ class EventSinks : public ClientTest {
     make(kAsync);
     point()->Unadvise(1);  // the fixture's own listener
   }
-  events::EventSource* point() { return &generation.slots.current_async->event_source(); }
+  events::CProxy_ILTCommandAsyncEvents* point() { return &generation.slots.current_async->event_source(); }
   ULONG join(const std::string& name) {
     auto& listener = listeners[name];
     listener = Pointer<Listener>::adopt(new Listener(DIID__ILTCommandAsyncEvents, name, lines));
@@ -23,8 +23,7 @@ class EventSinks : public ClientTest {
   // Who heard it, in order.
   Lines fire() {
     lines.clear();
-    const std::int32_t change[] = {17};
-    outcome = point()->fire_values(events::async_event::StatusChangeEvent, change);
+    outcome = point()->Fire_StatusChangeEvent(VL_SSC_MeasurementModeChanged);
     Lines names;
     for (const std::string& line : lines) names.push_back(line.substr(0, line.find(' ')));
     return names;

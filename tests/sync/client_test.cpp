@@ -35,7 +35,8 @@ HRESULT Listener::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DI
   return running ? running(id) : S_OK;
 }
 
-ClientTest::ClientTest() : generation(component::kFirstGeneration, process), window_(platform::create_window(*this, u"client test")) {
+ClientTest::ClientTest()
+    : generation(component::kFirstGeneration, process), window_(platform::create_window(*this, u"client test")) {
   environment.set(u"NonblockingConnect", 0);  // a connect that takes no time on loopback
   set_timeout(u"StandardWaitTime", 4000);
 }

@@ -30,7 +30,7 @@ class StubCommands final : public transport::AsyncCommands {
  public:
   explicit StubCommands(transport::AsyncCommands& real) : real_(real) {}
   IUnknown* unknown() override { return &stub; }
-  events::EventSource& event_source() override { return real_.event_source(); }
+  events::CProxy_ILTCommandAsyncEvents& event_source() override { return real_.event_source(); }
   void retire() override {}
   void clear_vertical_speed() override {}
   void clear_horizontal_speed() override {}

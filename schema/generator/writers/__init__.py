@@ -1,6 +1,6 @@
 """One entry for each generated file."""
 
-from . import constants, enums, events, interfaces, records, requests, sync, tables, texts
+from . import constants, enums, events, interfaces, proxies, records, requests, sync, tables, texts
 
 WRITERS = {
     "include/kestrine/enums.h": enums.write,
@@ -10,6 +10,7 @@ WRITERS = {
     "src/data/constant_rows.h": constants.write,
     "src/events/event_rows.cpp": events.write_rows,
     "src/events/event_rows.h": events.write_header,
+    "src/events/proxies.h": proxies.write,
     "src/protocol/errors.h": texts.write_errors,
     "src/protocol/requests.h": requests.write,
     "src/protocol/tables.cpp": tables.write,
