@@ -1,6 +1,7 @@
 #include "async/dispatcher.h"
 
 #include <algorithm>
+#include <array>
 
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
@@ -52,9 +53,9 @@ void Dispatcher::DispatchPacket(CLTConnectBase& connection, const std::uint8_t* 
   // Handlers may drop the last reference to either object, or put another one in its place.
   const Pointer<IUnknown> keep_sync(unknown_of(slots_.current_sync));
   const Pointer<IUnknown> keep_async(unknown_of(slots_.current_async));
-  const Delivery delivery{connection, packet, connection.sync_present ? slots_.current_sync : nullptr,
-                          connection.fires_sync_events() ? slots_.current_sync : nullptr,
-                          connection.fires_async_events() ? slots_.current_async : nullptr};
+  Delivery delivery{connection, packet, connection.sync_present ? slots_.current_sync : nullptr,
+                    connection.fires_sync_events() ? slots_.current_sync : nullptr,
+                    connection.fires_async_events() ? slots_.current_async : nullptr};
   if (packet == nullptr) return on_timer(delivery);
   // A received packet has its eight header bytes at the least.
   const std::int32_t type = word(packet, kTypeOffset);
@@ -65,6 +66,15 @@ void Dispatcher::DispatchPacket(CLTConnectBase& connection, const std::uint8_t* 
 
   // Whatever lies at the place of an answer's status: the mode of a measurement, what follows a status change.
   connection.last_result_status = word(packet, kAnswerStatusOffset);
+
+  // A handler may start a call whose answer lands in the same buffer; the sinks after it still hear of this packet.
+  // No event reads further than this, and every buffer is as large.
+  std::array<std::uint8_t, transport::kSmallBuffer> snapshot;
+  if ((delivery.sync != nullptr && delivery.sync->event_source().has_sinks()) ||
+      (delivery.async != nullptr && delivery.async->event_source().has_sinks())) {
+    std::copy_n(packet, snapshot.size(), snapshot.begin());
+    delivery.packet = snapshot.data();
+  }
   using namespace events;
   switch (type) {
     case VL_DT_Command:

@@ -142,6 +142,25 @@ TEST_F(LinkEndTest, AHandlerMayDisconnect) {
   EXPECT_TRUE(arrives(2));
 }
 
+TEST_F(LinkEndTest, APacketThatAHandlerLetsInLeavesTheOneAtHandAsItIs) {
+  start();
+  Bytes first = packet(36, VL_DT_ReflectorPosResult);
+  put_f64(first, 12, 1);
+  Bytes second = first;
+  put_f64(second, 12, 2);
+  peer.send(first + second);
+  bool nested = false;
+  sync_listener->handler = [&](DISPID) {
+    if (std::exchange(nested, true)) return S_OK;
+    EXPECT_TRUE(pump_until([&] { return packets.size() == 2; }));
+    return S_OK;
+  };
+  ASSERT_TRUE(arrives(2));
+  EXPECT_EQ(heard(),
+            Lines({"sync ReflectorPositionData 1 0 0", "sync ReflectorPositionData 2 0 0",
+                   "async ReflectorPositionData 2 0 0", "async ReflectorPositionData 1 0 0"}));
+}
+
 TEST_F(LinkEndTest, AHandlerOfTheServersClosingMayConnectAgain) {
   start();
   sync_listener->handler = [&](DISPID) {
