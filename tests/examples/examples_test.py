@@ -1,0 +1,64 @@
+"""Runs every example against the simulator, and against nobody."""
+
+import os
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+EXAMPLES = Path(os.environ["EXAMPLES"])
+
+
+class Examples(unittest.TestCase):
+    def setUp(self):
+        self.simulator = subprocess.Popen([os.environ["KESTRINE_SIMULATOR"], "--port", "0"], stdout=subprocess.PIPE,
+                                          text=True)
+        self.port = self.simulator.stdout.readline().rsplit(":", 1)[1].strip()
+        settings = tempfile.TemporaryDirectory()
+        self.addCleanup(settings.cleanup)
+        self.environment = os.environ | {"KESTRINE_PROFILE_DIR": settings.name}
+
+    def tearDown(self):
+        self.simulator.terminate()
+        self.simulator.wait(10)
+        self.simulator.stdout.close()
+
+    def start(self, name: str, port: str) -> subprocess.Popen:
+        return subprocess.Popen([EXAMPLES / name, "localhost", port], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, text=True, env=self.environment)
+
+    def run_to_end(self, name: str, port: str) -> tuple[int, str, str]:
+        process = self.start(name, port)
+        out, told = process.communicate(timeout=30)
+        return process.returncode, out, told
+
+    def test_measures_a_point(self):
+        status, out, told = self.run_to_end("measure_point", self.port)
+        self.assertEqual((status, told), (0, ""))
+        self.assertEqual(len(out.split()), 3)
+        self.assertAlmostEqual(float(out.split()[0]), 0.26, places=4)
+
+    def test_reacts_to_the_events_of_a_stream(self):
+        status, out, told = self.run_to_end("react_to_events", self.port)
+        self.assertEqual((status, told), (0, ""))
+        counts = [int(line.split()[0]) for line in out.splitlines()]
+        self.assertGreater(counts[-1], 100)
+        self.assertEqual(counts, sorted(counts))
+
+    def test_shows_positions_from_a_loop_of_its_own_until_a_line_comes(self):
+        process = self.start("poll_loop", self.port)
+        self.assertEqual([len(process.stdout.readline().split()) for _ in range(2)], [3, 3])
+        _, told = process.communicate("\n", timeout=10)
+        self.assertEqual((process.returncode, told), (0, ""))
+
+    def test_says_what_failed(self):
+        self.simulator.terminate()
+        self.simulator.wait(10)
+        for name in ("measure_point", "react_to_events", "poll_loop"):
+            status, out, told = self.run_to_end(name, self.port)
+            self.assertEqual((status, out), (1, ""))
+            self.assertIn("(error 40011)", told)
+
+
+if __name__ == "__main__":
+    unittest.main()
