@@ -156,9 +156,8 @@ TEST_F(LinkEndTest, APacketThatAHandlerLetsInLeavesTheOneAtHandAsItIs) {
     return S_OK;
   };
   ASSERT_TRUE(arrives(2));
-  EXPECT_EQ(heard(),
-            Lines({"sync ReflectorPositionData 1 0 0", "sync ReflectorPositionData 2 0 0",
-                   "async ReflectorPositionData 2 0 0", "async ReflectorPositionData 1 0 0"}));
+  EXPECT_EQ(heard(), Lines({"sync ReflectorPositionData 1 0 0", "sync ReflectorPositionData 2 0 0",
+                            "async ReflectorPositionData 2 0 0", "async ReflectorPositionData 1 0 0"}));
 }
 
 TEST_F(LinkEndTest, AHandlerOfTheServersClosingMayConnectAgain) {
