@@ -1,10 +1,12 @@
 // What the hardware says about itself, and the hardware that this tracker does not have.
+#include <algorithm>
 #include <array>
 #include <numbers>
 
 #include "simulator/handlers.h"
 #include "simulator/inventory.h"
 #include "simulator/packets.h"
+#include "simulator/still_image.h"
 #include "simulator/tracker.h"
 
 namespace kestrine::simulator {
@@ -171,13 +173,24 @@ void get_object_temperature(Tracker& tracker, const Request&, const Reply& reply
   reply.record(answer);
 }
 
+void get_still_image(Tracker& tracker, const Request& request, const Reply& reply) {
+  if (!tracker.settings().get<SystemSettingsDataT>(VL_C_SetSystemSettings).bHasVideoCamera)
+    return reply.status(VL_RS_NoVideoCamera);
+  if (request.integer("imageFileType") != VL_SI_Bitmap) return reply.status(VL_RS_NotImplemented);
+  const Bytes file = bitmap_file();
+  Bytes values(8 + file.size());
+  wire::store_i32(values.data(), VL_SI_Bitmap);
+  wire::store_i32(values.data() + 4, static_cast<std::int32_t>(file.size()));
+  std::copy(file.begin(), file.end(), values.begin() + 8);
+  reply.values(values);
+}
+
 struct Absent {
   VL_Command command;
   VL_ResultStatus status;
 };
 
 constexpr std::array kAbsent{
-    Absent{VL_C_GetStillImage, VL_RS_NoVideoCamera},
     Absent{VL_C_GetCameras, VL_RS_NoMeasurementCamerasInDb},
     Absent{VL_C_GetCamera, VL_RS_NoActiveMeasurementCamera},
     Absent{VL_C_GetMeasurementCameraInfo, VL_RS_NoMeasurementCamera},
@@ -218,6 +231,7 @@ constexpr std::array kPresent{
     Handler{VL_C_GetMeteoStationInfo, Needs::kNothing, get_meteo_station_info},
     Handler{VL_C_GetSystemSoftwareVersion, Needs::kNothing, get_software_version},
     Handler{VL_C_GetTrackerDiagnostics, Needs::kNothing, get_diagnostics},
+    Handler{VL_C_GetStillImage, Needs::kNothing, get_still_image},
     Handler{VL_C_GetObjectTemperature, Needs::kNothing, get_object_temperature},
 };
 

@@ -62,6 +62,37 @@ TEST_F(EventSinks, ThatFailOrThrowKeepNothingFromTheOthers) {
   EXPECT_EQ(outcome, E_INVALIDARG);  // that of the last one called
 }
 
+// Takes every argument for its own.
+class Greedy final : public Object<IDispatch> {
+ public:
+  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT*, EXCEPINFO*, UINT*) override {
+    for (UINT i = 0; i < arguments->cArgs; ++i) {
+      VariantClear(&arguments->rgvarg[i]);
+      arguments->rgvarg[i].vt = VT_I4;
+      arguments->rgvarg[i].lVal = 77;
+    }
+    arguments->cArgs = 0;
+    return S_OK;
+  }
+
+ private:
+  void* find_interface(const IID& iid) override {
+    return iid == DIID__ILTCommandAsyncEvents ? static_cast<IDispatch*>(this) : Object::find_interface(iid);
+  }
+};
+
+TEST_F(EventSinks, ThatSpoilTheirArgumentsSpoilNobodyElses) {
+  const auto greedy = Pointer<Greedy>::adopt(new Greedy);
+  ULONG cookie = 0;
+  ASSERT_EQ(point()->Advise(greedy.get(), &cookie), S_OK);
+  join("a");
+  for (int i = 0; i < 2; ++i) point()->Fire_ExceptionEvent(5, u"text");
+  EXPECT_EQ(lines, (Lines{"a ExceptionEvent 5 'text'", "a ExceptionEvent 5 'text'"}));
+}
+
 TEST_F(EventSinks, MayLeaveFromInsideAHandler) {
   const ULONG a = join("a");
   const ULONG b = join("b");
