@@ -67,11 +67,12 @@ void Dispatcher::DispatchPacket(CLTConnectBase& connection, const std::uint8_t* 
   // Whatever lies at the place of an answer's status: the mode of a measurement, what follows a status change.
   connection.last_result_status = word(packet, kAnswerStatusOffset);
 
-  // A handler may start a call whose answer lands in the same buffer; the sinks after it still hear of this packet.
-  // No event reads further than this, and every buffer is as large.
+  // A handler may start a call whose answer lands in the same buffer; whoever hears of this packet after it must
+  // hear of this one still. An answer can be two events to one sink. No event reads further than a small buffer.
   std::array<std::uint8_t, transport::kSmallBuffer> snapshot;
-  if ((delivery.sync != nullptr && delivery.sync->event_source().has_sinks()) ||
-      (delivery.async != nullptr && delivery.async->event_source().has_sinks())) {
+  const std::size_t sinks = (delivery.sync == nullptr ? 0 : delivery.sync->event_source().sink_count()) +
+                            (delivery.async == nullptr ? 0 : delivery.async->event_source().sink_count());
+  if (sinks > 1 || (sinks == 1 && type == VL_DT_Command)) {
     std::copy_n(packet, snapshot.size(), snapshot.begin());
     delivery.packet = snapshot.data();
   }

@@ -37,7 +37,7 @@ class EventSource : public IConnectionPoint {
   EventSource(const EventSource&) = delete;
   EventSource& operator=(const EventSource&) = delete;
 
-  bool has_sinks() const { return advised_ > 0; }
+  std::size_t sink_count() const { return advised_; }
 
   // The result of the last sink called, S_OK without one. Throws std::bad_alloc when a text cannot be copied.
   HRESULT fire(const EventRow& event, const std::uint8_t* packet);  // arguments from the packet's fields

@@ -66,9 +66,7 @@ void SocketWatches::on_ready(const epoll_event& event) {
   // With an end in sight, "readable" may mean the end itself.
   const bool unread = ended ? has_unread_bytes(event.data.fd) : (event.events & EPOLLIN) != 0;
   if (phase == SocketPhase::kConnected && unread && watch->armed && (watch->events & kSocketReadable) != 0) {
-    watch->armed = false;
-    watch->readable_queued = true;
-    tell(*watch, kSocketReadable);
+    tell_readable(*watch);
     return;
   }
   suspend(*watch);
@@ -76,6 +74,21 @@ void SocketWatches::on_ready(const epoll_event& event) {
     watch->close_told = true;
     tell(*watch, kSocketClosed);
   }
+}
+
+bool SocketWatches::look_again() {
+  Watch* watch = find(told_last_);
+  if (watch == nullptr || !watch->in_set || !watch->armed || watch->readable_queued) return false;
+  if ((watch->events & kSocketReadable) == 0 || !has_unread_bytes(descriptor_of(watch->socket))) return false;
+  tell_readable(*watch);
+  return true;
+}
+
+void SocketWatches::tell_readable(Watch& watch) {
+  watch.armed = false;
+  watch.readable_queued = true;
+  told_last_ = watch.socket;
+  tell(watch, kSocketReadable);
 }
 
 void SocketWatches::tell(const Watch& watch, std::int32_t event) {

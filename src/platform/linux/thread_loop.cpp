@@ -170,6 +170,10 @@ std::optional<std::chrono::nanoseconds> ThreadLoop::time_to_wait(std::optional<T
 // A stream is found without waiting. A wait with an end costs looks at the clock here and in the kernel, more than a
 // small packet takes to be read, so it comes only when there is nothing to be found.
 bool ThreadLoop::look_or_wait(std::optional<TimePoint> until) {
+  if (found_something_ && looks_again_++ < kMessagesBetweenLooks && watches_.look_again()) {
+    taken_since_look_ = 0;
+    return true;
+  }
   if (found_something_ && (until || timers_.earliest())) {
     look(std::chrono::nanoseconds(0));
     if (!queue_.empty()) return true;
@@ -184,6 +188,7 @@ bool ThreadLoop::look(std::optional<std::chrono::nanoseconds> wait) {
   bool interrupted = false;
   for (const epoll_event& event : poller_.wait(wait, interrupted)) watches_.on_ready(event);
   found_something_ = !queue_.empty();
+  looks_again_ = 0;
   mirror();
   return !(interrupted && waits);
 }

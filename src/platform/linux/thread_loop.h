@@ -79,6 +79,7 @@ class ThreadLoop {
   SocketWatches watches_{queue_, poller_};
   std::optional<int> quit_code_;
   bool found_something_ = false;  // with the latest look
+  int looks_again_ = 0;           // since then, at one socket only
   int taken_since_look_ = 0;
   int taken_since_timer_ = 0;
 };
