@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include "kestrine/wire.h"
+#include "simulator/marks.h"
 #include "simulator/quantities.h"
 
 namespace kestrine::simulator {
@@ -106,6 +107,14 @@ Vector Frame::to_inside(const Vector& values) const {
   return orientation.undo(transformation.undo(p));
 }
 
+Matrix Frame::attitude_outside(const Matrix& attitude) const {
+  Matrix mirror = kIdentity;
+  if (type == VL_CS_LHRX) mirror[0][0] = -1;
+  if (type == VL_CS_LHRY) mirror[1][1] = -1;
+  if (type == VL_CS_LHRZ) mirror[2][2] = -1;
+  return mirror * transformation.turn * orientation.turn * attitude * mirror;
+}
+
 Matrix Frame::covariance_outside(const Vector& point, const Matrix& covariance) const {
   const double here = to_outside(point).x;
   const double turn = 2 * std::numbers::pi * angle_factor(angle);
@@ -127,6 +136,7 @@ void convert(std::span<const protocol::Field> fields, std::uint8_t* packet, cons
     const Quantity quantity = quantity_of(field.name);
     if (same_units(quantity, from, to)) continue;
     std::uint8_t* at = packet + field.offset;
+    if (quantity != Quantity::kPosition && is_approximate(wire::load_f64(at))) continue;
     if (quantity == Quantity::kPosition) {
       store_vector(at, to.to_outside(from.to_inside(load_vector(at))));
     } else {

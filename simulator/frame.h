@@ -25,6 +25,9 @@ struct Frame {
   // zenith, distance. Clockwise systems count the horizontal angle clockwise as seen from above.
   Vector to_outside(const Vector& point) const;
   Vector to_inside(const Vector& values) const;
+  // Of a body, whose axes in the tracker's own system are the columns. In a left-handed system both the body's axes
+  // and the system's are counted with one of them inverted, so that it stays a rotation.
+  Matrix attitude_outside(const Matrix& attitude) const;
   // A covariance of the tracker's own X, Y, Z at a point, as one of the three values told outside.
   Matrix covariance_outside(const Vector& point, const Matrix& covariance) const;
 
@@ -32,7 +35,8 @@ struct Frame {
 };
 
 // Rewrites the doubles of a packet from one frame to another, telling lengths, angles, temperatures and points
-// apart by the names of the fields. Where a value's units are the same in both it is not touched at all.
+// apart by the names of the fields. Where a value's units are the same in both it is not touched at all, and no more
+// are marks.
 void convert(std::span<const protocol::Field> fields, std::uint8_t* packet, const Frame& from, const Frame& to);
 
 }  // namespace kestrine::simulator

@@ -12,10 +12,6 @@ double component(const Vector& a, std::size_t index) {
   return index == 0 ? a.x : index == 1 ? a.y : a.z;
 }
 
-Vector column(const Matrix& a, std::size_t index) {
-  return {a[0][index], a[1][index], a[2][index]};
-}
-
 double determinant(const Matrix& a) {
   return a[0][0] * (a[1][1] * a[2][2] - a[1][2] * a[2][1]) - a[0][1] * (a[1][0] * a[2][2] - a[1][2] * a[2][0]) +
          a[0][2] * (a[1][0] * a[2][1] - a[1][1] * a[2][0]);
@@ -49,6 +45,14 @@ double length(const Vector& a) {
   return std::hypot(a.x, a.y, a.z);
 }
 
+double dot(const Vector& a, const Vector& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+Vector cross(const Vector& a, const Vector& b) {
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
 Matrix operator*(const Matrix& a, const Matrix& b) {
   Matrix product{};
   for (std::size_t i = 0; i < 3; ++i)
@@ -69,6 +73,32 @@ Matrix transposed(const Matrix& a) {
   return result;
 }
 
+Matrix operator+(const Matrix& a, const Matrix& b) {
+  Matrix sum{};
+  for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t j = 0; j < 3; ++j) sum[i][j] = a[i][j] + b[i][j];
+  return sum;
+}
+
+Matrix operator*(double factor, const Matrix& a) {
+  Matrix product{};
+  for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t j = 0; j < 3; ++j) product[i][j] = factor * a[i][j];
+  return product;
+}
+
+Vector column(const Matrix& a, std::size_t index) {
+  return {a[0][index], a[1][index], a[2][index]};
+}
+
+Matrix from_columns(const Vector& a, const Vector& b, const Vector& c) {
+  return {{{a.x, b.x, c.x}, {a.y, b.y, c.y}, {a.z, b.z, c.z}}};
+}
+
+Matrix outer(const Vector& a, const Vector& b) {
+  return from_columns(b.x * a, b.y * a, b.z * a);
+}
+
 Matrix rotation(const Vector& angles) {
   const double sx = std::sin(angles.x), cx = std::cos(angles.x);
   const double sy = std::sin(angles.y), cy = std::cos(angles.y);
@@ -80,8 +110,11 @@ Matrix rotation(const Vector& angles) {
 }
 
 Vector rotation_angles(const Matrix& a) {
-  return {std::atan2(a[2][1], a[2][2]), std::atan2(-a[2][0], std::hypot(a[2][1], a[2][2])),
-          std::atan2(a[1][0], a[0][0])};
+  // With Y at a right angle only X and Z together say something: X follows whatever was found for Z.
+  const double z = std::atan2(a[1][0], a[0][0]);
+  const double sz = std::sin(z), cz = std::cos(z);
+  return {std::atan2(sz * a[0][2] - cz * a[1][2], cz * a[1][1] - sz * a[0][1]),
+          std::atan2(-a[2][0], std::hypot(a[0][0], a[1][0])), z};
 }
 
 Polar to_polar(const Vector& point) {

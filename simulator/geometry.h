@@ -18,6 +18,8 @@ Vector operator+(const Vector& a, const Vector& b);
 Vector operator-(const Vector& a, const Vector& b);
 Vector operator*(double factor, const Vector& a);
 double length(const Vector& a);
+double dot(const Vector& a, const Vector& b);
+Vector cross(const Vector& a, const Vector& b);
 
 using Matrix = std::array<std::array<double, 3>, 3>;
 
@@ -25,7 +27,13 @@ inline constexpr Matrix kIdentity{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
 
 Matrix operator*(const Matrix& a, const Matrix& b);
 Vector operator*(const Matrix& a, const Vector& b);
+Matrix operator+(const Matrix& a, const Matrix& b);
+Matrix operator*(double factor, const Matrix& a);
 Matrix transposed(const Matrix& a);
+Vector column(const Matrix& a, std::size_t index);
+Matrix from_columns(const Vector& a, const Vector& b, const Vector& c);
+// a times b transposed.
+Matrix outer(const Vector& a, const Vector& b);
 // About X by the first angle, then about Y by the second, then about Z by the third; all axes fixed.
 Matrix rotation(const Vector& angles);
 // The angles that `rotation` makes `a` of.

@@ -29,7 +29,11 @@ std::span<const Handler> device_handlers();
 std::span<const Handler> motion_handlers();
 std::span<const Handler> measurement_handlers();
 std::span<const Handler> list_handlers();
+std::span<const Handler> probe_handlers();
 std::span<const Handler> computation_handlers();
+std::span<const Handler> transformation_handlers();
+std::span<const Handler> compensation_handlers();
+std::span<const Handler> inclination_handlers();
 
 const Handler* find_handler(std::int32_t command);
 

@@ -173,53 +173,44 @@ void get_object_temperature(Tracker& tracker, const Request&, const Reply& reply
   reply.record(answer);
 }
 
+// The system settings say whether the camera that the tracker was delivered with is still on it.
+bool has_camera(Tracker& tracker) {
+  return tracker.settings().get<SystemSettingsDataT>(VL_C_SetSystemSettings).bHasVideoCamera != 0;
+}
+
+// Optics are told in millimetres whatever the units, as cameras' data sheets do.
+void get_overview_camera_info(Tracker& tracker, const Request&, const Reply& reply) {
+  if (!has_camera(tracker)) return reply.status(VL_RS_NoOVC);
+  GetOverviewCameraInfoRT answer;
+  answer.cameraType = VL_OCT_Korv_Integrated;
+  set_text(answer.cCameraName, u"Simulated overview camera");
+  answer.bIsColorCamera = 1;
+  answer.dFocalLength = 12;
+  answer.dHorizontalChipSize = 4.8;
+  answer.dVerticalChipSize = 3.6;
+  reply.record(answer);
+}
+
+void get_trigger_board_info(Tracker&, const Request&, const Reply& reply) {
+  GetTriggerBoardInfoRT answer;
+  answer.triggerCardType = VL_TCT_SingleTracker;
+  answer.lFPGAVersion = 12;
+  answer.lMaxTriggerFrequency = kReadingsPerSecond;
+  reply.record(answer);
+}
+
 void get_still_image(Tracker& tracker, const Request& request, const Reply& reply) {
-  if (!tracker.settings().get<SystemSettingsDataT>(VL_C_SetSystemSettings).bHasVideoCamera)
-    return reply.status(VL_RS_NoVideoCamera);
-  if (request.integer("imageFileType") != VL_SI_Bitmap) return reply.status(VL_RS_NotImplemented);
-  const Bytes file = bitmap_file();
+  if (!has_camera(tracker)) return reply.status(VL_RS_NoVideoCamera);
+  const std::int32_t type = request.integer("imageFileType");
+  const Bytes file = type == VL_SI_Jpeg ? jpeg_still() : bitmap_still();
   Bytes values(8 + file.size());
-  wire::store_i32(values.data(), VL_SI_Bitmap);
+  wire::store_i32(values.data(), type);
   wire::store_i32(values.data() + 4, static_cast<std::int32_t>(file.size()));
   std::copy(file.begin(), file.end(), values.begin() + 8);
   reply.values(values);
 }
 
-struct Absent {
-  VL_Command command;
-  VL_ResultStatus status;
-};
-
-constexpr std::array kAbsent{
-    Absent{VL_C_GetCameras, VL_RS_NoMeasurementCamerasInDb},
-    Absent{VL_C_GetCamera, VL_RS_NoActiveMeasurementCamera},
-    Absent{VL_C_GetMeasurementCameraInfo, VL_RS_NoMeasurementCamera},
-    Absent{VL_C_GetVizetToTrackerCompensations, VL_RS_NoCameraToTrackerCompInDb},
-    Absent{VL_C_GetVizetToTrackerCompensation, VL_RS_NoCameraToTrackerCompSet},
-    Absent{VL_C_SetVizetToTrackerCompensation, VL_RS_NoSuchCompensation},
-    Absent{VL_C_GetProbes, VL_RS_NoMeasurementProbesInDb},
-    Absent{VL_C_GetProbe, VL_RS_NoActiveMeasurementProbe},
-    Absent{VL_C_GetMeasurementProbeInfo, VL_RS_NoMeasurementProbe},
-    Absent{VL_C_GetProbeCompensations, VL_RS_NoMeasurementProbeCompInDb},
-    Absent{VL_C_GetProbeCompensation, VL_RS_NoMeasurementProbeCompSet},
-    Absent{VL_C_SetProbeCompensation, VL_RS_NoSuchCompensation},
-    Absent{VL_C_GetTipAdapters, VL_RS_NoMeasurementTipsInDb},
-    Absent{VL_C_GetTipAdapter, VL_RS_NoActiveMeasurementTip},
-    Absent{VL_C_SetTipAdapter, VL_RS_InvalidTipAdapter},
-    Absent{VL_C_GetTipToProbeCompensations, VL_RS_NoMeasurementTipCompInDb},
-    Absent{VL_C_GetTipToProbeCompensations2, VL_RS_NoMeasurementTipCompInDb},
-    Absent{VL_C_GetTipToProbeCompensation, VL_RS_NoMeasurementTipCompSet},
-    Absent{VL_C_GetTriggerBoardInfo, VL_RS_NoTriggerBoard},
-    Absent{VL_C_GetOverviewCameraInfo, VL_RS_NoOVC},
-};
-
-void say_absent(Tracker&, const Request& request, const Reply& reply) {
-  for (const Absent& each : kAbsent) {
-    if (each.command == request.command()) return reply.status(each.status);
-  }
-}
-
-constexpr std::array kPresent{
+constexpr std::array kHandlers{
     Handler{VL_C_GetTrackerInfo, Needs::kNothing, get_tracker_info},
     Handler{VL_C_GetADMInfo, Needs::kNothing, get_adm_info},
     Handler{VL_C_GetADMInfo2, Needs::kNothing, get_adm_info2},
@@ -231,17 +222,11 @@ constexpr std::array kPresent{
     Handler{VL_C_GetMeteoStationInfo, Needs::kNothing, get_meteo_station_info},
     Handler{VL_C_GetSystemSoftwareVersion, Needs::kNothing, get_software_version},
     Handler{VL_C_GetTrackerDiagnostics, Needs::kNothing, get_diagnostics},
+    Handler{VL_C_GetTriggerBoardInfo, Needs::kNothing, get_trigger_board_info},
+    Handler{VL_C_GetOverviewCameraInfo, Needs::kNothing, get_overview_camera_info},
     Handler{VL_C_GetStillImage, Needs::kNothing, get_still_image},
     Handler{VL_C_GetObjectTemperature, Needs::kNothing, get_object_temperature},
 };
-
-constexpr auto kHandlers = [] {
-  std::array<Handler, kPresent.size() + kAbsent.size()> all{};
-  std::size_t next = 0;
-  for (const Handler& each : kPresent) all[next++] = each;
-  for (const Absent& each : kAbsent) all[next++] = {each.command, Needs::kNothing, say_absent};
-  return all;
-}();
 
 }  // namespace
 

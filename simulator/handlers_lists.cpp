@@ -34,6 +34,7 @@ Item compensation_item(const Compensation& each) {
   set_text(item.cTrackerCompensationName, each.tracker_name);
   set_text(item.cTrackerCompensationComment, each.tracker_comment);
   set_text(item.cADMCompensationName, each.adm_name);
+  item.bHasMeasurementCameraMounted = 1;
   return item;
 }
 

@@ -3,32 +3,28 @@
 
 #include "simulator/handlers.h"
 #include "simulator/limits.h"
+#include "simulator/modes.h"
+#include "simulator/probe.h"
 #include "simulator/tracker.h"
 
 namespace kestrine::simulator {
 namespace {
 
-bool is_stationary(VL_MeasMode mode) {
-  return mode == VL_MM_Stationary || mode >= VL_MM_Fast;
-}
-
-bool is_continuous(VL_MeasMode mode) {
-  return mode == VL_MM_ContinuousTime || mode == VL_MM_ContinuousDistance || mode == VL_MM_Grid;
-}
-
-bool needs_probe(VL_MeasMode mode) {
-  return mode >= VL_MM_6DStationary && mode <= VL_MM_6DCircleCenter;
+std::unique_ptr<Measurement> measure(Tracker& tracker, const std::weak_ptr<Client>& client, VL_MeasMode mode) {
+  if (is_centre(mode)) return measure_centre(tracker, client, mode);
+  if (!is_stationary(mode)) return measure_continuously(tracker, client, mode);
+  return is_probe_mode(mode) ? measure_probe_stationary(tracker, client) : measure_stationary(tracker, client);
 }
 
 void start_measurement(Tracker& tracker, const Request&, const Reply& reply) {
   const auto mode = tracker.settings().get<VL_MeasMode>(VL_C_SetMeasurementMode);
-  if (needs_probe(mode)) return reply.status(VL_RS_NoMeasurementProbe);
+  if (is_probe_mode(mode)) {
+    const VL_ResultStatus refusal = probe_refusal(tracker);
+    if (refusal != VL_RS_AllOK) return reply.status(refusal);
+  }
   if (!tracker.state().target) return reply.status(VL_RS_NoDistanceSet);
-  if (!is_stationary(mode) && !is_continuous(mode)) return reply.status(VL_RS_NotImplemented);
   reply.done();
-  const auto client = reply.client();
-  tracker.begin_measurement(is_stationary(mode) ? measure_stationary(tracker, client)
-                                                : measure_continuously(tracker, client, mode));
+  tracker.begin_measurement(measure(tracker, reply.client(), mode));
 }
 
 // The rest of a stream goes out before the acknowledgement of its end.
@@ -57,26 +53,10 @@ void go_and_measure(Tracker& tracker, const Request& request, const Reply& reply
   });
 }
 
-// The sensor answers at once: acknowledgement and reading leave together.
-void start_tiltra_measurement(Tracker& tracker, const Request&, const Reply& reply) {
-  if (!tracker.settings().get<SystemSettingsDataT>(VL_C_SetSystemSettings).bHasTiltra)
-    return reply.status(VL_RS_NoTiltra);
-  reply.done();
-  const Frame frame = tracker.frame();
-  TiltraResultT result;
-  result.dXTilt = to_units(Quantity::kAngle, 12e-6, frame.units());
-  result.dYTilt = to_units(Quantity::kAngle, -7e-6, frame.units());
-  result.dTiltraTemperature = to_units(Quantity::kTemperature, 21.5, frame.units());
-  Bytes packet = packed(result);
-  begin_data_packet(packet, VL_DT_TiltraResult, VL_RS_AllOK);
-  if (const auto client = reply.client()) client->send(std::move(packet));
-}
-
 constexpr std::array kHandlers{
     Handler{VL_C_StartMeasurement, Needs::kReady, start_measurement},
     Handler{VL_C_StopMeasurement, Needs::kInitialised, stop_measurement},
     Handler{VL_C_GoAndMeasure, Needs::kReady, go_and_measure},
-    Handler{VL_C_StartTiltraMeasurement, Needs::kReady, start_tiltra_measurement},
 };
 
 }  // namespace

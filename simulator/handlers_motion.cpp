@@ -52,8 +52,8 @@ void point_to(Tracker& tracker, const Polar& aim, const Reply& reply) {
 void initialize(Tracker& tracker, const Request&, const Reply& reply) {
   if (tracker.readiness() == VL_TS_Busy) return reply.status(VL_RS_ServerBusy);
   tracker.act(kInitialising, [&tracker, reply] {
-    tracker.state().laser_on = true;
-    tracker.state().face = VL_TF_Face1;
+    tracker.switch_laser(true);
+    tracker.set_face(VL_TF_Face1);
     tracker.lock_on(bird_bath());
     tracker.set_initialised();
     reply.done();
@@ -65,6 +65,8 @@ void release_motors(Tracker& tracker, const Request&, const Reply& reply) {
   reply.done();
 }
 
+// The camera is built in and looks along the beam wherever that points, so a picture needs no view activated before:
+// what this does is let the reflector go.
 void activate_camera_view(Tracker& tracker, const Request&, const Reply& reply) {
   tracker.state().target.reset();
   tracker.act(kSearching, [reply] { reply.done(); });
@@ -75,18 +77,15 @@ void park(Tracker& tracker, const Request&, const Reply& reply) {
 }
 
 void switch_laser(Tracker& tracker, const Request& request, const Reply& reply) {
-  tracker.state().laser_on = request.integer("isOn") != 0;
-  if (!tracker.state().laser_on) tracker.state().target.reset();
   reply.done();
+  tracker.switch_laser(request.integer("isOn") != 0);
 }
 
 // The head turns over and looks at the same place from the other side.
 void change_face(Tracker& tracker, const Request&, const Reply& reply) {
   tracker.act(kTurningOver, [&tracker, reply] {
-    VL_TrackerFace& face = tracker.state().face;
-    face = face == VL_TF_Face1 ? VL_TF_Face2 : VL_TF_Face1;
     reply.done();
-    tracker.announce(face == VL_TF_Face1 ? VL_SSC_IsFace1 : VL_SSC_IsFace2);
+    tracker.set_face(tracker.state().face == VL_TF_Face1 ? VL_TF_Face2 : VL_TF_Face1);
   });
 }
 
@@ -202,6 +201,12 @@ void close_down(Tracker& tracker, const Request&, const Reply& reply) {
   tracker.restart();
 }
 
+// The tracker goes first, and the server without it.
+void power_down(Tracker& tracker, const Request& request, const Reply& reply) {
+  tracker.announce(VL_SSC_TPConnectionClosing);
+  close_down(tracker, request, reply);
+}
+
 constexpr std::array kHandlers{
     Handler{VL_C_ExitApplication, Needs::kNothing, close_down},
     Handler{VL_C_Initialize, Needs::kNothing, initialize},
@@ -225,7 +230,7 @@ constexpr std::array kHandlers{
     Handler{VL_C_GetDirection, Needs::kInitialised, get_direction},
     Handler{VL_C_GetFace, Needs::kInitialised, get_face},
     Handler{VL_C_GetCurrentPrismPosition, Needs::kInitialised, get_current_prism_position},
-    Handler{VL_C_SystemPowerDown, Needs::kNothing, close_down},
+    Handler{VL_C_SystemPowerDown, Needs::kNothing, power_down},
 };
 
 }  // namespace

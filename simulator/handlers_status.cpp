@@ -2,10 +2,12 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 #include "simulator/handlers.h"
 #include "simulator/inventory.h"
 #include "simulator/limits.h"
+#include "simulator/probe.h"
 #include "simulator/tracker.h"
 
 namespace kestrine::simulator {
@@ -16,7 +18,9 @@ void get_system_status(Tracker& tracker, const Request&, const Reply& reply) {
   GetSystemStatusRT answer;
   answer.LastResultStatus = state.last_status;
   answer.trackerProcessorStatus = state.initialised ? VL_TPS_Initialized : VL_TPS_CompensationSet;
-  answer.laserStatus = state.laser_on ? VL_LPS_LaserReady : VL_LPS_LaserOff;
+  answer.laserStatus = !state.laser_on       ? VL_LPS_LaserOff
+                       : state.is_laser_warm ? VL_LPS_LaserReady
+                                             : VL_LPS_LaserHeatingUp;
   answer.admStatus = tracker.readiness() == VL_TS_Busy ? VL_AS_ADMBusy : VL_AS_ADMReady;
   answer.vlVersionNumber = {kSoftwareMajor, kSoftwareMinor, kSoftwareBuild};
   answer.weatherMonitorStatus =
@@ -38,6 +42,7 @@ void get_measurement_status_info(Tracker& tracker, const Request&, const Reply& 
   if (state.target && state.laser_on) flags |= VL_MSI_ReflectorFound;
   if (state.face == VL_TF_Face1) flags |= VL_MSI_InFace1;
   if (state.initialised) flags |= VL_MSI_Initialized;
+  flags |= probe_status_flags(tracker);
   GetMeasurementStatusInfoRT answer;
   answer.lMeasurementStatusInfo = flags;
   reply.record(answer);
@@ -49,7 +54,11 @@ void set_system_settings(Tracker& tracker, const Request& request, const Reply& 
     client->wants_status_changes = request.integer("sendUnsolicitedMessages") != 0;
     client->wants_positions = request.integer("sendReflectorPositionData") != 0;
   }
+  const auto present = [&] { return tracker.settings().get<SystemSettingsDataT>(VL_C_SetSystemSettings); };
+  const SystemSettingsDataT before = present();
   tracker.change_setting(*find_setting(VL_C_SetSystemSettings), request, reply);
+  if (before.bHasTiltra != present().bHasTiltra) tracker.announce(VL_SSC_TiltraSensorChanged);
+  if (before.bHasVideoCamera != present().bHasVideoCamera) tracker.announce(VL_SSC_OverviewCameraChanged);
 }
 
 void get_system_settings(Tracker& tracker, const Request&, const Reply& reply) {
@@ -78,6 +87,12 @@ void set_grid_mode(Tracker& tracker, const Request& request, const Reply& reply)
   tracker.change_setting(*find_setting(VL_C_SetGridModeParams), request, reply);
 }
 
+void set_trigger_source(Tracker& tracker, const Request& request, const Reply& reply) {
+  if (request.integer("triggerSource") == VL_TS_Undefined) return reply.status(VL_RS_ProblemSettingTriggerSource);
+  tracker.change_setting(*find_setting(VL_C_SetTriggerSource), request, reply);
+  tracker.watch_trigger();
+}
+
 // What the system parameters hold after power-on. Those that state a fact cannot be set.
 struct Parameter {
   VL_SystemParameter parameter;
@@ -99,7 +114,7 @@ constexpr std::array kParameters{
     Parameter{VL_SP_ProbeConfig_PowerOffTime, 300},
     Parameter{VL_SP_QuickReleaseStatus, VL_QRS_NotExisting, false},
     Parameter{VL_SP_TcpCommandQueueSize, kCommandQueueSize, false},
-    Parameter{VL_SP_SystemMax6DDataRate, 0, false},
+    Parameter{VL_SP_SystemMax6DDataRate, kProbeDataRate, false},
     Parameter{VL_SP_TcpDataPacketRate, 10, false},
     Parameter{VL_SP_HoldfastFunctionAvailable, 0, false},
     Parameter{VL_SP_HoldfastFunctionActive, 0, false},
@@ -109,7 +124,7 @@ constexpr std::array kParameters{
     Parameter{VL_SP_D_HumidityThreshold, 10},
     Parameter{VL_SP_D_SystemLongest3DDistanceIFM, kFarthest, false, true},
     Parameter{VL_SP_D_SystemLongest3DDistanceADM, kFarthest, false, true},
-    Parameter{VL_SP_D_SystemLongest6DDistance, 0, false, true},
+    Parameter{VL_SP_D_SystemLongest6DDistance, kFarthestProbe, false, true},
     Parameter{VL_SP_ControllerBatteryStatus, 100, false},
     Parameter{VL_SP_SensorBatteryStatus, 100, false},
     Parameter{VL_SP_InclinationSensorState, VL_ISS_Off},
@@ -149,6 +164,7 @@ void store_parameter(Tracker& tracker, const Parameter* row, double value, const
   if (!row->can_be_set) return reply.status(VL_RS_UsageConflict);
   tracker.state().system_parameters[row->parameter] = value;
   reply.done();
+  if (row->parameter == VL_SP_InclinationSensorState) tracker.announce(VL_SSC_TiltSensorStatusChanged);
 }
 
 void set_long_parameter(Tracker& tracker, const Request& request, const Reply& reply) {
@@ -181,11 +197,12 @@ void get_double_parameter(Tracker& tracker, const Request& request, const Reply&
 }
 
 void restore_startup_conditions(Tracker& tracker, const Request&, const Reply& reply) {
-  tracker.settings() = Settings();
+  const Settings before = std::exchange(tracker.settings(), Settings());
   tracker.state().system_parameters.clear();
   reply.done();
-  for (const VL_SystemStatusChange change : {VL_SSC_UnitsChanged, VL_SSC_SystemSettingsChanged}) {
-    tracker.announce(change);
+  for (const SettingRow& row : all_settings()) {
+    const bool is_other = before.load(row, Frame{}) != tracker.settings().load(row, Frame{});
+    if (is_other && row.change != kUnreported) tracker.announce(static_cast<VL_SystemStatusChange>(row.change));
   }
 }
 
@@ -202,6 +219,7 @@ constexpr std::array kHandlers{
     Handler{VL_C_GetSystemSettings, Needs::kNothing, get_system_settings},
     Handler{VL_C_SetReflector, Needs::kNothing, set_reflector},
     Handler{VL_C_SetCompensation, Needs::kNothing, set_compensation},
+    Handler{VL_C_SetTriggerSource, Needs::kNothing, set_trigger_source},
     Handler{VL_C_SetGridModeParams, Needs::kNothing, set_grid_mode},
     Handler{VL_C_SetLongSystemParameter, Needs::kNothing, set_long_parameter},
     Handler{VL_C_GetLongSystemParameter, Needs::kNothing, get_long_parameter},

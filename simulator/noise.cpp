@@ -28,6 +28,12 @@ Vector Noise::deviation(double distance) {
   return {sigma * horizontal, sigma * vertical, figures_.along * normal_(engine_)};
 }
 
+Vector Noise::turn_deviation() {
+  const double x = normal_(engine_);
+  const double y = normal_(engine_);
+  return figures_.turn * Vector{x, y, normal_(engine_)};
+}
+
 Vector Noise::displaced(const Vector& target, const Vector& deviation) {
   return target + beam_axes(target) * deviation;
 }

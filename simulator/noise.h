@@ -14,6 +14,7 @@ struct NoiseFigures {
   double across_offset = 15e-6;    // metres
   double across_per_metre = 6e-6;  // metres each metre
   double along = 10e-6;            // metres
+  double turn = 60e-6;             // radians: of the probe's attitude about each axis, as the camera sees it
 };
 
 class Noise {
@@ -22,6 +23,8 @@ class Noise {
 
   // A reading's deviation: across by the horizontal angle, across by the vertical angle, along the beam; metres.
   Vector deviation(double distance);
+  // A reading's deviation of the probe's attitude: the small turns about the tracker's axes, radians.
+  Vector turn_deviation();
   // Where a reading with that deviation puts a target.
   static Vector displaced(const Vector& target, const Vector& deviation);
   // Of one reading of a target there, as a covariance of its X, Y, Z; what the tracker claims beforehand.
@@ -29,6 +32,8 @@ class Noise {
   // The same for deviations with any covariance.
   static Matrix covariance(const Vector& target, const Matrix& of_deviations);
   double across(double distance) const;
+  // Of deviation one, for sensors with figures of their own.
+  double normal() { return normal_(engine_); }
   const NoiseFigures& figures() const { return figures_; }
 
  private:

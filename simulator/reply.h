@@ -26,9 +26,11 @@ class Reply {
   void record(const Record& record) const;
   template <class Record>
   void series(const std::vector<Record>& records) const;
-  // A record whose numbers are meant as they stand.
+  // Records whose numbers are meant as they stand.
   template <class Record>
   void record_as_it_stands(const Record& record) const;
+  template <class Record>
+  void series_as_it_stands(const std::vector<Record>& records) const;
   // The bytes that follow the head, as they stand.
   void values(const Bytes& values) const;
 
@@ -45,6 +47,11 @@ class Reply {
 template <class Record>
 void Reply::record_as_it_stands(const Record& record) const {
   send(packed(record), true);
+}
+
+template <class Record>
+void Reply::series_as_it_stands(const std::vector<Record>& records) const {
+  for (const Record& record : records) send(packed(record), &record == &records.back());
 }
 
 template <class Record>

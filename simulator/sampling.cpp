@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "simulator/modes.h"
 #include "simulator/world.h"
 
 namespace kestrine::simulator {
@@ -12,6 +13,8 @@ namespace {
 constexpr double kFastest = 0.001;     // seconds between readings, when nothing else limits them
 constexpr double kBlockSeconds = 0.1;  // that a block spans
 constexpr std::size_t kMostPoints = 1000;
+
+using Path = Vector (*)(double seconds);
 
 class ByTime : public Sampler {
  public:
@@ -38,9 +41,11 @@ class ByTime : public Sampler {
 // Takes a reading a millisecond and keeps those by which the reflector has come far enough.
 class ByTravel : public Sampler {
  public:
+  explicit ByTravel(Path path) : path_(path) {}
+
   std::optional<Sample> step() override {
     const double at = seconds();
-    const Vector place = path_at(at);
+    const Vector place = path_(at);
     const bool is_first = steps_++ == 0;
     const bool take = is_first || has_come_far_enough(place - last_);
     last_ = place;
@@ -54,13 +59,14 @@ class ByTravel : public Sampler {
   virtual bool has_come_far_enough(const Vector& travel) = 0;
 
  private:
+  Path path_;
   std::int64_t steps_ = 0;
   Vector last_;
 };
 
 class ByDistance : public ByTravel {
  public:
-  explicit ByDistance(double distance) : distance_(distance) {}
+  ByDistance(double distance, Path path) : ByTravel(path), distance_(distance) {}
 
  private:
   bool has_come_far_enough(const Vector& travel) override {
@@ -77,7 +83,7 @@ class ByDistance : public ByTravel {
 // A grid's cells count along each axis by the way travelled along it, not by planes in space.
 class ByGrid : public ByTravel {
  public:
-  explicit ByGrid(const Vector& cell) : cell_(cell) {}
+  explicit ByGrid(const Vector& cell) : ByTravel(path_at), cell_(cell) {}
 
  private:
   static bool is_full(double& travelled, double travel, double cell) {
@@ -101,7 +107,7 @@ bool lies_between(double value, double a, double b) {
   return value >= std::min(a, b) && value <= std::max(a, b);
 }
 
-// What the three continuous modes have in common.
+// What the modes with a path have in common.
 struct Common {
   std::int32_t points = 0;
   bool use_region = false;
@@ -112,13 +118,17 @@ Common common(VL_MeasMode mode, const Settings& settings) {
   const auto pick = [](const auto& data) {
     return Common{data.lNumberOfPoints, data.bUseRegion != 0, data.regionType};
   };
-  switch (mode) {
+  switch (point_mode(mode)) {
     case VL_MM_ContinuousTime:
       return pick(settings.get<ContinuousTimeModeDataT>(VL_C_SetContinuousTimeModeParams));
     case VL_MM_ContinuousDistance:
       return pick(settings.get<ContinuousDistanceModeDataT>(VL_C_SetContinuousDistanceModeParams));
     case VL_MM_Grid:
       return pick(settings.get<GridModeDataT>(VL_C_SetGridModeParams));
+    case VL_MM_SphereCenter:
+      return {.points = settings.get<SphereCenterModeDataT>(VL_C_SetSphereCenterModeParams).lNumberOfPoints};
+    case VL_MM_CircleCenter:
+      return {.points = settings.get<CircleCenterModeDataT>(VL_C_SetCircleCenterModeParams).lNumberOfPoints};
     default:
       return {};
   }
@@ -127,13 +137,19 @@ Common common(VL_MeasMode mode, const Settings& settings) {
 }  // namespace
 
 std::unique_ptr<Sampler> Sampler::make(VL_MeasMode mode, const Settings& settings) {
-  switch (mode) {
+  switch (point_mode(mode)) {
     case VL_MM_ContinuousTime:
       return std::make_unique<ByTime>(
           settings.get<ContinuousTimeModeDataT>(VL_C_SetContinuousTimeModeParams).lTimeSeparation);
     case VL_MM_ContinuousDistance:
       return std::make_unique<ByDistance>(
-          settings.get<ContinuousDistanceModeDataT>(VL_C_SetContinuousDistanceModeParams).dSpatialDistance);
+          settings.get<ContinuousDistanceModeDataT>(VL_C_SetContinuousDistanceModeParams).dSpatialDistance, path_at);
+    case VL_MM_SphereCenter:
+      return std::make_unique<ByDistance>(
+          settings.get<SphereCenterModeDataT>(VL_C_SetSphereCenterModeParams).dSpatialDistance, on_ball_at);
+    case VL_MM_CircleCenter:
+      return std::make_unique<ByDistance>(
+          settings.get<CircleCenterModeDataT>(VL_C_SetCircleCenterModeParams).dSpatialDistance, on_disc_at);
     case VL_MM_Grid: {
       const auto grid = settings.get<GridModeDataT>(VL_C_SetGridModeParams);
       return std::make_unique<ByGrid>(Vector{grid.dVal1, grid.dVal2, grid.dVal3});

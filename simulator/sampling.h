@@ -13,6 +13,7 @@ namespace kestrine::simulator {
 struct Sample {
   double seconds = 0;  // since the start
   Vector place;
+  VL_MeasurementStatus status = VL_MS_AllOK;
 };
 
 // Walks along the path. Every step yields a sample at most, so that a caller can stop wherever it likes.
@@ -29,6 +30,8 @@ class Sampler {
   virtual std::size_t points_in_block() const = 0;
   // Steps without waiting for their time, because the separation in time is zero.
   virtual bool is_unpaced() const { return false; }
+  // What the last step was instead of one along the path: the trigger's start or stop.
+  virtual std::optional<VL_SystemStatusChange> edge() const { return std::nullopt; }
 };
 
 // A box or a sphere outside of which nothing is measured.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "simulator/marks.h"
+
 namespace kestrine::simulator {
 namespace {
 
@@ -38,6 +40,9 @@ constexpr std::array kRows{
     SettingRow{VL_C_SetLaserOnTimer, VL_C_GetLaserOnTimer, kUnreported},
     SettingRow{VL_C_SetTriggerSource, VL_C_GetTriggerSource, VL_SSC_TriggerSourceChanged},
     SettingRow{VL_C_SetMeasurementCameraMode, VL_C_GetMeasurementCameraMode, VL_SSC_MeasurementCameraModeChanged},
+    SettingRow{VL_C_SetVizetToTrackerCompensation, VL_C_GetVizetToTrackerCompensation,
+               VL_SSC_VizetToTrackerCompensationChanged},
+    SettingRow{VL_C_SetProbeCompensation, VL_C_GetProbeCompensation, VL_SSC_ProbeCompensationChanged},
     SettingRow{VL_C_SetExternTriggerParams, VL_C_GetExternTriggerParams, VL_SSC_ExternTriggerParamsChanged},
 };
 
@@ -47,6 +52,10 @@ std::span<const protocol::Field> answer_fields(const SettingRow& row) {
 }
 
 }  // namespace
+
+std::span<const SettingRow> all_settings() {
+  return kRows;
+}
 
 const SettingRow* find_setting(std::int32_t command) {
   const auto row = std::find_if(kRows.begin(), kRows.end(),
@@ -75,9 +84,20 @@ Settings::Settings() {
   put(VL_C_SetReflector, 1);
   put(VL_C_SetSearchParams, SearchParamsDataT{0.05, 10000});
   put(VL_C_SetAdmParams, AdmParamsDataT{0.00001, 200, 3});
-  put(VL_C_SetSystemSettings, SystemSettingsDataT{.weatherMonitorStatus = VL_WMS_NotConnected, .bKeepLastPosition = 1});
-  put(VL_C_SetTransformationInputParams, TransformationInputDataT{.dScale = 1});
+  put(VL_C_SetSystemSettings,
+      SystemSettingsDataT{
+          .weatherMonitorStatus = VL_WMS_NotConnected, .bKeepLastPosition = 1, .bHasTiltra = 1, .bHasVideoCamera = 1});
+  // Everything is to be found but the scale: of two lists in the same units it is 1.
+  put(VL_C_SetTransformationInputParams, TransformationInputDataT{.dScale = 1,
+                                                                  .dTransStdVal1 = kUnknown,
+                                                                  .dTransStdVal2 = kUnknown,
+                                                                  .dTransStdVal3 = kUnknown,
+                                                                  .dRotStdVal1 = kUnknown,
+                                                                  .dRotStdVal2 = kUnknown,
+                                                                  .dRotStdVal3 = kUnknown});
   put(VL_C_SetCompensation, 1);
+  put(VL_C_SetVizetToTrackerCompensation, 1);
+  put(VL_C_SetProbeCompensation, 1);
   put(VL_C_SetCameraParams, CameraParamsDataT{128, 128, 128});
   put(VL_C_SetTriggerSource, VL_TS_Internal_Application);
   put(VL_C_SetExternTriggerParams, ExternTriggerParamsT{VL_CT_Positive, VL_TM_EventTrigger, VL_TSS_High, 1});

@@ -22,6 +22,7 @@ struct SettingRow {
 
 inline constexpr std::int32_t kUnreported = -1;
 
+std::span<const SettingRow> all_settings();
 const SettingRow* find_setting(std::int32_t command);  // by either command
 
 // Values keep the numbers and the frame they came in, so that reading them back in the same frame gives the same

@@ -1,6 +1,9 @@
 #include "simulator/still_image.h"
 
+#include <vector>
+
 #include "kestrine/wire.h"
+#include "simulator/jpeg.h"
 
 namespace kestrine::simulator {
 namespace {
@@ -9,10 +12,7 @@ constexpr std::size_t kHead = 54;  // file header and picture header
 constexpr std::int32_t kRowBytes = kImageWidth * 3;
 static_assert(kRowBytes % 4 == 0, "rows of a bitmap begin at multiples of four");
 
-struct Pixel {
-  std::uint8_t blue, green, red;
-};
-
+// From the lower left corner.
 Pixel pixel_at(std::int32_t x, std::int32_t y) {
   const std::int32_t right = x - kImageWidth / 2;
   const std::int32_t up = y - kImageHeight / 2;
@@ -24,7 +24,7 @@ Pixel pixel_at(std::int32_t x, std::int32_t y) {
 
 }  // namespace
 
-Bytes bitmap_file() {
+Bytes bitmap_still() {
   Bytes file(kHead);
   file[0] = 'B';
   file[1] = 'M';
@@ -42,6 +42,14 @@ Bytes bitmap_file() {
     }
   }
   return file;
+}
+
+Bytes jpeg_still() {
+  std::vector<Pixel> pixels;
+  for (std::int32_t y = kImageHeight; y-- > 0;) {  // from the top downwards
+    for (std::int32_t x = 0; x < kImageWidth; ++x) pixels.push_back(pixel_at(x, y));
+  }
+  return jpeg_file(pixels, kImageWidth, kImageHeight);
 }
 
 }  // namespace kestrine::simulator

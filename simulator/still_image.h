@@ -10,7 +10,8 @@ namespace kestrine::simulator {
 inline constexpr std::int32_t kImageWidth = 160;
 inline constexpr std::int32_t kImageHeight = 120;
 
-// A whole bitmap file of 24 bits a pixel.
-Bytes bitmap_file();
+// The same picture as a whole bitmap file of 24 bits a pixel, and as a JPEG file.
+Bytes bitmap_still();
+Bytes jpeg_still();
 
 }  // namespace kestrine::simulator

@@ -2,6 +2,7 @@
 // through checks to its handler.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -9,8 +10,10 @@
 #include <optional>
 #include <vector>
 
+#include "simulator/best_fit.h"
 #include "simulator/drive.h"
 #include "simulator/handlers.h"
+#include "simulator/inclination.h"
 #include "simulator/measurement.h"
 #include "simulator/noise.h"
 #include "simulator/outside.h"
@@ -26,13 +29,19 @@ namespace kestrine::simulator {
 struct State {
   bool initialised = false;
   bool laser_on = true;
+  bool is_laser_warm = true;
+  bool is_compensating = false;
+  Inclination sensor_index;  // taken out of the inclination sensor's readings
+  std::array<std::optional<CallATRCompensationRT>, 2> recognition;  // on the axis and wide, once compensated
   VL_TrackerFace face = VL_TF_Face1;
+  std::int32_t tip_adapter = 1;
   std::optional<Vector> target;  // the reflector that the beam is locked on
   std::optional<Vector> last_measured;
   VL_ResultStatus last_status = VL_RS_AllOK;
-  int drive_points = 0;
-  int nominal_points = 0;
-  int actual_points = 0;
+  std::vector<Vector> drive_points;
+  std::vector<KnownPoint> nominal_points;
+  std::vector<KnownPoint> actual_points;
+  std::optional<BestFit> best_fit;  // of the lists as they are
   std::map<std::int32_t, double> system_parameters;
 };
 
@@ -51,7 +60,9 @@ class Tracker {
 
   // --- For the handlers.
   State& state() { return state_; }
+  const State& state() const { return state_; }
   Settings& settings() { return settings_; }
+  const Settings& settings() const { return settings_; }
   Noise& noise() { return noise_; }
   Drive& drive() { return drive_; }
   Scheduler& scheduler() { return scheduler_; }
@@ -68,6 +79,13 @@ class Tracker {
   void end_measurement();  // destroys it: to be its last call
   Measurement* measurement() { return measurement_.get(); }
   void set_initialised();
+  // Warming up takes a while, during which the beam can be used already.
+  void switch_laser(bool is_on);
+  void set_face(VL_TrackerFace face);
+  // What a tracker in compensation mode refuses it refuses with a status of its own.
+  void set_compensating(bool is_compensating);
+  // Tells of every pulse of the trigger, as long as its source is the one for messages.
+  void watch_trigger();
   // Points at a target and locks the beam on it.
   void lock_on(const Vector& target);
   // As after power-on; every connection ends.
@@ -75,6 +93,7 @@ class Tracker {
 
  private:
   VL_ResultStatus refusal(Needs needs) const;
+  void run(const Handler* handler, const Request& request, const Reply& reply);
   void report_readiness();
   void show_position();
 
@@ -88,6 +107,8 @@ class Tracker {
   std::unique_ptr<Measurement> measurement_;
   Timer action_;
   Timer position_display_;
+  Timer laser_warming_;
+  Timer trigger_watch_;
   VL_TrackerStatus reported_readiness_ = VL_TS_NotReady;
 };
 

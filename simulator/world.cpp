@@ -14,6 +14,9 @@ constexpr std::array kNests{
     Nest{"C2", {2.5, 0.4, -0.1}},  Nest{"D1", {2.5, 0.0, 0.15}},
 };
 
+constexpr double kTurn = 2 * std::numbers::pi;
+constexpr double kDiscInclination = 0.35;  // about the x axis
+
 // The nearest of all targets by a measure of distance, when that stays within the radius.
 template <class Measure>
 std::optional<Vector> nearest(double radius, const Measure& distance) {
@@ -48,9 +51,36 @@ std::optional<Vector> target_along(double horizontal, double vertical, double ra
 }
 
 Vector path_at(double seconds) {
-  constexpr double kTurn = 2 * std::numbers::pi;
   const double around = kTurn * seconds / 5;
   return {2 + 0.3 * std::cos(around), 0.3 * std::sin(around), 0.05 * std::sin(kTurn * seconds / 4)};
+}
+
+Vector ball_centre() {
+  return {1.9, 0.35, 0.05};
+}
+
+// Around once in 2 s while it goes up and down between 10 and 100 degrees from the zenith.
+Vector on_ball_at(double seconds) {
+  const double down = kTurn / 360 * (55 + 45 * std::sin(kTurn * seconds / 5));
+  return ball_centre() + to_vector({kTurn * seconds / 2, down, kBallRadius});
+}
+
+Vector disc_centre() {
+  return {2.3, -0.35, 0.1};
+}
+
+Vector on_disc_at(double seconds) {
+  const double around = kTurn * seconds / 4;
+  const Vector level{kDiscRadius * std::cos(around), kDiscRadius * std::sin(around), 0};
+  return disc_centre() + rotation({kDiscInclination, 0, 0}) * level;
+}
+
+Matrix probe_attitude(const Vector& tip) {
+  return rotation({0.5 * tip.y, 0.7 * tip.z, std::atan2(tip.y, tip.x)});
+}
+
+bool is_button_held(double seconds) {
+  return seconds - std::floor(seconds) < 0.5;
 }
 
 }  // namespace kestrine::simulator

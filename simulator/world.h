@@ -31,9 +31,26 @@ std::optional<Vector> target_along(double horizontal, double vertical, double ra
 // 4 s on it.
 Vector path_at(double seconds);
 
+// An arm on a ball joint: a reflector at its end is swung over three quarters of a sphere.
+Vector ball_centre();
+inline constexpr double kBallRadius = 0.25;
+Vector on_ball_at(double seconds);
+
+// A turntable on an inclined bench: a reflector at its rim goes around once in 4 s.
+Vector disc_centre();
+inline constexpr double kDiscRadius = 0.2;
+Vector on_disc_at(double seconds);
+
+// How the probe is held with its tip at a place: its x axis along the beam as seen from above, bent to the side and
+// up or down the farther away from straight ahead. The columns are its axes.
+Matrix probe_attitude(const Vector& tip);
+// The operator presses the probe's button for the first half of every second.
+bool is_button_held(double seconds);
+
 // The reach of the tracker.
 inline constexpr double kNearest = 0.1;
 inline constexpr double kFarthest = 60;
+inline constexpr double kFarthestProbe = 15;  // of the camera
 // The vertical angle at which the head stops, upwards and downwards, from the zenith.
 inline constexpr double kHighest = 0.785398163397448;  // 45 degrees above the horizon
 inline constexpr double kLowest = 2.356194490192345;

@@ -100,6 +100,7 @@ inline SystemSettingsDataT wishes(bool status_changes, bool positions = false) {
   SystemSettingsDataT settings;
   settings.bSendUnsolicitedMessages = status_changes;
   settings.bSendReflectorPositionData = positions;
+  settings.bHasTiltra = settings.bHasVideoCamera = 1;  // as at the start
   return settings;
 }
 

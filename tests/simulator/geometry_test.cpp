@@ -82,6 +82,10 @@ TEST(Frames, CarryACovarianceAcrossTheJumpOfTheAngle) {
 TEST(Geometry, TurnsAngleTriplesIntoRotationsAndBack) {
   const Vector angles{0.3, -0.7, 2.1};
   expect_near(rotation_angles(rotation(angles)), angles);
+  for (const double upright : {kPi / 2, -kPi / 2}) {
+    const Matrix turn = rotation({0.3, upright, 2.1});
+    expect_near(rotation(rotation_angles(turn)) * Vector{1, 2, 3}, turn * Vector{1, 2, 3});
+  }
   expect_near(rotation({0, 0, kPi / 2}) * Vector{1, 0, 0}, {0, 1, 0});
   EXPECT_NEAR(wrapped(1.5 * kPi), -0.5 * kPi, 1e-12);
   EXPECT_NEAR(wrapped(-kPi), kPi, 1e-12);

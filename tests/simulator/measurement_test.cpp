@@ -143,39 +143,5 @@ TEST(GoAndMeasure, EndsWithAResultAlsoWhereThereIsNothing) {
   EXPECT_EQ(bench.status(protocol::build_GoAndMeasure(500, 0, 0)), VL_RS_Parameter3OutOfRangeNOK);
 }
 
-TEST(Tiltra, AnswersWithItsReadingWhenItIsSetToBeThere) {
-  Bench bench;
-  bench.initialise();
-  EXPECT_EQ(bench.status(protocol::build_StartTiltraMeasurement()), VL_RS_NoTiltra);
-  SystemSettingsDataT settings;
-  settings.bHasTiltra = 1;
-  bench.ask(request_of(VL_C_SetSystemSettings, settings));
-  const auto packets = bench.ask(protocol::build_StartTiltraMeasurement());
-  ASSERT_EQ(packets.size(), 2u);
-  EXPECT_EQ(type_of(packets[0]), VL_DT_Command);
-  EXPECT_EQ(type_of(packets[1]), VL_DT_TiltraResult);
-  EXPECT_EQ(packets[1].size(), 40u);
-}
-
-TEST(StillImage, IsAWholeBitmapWhereACameraIsSetToBeThere) {
-  Bench bench;
-  EXPECT_EQ(bench.status(protocol::build_GetStillImage(VL_SI_Bitmap)), VL_RS_NoVideoCamera);
-  SystemSettingsDataT settings;
-  settings.bHasVideoCamera = 1;
-  bench.ask(request_of(VL_C_SetSystemSettings, settings));
-  EXPECT_EQ(bench.status(protocol::build_GetStillImage(VL_SI_Jpeg)), VL_RS_NotImplemented);
-  const Bytes answer = bench.ask(protocol::build_GetStillImage(VL_SI_Bitmap)).at(0);
-  ASSERT_EQ(answer.size(), 24u + 54 + 160 * 120 * 3);
-  const auto at = [&](std::size_t offset) { return wire::load_i32(answer.data() + offset); };
-  EXPECT_EQ(at(0), static_cast<std::int32_t>(answer.size()));
-  EXPECT_EQ(at(16), VL_SI_Bitmap);
-  EXPECT_EQ(at(20), static_cast<std::int32_t>(answer.size()) - 24);
-  EXPECT_EQ(answer[24], 'B');
-  EXPECT_EQ(answer[25], 'M');
-  EXPECT_EQ(at(24 + 2), at(20));
-  EXPECT_EQ(at(24 + 18), 160);
-  EXPECT_EQ(at(24 + 22), 120);
-}
-
 }  // namespace
 }  // namespace kestrine::simulator

@@ -219,7 +219,7 @@ TEST(Server, LetsAClientGoThatNeverTakesItsStatusChanges) {
   const Simulator simulator(at_once());
   constexpr int kSmallBuffer = 4 * 1024;
   RawClient silent(simulator.port(), kSmallBuffer);
-  silent.status(protocol::build_SetSystemSettings(VL_WMS_NotConnected, 0, 0, 0, 1, 0, 0, 0, 0));
+  silent.status(protocol::build_SetSystemSettings(VL_WMS_NotConnected, 0, 0, 0, 1, 0, 0, 1, 1));
   RawClient busy(simulator.port());
   Bytes many;
   const protocol::Request change = protocol::build_SetReflector(1);
@@ -238,7 +238,7 @@ TEST(Server, SaysGoodbyeToThoseWhoAskedAndCloses) {
   auto simulator = std::make_unique<Simulator>(at_once());
   RawClient asking(simulator->port());
   RawClient silent(simulator->port());
-  asking.status(protocol::build_SetSystemSettings(VL_WMS_NotConnected, 0, 0, 0, 1, 0, 0, 0, 0));
+  asking.status(protocol::build_SetSystemSettings(VL_WMS_NotConnected, 0, 0, 0, 1, 0, 0, 1, 1));
   silent.status(protocol::build_GetUnits());
   simulator.reset();
   std::vector<std::int32_t> changes;

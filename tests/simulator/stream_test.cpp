@@ -147,11 +147,5 @@ TEST(Stream, EndsWithItsClient) {
   EXPECT_EQ(status_of(started.at(0)), VL_RS_AllOK);
 }
 
-TEST(Stream, OfAModeThatNeedsAProbeIsRefused) {
-  StreamBench bench(10, 0);
-  bench.ask(protocol::build_SetMeasurementMode(VL_MM_6DContinuousTime));
-  EXPECT_EQ(bench.status(protocol::build_StartMeasurement()), VL_RS_NoMeasurementProbe);
-}
-
 }  // namespace
 }  // namespace kestrine::simulator

@@ -1,0 +1,165 @@
+// Centres of spheres and circles: the fit against known shapes, and the modes that measure them.
+#include <cmath>
+
+#include "bench.h"
+#include "simulator/centre_fit.h"
+#include "simulator/world.h"
+
+namespace kestrine::simulator {
+namespace {
+
+using Points = std::vector<Vector>;
+
+Points on_sphere(const Vector& centre, double radius, double reach) {
+  Points points;
+  for (int i = 0; i < 40; ++i) points.push_back(centre + to_vector({2.4 * i, reach * i / 39, radius}));
+  return points;
+}
+
+Points on_circle(const Vector& centre, double radius, const Matrix& plane, double reach) {
+  Points points;
+  for (int i = 0; i < 30; ++i) points.push_back(centre + plane * to_vector({reach * i / 29, M_PI / 2, radius}));
+  return points;
+}
+
+TEST(CentreFit, FindsTheCentreOfExactPoints) {
+  for (const Vector& centre : {Vector{0, 0, 0}, {2, -1, 0.3}, {40, 30, -20}}) {
+    for (const double reach : {3.0, 1.0, 0.3}) {
+      for (const std::optional<double> radius : {std::optional<double>(), std::optional(0.25)}) {
+        const auto sphere = fit_sphere(on_sphere(centre, 0.25, reach), radius);
+        ASSERT_TRUE(sphere);
+        EXPECT_LT(length(sphere->centre - centre), 1e-9);
+        EXPECT_NEAR(sphere->radius, 0.25, 1e-9);
+        const auto circle = fit_circle(on_circle(centre, 0.25, rotation({0.4, -1.2, 2}), 2 * reach), radius);
+        ASSERT_TRUE(circle);
+        EXPECT_LT(length(circle->centre - centre), 1e-9);
+        EXPECT_NEAR(circle->radius, 0.25, 1e-9);
+      }
+    }
+  }
+}
+
+TEST(CentreFit, NeedsPointsThatDetermineACentre) {
+  const Points sphere = on_sphere({2, 0, 0}, 0.2, 2);
+  EXPECT_FALSE(fit_sphere({}, {}));
+  EXPECT_FALSE(fit_sphere(std::span(sphere).first(3), 0.2));
+  const auto exact = fit_sphere(std::span(sphere).first(4), {});
+  ASSERT_TRUE(exact);
+  EXPECT_FALSE(exact->variance);  // nothing is left over to judge them by
+  const Points circle = on_circle({2, 0, 0}, 0.2, rotation({0.5, 0, 0}), 3);
+  EXPECT_FALSE(fit_sphere(circle, {}));
+  EXPECT_FALSE(fit_sphere(circle, 0.2));
+  EXPECT_FALSE(fit_circle(std::span(circle).first(2), 0.2));
+  Points line;
+  for (int i = 0; i < 10; ++i) line.push_back({1 + 0.1 * i, 0.2 * i, 0});
+  EXPECT_FALSE(fit_circle(line, {}));
+  EXPECT_FALSE(fit_circle(Points(8, Vector{1, 1, 1}), {}));
+  EXPECT_FALSE(fit_sphere(Points(8, Vector{NAN, 1, 1}), {}));
+}
+
+TEST(CentreFit, ClaimsTheSpreadThatItsCentresHave) {
+  Noise noise(3);
+  const Vector centre{2, 0, 0};
+  for (const bool is_sphere : {true, false}) {
+    double squares = 0, claimed = 0;
+    constexpr int kTimes = 300;
+    for (int i = 0; i < kTimes; ++i) {
+      Points points = is_sphere ? on_sphere(centre, 0.2, 1) : on_circle(centre, 0.2, rotation({0.5, 0.2, 0}), 1.5);
+      for (Vector& each : points) each = each + noise.deviation(0);  // 15, 15 and 10 micrometres
+      const auto fit = is_sphere ? fit_sphere(points, {}) : fit_circle(points, {});
+      ASSERT_TRUE(fit);
+      squares += std::pow(length(fit->centre - centre), 2);
+      claimed += *fit->variance * (fit->cofactor[0][0] + fit->cofactor[1][1] + fit->cofactor[2][2]);
+    }
+    EXPECT_NEAR(std::sqrt(squares / claimed), 1, 0.3) << is_sphere;
+  }
+}
+
+struct CentreBench : Bench {
+  explicit CentreBench(VL_MeasMode mode) {
+    initialise();
+    ask(protocol::build_SetMeasurementMode(mode));
+    ask(request_of(VL_C_SetSystemSettings, wishes(true)));
+  }
+  std::vector<Bytes> measure(double seconds = 20) {
+    EXPECT_EQ(status(protocol::build_StartMeasurement()), VL_RS_AllOK);
+    return after(seconds);
+  }
+};
+
+struct Mode {
+  VL_MeasMode mode;
+  Vector centre;
+};
+
+TEST(CentreModes, TellTheWorldsCentreWithinItsUncertainty) {
+  for (const auto& [mode, centre] :
+       {Mode{VL_MM_SphereCenter, ball_centre()}, Mode{VL_MM_CircleCenter, disc_centre()}}) {
+    CentreBench bench(mode);
+    const auto packets = bench.measure();
+    EXPECT_EQ(changes(packets), (std::vector<std::int32_t>{VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
+    EXPECT_TRUE(points(packets).empty());  // the points themselves are not sent
+    const auto results = only(packets, VL_DT_SingleMeasResult);
+    ASSERT_EQ(results.size(), 1u);
+    const auto result = read_as<SingleMeasResultT>(results[0].data());
+    EXPECT_EQ(result.measMode, mode);
+    EXPECT_EQ(result.packetInfo.status, VL_RS_AllOK);
+    EXPECT_LT(length(Vector{result.dVal1, result.dVal2, result.dVal3} - centre), 4 * result.dStdTotal);
+    EXPECT_NEAR(result.dStdTotal / result.dAprioriStdTotal, 1, 0.3);
+    bench.ask(protocol::build_SetStatisticMode(VL_SM_Extended, VL_SM_Standard));
+    EXPECT_EQ(only(bench.measure(), VL_DT_SingleMeasResult2).size(), 1u);
+  }
+}
+
+TEST(CentreModes, MeasureWithTheProbeLikewise) {
+  for (const auto& [mode, centre] :
+       {Mode{VL_MM_6DSphereCenter, ball_centre()}, Mode{VL_MM_6DCircleCenter, disc_centre()}}) {
+    CentreBench bench(mode);
+    bench.ask(protocol::build_SetUnits(VL_LU_Millimeter, VL_AU_Degree, VL_TU_Celsius, VL_PU_Mbar, VL_HU_RH));
+    const auto results = only(bench.measure(), VL_DT_StationaryProbeMeasResult);
+    ASSERT_EQ(results.size(), 1u);
+    const auto result = read_as<ProbeStationaryResultT>(results[0].data());
+    EXPECT_EQ(result.measMode, mode);
+    const Vector off = Vector{result.dPosition1, result.dPosition2, result.dPosition3} - 1000 * centre;
+    EXPECT_LT(length(off), 4 * result.dStdDevPositionTotal);
+    EXPECT_LT(double{result.dStdDevPositionTotal}, 0.1);
+  }
+}
+
+TEST(CentreModes, TakeTheirTimeAndNoMorePointsThanAskedFor) {
+  CentreBench bench(VL_MM_CircleCenter);
+  bench.ask(protocol::build_SetCircleCenterModeParams(0.02, 60, 0, 0));
+  // 59 steps of 20 mm at the rim's 314 mm a second, each ending at a whole millisecond.
+  EXPECT_TRUE(only(bench.measure(3.7), VL_DT_SingleMeasResult).empty());
+  EXPECT_EQ(only(bench.after(0.2), VL_DT_SingleMeasResult).size(), 1u);
+}
+
+TEST(CentreModes, HonourARadiusThatIsFixed) {
+  CentreBench bench(VL_MM_SphereCenter);
+  const auto status_with = [&](double radius) {
+    bench.ask(protocol::build_SetSphereCenterModeParams(0.01, 80, 1, radius));
+    return code_of(only(bench.measure(), VL_DT_SingleMeasResult).at(0));
+  };
+  EXPECT_EQ(status_with(kBallRadius), VL_RS_AllOK);
+  EXPECT_EQ(status_with(kBallRadius + 0.05), VL_RS_NoSphereCenterFound);
+  EXPECT_EQ(status_with(0), VL_RS_NoSphereCenterFound);
+}
+
+TEST(CentreModes, MakeAResultOfWhatThereIsWhenStopped) {
+  for (const auto& [mode, none] : {std::pair{VL_MM_SphereCenter, VL_RS_NoSphereCenterFound},
+                                   std::pair{VL_MM_CircleCenter, VL_RS_NoCircleCenterFound}}) {
+    CentreBench bench(mode);
+    const auto stop_after = [&](double seconds) {
+      bench.measure(seconds);
+      const auto packets = bench.ask(protocol::build_StopMeasurement());
+      EXPECT_EQ(type_of(packets.at(0)), VL_DT_SingleMeasResult);
+      EXPECT_EQ(code_of(packets.at(1)), VL_C_StopMeasurement);
+      return code_of(packets.at(0));
+    };
+    EXPECT_EQ(stop_after(0), none);
+    EXPECT_EQ(stop_after(1), VL_RS_AllOK);
+  }
+}
+
+}  // namespace
+}  // namespace kestrine::simulator
