@@ -9,6 +9,14 @@
 
 #include "kestrine/export.h"
 
+inline constexpr std::uint32_t WM_COPYDATA = 0x004A;
+
+struct COPYDATASTRUCT {
+  std::uint64_t dwData;  // the cookie given to SelectNotificationMethod
+  std::uint32_t cbData;  // bytes
+  const void* lpData;    // the packet, in the buffer that the next one of its kind overwrites
+};
+
 namespace kestrine::host {
 
 // --- The calling thread's message loop. The thread that creates the objects must run it, in one of these ways.
@@ -42,5 +50,15 @@ using LogHook = std::function<void(const std::string& line)>;
 KESTRINE_HOST_API void set_message_box_hook(MessageBoxHook hook);
 KESTRINE_HOST_API void set_beep_hook(BeepHook hook);
 KESTRINE_HOST_API void set_log_hook(LogHook hook);
+
+// --- Packets by message, for connections with the notification method KR_NM_WM_CopyData or KR_NM_WM_Notify: the hook
+// stands where an application's window would, and is called on the connection's thread for every packet that a loop
+// delivers, after everything else that the packet causes. It gets the three values of a window message:
+//   KR_NM_WM_CopyData  WM_COPYDATA, the handle of the connection's own window, the address of a COPYDATASTRUCT;
+//   KR_NM_WM_Notify    the cookie,  the cookie,                                the length of the packet in bytes.
+// What a COPYDATASTRUCT points to is valid during the call only. An empty function ends the delivery. The hook must
+// not throw, and holds for the whole process.
+using WindowMessageHook = std::function<void(std::uint32_t message, std::uint64_t wparam, std::int64_t lparam)>;
+KESTRINE_HOST_API void set_window_message_hook(WindowMessageHook hook);
 
 }  // namespace kestrine::host

@@ -76,6 +76,11 @@ void Dispatcher::DispatchPacket(CLTConnectBase& connection, const std::uint8_t* 
     std::copy_n(packet, snapshot.size(), snapshot.begin());
     delivery.packet = snapshot.data();
   }
+  deliver(delivery, type);
+  connection.notify_application(packet, byte_count);
+}
+
+void Dispatcher::deliver(const Delivery& delivery, std::int32_t type) {
   using namespace events;
   switch (type) {
     case VL_DT_Command:

@@ -28,6 +28,7 @@ class Dispatcher final : public transport::PacketConsumer {
     transport::AsyncCommands* async;
   };
 
+  void deliver(const Delivery& delivery, std::int32_t type);
   void on_timer(const Delivery& delivery);
   void on_malformed(const Delivery& delivery, std::int32_t type);
   void on_answer(const Delivery& delivery);

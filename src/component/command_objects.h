@@ -1,24 +1,26 @@
 // The command classes: engine or dispatcher state, an interface family and an event source, put together.
 #pragma once
 
-#include "async/command_object.h"
+#include "async/senders.h"
+#include "commands/typed_methods.h"
 #include "component/object_parts.h"
 #include "kestrine/interfaces.h"
 #include "kestrine/object.h"
 #include "sync/operations.h"
-#include "sync/typed_methods.h"
 
 namespace kestrine {
 
 template <class Interface>
-struct InterfaceId<sync::TypedSyncMethods<Interface>> : InterfaceId<Interface> {};
+struct InterfaceId<commands::TypedSyncMethods<Interface>> : InterfaceId<Interface> {};
+template <class Interface>
+struct InterfaceId<commands::TypedAsyncMethods<Interface>> : InterfaceId<Interface> {};
 
 }  // namespace kestrine
 
 namespace kestrine::component {
 
 template <class Interface, const IID& EventInterface>
-class CommandSync final : public Object<sync::TypedSyncMethods<Interface>, ErrorInfoSupport<Interface>,
+class CommandSync final : public Object<commands::TypedSyncMethods<Interface>, ErrorInfoSupport<Interface>,
                                         EventContainer<events::CProxy_ILTCommandSyncEvents, EventInterface>>,
                           public sync::CLTCommandSyncBase {
  public:
@@ -29,24 +31,25 @@ class CommandSync final : public Object<sync::TypedSyncMethods<Interface>, Error
 
  private:
   ~CommandSync() override { leave(); }
-  HRESULT call(int dispid, sync::Argument* arguments) override { return perform(dispid, arguments); }
+  HRESULT call(int dispid, commands::Argument* arguments) override { return perform(dispid, arguments); }
 };
 
-template <const IID& EventInterface>
-class CommandAsync final : public Object<EventContainer<events::CProxy_ILTCommandAsyncEvents, EventInterface>>,
+template <class Interface, const IID& EventInterface>
+class CommandAsync final : public Object<commands::TypedAsyncMethods<Interface>,
+                                         EventContainer<events::CProxy_ILTCommandAsyncEvents, EventInterface>>,
                            public async::CLTCommandAsyncBase {
  public:
   explicit CommandAsync(transport::Slots& generation) : CLTCommandAsyncBase(generation) { enter(); }
 
-  IUnknown* unknown() override { return static_cast<IConnectionPointContainer*>(this); }
+  IUnknown* unknown() override { return static_cast<Interface*>(this); }
   events::CProxy_ILTCommandAsyncEvents& event_source() override { return this->source_; }
 
  private:
   ~CommandAsync() override { leave(); }
+  HRESULT call(int dispid, commands::Argument* arguments) override { return perform(dispid, arguments); }
 };
 
 using CLTCommandSync = CommandSync<ILTCommandSync, DIID__ILTCommandSyncEvents>;
-// Source of events only: its sending operations are not there yet.
-using CLTCommandAsync = CommandAsync<DIID__ILTCommandAsyncEvents>;
+using CLTCommandAsync = CommandAsync<ILTCommandAsync, DIID__ILTCommandAsyncEvents>;
 
 }  // namespace kestrine::component

@@ -1,15 +1,28 @@
 // The connection class: CLTConnectBase under an interface family.
 #pragma once
 
+#include <optional>
+
 #include "component/object_parts.h"
+#include "data/constants.h"
+#include "data/disk_file.h"
+#include "data/packet_access.h"
 #include "kestrine/interfaces.h"
 #include "kestrine/object.h"
 #include "transport/connection.h"
 
+namespace kestrine {
+
+template <class Interface>
+struct InterfaceId<data::PacketReaders<Interface>> : InterfaceId<Interface> {};
+
+}  // namespace kestrine
+
 namespace kestrine::component {
 
 template <class Interface>
-class Connect final : public Object<Interface, ErrorInfoSupport<Interface>>, public transport::CLTConnectBase {
+class Connect final : public Object<data::PacketReaders<Interface>, ErrorInfoSupport<Interface>>,
+                      public transport::CLTConnectBase {
  public:
   explicit Connect(transport::Slots& generation) : CLTConnectBase(generation) {}
 
@@ -51,39 +64,26 @@ class Connect final : public Object<Interface, ErrorInfoSupport<Interface>>, pub
     return S_OK;
   }
 
-  // Not offered yet: the accessors over packets, and the constants. Native callers read packets with
-  // kestrine/records.h.
-  HRESULT ContinuousDataGetHeaderInfo(VARIANT*, std::int32_t*, VL_MeasMode*, double*, double*, double*,
-                                      VARIANT_BOOL*) override {
-    return E_NOTIMPL;
+  HRESULT StillImageGetFile(VARIANT* packet, std::int32_t* size, VARIANT* file) override {
+    return CLTConnectBase::StillImageGetFile(packet, size, file);
   }
-  HRESULT ContinuousPointGetAt(VARIANT*, std::int32_t, VL_MeasurementStatus*, std::int32_t*, std::int32_t*, double*,
-                               double*, double*) override {
-    return E_NOTIMPL;
+  HRESULT WriteDiskFile(VARIANT* data, BSTR name) override {
+    return data::write_disk_file(data, name) ? S_OK : fail(protocol::error::kDiskFile);
   }
-  HRESULT ContinuousProbeDataGetAt(VARIANT*, std::int32_t, VL_MeasurementStatus*, VL_TriggerStatus*, std::int32_t*,
-                                   std::int32_t*, std::int32_t*, double*, double*, double*, double*, double*, double*,
-                                   double*, double*, double*, double*, double*, double*, double*, double*, double*,
-                                   double*, double*, double*, double*, double*, double*, double*, double*,
-                                   double*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT ContinuousPoint2GetAt(VARIANT*, std::int32_t, VL_MeasurementStatus*, std::int32_t*, std::int32_t*, double*,
-                                double*, double*, double*, double*, double*, double*, double*, double*,
-                                double*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT StillImageGetFile(VARIANT*, std::int32_t*, VARIANT*) override { return E_NOTIMPL; }
-  HRESULT WriteDiskFile(VARIANT*, BSTR) override { return E_NOTIMPL; }
-  HRESULT GetConstant(KR_Constant, double*) override { return E_NOTIMPL; }
-  HRESULT ContinuousProbeDataGetHeaderInfo(VARIANT*, std::int32_t*, VL_MeasMode*, std::int32_t*, std::int32_t*,
-                                           VL_MeasurementTipStatus*, std::int32_t*, std::int32_t*, double*, double*,
-                                           double*, VARIANT_BOOL*) override {
-    return E_NOTIMPL;
+  HRESULT GetConstant(KR_Constant constant, double* value) override {
+    if (value == nullptr) return E_POINTER;
+    const std::optional<double> found = data::find_constant(constant);
+    *value = found.value_or(0);
+    return found ? S_OK : fail(protocol::error::kWrongConstant);
   }
 
  private:
   ~Connect() override = default;
+
+  HRESULT locate(data::PacketReader reader, VARIANT* packet, std::int32_t index, const std::uint8_t*& at) override {
+    const protocol::Error* failure = find_in_packet(reader, packet, index, suppress_statistic_mode_errors, at);
+    return failure == nullptr ? S_OK : fail(*failure);
+  }
 
   template <class Value>
   static HRESULT hand(Value* out, Value value) {

@@ -1,5 +1,5 @@
-// What the library says without being asked: message boxes and beeps. Neither ever blocks here; a host can
-// take both over (host.h). A message box goes to standard error by default, a beep nowhere.
+// What the library says without being asked: message boxes, beeps, log lines and window messages. None ever blocks
+// here; a host can take all over (host.h). A message box goes to standard error by default, the others nowhere.
 #pragma once
 
 #include <cstdint>
@@ -16,5 +16,7 @@ KESTRINE_HOST_API void show_message_box(std::u16string_view text, std::u16string
 KESTRINE_HOST_API void beep(std::uint32_t hertz, std::uint32_t milliseconds);
 // A line for the host's log hook; nothing without one.
 KESTRINE_HOST_API void log_line(std::string_view line);
+// A message for the application's window; returns when it has been handled. Nothing without a hook.
+KESTRINE_HOST_API void send_to_host(std::uint32_t message, std::uint64_t wparam, std::int64_t lparam);
 
 }  // namespace kestrine::platform

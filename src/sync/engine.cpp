@@ -116,8 +116,8 @@ HRESULT Engine::FinishSyncCall(std::int32_t command, bool report_only) {
   HRESULT result = S_OK;
   if (last_result_status_ != VL_RS_AllOK) {
     if (command == VL_C_MoveHV || command == VL_C_Unknown) {
-      if (last_result_status_ == protocol::kVerticalLimitStatus) vertical_speed_ = 0;
-      if (last_result_status_ == protocol::kHorizontalLimitStatus) horizontal_speed_ = 0;
+      if (last_result_status_ == protocol::kVerticalLimitStatus) speeds_.vertical = 0;
+      if (last_result_status_ == protocol::kHorizontalLimitStatus) speeds_.horizontal = 0;
     }
     const std::u16string text = report_text(command);
     const std::int32_t status = last_result_status_;

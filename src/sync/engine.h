@@ -5,6 +5,7 @@
 #include <deque>
 #include <string>
 
+#include "commands/drive_speeds.h"
 #include "protocol/errors.h"
 #include "sync/timeouts.h"
 #include "transport/command_objects.h"
@@ -56,8 +57,7 @@ class Engine : public transport::SyncCommands {
 
   transport::Slots& slots;
   Timeouts timeouts_;
-  std::int32_t horizontal_speed_ = 0;
-  std::int32_t vertical_speed_ = 0;
+  commands::DriveSpeeds speeds_;
 
  private:
   std::u16string report_text(std::int32_t command);

@@ -1,19 +1,18 @@
 #include "sync/operations.h"
 
+#include "commands/build_request.h"
+#include "commands/mode_check.h"
 #include "kestrine/pointer.h"
 #include "kestrine/records.h"
 #include "kestrine/wire.h"
-#include "protocol/encode.h"
 #include "protocol/errors.h"
 #include "sync/outputs.h"
-#include "transport/measurement_mode.h"
 
 namespace kestrine::sync {
 namespace {
 
+using commands::Argument, commands::Family, commands::MethodRow, commands::ParamType, commands::Source;
 using transport::CLTConnectBase;
-
-constexpr std::uint16_t kFirstParameter = 12;
 
 bool needs_result(const MethodRow& row) {
   return row.family == Family::kStationaryPoint || row.family == Family::kStationaryProbe ||
@@ -33,73 +32,26 @@ CLTConnectBase::Buffer source_buffer(const MethodRow& row, CLTConnectBase& conne
   return connection.buffer_for(VL_DT_Command);
 }
 
-void encode_argument(const Param& param, const Argument& argument, std::uint8_t* packet) {
-  switch (param.type) {
-    case ParamType::kLong:
-      wire::store_i32(packet + param.offset, argument.i32);
-      return;
-    case ParamType::kDouble:
-      wire::store_f64(packet + param.offset, argument.f64);
-      return;
-    case ParamType::kBool:
-      wire::store_i32(packet + param.offset, argument.boolean != 0 ? 1 : 0);
-      return;
-    case ParamType::kRecord:
-      protocol::encode_record(*protocol::find_record(param.type_name), argument.record, packet + param.offset);
-      return;
-    case ParamType::kText:
-    case ParamType::kVariant:
-      return;  // no request carries one
-  }
-}
-
 }  // namespace
 
 HRESULT CLTCommandSyncBase::perform(int dispid, Argument* arguments) {
-  const MethodRow& row = methods()[static_cast<std::size_t>(dispid) - 1];
+  const MethodRow& row = commands::sync_methods()[static_cast<std::size_t>(dispid) - 1];
   if (!has_all_outputs(row, arguments)) return E_POINTER;
   if (row.family == Family::kProperty) return put_UseIncreasedTimeouts(arguments[0].boolean);
 
   // A handler that runs during the wait may drop the last reference to either object.
   const Pointer<IUnknown> keep_this(unknown());
   const Pointer<IUnknown> keep_connection(slots.connection == nullptr ? nullptr : slots.connection->unknown());
-  if (const HRESULT result = check_mode(row); FAILED(result)) return result;
+  if (const protocol::Error* misfit = commands::find_mode_misfit(row, slots.connection)) return refuse(*misfit, false);
   if (slots.connection != nullptr) slots.ReleaseUnusedCommandObjects(*slots.connection, false);
   if (IsAnswerPending()) return refuse_pending(row);
-  if (row.family == Family::kMove) step_speeds(row);
+  if (row.family == Family::kMove) speeds_.step(row);
 
-  const protocol::Request request = build_request(row, arguments);
+  const protocol::Request request = commands::build_request(row, arguments, speeds_);
   if (row.family != Family::kSendOnly) begin_call();
   if (const HRESULT result = send(row.command, request.bytes.data(), request.size); FAILED(result)) return result;
   if (row.family == Family::kSendOnly) return S_OK;
   return wait_and_finish(row, arguments, *slots.connection);
-}
-
-HRESULT CLTCommandSyncBase::check_mode(const MethodRow& row) {
-  if (slots.connection == nullptr) return S_OK;
-  const std::int32_t mode = slots.connection->measurement_mode;
-  const bool legacy = slots.connection->legacy_stationary_mode;
-  bool fits = true;
-  const protocol::Error* misfit = &protocol::error::kNotContinuousMode;
-  switch (row.family) {
-    case Family::kContinuousPointStart:
-      fits = !transport::is_stationary_point_mode(mode);
-      break;
-    case Family::kContinuousProbeStart:
-      fits = !transport::blocks_continuous_probe(mode, legacy);
-      break;
-    case Family::kStationaryPoint:
-      fits = transport::is_stationary_point_mode(mode);
-      misfit = &protocol::error::kNotStationaryMode;
-      break;
-    case Family::kStationaryProbe:
-      fits = transport::is_stationary_probe_mode(mode, legacy);
-      misfit = &protocol::error::kNotStationaryMode;
-      break;
-    default:
-      break;
-  }
-  return fits ? S_OK : refuse(*misfit, false);
 }
 
 // While another call waits, the incremental moves give up in silence unless timeouts are increased.
@@ -108,20 +60,6 @@ HRESULT CLTCommandSyncBase::refuse_pending(const MethodRow& row) {
   const bool throws =
       row.family == Family::kSendOnly && slots.connection != nullptr && slots.connection->exception_policy;
   return refuse(protocol::error::kPendingAnswer, throws);
-}
-
-protocol::Request CLTCommandSyncBase::build_request(const MethodRow& row, const Argument* arguments) {
-  protocol::Request request(row.command, protocol::find_command(row.command)->request_size);
-  if (row.family == Family::kMove) {
-    const Speeds speeds = speeds_to_send(row, arguments);
-    request.put_int32(kFirstParameter, speeds.horizontal);
-    request.put_int32(kFirstParameter + 4, speeds.vertical);
-    return request;
-  }
-  for (std::size_t i = 0; i < row.params.size(); ++i) {
-    if (!row.params[i].out) encode_argument(row.params[i], arguments[i], request.bytes.data());
-  }
-  return request;
 }
 
 std::int32_t CLTCommandSyncBase::timeout_of(const MethodRow& row, const CLTConnectBase& connection) const {
@@ -159,11 +97,7 @@ void CLTCommandSyncBase::after_send(const MethodRow& row, CLTConnectBase& connec
   if (row.family == Family::kStationaryPoint || row.family == Family::kStationaryProbe) {
     connection.start_measurement_acknowledged = false;
   }
-  if (row.family == Family::kMove && !row.params.empty()) {
-    // Driving at a given speed leaves the stored speeds at rest: the next step starts from there.
-    horizontal_speed_ = 0;
-    vertical_speed_ = 0;
-  }
+  if (row.family == Family::kMove) speeds_.sent(row);
 }
 
 // What the connection remembers of the server, once the server has taken it.

@@ -2,17 +2,22 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <cstddef>
 #include <new>
 
+#include "data/byte_array.h"
+#include "kestrine/records.h"
 #include "kestrine/wire.h"
 #include "protocol/decode.h"
 
 namespace kestrine::sync {
+
+using commands::Argument, commands::MethodRow, commands::Param, commands::ParamType;
+
 namespace {
 
-constexpr std::int32_t kImageSizeOffset = 20;
-constexpr std::int32_t kImageOffset = 24;
+constexpr std::int32_t kImageSizeOffset = offsetof(GetStillImageRT, lFileSize);
+constexpr std::int32_t kImageOffset = offsetof(GetStillImageRT, cFileStart);
 
 BSTR copy_text(const std::uint8_t* at, std::size_t units) {
   std::array<char16_t, 128> text;
@@ -65,11 +70,8 @@ void write_outputs(const MethodRow& row, const std::uint8_t* packet, const Argum
 bool write_image(const std::uint8_t* packet, std::int32_t capacity, VARIANT& image) {
   const std::int32_t size = wire::load_i32(packet + kImageSizeOffset);
   if (size < 0 || size > capacity - kImageOffset) return false;
-  SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(size));
-  void* bytes = nullptr;
-  if (array == nullptr || FAILED(SafeArrayAccessData(array, &bytes))) return false;
-  std::memcpy(bytes, packet + kImageOffset, static_cast<std::size_t>(size));
-  SafeArrayUnaccessData(array);
+  SAFEARRAY* array = data::make_byte_array(packet + kImageOffset, size);
+  if (array == nullptr) return false;
   VariantInit(&image);
   image.vt = VT_ARRAY | VT_UI1;
   image.parray = array;

@@ -3,15 +3,15 @@
 
 #include <cstdint>
 
-#include "sync/argument.h"
-#include "sync/method_rows.h"
+#include "commands/argument.h"
+#include "commands/method_rows.h"
 
 namespace kestrine::sync {
 
 // True when every output has somewhere to go.
-bool has_all_outputs(const MethodRow& row, const Argument* arguments);
+bool has_all_outputs(const commands::MethodRow& row, const commands::Argument* arguments);
 // Writes every output but variants. Throws std::bad_alloc when a text cannot be copied.
-void write_outputs(const MethodRow& row, const std::uint8_t* packet, const Argument* arguments);
+void write_outputs(const commands::MethodRow& row, const std::uint8_t* packet, const commands::Argument* arguments);
 // The file of a still image as a byte array; false when it cannot be made. `capacity` is that of the buffer.
 bool write_image(const std::uint8_t* packet, std::int32_t capacity, VARIANT& image);
 

@@ -6,6 +6,9 @@
 #include "transport/settings.h"
 
 namespace kestrine::sync {
+
+using commands::WaitClass;
+
 namespace {
 
 struct Row {

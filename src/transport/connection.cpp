@@ -1,11 +1,13 @@
 #include "transport/connection.h"
 
-#include <cstring>
 #include <optional>
 #include <string>
 
+#include "data/byte_array.h"
+#include "data/packet_access.h"
 #include "data/version.h"
 #include "kestrine/error.h"
+#include "kestrine/host.h"
 #include "kestrine/pointer.h"
 #include "platform/clock.h"
 #include "platform/loop.h"
@@ -175,18 +177,36 @@ HRESULT CLTConnectBase::SelectNotificationMethod(KR_NotifyMethod method, std::in
   return S_OK;
 }
 
+void CLTConnectBase::notify_application(const std::uint8_t* packet, std::int32_t bytes) const {
+  const auto number = static_cast<std::uint32_t>(cookie);
+  if (notification_method == KR_NM_WM_CopyData) {
+    const COPYDATASTRUCT record{number, static_cast<std::uint32_t>(bytes), packet};
+    platform::send_to_host(WM_COPYDATA, slots.message_sink->window(), reinterpret_cast<std::intptr_t>(&record));
+  } else if (notification_method == KR_NM_WM_Notify) {
+    platform::send_to_host(number, number, bytes);
+  }
+}
+
 HRESULT CLTConnectBase::GetData(VARIANT* data) {
   if (data == nullptr) return E_POINTER;
   // A fresh array for every call: the caller destroys it when it likes.
-  SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(received_length));
-  void* bytes = nullptr;
-  if (array == nullptr || FAILED(SafeArrayAccessData(array, &bytes))) return fail(protocol::error::kByteArray);
-  if (received_length > 0) std::memcpy(bytes, received_packet, static_cast<std::size_t>(received_length));
-  SafeArrayUnaccessData(array);
+  SAFEARRAY* array = data::make_byte_array(received_packet, received_length);
+  if (array == nullptr) return fail(protocol::error::kByteArray);
   VariantInit(data);
   data->vt = VT_ARRAY | VT_UI1;
   data->parray = array;
   return S_OK;
+}
+
+HRESULT CLTConnectBase::StillImageGetFile(const VARIANT* packet, std::int32_t* size, VARIANT* file) {
+  if (size == nullptr || file == nullptr) return E_POINTER;
+  std::span<const std::uint8_t> image;
+  if (const protocol::Error* failure = data::find_image(packet, image)) return fail(*failure);
+  *size = static_cast<std::int32_t>(image.size());
+  VariantInit(file);
+  file->vt = VT_ARRAY | VT_UI1;  // also of an array that cannot be made
+  file->parray = data::make_byte_array(image.data(), *size);
+  return file->parray == nullptr ? fail(protocol::error::kByteArray) : S_OK;
 }
 
 CLTConnectBase::Buffer CLTConnectBase::buffer_for(std::int32_t data_type) {

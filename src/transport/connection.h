@@ -33,9 +33,13 @@ class CLTConnectBase {
   HRESULT DisconnectEmbeddedSystem();
   HRESULT SelectNotificationMethod(KR_NotifyMethod method, std::int32_t target_handle, std::int32_t cookie);
   HRESULT GetData(VARIANT* data);
+  HRESULT StillImageGetFile(const VARIANT* packet, std::int32_t* size, VARIANT* file);
 
   // A failure of one of the connection's own operations.
   HRESULT fail(const protocol::Error& failure, HRESULT code = E_FAIL);
+
+  // The last step of a packet: tells the application by message, if that is the way it chose.
+  void notify_application(const std::uint8_t* packet, std::int32_t bytes) const;
 
   // The server has closed its end: announced once per connection.
   void on_server_closed();

@@ -4,7 +4,7 @@
 
 #include "kestrine/com_error.h"
 #include "operation_walk.h"
-#include "sync/method_rows.h"
+#include "commands/method_rows.h"
 
 namespace kestrine::test {
 namespace {
@@ -141,8 +141,8 @@ TEST_F(Operations, SendNothingWhenAnyOutputHasNowhereToGo) {
   start();
   std::array<std::uint8_t, 512> anywhere{};
   int outputs = 0;
-  for (const sync::MethodRow& row : sync::methods()) {
-    std::vector<sync::Argument> arguments(row.params.size());
+  for (const commands::MethodRow& row : commands::sync_methods()) {
+    std::vector<commands::Argument> arguments(row.params.size());
     for (std::size_t i = 0; i < row.params.size(); ++i) {
       if (row.params[i].out) arguments[i].out = anywhere.data();
     }

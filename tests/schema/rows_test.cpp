@@ -10,21 +10,21 @@
 #include "events/event_rows.h"
 #include "kestrine/records.h"
 #include "protocol/tables.h"
-#include "sync/method_rows.h"
+#include "commands/method_rows.h"
 
 namespace kestrine {
 namespace {
 
-const sync::MethodRow& method(const std::string& name) {
-  for (const sync::MethodRow& row : sync::methods()) {
+const commands::MethodRow& method(const std::string& name) {
+  for (const commands::MethodRow& row : commands::sync_methods()) {
     if (row.name == name) return row;
   }
   throw std::out_of_range(name);
 }
 
-std::string outline(const sync::MethodRow& row) {
+std::string outline(const commands::MethodRow& row) {
   std::string text;
-  for (const sync::Param& param : row.params) {
+  for (const commands::Param& param : row.params) {
     text += std::string(param.out ? "out " : "in ") + param.type_name + " " + param.name + "@" +
             std::to_string(param.offset) + "/" + std::to_string(param.size) + "; ";
   }
@@ -32,8 +32,8 @@ std::string outline(const sync::MethodRow& row) {
 }
 
 TEST(MethodRows, AreNumberedFromOneWithoutAGap) {
-  ASSERT_EQ(sync::methods().size(), 201u);
-  for (std::size_t i = 0; i < 201; ++i) EXPECT_EQ(sync::methods()[i].dispid, static_cast<int>(i) + 1);
+  ASSERT_EQ(commands::sync_methods().size(), 201u);
+  for (std::size_t i = 0; i < 201; ++i) EXPECT_EQ(commands::sync_methods()[i].dispid, static_cast<int>(i) + 1);
   EXPECT_EQ(method("SetUnits").dispid, 49);
   EXPECT_EQ(method("UseIncreasedTimeouts").dispid, 199);
 }
@@ -74,18 +74,18 @@ TEST(MethodRows, HandOutAResultFromItsFirstValueToTheFlagThatStandsBeforeIt) {
 
 TEST(MethodRows, StayInsideTheirPackets) {
   const std::uint16_t result_sizes[] = {0, 0, 156, 0, 376, 0, 40, 0, 0, 204};
-  for (const sync::MethodRow& row : sync::methods()) {
+  for (const commands::MethodRow& row : commands::sync_methods()) {
     const protocol::CommandRow* command = protocol::find_command(row.command);
-    ASSERT_EQ(command == nullptr, row.family == sync::Family::kProperty) << row.name;
+    ASSERT_EQ(command == nullptr, row.family == commands::Family::kProperty) << row.name;
     if (command == nullptr) continue;
-    for (const sync::Param& param : row.params) {
-      const int bytes = param.type == sync::ParamType::kText     ? 2 * param.size
-                        : param.type == sync::ParamType::kRecord ? param.size
-                        : param.type == sync::ParamType::kDouble ? 8
+    for (const commands::Param& param : row.params) {
+      const int bytes = param.type == commands::ParamType::kText     ? 2 * param.size
+                        : param.type == commands::ParamType::kRecord ? param.size
+                        : param.type == commands::ParamType::kDouble ? 8
                                                                  : 4;
       const int limit = !param.out                            ? command->request_size
-                        : row.source == sync::Source::kAnswer ? command->answer->size
-                        : row.source == sync::Source::kTiltra ? result_sizes[VL_DT_TiltraResult]
+                        : row.source == commands::Source::kAnswer ? command->answer->size
+                        : row.source == commands::Source::kTiltra ? result_sizes[VL_DT_TiltraResult]
                         : row.result_type != -1               ? result_sizes[row.result_type]
                                                               : result_sizes[VL_DT_StationaryProbeMeasResult];
       EXPECT_LE(param.offset + bytes, limit) << row.name << "." << param.name;
@@ -94,7 +94,7 @@ TEST(MethodRows, StayInsideTheirPackets) {
 }
 
 TEST(MethodRows, KnowTheirFamilyWaitAndResultType) {
-  using sync::Family, sync::WaitClass, sync::Source;
+  using commands::Family, commands::WaitClass, commands::Source;
   struct Case {
     const char* name;
     Family family;
@@ -118,7 +118,7 @@ TEST(MethodRows, KnowTheirFamilyWaitAndResultType) {
       {"CallATRCompensation", Family::kPlain, WaitClass::kAtrCompensation, false, Source::kAnswer, -1},
   };
   for (const Case& c : cases) {
-    const sync::MethodRow& row = method(c.name);
+    const commands::MethodRow& row = method(c.name);
     EXPECT_EQ(row.family, c.family) << c.name;
     EXPECT_EQ(row.wait, c.wait) << c.name;
     EXPECT_EQ(row.adds_measure_time, c.adds) << c.name;

@@ -5,7 +5,7 @@
 
 #include "kestrine/events.h"
 #include "kestrine/pointer.h"
-#include "sync/typed_methods.h"
+#include "commands/typed_methods.h"
 
 namespace kestrine {
 namespace {
@@ -125,12 +125,12 @@ TEST_F(Sinks, AnswerToTheEventInterfacesOfBothGenerations) {
   EXPECT_EQ(count, 0u);
 }
 
-class Recorder final : public sync::TypedSyncMethods<ILTCommandSync> {
+class Recorder final : public commands::TypedSyncMethods<ILTCommandSync> {
  public:
   HRESULT QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
   ULONG AddRef() override { return 1; }
   ULONG Release() override { return 1; }
-  HRESULT call(int dispid, sync::Argument* arguments) override {
+  HRESULT call(int dispid, commands::Argument* arguments) override {
     called = dispid;
     gave_nothing = arguments == nullptr;
     if (look) look(arguments);
@@ -139,26 +139,26 @@ class Recorder final : public sync::TypedSyncMethods<ILTCommandSync> {
 
   int called = 0;
   bool gave_nothing = false;
-  void (*look)(const sync::Argument*) = nullptr;
+  void (*look)(const commands::Argument*) = nullptr;
 };
 
 TEST(TypedMethods, PackTheirParametersInOrder) {
   Recorder recorder;
-  recorder.look = [](const sync::Argument* arguments) {
+  recorder.look = [](const commands::Argument* arguments) {
     EXPECT_EQ(arguments[0].f64, 1.0);
     EXPECT_EQ(arguments[2].f64, 3.0);
     EXPECT_EQ(arguments[3].boolean, -1);
   };
   EXPECT_EQ(recorder.GoPosition(1, 2, 3, VARIANT_TRUE), S_FALSE);
   EXPECT_EQ(recorder.called, 9);
-  recorder.look = [](const sync::Argument* arguments) {
+  recorder.look = [](const commands::Argument* arguments) {
     EXPECT_EQ(arguments[0].i32, VL_SP_QuickReleaseStatus);
     *static_cast<std::int32_t*>(arguments[1].out) = -1;
   };
   std::int32_t status = 0;
   recorder.GetLongSystemParameter(VL_SP_QuickReleaseStatus, &status);
   EXPECT_EQ(status, -1);
-  recorder.look = [](const sync::Argument* arguments) {
+  recorder.look = [](const commands::Argument* arguments) {
     EXPECT_EQ(static_cast<const SearchParamsDataT*>(arguments[0].record)->lTimeOut, 5);
   };
   SearchParamsDataT search;

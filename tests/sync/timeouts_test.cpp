@@ -7,7 +7,7 @@ namespace kestrine::test {
 namespace {
 
 using sync::Timeouts;
-using sync::WaitClass;
+using commands::WaitClass;
 
 constexpr WaitClass kOrder[] = {WaitClass::kStandard,
                                 WaitClass::kExtended,

@@ -34,6 +34,11 @@ class Member:
         return self.name if self.kind == "method" else f"{self.kind}_{self.name}"
 
 
+@dataclass(frozen=True)
+class Reader(Member):
+    """A member that picks its outputs out of a packet: each at its offset in the record or element."""
+
+
 def load_members(source: Source, enums: dict[str, Enum], lists: ValueLists) -> list[Member]:
     names, members = Scope("the member"), []
     for row in source.rows("members", (int, str, str, str, str, str)):
@@ -41,13 +46,15 @@ def load_members(source: Source, enums: dict[str, Enum], lists: ValueLists) -> l
         check_row(row, names, len(members))
         require(kind in ("get", "put", "method"), row.where, f"{kind} is not known here")
         parameters = single_parameters(inputs, False, enums, row.where)
-        if outputs and ": " not in outputs:
-            parameters += [Parameter(value.name, value.type, True) for value in lists.get(outputs, row.where).values]
+        reads = outputs != "" and ": " not in outputs
+        if reads:
+            parameters += [Parameter(value.name, value.type, True, value.leaf.offset)
+                           for value in lists.get(outputs, row.where).values]
         else:
             parameters += single_parameters(outputs, True, enums, row.where)
         require(kind == "method" or [parameter.out for parameter in parameters] == [kind == "get"], row.where,
                 f"a property has one value, which a {kind} hands {'out' if kind == 'get' else 'in'}")
-        members.append(Member(dispid, name, kind, distinct(parameters, row), doc))
+        members.append((Reader if reads else Member)(dispid, name, kind, distinct(parameters, row), doc))
     return members
 
 

@@ -1,4 +1,4 @@
-"""The synchronous operations, every parameter resolved to its place in a request or in a received packet."""
+"""The operations of both command sets, every parameter resolved to its place in a request or in a received packet."""
 
 from dataclasses import dataclass
 
@@ -49,6 +49,22 @@ class Methods:
         for note in notes.values():
             require(False, note.where, f"there is no method {note[0]}")
         return methods
+
+    def load_senders(self, source: Source) -> list[Method]:
+        names, senders = Scope("the sender"), []
+        for row in source.rows("senders", (int, str), (int, str, str, str, str)):
+            check_row(row, names, len(senders))
+            senders.append(self._sender(row))
+        return senders
+
+    def _sender(self, row: Row) -> Method:
+        dispid, name = row[:2]
+        command_name, inputs, family = row[2:] if len(row) > 2 else (f"VL_C_{name}", "request", "plain")
+        require(family in FAMILIES, row.where, f"{family} is no family")
+        require(command_name in self._commands, row.where, f"there is no command {command_name}")
+        command = self._commands[command_name]
+        given = self._inputs(command, family, inputs, row.where)
+        return Method(dispid, name, "method", distinct(given, row), "", command, "none", False, family, "none", -1)
 
     def _method(self, row: Row, note: str) -> Method:
         dispid, name, command_name, wait, inputs, outputs = row[:6]

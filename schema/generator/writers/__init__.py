@@ -1,13 +1,17 @@
 """One entry for each generated file."""
 
-from . import constants, enums, events, interfaces, proxies, records, requests, sync, tables, texts
+from . import constants, enums, events, interfaces, methods, proxies, readers, records, requests, tables, texts
 
 WRITERS = {
     "include/kestrine/enums.h": enums.write,
     "include/kestrine/events.h": events.write_sinks,
     "include/kestrine/interfaces.h": interfaces.write,
     "include/kestrine/records.h": records.write,
+    "src/commands/method_rows.cpp": methods.write_rows,
+    "src/commands/method_rows.h": methods.write_header,
+    "src/commands/typed_methods.h": methods.write_typed,
     "src/data/constant_rows.h": constants.write,
+    "src/data/packet_readers.h": readers.write,
     "src/events/event_rows.cpp": events.write_rows,
     "src/events/event_rows.h": events.write_header,
     "src/events/proxies.h": proxies.write,
@@ -15,7 +19,4 @@ WRITERS = {
     "src/protocol/requests.h": requests.write,
     "src/protocol/tables.cpp": tables.write,
     "src/protocol/text_rows.cpp": texts.write_rows,
-    "src/sync/method_rows.cpp": sync.write_rows,
-    "src/sync/method_rows.h": sync.write_header,
-    "src/sync/typed_methods.h": sync.write_typed,
 }

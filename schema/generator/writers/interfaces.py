@@ -21,14 +21,19 @@ _SYNC_COMMENT = """\
 // that is named with it, "+ measure time" where the stationary measure time is added; meanwhile the thread's messages
 // are handled. Outputs are those of the answer, whatever the status, unless something else is said: look at the
 // returned status first. Flags handed out are the low 16 bits of the server's own."""
+_ASYNC_COMMENT = """\
+// The command set that never waits. Every operation sends one command and returns; its answer becomes the event that is
+// named with it, or ErrorEvent where the status is bad. Measurements are told by events of their own. Refused while a synchronous call of the process waits for its
+// answer. Values out of range are the server's to refuse."""
 _CONNECT_COMMENT = """// The connection to the server. The member number is the dispatch identifier."""
 
 
 def write(schema: Schema) -> str:
     parts = [_identifier(identifier) for identifier in schema.identifiers]
-    parts += ["", _interface("ILTConnect", _CONNECT_COMMENT, schema.connect_members),
-              _interface("ILTCommandSync", _SYNC_COMMENT, schema.sync_methods), "namespace kestrine {\n"]
-    parts += [_interface_id(name) for name in ("ILTConnect", "ILTCommandSync")]
+    parts += ["", _interface("ILTConnect", _CONNECT_COMMENT, [(each, each.doc) for each in schema.connect_members]),
+              _interface("ILTCommandSync", _SYNC_COMMENT, [(each, _sync_doc(each)) for each in schema.sync_methods]),
+              _interface("ILTCommandAsync", _ASYNC_COMMENT, _async_docs(schema)), "namespace kestrine {\n"]
+    parts += [_interface_id(name) for name in ("ILTConnect", "ILTCommandSync", "ILTCommandAsync")]
     parts += ["}  // namespace kestrine"]
     includes = ["<cstdint>", "", '"kestrine/component.h"', '"kestrine/enums.h"', '"kestrine/interface_id.h"',
                 '"kestrine/records.h"']
@@ -44,20 +49,18 @@ def _guid(value: UUID) -> str:
     return (f"{{0x{value.time_low:08X}, 0x{value.time_mid:04X}, 0x{value.time_hi_version:04X}, {{{tail}}}}}")
 
 
-def _interface(name: str, comment: str, members: list[Member]) -> str:
-    slots = "\n".join(_slot(member) for member in members)
+def _interface(name: str, comment: str, members: list[tuple[Member, str]]) -> str:
+    slots = "\n".join(_slot(*member) for member in members)
     return f"{comment}\nstruct {name} : IUnknown {{\n{slots}\n\n protected:\n  ~{name}() = default;\n}};\n"
 
 
-def _slot(member: Member) -> str:
+def _slot(member: Member, doc: str) -> str:
     start, parameters = signature(member)
     declared = wrapped(f"  virtual {start}", parameters, ") = 0;")
-    return f"  // {member.dispid}. {_doc(member)}\n{declared}"
+    return f"  // {member.dispid}. {doc}\n{declared}"
 
 
-def _doc(member: Member) -> str:
-    if not isinstance(member, Method):
-        return member.doc
+def _sync_doc(member: Method) -> str:
     parts = []
     if member.command:
         wait = _TIMES.get(member.wait, "sends only; the items arrive as events")
@@ -66,6 +69,13 @@ def _doc(member: Member) -> str:
     parts += {"measurement": ["Outputs are those of the result packet."],
               "tiltra": ["Outputs are those of the inclination sensor's packet."]}.get(member.source, [])
     return "\n  // ".join(parts + ([member.doc] if member.doc else []))
+
+
+def _async_docs(schema: Schema) -> list[tuple[Method, str]]:
+    events = {answer.command.name: answer.async_event.name if answer.async_event else "CommandCompletedData"
+              for answer in schema.answers}
+    return [(each, f'"{each.command.text}" ({each.command.code}); {events[each.command.name]}.')
+            for each in schema.async_methods]
 
 
 def _interface_id(name: str) -> str:

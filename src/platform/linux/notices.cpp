@@ -36,6 +36,7 @@ struct Hooks {
   HookSlot<host::MessageBoxHook> message_box;
   HookSlot<host::BeepHook> beep;
   HookSlot<host::LogHook> log;
+  HookSlot<host::WindowMessageHook> window_message;
 };
 
 // Never destroyed: the last static object to go may still have something to say.
@@ -64,6 +65,9 @@ void set_beep_hook(BeepHook hook) {
 void set_log_hook(LogHook hook) {
   hooks().log.set(std::move(hook));
 }
+void set_window_message_hook(WindowMessageHook hook) {
+  hooks().window_message.set(std::move(hook));
+}
 
 }  // namespace host
 
@@ -83,6 +87,10 @@ void beep(std::uint32_t hertz, std::uint32_t milliseconds) {
 
 void log_line(std::string_view line) {
   if (const auto hook = hooks().log.get()) (*hook)(std::string(line));
+}
+
+void send_to_host(std::uint32_t message, std::uint64_t wparam, std::int64_t lparam) {
+  if (const auto hook = hooks().window_message.get()) (*hook)(message, wparam, lparam);
 }
 
 }  // namespace platform

@@ -1,11 +1,11 @@
-// One argument of an operation on its way between the typed method and the engine.
+// One argument of an operation on its way between the typed method and the bytes.
 #pragma once
 
 #include <cstdint>
 
 #include "kestrine/component.h"
 
-namespace kestrine::sync {
+namespace kestrine::commands {
 
 union Argument {
   std::int32_t i32;  // long, enumeration
@@ -15,4 +15,4 @@ union Argument {
   void* out;           // where an output goes
 };
 
-}  // namespace kestrine::sync
+}  // namespace kestrine::commands

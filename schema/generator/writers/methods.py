@@ -1,4 +1,4 @@
-"""src/sync/method_rows.h, src/sync/method_rows.cpp and src/sync/typed_methods.h"""
+"""src/commands/method_rows.h, src/commands/method_rows.cpp and src/commands/typed_methods.h"""
 
 from ..model.interfaces import Parameter
 from ..model.methods import FAMILIES, WAITS, Method
@@ -46,19 +46,25 @@ struct MethodRow {{
   std::span<const Param> params;
 }};
 
-// In the order of their identifiers, which begin with 1.
-std::span<const MethodRow> methods();"""
-    return header("The operations of ILTCommandSync as rows.", ["<cstdint>", "<span>"], body, "kestrine::sync")
+// In the order of their identifiers, which begin with 1. Asynchronous ones wait for nothing and have no outputs.
+std::span<const MethodRow> sync_methods();
+std::span<const MethodRow> async_methods();"""
+    return header("The operations of ILTCommandSync and ILTCommandAsync as rows.", ["<cstdint>", "<span>"], body, "kestrine::commands")
 
 
 def write_rows(schema: Schema) -> str:
-    methods = schema.sync_methods
-    parts = [array("Param", f"kParams_{method.name}", [_param(parameter) for parameter in method.parameters])
-             for method in methods if method.parameters]
-    parts += [array("MethodRow", "kMethods", [_method(method) for method in methods])]
+    parts = _rows("Sync", schema.sync_methods) + _rows("Async", schema.async_methods)
     body = "namespace {\n\n" + "\n".join(parts) + "\n}  // namespace\n\n" + \
-        "std::span<const MethodRow> methods() { return kMethods; }"
-    return source("The operations of ILTCommandSync as rows.", ['"sync/method_rows.h"'], body, "kestrine::sync")
+        "std::span<const MethodRow> sync_methods() { return kSyncMethods; }\n" + \
+        "std::span<const MethodRow> async_methods() { return kAsyncMethods; }"
+    return source("The operations of both command sets as rows.", ['"commands/method_rows.h"'], body,
+                  "kestrine::commands")
+
+
+def _rows(side: str, methods: list[Method]) -> list[str]:
+    parts = [array("Param", f"k{side}_{method.name}", [_param(parameter) for parameter in method.parameters])
+             for method in methods if method.parameters]
+    return parts + [array("MethodRow", f"k{side}Methods", [_method(side, method) for method in methods])]
 
 
 def _param(parameter: Parameter) -> str:
@@ -67,8 +73,8 @@ def _param(parameter: Parameter) -> str:
             f"{parameter.offset}, {parameter.size}}}")
 
 
-def _method(method: Method) -> str:
-    parameters = f"kParams_{method.name}" if method.parameters else "{}"
+def _method(side: str, method: Method) -> str:
+    parameters = f"k{side}_{method.name}" if method.parameters else "{}"
     return (f"{{{method.dispid}, {literal(method.name)}, {method.command.code if method.command else -1}, "
             f"Family::{constant(method.family)}, WaitClass::{constant(method.wait)}, "
             f"{flag(method.adds_measure_time)}, Source::{constant(method.source)}, {method.result_type}, "
@@ -76,20 +82,24 @@ def _method(method: Method) -> str:
 
 
 def write_typed(schema: Schema) -> str:
-    methods = "\n".join(_typed(method) for method in schema.sync_methods)
-    body = f"""// The typed operations of `Interface`, every one a call of the row with its identifier.
+    body = "\n\n".join([_typed_class("Sync", schema.sync_methods), _typed_class("Async", schema.async_methods)])
+    return header("From typed operations to rows.", ['"commands/argument.h"', '"kestrine/interfaces.h"'], body,
+                  "kestrine::commands")
+
+
+def _typed_class(side: str, methods: list[Method]) -> str:
+    typed = "\n".join(_typed(method) for method in methods)
+    return f"""// The typed operations of `Interface`, every one a call of the row with its identifier.
 template <class Interface>
-class TypedSyncMethods : public Interface {{
+class Typed{side}Methods : public Interface {{
  public:
-{methods}
+{typed}
  protected:
-  ~TypedSyncMethods() = default;
+  ~Typed{side}Methods() = default;
 
   // Null arguments for an operation without parameters.
   virtual HRESULT call(int dispid, Argument* arguments) = 0;
 }};"""
-    return header("From typed operations to rows.", ['"kestrine/interfaces.h"', '"sync/argument.h"'], body,
-                  "kestrine::sync")
 
 
 def _typed(method: Method) -> str:

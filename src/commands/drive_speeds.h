@@ -1,0 +1,24 @@
+// Driving the head by speed: a step left, right, up or down adds to the speed stored, a pair of speeds is sent as
+// given. Percent of full speed; right and down are positive.
+#pragma once
+
+#include <cstdint>
+
+#include "commands/argument.h"
+#include "commands/method_rows.h"
+
+namespace kestrine::commands {
+
+struct DriveSpeeds {
+  std::int32_t horizontal = 0;
+  std::int32_t vertical = 0;
+
+  // What the operation changes before its request is built; stays changed when the request cannot be sent.
+  void step(const MethodRow& row);
+  // What the operation sends: the stored speeds, or those given, each cut at full speed.
+  DriveSpeeds to_send(const MethodRow& row, const Argument* arguments) const;
+  // Driving at a given speed leaves the stored speeds at rest: the next step starts from there.
+  void sent(const MethodRow& row);
+};
+
+}  // namespace kestrine::commands
