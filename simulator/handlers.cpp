@@ -8,7 +8,8 @@ const Handler* find_handler(std::int32_t command) {
   static const auto by_command = [] {
     std::map<std::int32_t, const Handler*> all;
     for (const auto& group : {status_handlers(), device_handlers(), motion_handlers(), measurement_handlers(),
-                              list_handlers(), probe_handlers(), computation_handlers(), transformation_handlers(), compensation_handlers(), inclination_handlers()}) {
+                              list_handlers(), probe_handlers(), computation_handlers(), transformation_handlers(),
+                              compensation_handlers(), inclination_handlers()}) {
       for (const Handler& handler : group) all.emplace(handler.command, &handler);
     }
     return all;

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstdlib>
 #include <initializer_list>
 #include <numbers>
 
@@ -87,7 +88,7 @@ class BitWriter {
 
  private:
   void put_bit(std::uint32_t bit) {
-    byte_ = static_cast<std::uint8_t>(byte_ << 1 | bit);
+    byte_ = static_cast<std::uint8_t>(std::uint32_t{byte_} << 1 | bit);
     if (++filled_ < 8) return;
     file_.push_back(byte_);
     if (byte_ == 0xff) file_.push_back(0);  // lest it look like a marker
@@ -106,7 +107,7 @@ void put_number(BitWriter& writer, int value, int bits) {
 }
 
 int bits_of(int value) {
-  return std::bit_width(static_cast<unsigned>(std::abs(value)));
+  return static_cast<int>(std::bit_width(static_cast<unsigned>(std::abs(value))));
 }
 
 double cosine_sum(const Block& block, std::size_t vertical, std::size_t horizontal) {

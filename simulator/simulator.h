@@ -15,7 +15,8 @@ struct Options {
   std::string address = "127.0.0.1";
   std::uint64_t seed = 1;        // of the measurement noise; the same seed and commands give the same values
   double time_scale = 1.0;       // of every duration; 0: everything at once, streams as fast as the socket takes them
-  std::size_t block_points = 0;  // points in a continuous block, at most 1,000; 0: as many as 100 ms bring
+  std::size_t block_points = 0;  // points in a continuous block, at most 1,000 and, with the probe, as many as a
+                                 // client takes in one packet; 0: as many as 100 ms bring
 };
 
 // Serves from construction to destruction, on a thread of its own.

@@ -31,7 +31,7 @@ struct State {
   bool laser_on = true;
   bool is_laser_warm = true;
   bool is_compensating = false;
-  Inclination sensor_index;  // taken out of the inclination sensor's readings
+  Inclination sensor_index;                                         // taken out of the inclination sensor's readings
   std::array<std::optional<CallATRCompensationRT>, 2> recognition;  // on the axis and wide, once compensated
   VL_TrackerFace face = VL_TF_Face1;
   std::int32_t tip_adapter = 1;

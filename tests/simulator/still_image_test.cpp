@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include "bench.h"
+#include "simulator/jpeg.h"
 #include "simulator/still_image.h"
 
 namespace kestrine::simulator {
@@ -103,7 +104,8 @@ class JpegDecoder {
     for (int i = 0; i < width * height / 64; ++i) {
       const auto y = block(means[0]), cb = block(means[1]), cr = block(means[2]);
       for (std::size_t p = 0; p < 64; ++p) {
-        const int row = i / (width / 8) * 8 + static_cast<int>(p) / 8, column = i % (width / 8) * 8 + p % 8;
+        const int row = i / (width / 8) * 8 + static_cast<int>(p / 8),
+                  column = i % (width / 8) * 8 + static_cast<int>(p % 8);
         pixels[static_cast<std::size_t>(row * width + column)] = {
             y[p] + 128 + 1.402 * cr[p], y[p] + 128 - 0.344136 * cb[p] - 0.714136 * cr[p], y[p] + 128 + 1.772 * cb[p]};
       }
@@ -158,6 +160,29 @@ TEST(StillImage, IsAJpegFileOfTheSamePicture) {
     for (std::size_t c = 0; c < 3; ++c) worst = std::max(worst, std::abs(jpeg.pixels[i][c] - bitmap[at + 2 - c]));
   }
   EXPECT_LT(worst, 25);  // the spot's hard edge rings; a wrong table or order would be out by a hundred and more
+}
+
+// All the detail there can be, and detail behind long runs of nothing.
+TEST(StillImage, KeepsTheFinestDetailInAJpegFile) {
+  std::vector<Pixel> rough, chequered;
+  for (std::uint32_t i = 0; i < 16 * 16; ++i) {
+    const std::uint32_t chance = (i * 2654435761u) >> 8;
+    rough.push_back({static_cast<std::uint8_t>(chance), static_cast<std::uint8_t>(chance >> 8),
+                     static_cast<std::uint8_t>(chance >> 16)});
+    const std::uint8_t grey = (i + i / 16) % 2 == 0 ? 100 : 156;
+    chequered.push_back({grey, grey, grey});
+  }
+  for (const auto& pixels : {rough, chequered}) {
+    const Bytes file = jpeg_file(pixels, 16, 16);
+    const JpegDecoder jpeg(file);
+    ASSERT_EQ(jpeg.pixels.size(), pixels.size());
+    double worst = 0;
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+      worst = std::max({worst, std::abs(jpeg.pixels[i][0] - pixels[i].red),
+                        std::abs(jpeg.pixels[i][1] - pixels[i].green), std::abs(jpeg.pixels[i][2] - pixels[i].blue)});
+    }
+    EXPECT_LT(worst, 25);
+  }
 }
 
 TEST(StillImage, IsRefusedWhereTheSettingsSayThatThereIsNoCamera) {
