@@ -6,8 +6,8 @@
 namespace kestrine::simulator {
 namespace {
 
-// Of a column's length: what is left of it when the columns before it are taken away. Rounding leaves 1e-16.
-constexpr double kVanishing = 1e-11;
+// Of the longest column: what a column has left when the columns before it are taken away. Rounding leaves 1e-16.
+constexpr double kVanishing = 1e-13;
 
 }  // namespace
 
@@ -31,9 +31,13 @@ void Triangle::add(const Unknowns& coefficients, double value) {
 }
 
 bool Triangle::is_determined(std::size_t column) const {
-  double squares = 0;
-  for (std::size_t i = 0; i <= column; ++i) squares += rows_[i][column] * rows_[i][column];
-  return rows_[column][column] > kVanishing * std::sqrt(squares);
+  double longest = 0;
+  for (std::size_t j = 0; j < kUnknowns; ++j) {
+    double squares = 0;
+    for (std::size_t i = 0; i <= j; ++i) squares += rows_[i][j] * rows_[i][j];
+    longest = std::max(longest, std::sqrt(squares));
+  }
+  return rows_[column][column] > kVanishing * longest;
 }
 
 Unknowns Triangle::solve(const Unknowns& right) const {

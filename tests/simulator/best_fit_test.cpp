@@ -104,8 +104,9 @@ TEST(BestFits, TakePointsOnALineWhereTheRotationIsGiven) {
   expect_pose(*fit, pose);
   given[3] = {};  // about X, which does not lie along the line
   ASSERT_TRUE(best_fit(at(moved(line, pose)), at(line), given));
-  const std::vector<Vector> along_x{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}};
-  EXPECT_FALSE(best_fit(at(along_x), at(along_x), given));
+  const std::vector<Vector> along_x{{0.1, 0, 0}, {1.7, 0, 0}, {2.3, 0, 0}};
+  given[5] = {0.7, 0};
+  EXPECT_FALSE(best_fit(at(moved(along_x, {{}, rotation({0, 0, 0.7})})), at(along_x), given));
 }
 
 TEST(BestFits, HoldWhatIsFixedAndWeighWhatIsObserved) {
@@ -123,12 +124,12 @@ TEST(BestFits, HoldWhatIsFixedAndWeighWhatIsObserved) {
   // The same turn by its other triple of angles, one of them fixed, another near.
   given[6] = {1, kUnknown};
   given[3] = {0.3 - kPi, 0};
-  given[5] = {2.1 - kPi, 0.01};
+  given[5] = {2.1 + kPi, 0.01};  // whole turns are none
   const auto other = best_fit(nominal, actual, given);
   ASSERT_TRUE(other);
   expect_pose(*other, pose, 1e-6);
   EXPECT_EQ(other->parameters[3].value, given[3].value);
-  EXPECT_NEAR(other->parameters[5].value, given[5].value, 1e-6);
+  EXPECT_NEAR(std::remainder(other->parameters[5].value - given[5].value, 2 * kPi), 0, 1e-6);
 
   // The more an observation is worth, the nearer the fit comes to it.
   const double own = best_fit(nominal, actual, free_but_scale(1.001))->parameters[0].value;
@@ -142,11 +143,28 @@ TEST(BestFits, HoldWhatIsFixedAndWeighWhatIsObserved) {
   EXPECT_NEAR(pulled(1e-8), 1e-3, 1e-6);
 }
 
+TEST(BestFits, FindTheRestOfTheAnglesToAnyThatIsGiven) {
+  std::mt19937_64 engine(2);
+  std::uniform_real_distribution<double> any(-kPi, kPi);
+  for (int i = 0; i < 60; ++i) {
+    const std::array angles{any(engine), any(engine), any(engine)};
+    const Pose pose{{1, 2, 3}, rotation({angles[0], angles[1], angles[2]}), 1};
+    Parameters given = free_but_scale();
+    const auto index = static_cast<std::size_t>(i % 3);
+    given[3 + index] = {angles[index], 0};
+    const auto fit = best_fit(at(moved(kPlaces, pose)), at(kPlaces), given);
+    ASSERT_TRUE(fit) << i;
+    expect_pose(*fit, pose, 1e-8);
+    EXPECT_EQ(fit->parameters[3 + index].value, angles[index]);
+  }
+}
+
 TEST(BestFits, JudgeTheDeviationsGivenByTheResiduals) {
   std::mt19937_64 engine(1);
   std::normal_distribution<double> normal;
   constexpr double kNominal = 3e-5, kActual = 4e-5;
-  const Pose pose{{1, 2, 3}, rotation({0.1, 0.2, 0.3}), 1};
+  const Pose pose{{1, 2, 3}, rotation({0.1, 0.2, 0.3}), 0.5};
+  const double spread = std::hypot(kNominal, 0.5 * kActual);
   std::vector<Vector> places, noisy;
   for (int i = 0; i < 200; ++i) {
     places.push_back({2 * normal(engine), 2 * normal(engine), normal(engine)});
@@ -157,15 +175,21 @@ TEST(BestFits, JudgeTheDeviationsGivenByTheResiduals) {
   const auto fit = best_fit(at(nominal, kNominal), at(noisy, kActual), Parameters{});
   ASSERT_TRUE(fit);
   EXPECT_NEAR(fit->variance_factor, 1, 0.15);
-  EXPECT_NEAR(fit->rms, 5e-5 * std::sqrt(3), 6e-6);
-  EXPECT_NEAR(fit->parameters[0].deviation, 5e-5 / std::sqrt(200), 2e-6);
-  const std::array truth{1.0, 2.0, 3.0, 0.1, 0.2, 0.3, 1.0};
+  EXPECT_NEAR(fit->rms, spread * std::sqrt(3), 0.1 * spread);
+  const double of_shift = spread / std::sqrt(200);
+  EXPECT_NEAR(fit->parameters[0].deviation, of_shift, 0.2 * of_shift);
+  const double of_scale = spread / std::sqrt(200 * 9);  // nine square metres, the points' own variance
+  EXPECT_NEAR(fit->parameters[6].deviation, of_scale, 0.2 * of_scale);
+  const std::array truth{1.0, 2.0, 3.0, 0.1, 0.2, 0.3, 0.5};
   for (std::size_t i = 0; i < kUnknowns; ++i)
     EXPECT_NEAR(fit->parameters[i].value, truth[i], 4 * fit->parameters[i].deviation) << i;
   Vector sum;
   for (const FittedPoint& each : fit->points) sum = sum + each.residual;
   EXPECT_NEAR(length(sum), 0, 1e-9);  // equal weights
-  EXPECT_NEAR(best_fit(at(nominal, 1e-5), at(noisy, 0), Parameters{})->variance_factor, 25, 5);
+  // Whoever gives too small deviations learns so, and gets the parameters' true ones.
+  const auto boasting = best_fit(at(nominal, spread / 5), at(noisy), Parameters{});
+  EXPECT_NEAR(boasting->variance_factor, 25, 4);
+  EXPECT_NEAR(boasting->parameters[0].deviation, of_shift, 0.2 * of_shift);
 }
 
 TEST(BestFits, AskNothingOfCoordinatesThatAreUnknown) {
@@ -174,12 +198,20 @@ TEST(BestFits, AskNothingOfCoordinatesThatAreUnknown) {
   auto actual = at(kPlaces, 1e-5);
   nominal[1].place.z += 3;
   nominal[1].unknown = {{0, 0, 1}};
-  actual[4].place.x -= 2;
-  actual[4].unknown = {{1, 0, 0}};
+  for (const std::size_t i : {3u, 4u}) {
+    actual[i].place.x -= 20;
+    actual[i].unknown = {{1, 0, 0}};
+  }
   const auto fit = best_fit(nominal, actual, free_but_scale());
   ASSERT_TRUE(fit);
   expect_pose(*fit, pose);
   EXPECT_LT(fit->max_deviation, 1e-9);
+  // Nor much of those that are bad, told in the system of each list.
+  actual[3].unknown = actual[4].unknown = {};
+  actual[3].covariance[0][0] = actual[4].covariance[0][0] = 1e12;
+  const auto weak = best_fit(nominal, actual, free_but_scale());
+  ASSERT_TRUE(weak);
+  expect_pose(*weak, pose, 1e-8);
   for (KnownPoint& each : actual) each.unknown = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
   EXPECT_FALSE(best_fit(nominal, actual, free_but_scale()));
 }
