@@ -33,6 +33,13 @@ class RatioReporter final : public benchmark::ConsoleReporter {
     if (const auto slices = medians_.find("BM_RoundTripSlices"); slices != medians_.end()) {
       std::printf("  %-40s %6.2f ms\n", "round trip in slices", slices->second * 1e3);
     }
+    std::printf("Values out of packets: what a call costs beyond loads, and columns by the speed of a copy\n");
+    beyond("ContinuousPointGetAt", "BM_PointCalls", "BM_PointLoads");
+    beyond("ContinuousPoint2GetAt", "BM_Point2Calls", "BM_Point2Loads");
+    beyond("ContinuousProbeDataGetAt", "BM_ProbeCalls", "BM_ProbeLoads");
+    ratio("copy : columns, a block in the cache", "BM_CopyOfOneBlock", "BM_ColumnsOfOneBlock");
+    ratio("copy : columns, a recording read", "BM_CopyOfRecording", "BM_ColumnsOfRecording");
+    ratio("copy : columns, a recording collected", "BM_CopyCollected", "BM_ColumnsCollected");
   }
 
  private:
@@ -41,6 +48,14 @@ class RatioReporter final : public benchmark::ConsoleReporter {
     const auto low = medians_.find(below);
     if (high == medians_.end() || low == medians_.end()) return;
     std::printf("  %-40s %6.3f\n", what, high->second / low->second);
+  }
+
+  // Of a thousand elements; told of one.
+  void beyond(const char* what, const char* above, const char* below) const {
+    const auto high = medians_.find(above);
+    const auto low = medians_.find(below);
+    if (high == medians_.end() || low == medians_.end()) return;
+    std::printf("  %-40s %6.1f ns\n", what, (high->second - low->second) * 1e9 / 1000);
   }
 
   std::map<std::string, double> medians_;  // seconds

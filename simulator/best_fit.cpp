@@ -173,9 +173,9 @@ std::vector<Equation> Fit::weigh(const Estimate& estimate) const {
   return equations;
 }
 
+// Bound angles start from their observed values and never jump: no whole turns come in between.
 double Fit::prior_residual(const Estimate& estimate, std::size_t index) const {
-  const double difference = given_[index].value - estimate.values()[index];
-  return (index >= kRotation && index < kScale ? wrapped(difference) : difference) / given_[index].deviation;
+  return (given_[index].value - estimate.values()[index]) / given_[index].deviation;
 }
 
 double Fit::misfit(const Estimate& estimate, const std::vector<Equation>& equations) const {

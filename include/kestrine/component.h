@@ -44,6 +44,8 @@ using BSTR = OLECHAR*;
 
 inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
 inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
+// For VariantChangeType: a boolean becomes "True" or "False" where it would become "-1" or "0".
+inline constexpr USHORT VARIANT_ALPHABOOL = 0x02;
 inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
 
 // --- Status codes. A negative one is a failure.
@@ -108,6 +110,7 @@ inline constexpr IID IID_NULL{};
 
 struct IUnknown;
 struct IDispatch;
+struct IRecordInfo;
 struct ITypeInfo;
 struct VARIANT;
 
@@ -157,6 +160,7 @@ inline constexpr VARTYPE VT_INT = 22;
 inline constexpr VARTYPE VT_UINT = 23;
 inline constexpr VARTYPE VT_VOID = 24;
 inline constexpr VARTYPE VT_HRESULT = 25;
+inline constexpr VARTYPE VT_RECORD = 36;
 inline constexpr VARTYPE VT_ARRAY = 0x2000;
 inline constexpr VARTYPE VT_BYREF = 0x4000;
 inline constexpr VARTYPE VT_TYPEMASK = 0x0FFF;
@@ -165,10 +169,10 @@ struct CY {
   LONGLONG int64;
 };
 
-// A record and its description: not in use, but it makes a variant as large as its original.
+// A record and its description, which makes, copies and destroys it.
 struct RecordValue {
   void* pvRecord;
-  void* pRecInfo;
+  IRecordInfo* pRecInfo;
 };
 
 // A value and its type; `vt` says which member of the union holds it. With VT_ARRAY it is `parray`, with VT_BYREF
@@ -411,6 +415,14 @@ KESTRINE_HOST_API void VariantInit(VARIANT* variant);
 KESTRINE_HOST_API HRESULT VariantClear(VARIANT* variant);
 // Clears `to` and makes it a copy of its own; only a VT_BYREF value keeps pointing where `from` points.
 KESTRINE_HOST_API HRESULT VariantCopy(VARIANT* to, const VARIANT* from);
+// As VariantCopy, but a VT_BYREF value is replaced by a copy of what it points at.
+KESTRINE_HOST_API HRESULT VariantCopyInd(VARIANT* to, const VARIANT* from);
+// Converts between numbers, booleans and texts, and asks an object for the other of its two forms; `to` may be `from`,
+// which may refer to the value. Numbers are rounded to the nearest integer, halves to the even one. Texts are the
+// same in every locale: a decimal point, no grouping. Dates, currency and arrays are not converted.
+KESTRINE_HOST_API HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, USHORT flags, VARTYPE type);
+KESTRINE_HOST_API HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags,
+                                              VARTYPE type);
 
 // --- Arrays. Dimensions are counted from 1, the leftmost first.
 

@@ -61,4 +61,9 @@ KESTRINE_HOST_API void set_log_hook(LogHook hook);
 using WindowMessageHook = std::function<void(std::uint32_t message, std::uint64_t wparam, std::int64_t lparam)>;
 KESTRINE_HOST_API void set_window_message_hook(WindowMessageHook hook);
 
+// --- Whose classes DllRegisterServer and DllUnregisterServer write: those of the user (the default) or those of the
+// whole system, for which most users lack the right. Holds for the whole process.
+enum class RegistrationScope { kUser, kSystem };
+KESTRINE_HOST_API void set_registration_scope(RegistrationScope scope);
+
 }  // namespace kestrine::host

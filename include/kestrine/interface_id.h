@@ -41,5 +41,21 @@ template <>
 struct InterfaceId<IConnectionPointContainer> {
   static constexpr const IID& value = IID_IConnectionPointContainer;
 };
+template <>
+struct InterfaceId<IEnumConnections> {
+  static constexpr const IID& value = IID_IEnumConnections;
+};
+template <>
+struct InterfaceId<IEnumConnectionPoints> {
+  static constexpr const IID& value = IID_IEnumConnectionPoints;
+};
+template <>
+struct InterfaceId<IProvideClassInfo> {
+  static constexpr const IID& value = IID_IProvideClassInfo;
+};
+template <>
+struct InterfaceId<IProvideClassInfo2> {
+  static constexpr const IID& value = IID_IProvideClassInfo2;
+};
 
 }  // namespace kestrine

@@ -76,8 +76,9 @@ void Dispatcher::DispatchPacket(CLTConnectBase& connection, const std::uint8_t* 
     std::copy_n(packet, snapshot.size(), snapshot.begin());
     delivery.packet = snapshot.data();
   }
+  const CLTConnectBase::Notification way = connection.notification;  // a handler may choose another one
   deliver(delivery, type);
-  connection.notify_application(packet, byte_count);
+  connection.notify_application(way, packet, byte_count);
 }
 
 void Dispatcher::deliver(const Delivery& delivery, std::int32_t type) {

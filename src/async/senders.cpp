@@ -2,7 +2,6 @@
 
 #include "commands/build_request.h"
 #include "commands/mode_check.h"
-#include "kestrine/pointer.h"
 #include "platform/clock.h"
 #include "protocol/texts.h"
 #include "transport/command_sender.h"
@@ -30,7 +29,6 @@ void CLTCommandAsyncBase::leave() {
 
 HRESULT CLTCommandAsyncBase::perform(int dispid, const Argument* arguments) {
   const MethodRow& row = commands::async_methods()[static_cast<std::size_t>(dispid) - 1];
-  const Pointer<IUnknown> keep_this(unknown());  // the handler of an error event may drop the last reference
   if (const protocol::Error* misfit = commands::find_mode_misfit(row, slots.connection)) return refuse(*misfit);
   if (slots.connection != nullptr) slots.ReleaseUnusedCommandObjects(*slots.connection, false);
   if (slots.current_sync != nullptr && slots.current_sync->IsAnswerPending()) {

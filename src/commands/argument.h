@@ -11,6 +11,8 @@ union Argument {
   std::int32_t i32;  // long, enumeration
   double f64;
   VARIANT_BOOL boolean;
+  BSTR text;
+  VARIANT* variant;
   const void* record;  // an input record, in the host's memory
   void* out;           // where an output goes
 };

@@ -3,9 +3,11 @@
 
 #include "async/senders.h"
 #include "commands/typed_methods.h"
+#include "component/class_info.h"
+#include "component/component_object.h"
+#include "component/late_bound.h"
 #include "component/object_parts.h"
 #include "kestrine/interfaces.h"
-#include "kestrine/object.h"
 #include "sync/operations.h"
 
 namespace kestrine {
@@ -20,11 +22,16 @@ struct InterfaceId<commands::TypedAsyncMethods<Interface>> : InterfaceId<Interfa
 namespace kestrine::component {
 
 template <class Interface, const IID& EventInterface>
-class CommandSync final : public Object<commands::TypedSyncMethods<Interface>, ErrorInfoSupport<Interface>,
-                                        EventContainer<events::CProxy_ILTCommandSyncEvents, EventInterface>>,
-                          public sync::CLTCommandSyncBase {
+class CommandSync final
+    : public ComponentObject<Offered<commands::TypedSyncMethods<Interface>>, ErrorInfoSupport<Interface>,
+                             EventContainer<events::CProxy_ILTCommandSyncEvents, EventInterface>,
+                             ClassInfo<EventInterface>>,
+      public sync::CLTCommandSyncBase {
  public:
-  explicit CommandSync(transport::Slots& generation) : CLTCommandSyncBase(generation) { enter(); }
+  explicit CommandSync(transport::Slots& generation, IUnknown* outer = nullptr)
+      : CommandSync::ComponentObject(generation.process, outer), CLTCommandSyncBase(generation) {
+    enter();
+  }
 
   IUnknown* unknown() override { return static_cast<Interface*>(this); }
   events::CProxy_ILTCommandSyncEvents& event_source() override { return this->source_; }
@@ -35,11 +42,16 @@ class CommandSync final : public Object<commands::TypedSyncMethods<Interface>, E
 };
 
 template <class Interface, const IID& EventInterface>
-class CommandAsync final : public Object<commands::TypedAsyncMethods<Interface>,
-                                         EventContainer<events::CProxy_ILTCommandAsyncEvents, EventInterface>>,
-                           public async::CLTCommandAsyncBase {
+class CommandAsync final
+    : public ComponentObject<Offered<commands::TypedAsyncMethods<Interface>>, ErrorInfoSupport<Interface>,
+                             EventContainer<events::CProxy_ILTCommandAsyncEvents, EventInterface>,
+                             ClassInfo<EventInterface>>,
+      public async::CLTCommandAsyncBase {
  public:
-  explicit CommandAsync(transport::Slots& generation) : CLTCommandAsyncBase(generation) { enter(); }
+  explicit CommandAsync(transport::Slots& generation, IUnknown* outer = nullptr)
+      : CommandAsync::ComponentObject(generation.process, outer), CLTCommandAsyncBase(generation) {
+    enter();
+  }
 
   IUnknown* unknown() override { return static_cast<Interface*>(this); }
   events::CProxy_ILTCommandAsyncEvents& event_source() override { return this->source_; }
@@ -51,5 +63,7 @@ class CommandAsync final : public Object<commands::TypedAsyncMethods<Interface>,
 
 using CLTCommandSync = CommandSync<ILTCommandSync, DIID__ILTCommandSyncEvents>;
 using CLTCommandAsync = CommandAsync<ILTCommandAsync, DIID__ILTCommandAsyncEvents>;
+using CLTCommandSync2 = CommandSync<ILTCommandSync2, DIID__ILTCommandSync2Events>;
+using CLTCommandAsync2 = CommandAsync<ILTCommandAsync2, DIID__ILTCommandAsync2Events>;
 
 }  // namespace kestrine::component

@@ -3,28 +3,46 @@
 
 #include <optional>
 
+#include "commands/typed_methods.h"
+#include "component/component_object.h"
+#include "component/late_bound.h"
 #include "component/object_parts.h"
 #include "data/constants.h"
 #include "data/disk_file.h"
 #include "data/packet_access.h"
 #include "kestrine/interfaces.h"
-#include "kestrine/object.h"
 #include "transport/connection.h"
+
+namespace kestrine::component {
+
+// The members by number, for callers by name.
+template <class Interface>
+class NumberedMembers : public data::PacketReaders<Interface> {
+ protected:
+  ~NumberedMembers() = default;
+
+  HRESULT call(int dispid, const commands::Argument* arguments) {
+    return commands::call_connect_member(static_cast<Interface&>(*this), dispid, arguments);
+  }
+};
+
+}  // namespace kestrine::component
 
 namespace kestrine {
 
 template <class Interface>
-struct InterfaceId<data::PacketReaders<Interface>> : InterfaceId<Interface> {};
+struct InterfaceId<component::NumberedMembers<Interface>> : InterfaceId<Interface> {};
 
 }  // namespace kestrine
 
 namespace kestrine::component {
 
 template <class Interface>
-class Connect final : public Object<data::PacketReaders<Interface>, ErrorInfoSupport<Interface>>,
+class Connect final : public ComponentObject<Offered<NumberedMembers<Interface>>, ErrorInfoSupport<Interface>>,
                       public transport::CLTConnectBase {
  public:
-  explicit Connect(transport::Slots& generation) : CLTConnectBase(generation) {}
+  explicit Connect(transport::Slots& generation, IUnknown* outer = nullptr)
+      : Connect::ComponentObject(generation.process, outer), CLTConnectBase(generation) {}
 
   IUnknown* unknown() override { return static_cast<Interface*>(this); }
 
@@ -94,5 +112,6 @@ class Connect final : public Object<data::PacketReaders<Interface>, ErrorInfoSup
 };
 
 using CLTConnect = Connect<ILTConnect>;
+using CLTConnect2 = Connect<ILTConnect2>;
 
 }  // namespace kestrine::component

@@ -1,10 +1,11 @@
 #include "component/module.h"
 
-#include <new>
+#include <memory>
+#include <mutex>
 
+#include "component/class_object.h"
 #include "component/command_objects.h"
 #include "component/connect_object.h"
-#include "kestrine/pointer.h"
 
 namespace kestrine::component {
 
@@ -20,51 +21,48 @@ const transport::Identity kFirstGeneration{
     u"Kestrine.LTCommandAsync.1",
 };
 
+const transport::Identity kSecondGeneration{
+    2,
+    IID_ILTConnect2,
+    IID_ILTCommandSync2,
+    IID_ILTCommandAsync2,
+    DIID__ILTCommandSync2Events,
+    DIID__ILTCommandAsync2Events,
+    u"Kestrine.LTConnect2.1",
+    u"Kestrine.LTCommandSync2.1",
+    u"Kestrine.LTCommandAsync2.1",
+};
+
 namespace {
 
-IUnknown* create_connect() {
-  return (new CLTConnect(module().first.slots))->unknown();
-}
-
-IUnknown* create_command_sync() {
-  return (new CLTCommandSync(module().first.slots))->unknown();
-}
-
-IUnknown* create_command_async() {
-  return (new CLTCommandAsync(module().first.slots))->unknown();
+template <class Class>
+IUnknown* create(transport::Slots& slots, IUnknown* outer) {
+  return (new Class(slots, outer))->inner();
 }
 
 struct ClassRow {
   const CLSID& clsid;
-  IUnknown* (*create)();
+  Generation Module::*generation;
+  Creator create;
 };
 
 const ClassRow kClasses[] = {
-    {CLSID_LTConnect, create_connect},
-    {CLSID_LTCommandSync, create_command_sync},
-    {CLSID_LTCommandAsync, create_command_async},
+    {CLSID_LTConnect, &Module::first, create<CLTConnect>},
+    {CLSID_LTCommandSync, &Module::first, create<CLTCommandSync>},
+    {CLSID_LTCommandAsync, &Module::first, create<CLTCommandAsync>},
+    {CLSID_LTConnect2, &Module::second, create<CLTConnect2>},
+    {CLSID_LTCommandSync2, &Module::second, create<CLTCommandSync2>},
+    {CLSID_LTCommandAsync2, &Module::second, create<CLTCommandAsync2>},
 };
 
-class ClassObject final : public Object<IClassFactory> {
- public:
-  explicit ClassObject(const ClassRow& row) : row_(row) {}
-
-  HRESULT CreateInstance(IUnknown* outer, const IID& iid, void** object) override {
-    if (object == nullptr) return E_POINTER;
-    *object = nullptr;
-    if (outer != nullptr) return CLASS_E_NOAGGREGATION;
-    try {
-      const auto made = Pointer<IUnknown>::adopt(row_.create());
-      return made->QueryInterface(iid, object);
-    } catch (const std::bad_alloc&) {
-      return E_OUTOFMEMORY;
-    }
-  }
-  HRESULT LockServer(BOOL) override { return S_OK; }
-
- private:
-  const ClassRow& row_;
-};
+ClassObject& class_object(const ClassRow& row) {
+  static std::mutex making;
+  static ClassObject* made[std::size(kClasses)] = {};
+  const std::lock_guard lock(making);
+  ClassObject*& cached = made[&row - kClasses];
+  if (cached == nullptr) cached = new ClassObject((module().*row.generation).slots, row.create);
+  return *cached;
+}
 
 }  // namespace
 
@@ -76,14 +74,16 @@ Generation::Generation(const transport::Identity& identity, transport::ProcessSt
 }
 
 transport::SyncCommands* Generation::create_sync() {
-  return new CLTCommandSync(slots);
+  if (slots.identity.generation == 1) return new CLTCommandSync(slots);
+  return new CLTCommandSync2(slots);
 }
 
 transport::AsyncCommands* Generation::create_async() {
-  return new CLTCommandAsync(slots);
+  if (slots.identity.generation == 1) return new CLTCommandAsync(slots);
+  return new CLTCommandAsync2(slots);
 }
 
-Module::Module() : first(kFirstGeneration, process) {}
+Module::Module() : first(kFirstGeneration, process), second(kSecondGeneration, process) {}
 
 Module& module() {
   static auto* const made = new Module;
@@ -94,9 +94,15 @@ HRESULT get_class_object(const CLSID& clsid, const IID& iid, void** object) {
   if (object == nullptr) return E_POINTER;
   *object = nullptr;
   for (const ClassRow& row : kClasses) {
-    if (row.clsid == clsid) return Pointer<IUnknown>::adopt(new ClassObject(row))->QueryInterface(iid, object);
+    if (row.clsid == clsid) return class_object(row).QueryInterface(iid, object);
   }
   return CLASS_E_CLASSNOTAVAILABLE;
+}
+
+HRESULT can_unload_now() {
+  const transport::ProcessState& process = module().process;
+  const std::int32_t locks = process.lock_count;
+  return locks == 0 || (locks == 1 && process.web_hosted) ? S_OK : S_FALSE;
 }
 
 }  // namespace kestrine::component

@@ -9,6 +9,7 @@
 namespace kestrine::component {
 
 extern const transport::Identity kFirstGeneration;
+extern const transport::Identity kSecondGeneration;
 
 // Slots of one interface generation with everything that hangs on them.
 class Generation final : private transport::CommandObjectFactory {
@@ -28,6 +29,7 @@ class Generation final : private transport::CommandObjectFactory {
 struct Module {
   transport::ProcessState process;
   Generation first;
+  Generation second;
 
   Module();
 };
@@ -36,7 +38,12 @@ struct Module {
 // released after everything of ours would have gone.
 Module& module();
 
-// S_OK with the class object, CLASS_E_CLASSNOTAVAILABLE for a class that is not ours.
+// S_OK with the class object, CLASS_E_CLASSNOTAVAILABLE for a class that is not ours. Class objects are made on first
+// use, also when threads ask at the same time, and kept.
 HRESULT get_class_object(const CLSID& clsid, const IID& iid, void** object);
+
+// S_OK when nothing of the module is in use. A host that says it is a web application may unload it with one object or
+// lock left: the connection that it keeps.
+HRESULT can_unload_now();
 
 }  // namespace kestrine::component

@@ -1,6 +1,9 @@
 // What every component object offers beside its own interface.
 #pragma once
 
+#include <vector>
+
+#include "events/enumerator.h"
 #include "kestrine/component.h"
 #include "kestrine/interface_id.h"
 
@@ -31,8 +34,9 @@ class EventContainer : public IConnectionPointContainer {
     return S_OK;
   }
 
-  HRESULT EnumConnectionPoints(IEnumConnectionPoints**) override {
-    return E_NOTIMPL;  // there is one, and it is asked for by its identifier
+  HRESULT EnumConnectionPoints(IEnumConnectionPoints** points) override {
+    const auto list = [this] { return std::vector<IConnectionPoint*>{&source_}; };
+    return events::PointEnumerator::create(list, 0, points);
   }
 
  protected:

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "kestrine/continuous.h"
 #include "kestrine/records.h"
 #include "kestrine/wire.h"
 
@@ -11,10 +12,14 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 using protocol::Error;
 
-constexpr std::size_t kTypeOffset = 4;
-constexpr std::size_t kCommandOffset = 8;
-constexpr std::size_t kCountOffset = offsetof(MultiMeasResultT, lNumberOfResults);
-static_assert(kCountOffset == offsetof(ProbeContinuousResultT, lNumberOfResults));
+using PointLayout = ContinuousLayout<MultiMeasResultT>;
+using Point2Layout = ContinuousLayout<MultiMeasResult2T>;
+using ProbeLayout = ContinuousLayout<ProbeContinuousResultT>;
+
+constexpr std::size_t kTypeOffset = offsetof(PacketHeaderT, type);
+constexpr std::size_t kCommandOffset = offsetof(BasicCommandRT, command);
+constexpr std::size_t kCountOffset = PointLayout::count;
+static_assert(kCountOffset == ProbeLayout::count);
 
 constexpr std::size_t kImageSizeOffset = offsetof(GetStillImageRT, lFileSize);
 constexpr std::size_t kImageOffset = offsetof(GetStillImageRT, cFileStart);
@@ -24,22 +29,20 @@ struct Layout {
   std::size_t element;  // 0: the reader looks at the header only
 };
 
-constexpr std::size_t kFirstPoint = offsetof(MultiMeasResultT, data);
-static_assert(kFirstPoint == offsetof(MultiMeasResult2T, data));
-constexpr std::size_t kFirstProbe = offsetof(ProbeContinuousResultT, data);
+static_assert(PointLayout::first == Point2Layout::first);
 
 constexpr Layout layout_of(PacketReader reader) {
   switch (reader) {
     case PacketReader::kContinuousDataGetHeaderInfo:
-      return {kFirstPoint, 0};
+      return {PointLayout::first, 0};
     case PacketReader::kContinuousProbeDataGetHeaderInfo:
-      return {kFirstProbe, 0};
+      return {ProbeLayout::first, 0};
     case PacketReader::kContinuousPointGetAt:
-      return {kFirstPoint, sizeof(MeasValueT)};
+      return {PointLayout::first, PointLayout::size};
     case PacketReader::kContinuousPoint2GetAt:
-      return {kFirstPoint, sizeof(MeasValue2T)};
+      return {Point2Layout::first, Point2Layout::size};
     case PacketReader::kContinuousProbeDataGetAt:
-      return {kFirstProbe, sizeof(ProbeMeasValueT)};
+      return {ProbeLayout::first, ProbeLayout::size};
   }
   return {};
 }
@@ -52,19 +55,19 @@ bool is_accepted(PacketReader reader, Bytes packet) {
   const Layout layout = layout_of(reader);
   if (packet.size() < layout.first) return false;
   const std::int32_t type = type_of(packet);
-  if (layout.first == kFirstProbe) return type == VL_DT_ContinuousProbeMeasResult;
-  return type == VL_DT_MultiMeasResult || type == VL_DT_MultiMeasResult2;
+  if (layout.first == ProbeLayout::first) return type == ProbeLayout::type;
+  return type == PointLayout::type || type == Point2Layout::type;
 }
 
 bool fits_statistic(PacketReader reader, Bytes packet) {
-  if (reader == PacketReader::kContinuousPointGetAt) return type_of(packet) == VL_DT_MultiMeasResult;
-  if (reader == PacketReader::kContinuousPoint2GetAt) return type_of(packet) == VL_DT_MultiMeasResult2;
+  if (reader == PacketReader::kContinuousPointGetAt) return type_of(packet) == PointLayout::type;
+  if (reader == PacketReader::kContinuousPoint2GetAt) return type_of(packet) == Point2Layout::type;
   return true;
 }
 
 }  // namespace
 
-const SAFEARRAY* array_of(const VARIANT* variant) {
+SAFEARRAY* array_of(const VARIANT* variant) {
   if (variant != nullptr && variant->vt == (VT_BYREF | VT_VARIANT)) variant = variant->pvarVal;
   if (variant == nullptr || (variant->vt & VT_ARRAY) == 0) return nullptr;
   if ((variant->vt & VT_BYREF) == 0) return variant->parray;

@@ -13,7 +13,7 @@
 namespace kestrine::data {
 
 // The array in a variant, or in what a variant refers to; null when there is none.
-const SAFEARRAY* array_of(const VARIANT* variant);
+SAFEARRAY* array_of(const VARIANT* variant);
 // The bytes of a one-dimensional array of bytes, which may be empty; nothing for anything else.
 std::optional<std::span<const std::uint8_t>> bytes_of(const VARIANT* variant);
 

@@ -5,6 +5,7 @@
 #include <new>
 #include <string>
 
+#include "events/enumerator.h"
 #include "kestrine/pointer.h"
 #include "kestrine/wire.h"
 #include "platform/notices.h"
@@ -180,8 +181,15 @@ HRESULT EventSource::Unadvise(ULONG cookie) {
   return S_OK;
 }
 
-HRESULT EventSource::EnumConnections(IEnumConnections**) {
-  return E_NOTIMPL;  // whoever advised a sink holds its cookie; nobody else needs to list them
+HRESULT EventSource::EnumConnections(IEnumConnections** connections) {
+  const auto list = [this] {
+    std::vector<CONNECTDATA> sinks;
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+      if (slots_[i] != nullptr) sinks.push_back({slots_[i], static_cast<DWORD>(i) + 1});
+    }
+    return sinks;
+  };
+  return ConnectionEnumerator::create(list, 0, connections);
 }
 
 }  // namespace kestrine::events

@@ -172,17 +172,16 @@ HRESULT CLTConnectBase::DisconnectEmbeddedSystem() {
 HRESULT CLTConnectBase::SelectNotificationMethod(KR_NotifyMethod method, std::int32_t target_handle,
                                                  std::int32_t new_cookie) {
   if (target_handle != 0) return fail(protocol::error::kTargetHandle);
-  notification_method = method;  // any value: the unknown ones tell the application nothing, like KR_NM_None
-  cookie = new_cookie;
+  notification = {method, new_cookie};  // any method: the unknown ones tell nothing, like KR_NM_None
   return S_OK;
 }
 
-void CLTConnectBase::notify_application(const std::uint8_t* packet, std::int32_t bytes) const {
-  const auto number = static_cast<std::uint32_t>(cookie);
-  if (notification_method == KR_NM_WM_CopyData) {
+void CLTConnectBase::notify_application(const Notification& way, const std::uint8_t* packet, std::int32_t bytes) const {
+  const auto number = static_cast<std::uint32_t>(way.cookie);
+  if (way.method == KR_NM_WM_CopyData) {
     const COPYDATASTRUCT record{number, static_cast<std::uint32_t>(bytes), packet};
     platform::send_to_host(WM_COPYDATA, slots.message_sink->window(), reinterpret_cast<std::intptr_t>(&record));
-  } else if (notification_method == KR_NM_WM_Notify) {
+  } else if (way.method == KR_NM_WM_Notify) {
     platform::send_to_host(number, number, bytes);
   }
 }

@@ -38,8 +38,13 @@ class CLTConnectBase {
   // A failure of one of the connection's own operations.
   HRESULT fail(const protocol::Error& failure, HRESULT code = E_FAIL);
 
-  // The last step of a packet: tells the application by message, if that is the way it chose.
-  void notify_application(const std::uint8_t* packet, std::int32_t bytes) const;
+  // How packets are told, chosen at any time for those that come afterwards.
+  struct Notification {
+    KR_NotifyMethod method = KR_NM_Event;
+    std::int32_t cookie = 0;
+  };
+  // The last step of a packet: tells the application by message, if that was its way when the packet came.
+  void notify_application(const Notification& way, const std::uint8_t* packet, std::int32_t bytes) const;
 
   // The server has closed its end: announced once per connection.
   void on_server_closed();
@@ -51,14 +56,13 @@ class CLTConnectBase {
   };
   Buffer buffer_for(std::int32_t data_type);
 
-  bool fires_sync_events() const { return sync_present && notification_method == KR_NM_Event; }
-  bool fires_async_events() const { return async_present && notification_method == KR_NM_Event; }
+  bool fires_sync_events() const { return sync_present && notification.method == KR_NM_Event; }
+  bool fires_async_events() const { return async_present && notification.method == KR_NM_Event; }
 
   Slots& slots;
 
   platform::SocketHandle socket = 0;  // 0 when closed
-  KR_NotifyMethod notification_method = KR_NM_Event;
-  std::int32_t cookie = 0;
+  Notification notification;
   std::int32_t last_result_status = VL_RS_Unknown;
   std::int32_t measurement_mode = VL_MM_Stationary;  // as last set through this connection
   std::int32_t version = 0;                          // major number in the high half, minor in the low one

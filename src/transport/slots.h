@@ -2,6 +2,7 @@
 // made in component/ and handed down; nothing here owns a component.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -34,6 +35,7 @@ struct ProcessState {
   bool objects_not_yet_fetched = true;  // cleared when an application first asks a connection for a command object
   bool web_hosted = false;              // read when the module is asked whether it can be unloaded
   int claimed_generation = 0;           // 0: none yet
+  std::atomic<std::int32_t> lock_count = 0;  // live objects and locks on class objects: reasons to stay loaded
 };
 
 // How a failure reaches the caller: events to the present objects, error information, perhaps an exception.

@@ -224,8 +224,8 @@ TEST_F(ConnectionTest, ReconnectingLeavesStatusBuffersAndMethodAsTheyWere) {
   EXPECT_EQ(connection->get_LastResultStatus(&status), S_OK);
   EXPECT_EQ(status, 17);
   EXPECT_EQ(get_i32(connection->last_command_answer, 8), VL_C_GoBirdBath);
-  EXPECT_EQ(connection->notification_method, KR_NM_None);
-  EXPECT_EQ(connection->cookie, 9);
+  EXPECT_EQ(connection->notification.method, KR_NM_None);
+  EXPECT_EQ(connection->notification.cookie, 9);
 }
 
 TEST_F(ConnectionTest, FailuresCarryTheInterfaceTheyBelongTo) {
@@ -273,7 +273,7 @@ TEST_F(ConnectionTest, WithTheExceptionPolicyFailuresAreThrownAfterTheEvent) {
     EXPECT_EQ(heard(), Lines({"sync ExceptionEvent 40009 '" + kAlreadyConnected + "'"}));
     EXPECT_EQ(told(E_FAIL), "80004005 40009 Kestrine.LTConnect.1: " + kAlreadyConnected);
   }
-  connection->notification_method = KR_NM_WM_CopyData;
+  connection->notification.method = KR_NM_WM_CopyData;
   EXPECT_THROW(connect_to(u"127.0.0.1", peer.port()), _com_error);
   EXPECT_EQ(heard(), Lines()) << "no event but under KR_NM_Event";
   EXPECT_THROW(connection->SelectNotificationMethod(KR_NM_Event, 1, 0), _com_error);

@@ -117,8 +117,8 @@ TEST_F(DeliveryTest, ATargetHandleIsRefusedAndNothingIsStored) {
   EXPECT_EQ(told(connection->SelectNotificationMethod(KR_NM_None, 12'345, 6)),
             "80004005 40018 Kestrine.LTConnect.1: " + text);
   EXPECT_EQ(heard(), Lines({"sync ExceptionEvent 40018 '" + text + "'", "async ExceptionEvent 40018 '" + text + "'"}));
-  EXPECT_EQ(connection->notification_method, KR_NM_Event);
-  EXPECT_EQ(connection->cookie, 5);
+  EXPECT_EQ(connection->notification.method, KR_NM_Event);
+  EXPECT_EQ(connection->notification.cookie, 5);
 }
 
 }  // namespace

@@ -351,7 +351,7 @@ TEST_F(ReceivePathTest, ABadHeaderThrowsAwayWhatCanBeRead) {
 
 TEST_F(ReceivePathTest, TheStreamOutOfStepReleasesAnyCurrentCall) {
   connection->sync_present = false;
-  connection->notification_method = KR_NM_None;
+  connection->notification.method = KR_NM_None;
   engine().MarkAnswerPending(7, true);
   port.feed(filled(16, -5));
   EXPECT_FALSE(read());

@@ -76,7 +76,7 @@ TEST_F(StreamTest, AFullReceiveBufferThatEndsInAHeaderRecovers) {
   peer.set_send_buffer(16'384);
   const std::size_t fitted = peer.send_what_fits(stream);
   ASSERT_LT(fitted, stream.size()) << "the buffers of the system take more than this test sends";
-  connection->notification_method = KR_NM_None;
+  connection->notification.method = KR_NM_None;
   peer.run([&](ScriptedPeer& server) { server.send(std::span(stream).subspan(fitted)); });
   EXPECT_TRUE(pump_until([&] { return packets.size() == kPackets; }, 30s)) << packets.size();
   bool in_order = true;

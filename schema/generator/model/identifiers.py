@@ -1,4 +1,4 @@
-"""The fixed identifiers of classes, interfaces and the type library."""
+"""The fixed identifiers of classes, interfaces, the type library and the application."""
 
 from dataclasses import dataclass
 from uuid import UUID
@@ -8,7 +8,8 @@ from ..source import Source
 from .names import Scope
 
 # The list in the schema and the prefix of the constants made from it.
-PREFIXES = {"libraries": "LIBID_", "classes": "CLSID_", "interfaces": "IID_", "event_interfaces": "DIID_"}
+PREFIXES = {"applications": "APPID_", "libraries": "LIBID_", "classes": "CLSID_",
+            "interfaces": "IID_", "event_interfaces": "DIID_"}
 
 
 @dataclass(frozen=True)

@@ -1,8 +1,13 @@
 """One entry for each generated file."""
 
-from . import constants, enums, events, interfaces, methods, proxies, readers, records, requests, tables, texts
+from . import constants, enums, events, interfaces, methods, proxies, python, readers, records, requests, tables, texts
+from . import types
 
 WRITERS = {
+    "python/kestrine/_interfaces.pyi": python.write_stubs,
+    "python/kestrine/_tables.py": python.write_tables,
+    "python/kestrine/enumerations.py": python.write_enumerations,
+    "python/kestrine/records.py": python.write_records,
     "include/kestrine/enums.h": enums.write,
     "include/kestrine/events.h": events.write_sinks,
     "include/kestrine/interfaces.h": interfaces.write,
@@ -10,6 +15,7 @@ WRITERS = {
     "src/commands/method_rows.cpp": methods.write_rows,
     "src/commands/method_rows.h": methods.write_header,
     "src/commands/typed_methods.h": methods.write_typed,
+    "src/component/type_tables.cpp": types.write,
     "src/data/constant_rows.h": constants.write,
     "src/data/packet_readers.h": readers.write,
     "src/events/event_rows.cpp": events.write_rows,

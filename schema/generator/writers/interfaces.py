@@ -23,17 +23,18 @@ _SYNC_COMMENT = """\
 // returned status first. Flags handed out are the low 16 bits of the server's own."""
 _ASYNC_COMMENT = """\
 // The command set that never waits. Every operation sends one command and returns; its answer becomes the event that is
-// named with it, or ErrorEvent where the status is bad. Measurements are told by events of their own. Refused while a synchronous call of the process waits for its
-// answer. Values out of range are the server's to refuse."""
+// named with it, or ErrorEvent where the status is bad. Measurements are told by events of their own. Refused while a
+// synchronous call of the process waits for its answer. Values out of range are the server's to refuse."""
 _CONNECT_COMMENT = """// The connection to the server. The member number is the dispatch identifier."""
 
 
 def write(schema: Schema) -> str:
     parts = [_identifier(identifier) for identifier in schema.identifiers]
-    parts += ["", _interface("ILTConnect", _CONNECT_COMMENT, [(each, each.doc) for each in schema.connect_members]),
-              _interface("ILTCommandSync", _SYNC_COMMENT, [(each, _sync_doc(each)) for each in schema.sync_methods]),
-              _interface("ILTCommandAsync", _ASYNC_COMMENT, _async_docs(schema)), "namespace kestrine {\n"]
-    parts += [_interface_id(name) for name in ("ILTConnect", "ILTCommandSync", "ILTCommandAsync")]
+    parts += ["", _interfaces("ILTConnect", _CONNECT_COMMENT, [(each, each.doc) for each in schema.connect_members]),
+              _interfaces("ILTCommandSync", _SYNC_COMMENT, [(each, _sync_doc(each)) for each in schema.sync_methods]),
+              _interfaces("ILTCommandAsync", _ASYNC_COMMENT, _async_docs(schema)), "namespace kestrine {\n"]
+    parts += [_interface_id(name + suffix) for name in ("ILTConnect", "ILTCommandSync", "ILTCommandAsync")
+              for suffix in ("", "2")]
     parts += ["}  // namespace kestrine"]
     includes = ["<cstdint>", "", '"kestrine/component.h"', '"kestrine/enums.h"', '"kestrine/interface_id.h"',
                 '"kestrine/records.h"']
@@ -49,15 +50,21 @@ def _guid(value: UUID) -> str:
     return (f"{{0x{value.time_low:08X}, 0x{value.time_mid:04X}, 0x{value.time_hi_version:04X}, {{{tail}}}}}")
 
 
-def _interface(name: str, comment: str, members: list[tuple[Member, str]]) -> str:
-    slots = "\n".join(_slot(*member) for member in members)
-    return f"{comment}\nstruct {name} : IUnknown {{\n{slots}\n\n protected:\n  ~{name}() = default;\n}};\n"
+def _interfaces(name: str, comment: str, members: list[tuple[Member, str]]) -> str:
+    """Both generations: the second one is told by the first."""
+    dual = "\n".join(_slot(member, "") for member, _ in members)
+    return _interface(name, comment, "IUnknown", "\n".join(_slot(*member) for member in members)) + "\n" + \
+        _interface(f"{name}2", f"// {name} for callers by name as well.", "IDispatch", dual)
+
+
+def _interface(name: str, comment: str, base: str, slots: str) -> str:
+    return f"{comment}\nstruct {name} : {base} {{\n{slots}\n\n protected:\n  ~{name}() = default;\n}};\n"
 
 
 def _slot(member: Member, doc: str) -> str:
     start, parameters = signature(member)
     declared = wrapped(f"  virtual {start}", parameters, ") = 0;")
-    return f"  // {member.dispid}. {doc}\n{declared}"
+    return f"  // {member.dispid}. {doc}\n{declared}" if doc else declared
 
 
 def _sync_doc(member: Method) -> str:

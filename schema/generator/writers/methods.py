@@ -1,13 +1,13 @@
 """src/commands/method_rows.h, src/commands/method_rows.cpp and src/commands/typed_methods.h"""
 
-from ..model.interfaces import Parameter
+from ..model.interfaces import Member, Parameter
 from ..model.methods import FAMILIES, WAITS, Method
 from ..model.schema import Schema
-from .members import signature
+from .members import cpp_type, signature
 from .text import array, constant, flag, header, literal, source, wrapped
 
 _TYPES = {"long": "kLong", "double": "kDouble", "bool": "kBool", "text": "kText", "variant": "kVariant"}
-_SLOTS = {"long": "i32", "double": "f64", "bool": "boolean"}
+_SLOTS = {"long": "i32", "double": "f64", "bool": "boolean", "text": "text", "bytes": "variant"}
 
 
 def write_header(schema: Schema) -> str:
@@ -49,7 +49,8 @@ struct MethodRow {{
 // In the order of their identifiers, which begin with 1. Asynchronous ones wait for nothing and have no outputs.
 std::span<const MethodRow> sync_methods();
 std::span<const MethodRow> async_methods();"""
-    return header("The operations of ILTCommandSync and ILTCommandAsync as rows.", ["<cstdint>", "<span>"], body, "kestrine::commands")
+    return header("The operations of both command sets as rows.", ["<cstdint>", "<span>"], body,
+                  "kestrine::commands")
 
 
 def write_rows(schema: Schema) -> str:
@@ -82,9 +83,10 @@ def _method(side: str, method: Method) -> str:
 
 
 def write_typed(schema: Schema) -> str:
-    body = "\n\n".join([_typed_class("Sync", schema.sync_methods), _typed_class("Async", schema.async_methods)])
-    return header("From typed operations to rows.", ['"commands/argument.h"', '"kestrine/interfaces.h"'], body,
-                  "kestrine::commands")
+    body = "\n\n".join([_typed_class("Sync", schema.sync_methods), _typed_class("Async", schema.async_methods),
+                        _connect_calls(schema.connect_members)])
+    return header("From typed operations to rows, and from numbers to the typed members of the connection.",
+                  ['"commands/argument.h"', '"kestrine/interfaces.h"'], body, "kestrine::commands")
 
 
 def _typed_class(side: str, methods: list[Method]) -> str:
@@ -110,6 +112,29 @@ def _typed(method: Method) -> str:
     return (f"{wrapped(f'  {start}', declared, ') override {')}\n"
             f"    Argument packed[{len(method.parameters)}]{{}};\n{packs}"
             f"    return this->call({method.dispid}, packed);\n  }}\n")
+
+
+def _connect_calls(members: list[Member]) -> str:
+    cases = "\n".join(f"    case {member.dispid}:\n" +
+                      wrapped(f"      return object.{member.slot_name}(",
+                              [_unpack(each, index) for index, each in enumerate(member.parameters)], ");", 10)
+                      for member in members)
+    return f"""// The member of the connection with this identifier; one argument for each of its parameters, in order.
+template <class Interface>
+HRESULT call_connect_member(Interface& object, int dispid, const Argument* arguments) {{
+  switch (dispid) {{
+{cases}
+    default:
+      return DISP_E_MEMBERNOTFOUND;
+  }}
+}}"""
+
+
+def _unpack(parameter: Parameter, index: int) -> str:
+    if parameter.out:
+        return f"static_cast<{cpp_type(parameter.type)}*>(arguments[{index}].out)"
+    value = f"arguments[{index}].{_SLOTS.get(parameter.type, 'i32')}"
+    return value if parameter.type in _SLOTS else f"static_cast<{parameter.type}>({value})"
 
 
 def _pack(parameter: Parameter) -> str:

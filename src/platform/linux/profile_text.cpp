@@ -3,26 +3,12 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "platform/linux/same_name.h"
+
 namespace kestrine::platform {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kBlanks = " \t\r\n";
-
-std::string_view trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-char to_lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool same_name(std::string_view a, std::string_view b) {
-  return std::ranges::equal(a, b, {}, to_lower, to_lower);
-}
-
 // Where things stand in the text: `value` and `value_end` when the key is there; `section_end`, behind the last line
 // of the section that is not blank, when only the section is.
 struct Place {

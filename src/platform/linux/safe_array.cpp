@@ -4,9 +4,11 @@
 #include <iterator>
 #include <limits>
 
-#include "kestrine/component.h"
+#include "platform/linux/variant_types.h"
 
 namespace {
+
+using kestrine::platform::value_size;
 
 constexpr UINT kMostDimensions = 64;
 constexpr std::uint64_t kMostBytes = 0x7FFFFFFF;
@@ -14,39 +16,6 @@ constexpr std::uint64_t kMostBytes = 0x7FFFFFFF;
 // In front of the descriptor, as in the original: room that keeps it aligned, and in the last four bytes the type.
 constexpr std::size_t kPrefix = 16;
 constexpr std::size_t kTypeBack = 4;
-
-// Bytes an element takes; 0 for what arrays cannot hold.
-ULONG element_size(VARTYPE type) {
-  switch (type) {
-    case VT_I1:
-    case VT_UI1:
-      return 1;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL:
-      return 2;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_R4:
-    case VT_ERROR:
-      return 4;
-    case VT_I8:
-    case VT_UI8:
-    case VT_R8:
-    case VT_CY:
-    case VT_DATE:
-    case VT_BSTR:
-    case VT_UNKNOWN:
-    case VT_DISPATCH:
-      return 8;
-    case VT_VARIANT:
-      return sizeof(VARIANT);
-    default:
-      return 0;
-  }
-}
 
 USHORT features_of(VARTYPE type) {
   switch (type) {
@@ -96,7 +65,7 @@ bool fits(const SAFEARRAYBOUND* bounds, UINT dimensions, ULONG size) {
 
 // Zeroed elements; `bounds` has the rightmost dimension first.
 SAFEARRAY* create(VARTYPE type, UINT dimensions, const SAFEARRAYBOUND* bounds) {
-  const ULONG size = element_size(type);
+  const ULONG size = value_size(type);
   if (size == 0 || !fits(bounds, dimensions, size)) return nullptr;
   const std::size_t descriptor = offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
   char* block = static_cast<char*>(std::calloc(1, kPrefix + descriptor));

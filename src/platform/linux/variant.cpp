@@ -1,13 +1,10 @@
-#include "kestrine/component.h"
+#include <cstring>
 
+#include "kestrine/type_info.h"
+#include "platform/linux/variant_types.h"
+
+namespace kestrine::platform {
 namespace {
-
-bool is_known_type(VARTYPE type) {
-  constexpr VARTYPE kFlags = VT_ARRAY | VT_BYREF;
-  const int base = type & ~kFlags;
-  if (base == VT_VARIANT) return (type & kFlags) != 0;
-  return base <= VT_UNKNOWN || (base >= VT_I1 && base <= VT_UINT);
-}
 
 // Makes the bits copied from another variant a value of its own.
 HRESULT own(VARIANT& copy) {
@@ -24,12 +21,72 @@ HRESULT own(VARIANT& copy) {
     case VT_DISPATCH:
       if (copy.pdispVal != nullptr) copy.pdispVal->AddRef();
       return S_OK;
+    case VT_RECORD: {
+      const RecordValue from = copy.record;
+      copy.record.pvRecord = nullptr;
+      if (from.pRecInfo == nullptr) return from.pvRecord == nullptr ? S_OK : E_INVALIDARG;
+      if (from.pvRecord != nullptr) {
+        const HRESULT result = from.pRecInfo->RecordCreateCopy(from.pvRecord, &copy.record.pvRecord);
+        if (FAILED(result)) return result;
+      }
+      from.pRecInfo->AddRef();
+      return S_OK;
+    }
     default:
       return S_OK;
   }
 }
 
+void let_go(const RecordValue& held) {
+  if (held.pRecInfo == nullptr) return;
+  if (held.pvRecord != nullptr) held.pRecInfo->RecordDestroy(held.pvRecord);
+  held.pRecInfo->Release();
+}
+
 }  // namespace
+
+bool is_variant_type(VARTYPE type) {
+  constexpr VARTYPE kFlags = VT_ARRAY | VT_BYREF;
+  const int base = type & ~kFlags;
+  if (base == VT_VARIANT) return (type & kFlags) != 0;
+  if (base == VT_RECORD) return (type & VT_ARRAY) == 0;
+  return base <= VT_UNKNOWN || (base >= VT_I1 && base <= VT_UINT);
+}
+
+HRESULT look_at(const VARIANT& from, VARIANT& value) {
+  if (!is_variant_type(from.vt)) return DISP_E_BADVARTYPE;
+  value = from;
+  if ((from.vt & VT_BYREF) == 0) return S_OK;
+  value.vt = static_cast<VARTYPE>(from.vt & ~VT_BYREF);
+  if (value.vt == VT_RECORD) return S_OK;
+  if (from.byref == nullptr) return E_INVALIDARG;
+  if ((value.vt & VT_ARRAY) != 0) {
+    value.parray = *from.pparray;
+    return S_OK;
+  }
+  if (value.vt == VT_VARIANT) {
+    // One step further, but not on and on: references could go round in a circle.
+    return from.pvarVal->vt == (VT_BYREF | VT_VARIANT) ? E_INVALIDARG : look_at(*from.pvarVal, value);
+  }
+  const ULONG size = value_size(value.vt);
+  if (size == 0) return DISP_E_BADVARTYPE;
+  std::memcpy(&value.llVal, from.byref, size);
+  return S_OK;
+}
+
+HRESULT replace(VARIANT& to, VARIANT value) {
+  const HRESULT result = VariantClear(&to);
+  if (FAILED(result)) {
+    VariantClear(&value);
+    return result;
+  }
+  to = value;
+  return S_OK;
+}
+
+}  // namespace kestrine::platform
+
+using namespace kestrine::platform;
 
 void VariantInit(VARIANT* variant) {
   if (variant != nullptr) *variant = VARIANT{};
@@ -37,7 +94,7 @@ void VariantInit(VARIANT* variant) {
 
 HRESULT VariantClear(VARIANT* variant) {
   if (variant == nullptr) return E_INVALIDARG;
-  if (!is_known_type(variant->vt)) return DISP_E_BADVARTYPE;
+  if (!is_variant_type(variant->vt)) return DISP_E_BADVARTYPE;
   const VARIANT held = *variant;
   const bool holds_array = (held.vt & VT_ARRAY) != 0 && (held.vt & VT_BYREF) == 0;
   if (holds_array && held.parray != nullptr && held.parray->cLocks != 0) return DISP_E_ARRAYISLOCKED;
@@ -54,6 +111,9 @@ HRESULT VariantClear(VARIANT* variant) {
     case VT_DISPATCH:
       if (held.pdispVal != nullptr) held.pdispVal->Release();
       break;
+    case VT_RECORD:
+      let_go(held.record);
+      break;
     default:
       break;
   }
@@ -63,16 +123,17 @@ HRESULT VariantClear(VARIANT* variant) {
 HRESULT VariantCopy(VARIANT* to, const VARIANT* from) {
   if (to == nullptr || from == nullptr) return E_INVALIDARG;
   if (to == from) return S_OK;
-  if (!is_known_type(from->vt)) return DISP_E_BADVARTYPE;
+  if (!is_variant_type(from->vt)) return DISP_E_BADVARTYPE;
   // The copy comes first: `from` may be part of what `to` gives up.
   VARIANT copy = *from;
-  HRESULT result = own(copy);
+  const HRESULT result = own(copy);
+  return FAILED(result) ? result : replace(*to, copy);
+}
+
+HRESULT VariantCopyInd(VARIANT* to, const VARIANT* from) {
+  if (to == nullptr || from == nullptr) return E_INVALIDARG;
+  VARIANT value;
+  const HRESULT result = look_at(*from, value);
   if (FAILED(result)) return result;
-  result = VariantClear(to);
-  if (FAILED(result)) {
-    VariantClear(&copy);
-    return result;
-  }
-  *to = copy;
-  return S_OK;
+  return to == from && to->vt == value.vt ? S_OK : VariantCopy(to, &value);
 }

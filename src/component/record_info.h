@@ -1,0 +1,13 @@
+// How records travel in variants: their size, their fields and their memory.
+#pragma once
+
+#include "component/type_rows.h"
+#include "kestrine/type_info.h"
+
+namespace kestrine::component {
+
+// `row` is a record of types(). Records lie in memory as their rows say, packed as on the wire, and own nothing
+// outside themselves.
+HRESULT make_record_info(const TypeRow& row, IRecordInfo** info);
+
+}  // namespace kestrine::component

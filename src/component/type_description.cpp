@@ -1,0 +1,116 @@
+#include "component/type_description.h"
+
+#include <memory>
+#include <vector>
+
+namespace kestrine::component {
+namespace {
+
+constexpr std::size_t kUnknownSlots = 3;
+constexpr std::size_t kDispatchSlots = 7;
+
+// What a description points at lies in the same object.
+struct Function : FUNCDESC {
+  std::vector<ELEMDESC> parameters;
+  std::vector<TYPEDESC> targets;
+};
+
+struct Variable : VARDESC {
+  VARIANT value;
+  ARRAYDESC array;
+};
+
+TYPEDESC plain_type(const TypeReference& reference) {
+  TYPEDESC type{};
+  type.vt = reference.named == kNoType ? reference.type : VT_USERDEFINED;
+  if (reference.named != kNoType) type.hreftype = static_cast<HREFTYPE>(reference.named);
+  return type;
+}
+
+// Outputs are pointers to their type, and so are variants that are read only.
+ELEMDESC parameter(const ParamRow& row, Function& function) {
+  ELEMDESC element{};
+  element.tdesc = plain_type(row.type);
+  if (row.out || row.type.type == VT_VARIANT) {
+    function.targets.push_back(element.tdesc);
+    element.tdesc = {};
+    element.tdesc.vt = VT_PTR;
+    element.tdesc.lptdesc = &function.targets.back();
+  }
+  element.paramdesc.wParamFlags = row.out ? PARAMFLAG_FOUT : PARAMFLAG_FIN;
+  return element;
+}
+
+INVOKEKIND invoke_kind(MemberKind kind) {
+  if (kind == MemberKind::kMethod) return INVOKE_FUNC;
+  return kind == MemberKind::kGet ? INVOKE_PROPERTYGET : INVOKE_PROPERTYPUT;
+}
+
+SHORT slot_offset(TypeKind kind, std::size_t member) {
+  if (kind == TypeKind::kEvents) return 0;
+  const std::size_t before = kind == TypeKind::kDual ? kDispatchSlots : kUnknownSlots;
+  return static_cast<SHORT>((before + member) * sizeof(void*));
+}
+
+}  // namespace
+
+FUNCDESC* describe_function(const TypeRow& type, Form form, std::size_t index) {
+  const MemberRow& member = type.members[index];
+  auto made = std::make_unique<Function>();
+  made->memid = member.id;
+  made->funckind = form == Form::kByNumber ? FUNC_DISPATCH : FUNC_PUREVIRTUAL;
+  made->invkind = invoke_kind(member.kind);
+  made->callconv = CC_STDCALL;
+  made->oVft = slot_offset(type.kind, index);
+  const bool gives_value = form == Form::kByNumber && member.kind == MemberKind::kGet;
+  made->elemdescFunc.tdesc.vt = form == Form::kByNumber ? VT_VOID : VT_HRESULT;
+  if (gives_value) {
+    made->elemdescFunc.tdesc = plain_type(member.params.front().type);
+    return made.release();
+  }
+  made->targets.reserve(member.params.size());  // parameters point into it
+  for (const ParamRow& row : member.params) made->parameters.push_back(parameter(row, *made));
+  if (member.kind == MemberKind::kGet) made->parameters.front().paramdesc.wParamFlags |= PARAMFLAG_FRETVAL;
+  made->cParams = static_cast<SHORT>(made->parameters.size());
+  made->lprgelemdescParam = made->parameters.data();
+  return made.release();
+}
+
+VARDESC* describe_value(const ValueRow& row, MEMBERID id) {
+  auto* const made = new Variable{};
+  made->memid = id;
+  made->varkind = VAR_CONST;
+  made->value.vt = VT_I4;
+  made->value.lVal = row.value;
+  made->lpvarValue = &made->value;
+  made->elemdescVar.tdesc.vt = VT_I4;
+  return made;
+}
+
+VARDESC* describe_field(const FieldRow& row, MEMBERID id) {
+  auto* const made = new Variable{};
+  made->memid = id;
+  made->varkind = VAR_PERINSTANCE;
+  made->oInst = row.offset;
+  TYPEDESC& type = made->elemdescVar.tdesc;
+  type = plain_type(row.type);
+  if (row.count != 0) {
+    made->array.tdescElem = type;
+    made->array.cDims = 1;
+    made->array.rgbounds[0].cElements = row.count;
+    type = {};
+    type.vt = VT_CARRAY;
+    type.lpadesc = &made->array;
+  }
+  return made;
+}
+
+void release(FUNCDESC* function) {
+  delete static_cast<Function*>(function);
+}
+
+void release(VARDESC* variable) {
+  delete static_cast<Variable*>(variable);
+}
+
+}  // namespace kestrine::component

@@ -1,0 +1,22 @@
+#include "platform/library_path.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <system_error>
+
+#include "kestrine/text.h"
+
+namespace kestrine::platform {
+
+std::u16string library_path(const void* inside) {
+  Dl_info library{};
+  if (::dladdr(inside, &library) == 0 || library.dli_fname == nullptr) return {};
+  std::error_code failed;
+  const auto named = std::filesystem::absolute(library.dli_fname, failed);
+  if (failed) return {};
+  const auto directory = std::filesystem::canonical(named.parent_path(), failed);
+  return failed ? std::u16string() : to_utf16((directory / named.filename()).string());
+}
+
+}  // namespace kestrine::platform

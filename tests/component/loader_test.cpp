@@ -1,0 +1,156 @@
+// Classes found by name and identifier, registered or not.
+#include <dlfcn.h>
+
+#include <array>
+
+#include "registry_fixture.h"
+
+namespace kestrine::test {
+namespace {
+
+struct Known {
+  const OLECHAR* name;
+  const CLSID& clsid;
+  const IID& iid;
+};
+const Known kKnown[] = {
+    {u"Kestrine.LTConnect", CLSID_LTConnect, IID_ILTConnect},
+    {u"Kestrine.LTCommandSync", CLSID_LTCommandSync, IID_ILTCommandSync},
+    {u"Kestrine.LTCommandAsync", CLSID_LTCommandAsync, IID_ILTCommandAsync},
+    {u"Kestrine.LTConnect2", CLSID_LTConnect2, IID_ILTConnect2},
+    {u"Kestrine.LTCommandSync2", CLSID_LTCommandSync2, IID_ILTCommandSync2},
+    {u"Kestrine.LTCommandAsync2", CLSID_LTCommandAsync2, IID_ILTCommandAsync2},
+};
+
+HRESULT create_object(const CLSID& clsid, const IID& iid = IID_IUnknown, DWORD context = CLSCTX_INPROC_SERVER) {
+  Pointer<IUnknown> object;
+  const HRESULT status = CoCreateInstance(clsid, nullptr, context, iid, object.put_void());
+  EXPECT_EQ(static_cast<bool>(object), SUCCEEDED(status));
+  return status;
+}
+
+std::string class_of(const std::string& id, const std::string& library) {
+  return "[Other.Thing\\CLSID]\n@=" + id + "\n[CLSID\\" + id + "\\InprocServer32]\n@=" + library + "\n";
+}
+
+constexpr const char* kOther = "{01234567-89ab-CDEF-0123-456789abcdef}";
+constexpr CLSID kOtherId{0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
+
+class LoaderTest : public RegistryTest {
+ protected:
+  static void find_all() {
+    for (const Known& known : kKnown) {
+      std::u16string shouted(known.name);
+      for (char16_t& c : shouted) c = c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
+      for (const std::u16string& name : {std::u16string(known.name), known.name + std::u16string(u".1"), shouted}) {
+        CLSID clsid{};
+        EXPECT_EQ(CLSIDFromProgID(name.c_str(), &clsid), S_OK) << to_utf8(name);
+        EXPECT_EQ(clsid, known.clsid);
+        EXPECT_EQ(CLSIDFromString(name.c_str(), &clsid), S_OK);
+        EXPECT_EQ(clsid, known.clsid);
+      }
+      LPOLESTR name = nullptr;
+      ASSERT_EQ(ProgIDFromCLSID(known.clsid, &name), S_OK);
+      EXPECT_EQ(name, known.name + std::u16string(u".1"));
+      CoTaskMemFree(name);
+      EXPECT_EQ(create_object(known.clsid, known.iid), S_OK);
+    }
+  }
+};
+
+TEST_F(LoaderTest, FindsTheClassesOfTheLibraryBesideItWithoutRegistration) {
+  find_all();
+  EXPECT_FALSE(std::filesystem::exists(directory / "user")) << "asking registers nothing";
+}
+
+TEST_F(LoaderTest, FindsRegisteredClasses) {
+  ASSERT_EQ(host::register_library({}), S_OK);
+  find_all();
+  std::vector<host::RegisteredClass> classes;
+  ASSERT_EQ(host::registered_classes(classes), S_OK);
+  ASSERT_EQ(classes.size(), 6u);
+  EXPECT_EQ(classes.back().name, "Kestrine.LTConnect2.1");
+  EXPECT_EQ(classes.back().clsid, "{25BE4145-0CED-4079-81B5-5FDCD638894A}");
+  EXPECT_EQ(classes.back().registered_in, file());
+}
+
+TEST_F(LoaderTest, CreatesByNameInOneCall) {
+  Pointer<ILTConnect2> connection = create<ILTConnect2>(u"kestrine.ltconnect2");
+  EXPECT_TRUE(connection.query<IDispatch>());
+  try {
+    create<ILTConnect2>(u"Kestrine.LTConnect3");
+    FAIL() << "there is no such class";
+  } catch (const Error& error) {
+    EXPECT_EQ(error.code(), CO_E_CLASSSTRING);
+    EXPECT_STREQ(error.what(), "no class of the name Kestrine.LTConnect3 is registered");
+  }
+}
+
+TEST_F(LoaderTest, LooksAtTheUsersClassesFirstThenAtThoseOfTheSystem) {
+  put(class_of(kOther, "/second/lib.so"), "second");
+  EXPECT_EQ(create_object(kOtherId), CO_E_DLLNOTFOUND);
+  EXPECT_NE(reason().find("/second/lib.so"), std::string::npos);
+  put(class_of(kOther, "/user/lib.so"));
+  EXPECT_EQ(create_object(kOtherId), CO_E_DLLNOTFOUND);
+  EXPECT_NE(reason().find("/user/lib.so"), std::string::npos);
+  put("[Kestrine.LTConnect\\CLSID]\n@=" + std::string(kOther));
+  CLSID clsid{};
+  EXPECT_EQ(CLSIDFromProgID(u"Kestrine.LTConnect", &clsid), S_OK);
+  EXPECT_EQ(clsid, kOtherId) << "the user's own choice goes before the library that stands beside";
+}
+
+TEST_F(LoaderTest, TellsWhyAClassCannotBeHad) {
+  Dl_info host_library{};
+  ASSERT_NE(::dladdr(reinterpret_cast<const void*>(&CoCreateInstance), &host_library), 0);
+  const std::string no_library = file().string();
+  const std::pair<std::string, HRESULT> cases[] = {
+      {"", REGDB_E_CLASSNOTREG},
+      {class_of(kOther, (directory / "gone.so").string()), CO_E_DLLNOTFOUND},
+      {class_of(kOther, "libgone-from-everywhere.so"), CO_E_DLLNOTFOUND},
+      {class_of(kOther, no_library), CO_E_ERRORINDLL},
+      {class_of(kOther, host_library.dli_fname), CO_E_ERRORINDLL},
+  };
+  for (const auto& [registered, status] : cases) {
+    put(registered);
+    EXPECT_EQ(create_object(kOtherId), status) << registered;
+    EXPECT_NE(reason(), "");
+  }
+  EXPECT_EQ(create_object(CLSID_LTConnect, IID_IUnknown, 0x4), REGDB_E_CLASSNOTREG) << "not in another process";
+  EXPECT_EQ(host::register_library(no_library), CO_E_ERRORINDLL);
+  EXPECT_EQ(host::register_library("/gone.so"), CO_E_DLLNOTFOUND);
+  LPOLESTR name = nullptr;
+  EXPECT_EQ(ProgIDFromCLSID(kOtherId, &name), REGDB_E_CLASSNOTREG);
+  EXPECT_EQ(name, nullptr);
+}
+
+TEST_F(LoaderTest, RefusesMissingArgumentsAndPassesOnWhatTheClassSays) {
+  CLSID clsid{};
+  EXPECT_EQ(CLSIDFromProgID(nullptr, &clsid), E_POINTER);
+  EXPECT_EQ(CLSIDFromProgID(u"Kestrine.LTConnect", nullptr), E_POINTER);
+  EXPECT_EQ(ProgIDFromCLSID(kOtherId, nullptr), E_POINTER);
+  EXPECT_EQ(CoCreateInstance(CLSID_LTConnect, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, nullptr), E_POINTER);
+  EXPECT_EQ(create_object(CLSID_LTConnect, IID_ILTCommandSync), E_NOINTERFACE);
+}
+
+TEST_F(LoaderTest, ReadsAndWritesIdentifiers) {
+  CLSID clsid{};
+  EXPECT_EQ(CLSIDFromString(to_utf16(kOther).c_str(), &clsid), S_OK);
+  EXPECT_EQ(clsid, kOtherId);
+  std::array<OLECHAR, 39> text{};
+  EXPECT_EQ(StringFromGUID2(kOtherId, text.data(), 39), 39);
+  EXPECT_EQ(text.data(), std::u16string(u"{01234567-89AB-CDEF-0123-456789ABCDEF}"));
+  EXPECT_EQ(StringFromGUID2(kOtherId, text.data(), 38), 0);
+  LPOLESTR made = nullptr;
+  ASSERT_EQ(StringFromCLSID(kOtherId, &made), S_OK);
+  EXPECT_EQ(made, std::u16string(text.data()));
+  CoTaskMemFree(made);
+  for (const OLECHAR* wrong : {u"", u"Nobody.Nothing", u"01234567-89AB-CDEF-0123-456789ABCDEF",
+                               u"{01234567-89AB-CDEF-0123-456789ABCDEG}", u"{01234567-89AB-CDEF-01234-56789ABCDEF}"}) {
+    EXPECT_EQ(CLSIDFromString(wrong, &clsid), CO_E_CLASSSTRING);
+    EXPECT_EQ(clsid, GUID_NULL);
+  }
+  EXPECT_EQ(CLSIDFromString(nullptr, &clsid), S_OK);
+}
+
+}  // namespace
+}  // namespace kestrine::test

@@ -1,0 +1,115 @@
+// Continuous packets read in place.
+#include "kestrine/continuous.h"
+
+#include "byte_variant.h"
+
+namespace kestrine::test {
+namespace {
+
+using Points = ContinuousView<MultiMeasResultT>;
+using Points2 = ContinuousView<MultiMeasResult2T>;
+using Probes = ContinuousView<ProbeContinuousResultT>;
+
+static_assert(std::random_access_iterator<Points::iterator>);
+
+template <auto Field, class View>
+void expect_column(const View& view, const auto& column, std::size_t guard) {
+  using Type = typename detail::Field<Field>::Type;
+  for (std::size_t k = 0; k < view.size(); ++k) {
+    const auto element = view[k];
+    Type value;
+    std::memcpy(&value, reinterpret_cast<const char*>(&element) + detail::Field<Field>::offset, sizeof value);
+    EXPECT_EQ(column[k], value) << "element " << k << ", offset " << detail::Field<Field>::offset;
+  }
+  for (std::size_t k = view.size(); k < view.size() + guard; ++k) EXPECT_EQ(column[k], Type{}) << "written behind";
+}
+
+template <class View, auto... Fields>
+void expect_columns(const PacketKind& kind) {
+  constexpr std::size_t kGuard = 4;
+  for (const int count : {0, 1, 3, 4, 5, 8, 11}) {
+    // Behind a byte of another sort: no element lies where a double likes to be.
+    const Bytes shifted = Bytes{0} + continuous(kind, count);
+    const auto view = View::of(std::span(shifted).subspan(1));
+    ASSERT_TRUE(view && view->size() == static_cast<std::size_t>(count));
+    std::tuple<std::vector<typename detail::Field<Fields>::Type>...> columns;
+    std::apply(
+        [&](auto&... column) {
+          (column.resize(view->size() + kGuard), ...);
+          view->template copy<Fields...>(column...);
+          (expect_column<Fields>(*view, column, kGuard), ...);
+        },
+        columns);
+  }
+}
+
+TEST(ContinuousViewTest, ElementsAndHeaderAreThoseOfThePacket) {
+  const Bytes bytes = continuous(kPoints2, 3);
+  const auto points = Points2::of(bytes);
+  ASSERT_TRUE(points);
+  EXPECT_EQ(points->header().lNumberOfResults, 3);
+  EXPECT_EQ(double{points->header().dHumidity}, 40.5);
+  double sum = 0;
+  std::int32_t expected = 1000;
+  for (const MeasValue2T& point : *points) {
+    EXPECT_EQ(point.status, expected);
+    sum += point.dAprioriCovar23;
+    expected += 1000;
+  }
+  EXPECT_EQ(sum, 6000 + 3 * 84.5);
+  EXPECT_EQ((*points)[2].lTime2, 3008);
+  EXPECT_EQ(points->end() - points->begin(), 3);
+  EXPECT_EQ(points->begin()[1].lTime1, 2004);
+  EXPECT_EQ((*--points->end()).status, 3000);
+}
+
+TEST(ContinuousViewTest, APacketThatIsNotWhatItSaysGivesNoView) {
+  const Bytes probes = continuous(kProbes, 2);
+  EXPECT_TRUE(Probes::of(probes));
+  EXPECT_FALSE(Points::of(probes));
+  EXPECT_FALSE(Points2::of(continuous(kPoints, 9)));
+  EXPECT_TRUE(Probes::of(probes + Bytes(1))) << "bytes behind the last element do no harm";
+  for (std::size_t size = 0; size < probes.size(); ++size) {
+    EXPECT_FALSE(Probes::of(std::span(probes).first(size))) << size;
+  }
+  for (const std::int32_t count : {-1, INT32_MIN, 3, INT32_MAX}) {
+    Bytes lying = probes;
+    put_i32(lying, 12, count);
+    EXPECT_FALSE(Probes::of(lying)) << count;
+  }
+  const Bytes none = continuous(kPoints, 0);
+  const auto empty = Points::of(none);
+  EXPECT_TRUE(empty && empty->empty() && empty->begin() == empty->end());
+}
+
+TEST(ContinuousViewTest, ColumnsOfPointsHoldWhatTheElementsHold) {
+  using V = MeasValueT;
+  expect_columns<Points, &V::status, &V::lTime1, &V::lTime2, &V::dVal1, &V::dVal2, &V::dVal3>(kPoints);
+  expect_columns<Points, &V::lTime2>(kPoints);
+  expect_columns<Points, &V::dVal3>(kPoints);
+  expect_columns<Points, &V::dVal3, &V::lTime1, &V::status, &V::dVal1, &V::dVal1>(kPoints);
+  using V2 = MeasValue2T;
+  expect_columns<Points2, &V2::status, &V2::lTime1, &V2::dVal2, &V2::dVal3, &V2::dAprioriStd1, &V2::dAprioriStdTotal,
+                 &V2::dAprioriCovar13, &V2::dAprioriCovar23>(kPoints2);
+}
+
+TEST(ContinuousViewTest, ColumnsOfProbesHoldWhatTheElementsHold) {
+  using V = ProbeMeasValueT;
+  expect_columns<Probes, &V::status, &V::triggerStatus, &V::lRotationStatus, &V::lTime1, &V::lTime2, &V::dPosition1,
+                 &V::dPosition2, &V::dPosition3, &V::dQuaternion0, &V::dRotationAngleZ, &V::dCovarRotationAngleYZ>(
+      kProbes);
+  expect_columns<Probes, &V::triggerStatus, &V::lTime1, &V::lTime2>(kProbes);
+}
+
+TEST(ContinuousViewTest, AnArrayTooShortThrowsAndNothingIsWritten) {
+  const Bytes bytes = continuous(kPoints, 5);
+  std::vector<std::int32_t> times(5, -77);
+  std::vector<double> values(4, -77);
+  const auto points = Points::of(bytes);
+  EXPECT_THROW((points->copy<&MeasValueT::lTime1, &MeasValueT::dVal1>(times, values)), std::length_error);
+  EXPECT_EQ(times, std::vector<std::int32_t>(5, -77));
+  EXPECT_EQ(values, std::vector<double>(4, -77));
+}
+
+}  // namespace
+}  // namespace kestrine::test
