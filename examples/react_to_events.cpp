@@ -10,20 +10,14 @@ class Stream final : public kestrine::SyncEvents {
  public:
   explicit Stream(ILTConnect& connection) : connection_(connection) {}
 
-  // A block of points has come. The bytes are the connection's latest packet; the block's layout is a record.
-  void ContinuousPointMeasDataReady(std::int32_t results, std::int32_t) override {
-    VARIANT packet;
-    VariantInit(&packet);
-    kestrine::check(connection_.GetData(&packet));
-    void* bytes = nullptr;
-    if (results > 0 && SUCCEEDED(SafeArrayAccessData(packet.parray, &bytes))) {
-      const auto last = kestrine::read_element<MultiMeasResultT>(static_cast<const std::uint8_t*>(bytes),
-                                                                 static_cast<std::size_t>(results) - 1);
-      points_ += results;
-      std::printf("%6d points, the last at %10.6f %10.6f %10.6f\n", points_, last.dVal1, last.dVal2, last.dVal3);
-      SafeArrayUnaccessData(packet.parray);
-    }
-    VariantClear(&packet);
+  // A block of points has come; it is the connection's latest packet.
+  void ContinuousPointMeasDataReady(std::int32_t, std::int32_t) override {
+    const kestrine::Packet packet(connection_);
+    const auto points = kestrine::ContinuousView<MultiMeasResultT>::of(packet.bytes());
+    if (!points || points->empty()) return;
+    const MeasValueT last = (*points)[points->size() - 1];
+    points_ += points->size();
+    std::printf("%6zu points, the last at %10.6f %10.6f %10.6f\n", points_, last.dVal1, last.dVal2, last.dVal3);
   }
 
   void StatusChangeEvent(VL_SystemStatusChange change) override {
@@ -32,7 +26,7 @@ class Stream final : public kestrine::SyncEvents {
 
  private:
   ILTConnect& connection_;
-  std::int32_t points_ = 0;
+  std::size_t points_ = 0;
 };
 
 }  // namespace

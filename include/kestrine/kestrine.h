@@ -3,10 +3,12 @@
 
 #include "kestrine/com_error.h"
 #include "kestrine/component.h"
+#include "kestrine/continuous.h"
 #include "kestrine/error.h"
 #include "kestrine/events.h"
 #include "kestrine/host.h"
 #include "kestrine/interfaces.h"
+#include "kestrine/packet.h"
 #include "kestrine/loader.h"
 #include "kestrine/pointer.h"
 #include "kestrine/records.h"

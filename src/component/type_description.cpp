@@ -6,9 +6,6 @@
 namespace kestrine::component {
 namespace {
 
-constexpr std::size_t kUnknownSlots = 3;
-constexpr std::size_t kDispatchSlots = 7;
-
 // What a description points at lies in the same object.
 struct Function : FUNCDESC {
   std::vector<ELEMDESC> parameters;

@@ -13,6 +13,10 @@ enum class Form { kByNumber, kVtable };
 // Identifiers of enumeration values and fields, which have no numbers of their own, count from here.
 inline constexpr MEMBERID kFirstVariable = 0x40000000;
 
+// Members of IUnknown and of IDispatch, the inherited ones included.
+inline constexpr std::size_t kUnknownSlots = 3;
+inline constexpr std::size_t kDispatchSlots = 7;
+
 // A reference to a type within a description is its place in types(). All throw std::bad_alloc.
 FUNCDESC* describe_function(const TypeRow& type, Form form, std::size_t member);
 VARDESC* describe_value(const ValueRow& row, MEMBERID id);

@@ -220,8 +220,6 @@ UINT TypeInfo::parent_count() const {
 }
 
 WORD TypeInfo::vtable_size() const {
-  constexpr std::size_t kUnknownSlots = 3;
-  constexpr std::size_t kDispatchSlots = 7;
   std::size_t slots = 0;
   if (row_->kind == TypeKind::kInterface) slots = kUnknownSlots + row_->members.size();
   if (row_->kind == TypeKind::kDual || row_->kind == TypeKind::kEvents) slots = kDispatchSlots;

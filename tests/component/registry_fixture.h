@@ -23,10 +23,13 @@ class RegistryTest : public testing::Test {
     directory = pattern;
     ::setenv("XDG_DATA_HOME", (directory / "user").c_str(), 1);
     ::setenv("XDG_DATA_DIRS", ((directory / "first").string() + ":" + (directory / "second").string()).c_str(), 1);
+    // Objects of both generations in one process are told of aloud.
+    host::set_message_box_hook([](const std::u16string&, const std::u16string&, std::uint32_t) {});
     host::set_log_hook([this](const std::string& line) { log.push_back(line); });
   }
   ~RegistryTest() override {
     host::set_log_hook({});
+    host::set_message_box_hook({});
     host::set_registration_scope(host::RegistrationScope::kUser);
     std::filesystem::remove_all(directory);
   }

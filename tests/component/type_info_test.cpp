@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "commands/method_rows.h"
+#include "component/module.h"
 #include "described.h"
 #include "events/event_rows.h"
 #include "kestrine/enums.h"
@@ -178,6 +179,20 @@ TEST(TypeInfo, TellsWhatAClassImplementsAndFires) {
     EXPECT_EQ(info->GetImplTypeFlags(1, &flags), S_OK);
     EXPECT_EQ(flags, IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE);
   }
+}
+
+TEST(TypeInfo, CallsAnObjectThatItDescribes) {
+  Pointer<IClassFactory> factory;
+  Pointer<IDispatch> object;
+  Pointer<ITypeInfo> info;
+  ASSERT_EQ(component::get_class_object(CLSID_LTConnect2, IID_IClassFactory, factory.put_void()), S_OK);
+  ASSERT_EQ(factory->CreateInstance(nullptr, IID_ILTConnect2, object.put_void()), S_OK);
+  ASSERT_EQ(object->GetTypeInfo(0, 0, info.put()), S_OK);
+  DISPPARAMS none{};
+  VARIANT result{};
+  EXPECT_EQ(info->Invoke(object.get(), 20, DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr), S_OK);
+  EXPECT_EQ(result.vt, VT_I4);
+  EXPECT_EQ(info->Invoke(object.get(), 99, DISPATCH_METHOD, &none, &result, nullptr, nullptr), DISP_E_MEMBERNOTFOUND);
 }
 
 TEST(TypeInfo, SaysWhatItDoesNotHave) {
