@@ -1,6 +1,8 @@
 #include "cli/chart.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 
 #include "cli/chart_facts.h"
 #include "cli/chart_style.h"
@@ -13,14 +15,17 @@ namespace kestrine::cli {
 namespace {
 
 constexpr double kWidth = 960;
-constexpr double kHeight = 880;
 constexpr Box kTopView{96, 104, 500, 440};
 constexpr Box kFacts{640, 104, 284, 440};
-constexpr Box kDeviation{96, 632, 828, 180};
+constexpr Box kFirstCurves{96, 632, 828, 180};
+constexpr double kCurvesPitch = 268;  // from panel to panel
+constexpr double kBareHeight = 612;   // without curves
 constexpr double kHeadingGap = 12;
 constexpr std::size_t kMostNamedPoints = 20;
 constexpr std::size_t kMostSeparateDots = 120;
 constexpr double kLeastFineSpan = 1;  // a single point has no extent of its own
+constexpr int kEllipseCorners = 90;
+constexpr int kMostSigmas = 3;
 constexpr const char* kColours[] = {"first", "second", "third"};
 
 std::string coloured(const char* shape, std::size_t series) {
@@ -45,6 +50,10 @@ std::string axis_name(const Figure& figure, std::size_t axis) {
 }
 
 Range shown_range(const Figure& figure, std::size_t axis) {
+  if (figure.measurement.kind == Kind::kCentre) {
+    const double reach = kMostSigmas * figure.measurement.unit->to_fine(figure.measurement.points[0].deviation[axis]);
+    return range_of({-reach, reach}, kLeastFineSpan).widened(0.1);
+  }
   const double low = shown(figure, figure.summary.low[axis], axis);
   const double high = shown(figure, figure.summary.high[axis], axis);
   return range_of({low, high}, figure.around_mean ? kLeastFineSpan : 0).widened(0.08);
@@ -62,6 +71,35 @@ void draw_cloud(Svg& svg, const std::vector<Spot>& spots) {
   }
 }
 
+// One around the single point for each standard deviation, as its covariance bends them.
+void draw_sigmas(Svg& svg, const Figure& figure, const Panel& panel) {
+  const Point& point = figure.measurement.points.front();
+  const auto& unit = *figure.measurement.unit;
+  const double x = unit.to_fine(point.deviation[0]);
+  const double y = unit.to_fine(point.deviation[1]);
+  const double shear = point.deviation[0] > 0 ? unit.to_fine(point.covariance[0] / point.deviation[0]) : 0;
+  const double rest = std::sqrt(std::max(0.0, y * y - shear * shear));
+  for (int sigmas = 1; sigmas <= kMostSigmas; ++sigmas) {
+    std::vector<Spot> ellipse;
+    for (int i = 0; i <= kEllipseCorners; ++i) {
+      const double angle = 2 * std::numbers::pi * i / kEllipseCorners;
+      const double along = sigmas * std::cos(angle);
+      ellipse.push_back(panel.at(x * along, shear * along + rest * sigmas * std::sin(angle)));
+    }
+    svg.polyline(ellipse, sigmas == 1 ? coloured("line", 0) : "fit");
+    const auto top = std::min_element(ellipse.begin(), ellipse.end(), [](Spot a, Spot b) { return a.y < b.y; });
+    svg.text({top->x + 3, top->y - 4}, "mark-name", std::to_string(sigmas) + "σ");
+  }
+  svg.circle(panel.at(0, 0), 3.5, coloured("dot", 0));
+}
+
+// Where the points were taken matters when they follow the way.
+void draw_path(Svg& svg, const Figure& figure, const std::vector<Spot>& spots) {
+  svg.polyline(thinned_path(spots), coloured(figure.measurement.spaced ? "line thin" : "line", 0));
+  if (figure.measurement.spaced) svg.dots(thinned_cloud(spots), 4, coloured("dot", 0));
+  svg.circle(spots.front(), 5, "start");
+}
+
 void draw_top_view(Svg& svg, const Figure& figure) {
   const Panel panel = Panel::equal_scale(kTopView, shown_range(figure, 0), shown_range(figure, 1));
   const auto spot_of = [&](double x, double y) { return panel.at(shown(figure, x, 0), shown(figure, y, 1)); };
@@ -71,23 +109,24 @@ void draw_top_view(Svg& svg, const Figure& figure) {
   std::vector<Spot> spots;
   spots.reserve(figure.measurement.points.size());
   for (const auto& point : figure.measurement.points) spots.push_back(spot_of(point.position[0], point.position[1]));
-  if (figure.is_path()) {
-    svg.polyline(thinned_path(spots), coloured("line", 0));
-    svg.circle(spots.front(), 5, "start");
+  if (figure.measurement.kind == Kind::kCentre) {
+    draw_sigmas(svg, figure, panel);
+  } else if (figure.is_path()) {
+    draw_path(svg, figure, spots);
   } else {
     draw_cloud(svg, spots);
   }
   if (const auto& circle = figure.circle) {
     svg.circle(spot_of(circle->x, circle->y), circle->radius * panel.pixels_per_unit(), "fit");
-  } else {
+  } else if (figure.measurement.kind != Kind::kCentre) {
     svg.cross(spot_of(figure.summary.mean[0], figure.summary.mean[1]), 9, "mean");
   }
   svg.end_clip();
 }
 
-void draw_series_names(Svg& svg, const std::vector<Series>& series) {
-  double right = kDeviation.x + kDeviation.width;
-  const double y = kDeviation.y - kHeadingGap;
+void draw_series_names(Svg& svg, const Box& box, const std::vector<Series>& series) {
+  double right = box.x + box.width;
+  const double y = box.y - kHeadingGap;
   for (std::size_t i = series.size(); i-- > 0;) {
     svg.text({right, y}, "key right", series[i].name);
     // Letters are some 7 pixels wide; a sample a little too far from its name does no harm.
@@ -104,51 +143,73 @@ void draw_series(Svg& svg, const std::vector<Spot>& spots, std::size_t index) {
   for (const auto& spot : spots) svg.circle(spot, 2.8, coloured("dot", index));
 }
 
-void draw_deviations(Svg& svg, const Figure& figure) {
+void draw_curves(Svg& svg, const Box& box, const Figure& figure, const Curves& curves) {
   const auto& points = figure.measurement.points;
   const bool stream = figure.measurement.kind == Kind::kStream;
   const auto x_of = [&](std::size_t i) { return stream ? points[i].seconds : static_cast<double>(i + 1); };
-  const Deviations deviations = deviations_of(figure);
-  std::vector<double> all{0};
-  for (const auto& series : deviations.series) all.insert(all.end(), series.values.begin(), series.values.end());
+  std::vector<double> all;
+  if (curves.from_zero) all.push_back(0);
+  for (const auto& series : curves.series) all.insert(all.end(), series.values.begin(), series.values.end());
   const Range x = range_of({x_of(0), x_of(points.size() - 1)}, stream ? 0.001 : 1).widened(stream ? 0 : 0.03);
-  const Panel panel(kDeviation, x, range_of(all, kLeastFineSpan).widened(0.1), stream ? 0 : 1);
+  const Panel panel(box, x, range_of(all, kLeastFineSpan).widened(0.1), stream ? 0 : 1);
 
-  svg.text({kDeviation.x, kDeviation.y - kHeadingGap}, "heading", "Deviation from " + deviations.from);
-  draw_series_names(svg, deviations.series);
-  panel.draw_frame(svg, stream ? "time [s]" : "point number", "deviation" + in_brackets(deviations.unit));
-  svg.begin_clip(kDeviation);
+  svg.text({box.x, box.y - kHeadingGap}, "heading", curves.heading);
+  draw_series_names(svg, box, curves.series);
+  panel.draw_frame(svg, stream ? "time [s]" : "point number", curves.quantity + in_brackets(curves.unit));
+  svg.begin_clip(box);
   panel.draw_zero_line(svg);
-  for (std::size_t i = 0; i < deviations.series.size(); ++i) {
+  for (std::size_t i = 0; i < curves.series.size(); ++i) {
+    const auto& values = curves.series[i].values;
+    const std::size_t lacking = points.size() - values.size();
     std::vector<Spot> spots;
-    spots.reserve(points.size());
-    for (std::size_t k = 0; k < points.size(); ++k) spots.push_back(panel.at(x_of(k), deviations.series[i].values[k]));
+    spots.reserve(values.size());
+    for (std::size_t k = 0; k < values.size(); ++k) spots.push_back(panel.at(x_of(lacking + k), values[k]));
     draw_series(svg, spots, i);
   }
   svg.end_clip();
 }
 
+// What is drawn below the top view.
+std::vector<Curves> curves_of(const Figure& figure) {
+  const auto& measurement = figure.measurement;
+  std::vector<Curves> curves;
+  if (measurement.kind == Kind::kCentre) return curves;
+  curves.push_back(deviations_of(figure));
+  if (measurement.spaced && measurement.points.size() > 1) curves.push_back(steps_of(figure));
+  if (!measurement.attitudes.empty()) curves.push_back(angles_of(figure));
+  return curves;
+}
+
 std::string subtitle_of(const Figure& figure) {
+  const auto& measurement = figure.measurement;
+  if (measurement.kind == Kind::kCentre) return "Centre of a " + measurement.manner;
   const std::string count = std::to_string(figure.summary.count);
   const std::string plural = figure.summary.count == 1 ? "" : "s";
-  if (figure.measurement.kind == Kind::kStationary) return count + " stationary point" + plural;
-  return count + " point" + plural + " streamed in " + fixed(figure.summary.seconds, 1) + " s";
+  if (measurement.kind == Kind::kStationary) return count + " stationary point" + plural;
+  return count + " point" + plural + " streamed in " + fixed(figure.summary.seconds, 1) + " s" +
+         (measurement.manner.empty() ? "" : ", " + measurement.manner);
 }
 
 }  // namespace
 
 std::string draw_chart(const Measurement& measurement) {
   const Figure figure = figure_of(measurement);
+  const std::vector<Curves> curves = curves_of(figure);
+  const double height = kBareHeight + kCurvesPitch * static_cast<double>(curves.size());
   const auto& tracker = measurement.tracker;
   const std::string title = tracker.name + ", serial number " + std::to_string(tracker.serial_number);
   const std::string subtitle = subtitle_of(figure);
-  Svg svg(kWidth, kHeight, title + ": " + subtitle, kChartStyle);
-  svg.rectangle({0, 0, kWidth, kHeight}, "paper");
+  Svg svg(kWidth, height, title + ": " + subtitle, kChartStyle);
+  svg.rectangle({0, 0, kWidth, height}, "paper");
   svg.text({kTopView.x, 42}, "title", title);
   svg.text({kTopView.x, 64}, "subtitle", subtitle);
   draw_top_view(svg, figure);
   draw_facts(svg, kFacts, figure);
-  draw_deviations(svg, figure);
+  Box box = kFirstCurves;
+  for (const auto& each : curves) {
+    draw_curves(svg, box, figure, each);
+    box.y += kCurvesPitch;
+  }
   return svg.finish();
 }
 

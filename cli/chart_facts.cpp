@@ -67,11 +67,20 @@ void list_extent(Column& column, const LengthUnit& unit, const Summary& summary)
   }
 }
 
+void list_centre(Column& column, const LengthUnit& unit, const Point& centre) {
+  column.heading("Centre");
+  for (std::size_t i = 0; i < 3; ++i) column.row(kAxisNames[i], unit.position_text(centre.position[i]));
+  column.heading("Standard deviation (1σ)");
+  for (std::size_t i = 0; i < 3; ++i) column.row(kAxisNames[i], unit.deviation_text(centre.deviation[i]));
+  column.row("in space", unit.deviation_text(centre.deviation_total));
+}
+
 void draw_legend(Svg& svg, Column& column, const Figure& figure) {
   column.heading("Top view");
   const auto dash = [&](Spot at, std::string_view css) { svg.line({at.x - 12, at.y}, {at.x + 12, at.y}, css); };
   if (figure.is_path()) {
     dash(column.legend("path of the target"), "line first");
+    if (figure.measurement.spaced) svg.dots({column.legend("measured points")}, 4, "dot first");
     svg.circle(column.legend("start"), 5, "start");
   } else {
     svg.circle(column.legend("measured points"), 3.5, "dot first");
@@ -89,6 +98,7 @@ void draw_facts(Svg& svg, const Box& box, const Figure& figure) {
   const auto& unit = *figure.measurement.unit;
   const auto& summary = figure.summary;
   Column column(svg, box);
+  if (figure.measurement.kind == Kind::kCentre) return list_centre(column, unit, figure.measurement.points.front());
   column.heading("Measured");
   column.row("points", std::to_string(summary.count));
   column.row("time", fixed(summary.seconds, 2) + " s");

@@ -8,10 +8,13 @@ namespace {
 
 constexpr double kLeastAbsoluteMetres = 1e-3;
 
-Series series_of(std::string name, const std::vector<Point>& points, const auto& value) {
+constexpr const char* kAxisNames[] = {"X", "Y", "Z"};
+
+template <class Thing>
+Series series_of(std::string name, const std::vector<Thing>& things, const auto& value) {
   Series series{std::move(name), {}};
-  series.values.reserve(points.size());
-  for (const auto& point : points) series.values.push_back(value(point));
+  series.values.reserve(things.size());
+  for (const auto& thing : things) series.values.push_back(value(thing));
   return series;
 }
 
@@ -26,32 +29,52 @@ Figure figure_of(const Measurement& measurement) {
   return figure;
 }
 
-Deviations deviations_of(const Figure& figure) {
+Curves deviations_of(const Figure& figure) {
   const auto& points = figure.measurement.points;
   const auto& unit = *figure.measurement.unit;
-  Deviations deviations;
+  Curves curves;
+  curves.quantity = "deviation";
   if (figure.circle) {
-    deviations.from = "the fitted circle";
-    deviations.series.push_back(
+    curves.heading = "Deviation from the fitted circle";
+    curves.series.push_back(
         series_of("radial", points, [&](const Point& p) { return figure.circle->radial_deviation(p); }));
   } else {
-    deviations.from = "the mean";
-    const char* const names[] = {"X", "Y", "Z"};
+    curves.heading = "Deviation from the mean";
     for (std::size_t i = 0; i < 3; ++i) {
-      deviations.series.push_back(
-          series_of(names[i], points, [&](const Point& p) { return p.position[i] - figure.summary.mean[i]; }));
+      curves.series.push_back(
+          series_of(kAxisNames[i], points, [&](const Point& p) { return p.position[i] - figure.summary.mean[i]; }));
     }
   }
   double most = 0;
-  for (const auto& series : deviations.series) {
+  for (const auto& series : curves.series) {
     for (const double value : series.values) most = std::max(most, std::abs(value));
   }
   const bool fine = unit.is_fine(most);
-  deviations.unit = fine ? unit.fine_name : unit.name;
-  for (auto& series : deviations.series) {
+  curves.unit = fine ? unit.fine_name : unit.name;
+  for (auto& series : curves.series) {
     for (double& value : series.values) value = fine ? unit.to_fine(value) : value;
   }
-  return deviations;
+  return curves;
+}
+
+Curves steps_of(const Figure& figure) {
+  const auto& points = figure.measurement.points;
+  Series steps{"in space", {}};
+  for (std::size_t i = 1; i < points.size(); ++i) {
+    const auto& a = points[i - 1].position;
+    const auto& b = points[i].position;
+    steps.values.push_back(std::hypot(b[0] - a[0], b[1] - a[1], b[2] - a[2]));
+  }
+  return {"Distance from the point before", "distance", std::string(figure.measurement.unit->name), true, {steps}};
+}
+
+Curves angles_of(const Figure& figure) {
+  Curves curves{"Rotation angles of the probe", "angle", "°", false, {}};
+  for (std::size_t i = 0; i < 3; ++i) {
+    curves.series.push_back(
+        series_of(kAxisNames[i], figure.measurement.attitudes, [i](const Attitude& a) { return a.angles[i]; }));
+  }
+  return curves;
 }
 
 }  // namespace kestrine::cli

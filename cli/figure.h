@@ -24,20 +24,26 @@ struct Figure {
 // Needs at least one point.
 Figure figure_of(const Measurement& measurement);
 
-// One curve of deviations over time.
+// One curve over time.
 struct Series {
   std::string name;
   std::vector<double> values;
 };
 
-// How far off each point is, in the unit that suits the figures.
-struct Deviations {
-  std::string from;  // what the points are compared with
+// Things of one unit, to be drawn together over the points' time. A series that is shorter lacks the first points.
+struct Curves {
+  std::string heading;
+  std::string quantity;  // on the axis, before its unit
   std::string unit;
+  bool from_zero = true;  // whether 0 is to be seen
   std::vector<Series> series;
 };
 
-// From the circle where there is one, from the mean of all points otherwise.
-Deviations deviations_of(const Figure& figure);
+// How far off each point is, in the unit that suits the figures: from the circle where there is one, from the mean of
+// all points otherwise.
+Curves deviations_of(const Figure& figure);
+// How far it is from each point to the next, and how the probe was held.
+Curves steps_of(const Figure& figure);
+Curves angles_of(const Figure& figure);
 
 }  // namespace kestrine::cli

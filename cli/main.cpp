@@ -5,6 +5,8 @@
 
 #include "cli/help.h"
 #include "cli/measure_command.h"
+#include "cli/register_command.h"
+#include "cli/stream_command.h"
 #include "kestrine/error.h"
 
 namespace {
@@ -25,11 +27,12 @@ int tell(std::string text, int status) {
   return status;
 }
 
-int run(const MeasureOptions& options) {
+int status_of(const auto& command) {
   try {
-    return measure(options) == Outcome::kStopped ? kStopped : 0;
+    return command() == Outcome::kStopped ? kStopped : 0;
   } catch (const kestrine::Error& error) {
-    return tell(std::string(error.what()) + " (error " + std::to_string(error.number()) + ")", kFailed);
+    const std::string number = error.number() == 0 ? "" : " (error " + std::to_string(error.number()) + ")";
+    return tell(error.what() + number, kFailed);
   } catch (const std::exception& error) {
     return tell(error.what(), kFailed);
   }
@@ -43,14 +46,27 @@ int main(int argc, char** argv) {
   application.formatter(help_formatter());
   application.footer("\nkestrine COMMAND --help tells more.");
   application.require_subcommand(1);
-  MeasureOptions options;
-  add_measure_command(application, options);
+  MeasureOptions measure_options;
+  StreamOptions stream_options;
+  RegistrationOptions registration;
+  add_measure_command(application, measure_options);
+  const CLI::App* const streams = add_stream_command(application, stream_options);
+  add_registration_commands(application, registration);
   try {
     application.parse(argc, argv);
   } catch (const CLI::Success& wish) {
     return application.exit(wish);
   } catch (const CLI::ParseError& error) {
-    return tell(std::string(error.what()) + " (see kestrine measure --help)", kWrongUsage);
+    const auto named = application.get_subcommands();
+    const std::string command = named.empty() ? "" : " " + named.front()->get_name();
+    return tell(std::string(error.what()) + " (see kestrine" + command + " --help)", kWrongUsage);
   }
-  return run(options);
+  if (registration.action != RegistrationOptions::Action::kNone) {
+    return status_of([&] {
+      run(registration, std::cout);
+      return Outcome::kComplete;
+    });
+  }
+  if (streams->parsed()) return status_of([&] { return stream(stream_options); });
+  return status_of([&] { return measure(measure_options); });
 }

@@ -27,6 +27,16 @@ struct Point {
   std::int32_t status = 0;  // of a streamed point; 0 is good
 };
 
+// How the probe was held at a point of its tip. Angles are in degrees.
+struct Attitude {
+  std::array<double, 4> quaternion{};  // the scalar part first
+  Vector angles{};                     // about X, Y and Z
+  Vector deviation{};
+  double deviation_total = 0;
+  std::int32_t rotation_status = 0;
+  std::int32_t trigger = 0;  // 1 while the probe's button is pressed
+};
+
 // Positions that are no numbers, or lie farther off than any tracker sees in any unit, are none.
 constexpr double kFarthestPosition = 1e12;
 
@@ -35,7 +45,11 @@ inline bool has_position(const Point& point) {
                      [](double value) { return std::abs(value) <= kFarthestPosition; });
 }
 
-enum class Kind { kStationary, kStream };
+enum class Kind {
+  kStationary,
+  kStream,
+  kCentre  // of a sphere or a circle: a single point
+};
 
 struct Tracker {
   std::string name;
@@ -49,9 +63,17 @@ struct Tracker {
 struct Measurement {
   Kind kind = Kind::kStationary;
   bool extended = false;  // with covariances, and in a stream with a priori deviations
+  bool spaced = false;    // a stream whose points were taken by the way the target went, not by the clock
+  std::string manner;     // how a stream or a centre was measured, for a subtitle
   Tracker tracker;
   const LengthUnit* unit = nullptr;
   std::vector<Point> points;
+  std::vector<Attitude> attitudes;  // as many as points in a stream with the probe, none otherwise
+
+  void keep_first(std::size_t count) {
+    points.resize(std::min(count, points.size()));
+    attitudes.resize(std::min(count, attitudes.size()));
+  }
 };
 
 }  // namespace kestrine::cli

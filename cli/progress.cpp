@@ -42,10 +42,15 @@ void Progress::update(std::size_t points, double seconds) {
   drawn_ = true;
   out_ << kClearLine;
   if (goal_.points > 0 || goal_.seconds > 0) out_ << bar(share_done(points, seconds)) << "  ";
-  out_ << points;
-  if (goal_.points > 0) out_ << " of " << goal_.points;
-  const double rate = seconds > 0 ? static_cast<double>(points) / seconds : 0;
-  out_ << " points   " << fixed(rate, rate < 100 ? 1 : 0) << "/s   " << clock_time(seconds) << std::flush;
+  if (goal_.uncounted) {
+    out_ << "measuring   ";
+  } else {
+    out_ << points;
+    if (goal_.points > 0) out_ << " of " << goal_.points;
+    const double rate = seconds > 0 ? static_cast<double>(points) / seconds : 0;
+    out_ << " points   " << fixed(rate, rate < 100 ? 1 : 0) << "/s   ";
+  }
+  out_ << clock_time(seconds) << std::flush;
 }
 
 void Progress::clear() {

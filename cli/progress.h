@@ -9,6 +9,7 @@ namespace kestrine::cli {
 struct Goal {
   std::size_t points = 0;  // 0: no set number
   double seconds = 0;      // 0: no set time
+  bool uncounted = false;  // the points stay with the tracker
 };
 
 class Progress {

@@ -44,6 +44,20 @@ void print_line(std::ostream& out, const std::string& name, const std::string& t
   out << std::left << std::setw(10) << name << text << '\n';
 }
 
+void print_attitudes(std::ostream& out, const std::vector<Attitude>& attitudes) {
+  if (attitudes.empty()) return;
+  std::string angles;
+  for (std::size_t i = 0; i < 3; ++i) {
+    const auto less = [i](const Attitude& a, const Attitude& b) { return a.angles[i] < b.angles[i]; };
+    const auto [low, high] = std::minmax_element(attitudes.begin(), attitudes.end(), less);
+    angles += (i > 0 ? ", " : "") + std::string(kAxisNames[i]) + " " + fixed(low->angles[i], 3) + "° to " +
+              fixed(high->angles[i], 3) + "°";
+  }
+  print_line(out, "rotation", angles);
+  const auto pressed = std::count_if(attitudes.begin(), attitudes.end(), [](const auto& a) { return a.trigger != 0; });
+  print_line(out, "button", "pressed at " + std::to_string(pressed) + " points");
+}
+
 }  // namespace
 
 void print_tracker(std::ostream& out, const Tracker& tracker, const LengthUnit& unit) {
@@ -67,8 +81,8 @@ void print_table_head(std::ostream& out, const LengthUnit& unit) {
   out << right_aligned("σ" + deviation_unit, kDeviationWidth) << '\n' << rule() << std::endl;
 }
 
-void print_table_row(std::ostream& out, const LengthUnit& unit, std::size_t index, const Point& point) {
-  out << right_aligned(std::to_string(index), kIndexWidth) << position_cells(unit, point.position);
+void print_table_row(std::ostream& out, const LengthUnit& unit, const std::string& name, const Point& point) {
+  out << right_aligned(name, kIndexWidth) << position_cells(unit, point.position);
   for (const double value : point.deviation) out << deviation_cell(unit, value);
   out << deviation_cell(unit, point.deviation_total) << std::endl;
 }
@@ -83,6 +97,33 @@ void print_table_foot(std::ostream& out, const Measurement& measurement) {
     for (const double value : summary.spread) out << right_aligned(unit.deviation_text(value), kPositionWidth);
     out << '\n';
   }
+  out << std::flush;
+}
+
+void print_centre(std::ostream& out, const Measurement& measurement) {
+  print_table_head(out, *measurement.unit);
+  print_table_row(out, *measurement.unit, "centre", measurement.points.front());
+  out << '\n';
+  print_line(out, "centre", "of a " + measurement.manner);
+}
+
+void print_statement(std::ostream& out, const Reception& reception, const Completeness& completeness,
+                     std::size_t kept) {
+  const auto list = [&](const std::string& name, const std::vector<std::string>& things) {
+    for (const auto& thing : things) print_line(out, &thing == &things.front() ? name : "", thing);
+  };
+  std::string received = std::to_string(reception.packets) + (reception.packets == 1 ? " packet" : " packets");
+  if (reception.points > 0) received += ", " + std::to_string(reception.points) + " points";
+  if (reception.points > kept) received += " (" + std::to_string(reception.points - kept) + " after the end)";
+  if (reception.bytes > 0) received += ", " + std::to_string(reception.bytes) + " bytes";
+  print_line(out, "received", received);
+  if (!completeness.missing.empty()) {
+    list("MISSING", completeness.missing);
+  } else {
+    print_line(out, "missing",
+               completeness.tells_points ? "none" : "no packet; a missing point would not show in this mode");
+  }
+  list("checked", completeness.checked);
   out << std::flush;
 }
 
@@ -106,6 +147,7 @@ void print_stream_summary(std::ostream& out, const Measurement& measurement) {
                unit.deviation_text(summary.rms_distance) + " rms from the mean, " +
                    unit.deviation_text(summary.max_distance) + " at most");
   }
+  print_attitudes(out, measurement.attitudes);
   const auto doubtful = std::count_if(measurement.points.begin(), measurement.points.end(),
                                       [](const Point& point) { return point.status != 0; });
   if (doubtful > 0) print_line(out, "doubtful", std::to_string(doubtful) + " points with a warning of the tracker");

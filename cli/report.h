@@ -2,8 +2,10 @@
 #pragma once
 
 #include <iosfwd>
+#include <string>
 
 #include "cli/measurement.h"
+#include "cli/reception.h"
 
 namespace kestrine::cli {
 
@@ -11,9 +13,12 @@ void print_tracker(std::ostream& out, const Tracker& tracker, const LengthUnit& 
 
 // The table of a stationary series: its head, a row as each point comes in, and mean and spread at the end.
 void print_table_head(std::ostream& out, const LengthUnit& unit);
-void print_table_row(std::ostream& out, const LengthUnit& unit, std::size_t index, const Point& point);
+void print_table_row(std::ostream& out, const LengthUnit& unit, const std::string& name, const Point& point);
 void print_table_foot(std::ostream& out, const Measurement& measurement);
 
 void print_stream_summary(std::ostream& out, const Measurement& measurement);
+void print_centre(std::ostream& out, const Measurement& measurement);
+// How much came, and whether anything that should have come did not. `kept` of the points are part of the measurement.
+void print_statement(std::ostream& out, const Reception& reception, const Completeness& completeness, std::size_t kept);
 
 }  // namespace kestrine::cli

@@ -45,22 +45,12 @@ Tracker Session::identify() {
   return tracker;
 }
 
-void Session::set_frame(bool extended) {
+void Session::set_stationary_mode(std::int32_t measure_time, bool extended) {
   const auto statistics = extended ? VL_SM_Extended : VL_SM_Standard;
   call(commands_->SetCoordinateSystemType(VL_CS_RHR));
   call(commands_->SetStatisticMode(statistics, statistics));
-}
-
-void Session::set_stationary_mode(std::int32_t measure_time, bool extended) {
-  set_frame(extended);
   call(commands_->SetMeasurementMode(VL_MM_Stationary));
   call(commands_->SetStationaryModeParams(measure_time, VARIANT_FALSE));
-}
-
-void Session::set_stream_mode(std::int32_t time_separation, std::int32_t count, bool extended) {
-  set_frame(extended);
-  call(commands_->SetMeasurementMode(VL_MM_ContinuousTime));
-  call(commands_->SetContinuousTimeModeParams(time_separation, count, VARIANT_FALSE, VL_RT_Sphere));
 }
 
 Point Session::measure_point(bool extended) {
@@ -85,14 +75,6 @@ Point Session::measure_point(bool extended) {
   Point point = point_of(result);
   point.covariance = {result.dCovar12, result.dCovar13, result.dCovar23};
   return point;
-}
-
-void Session::start_stream() {
-  call(commands_->StartContinuousPointMeasurement());
-}
-
-void Session::stop_stream() {
-  call(commands_->StopContinuousMeasurement());
 }
 
 }  // namespace kestrine::cli

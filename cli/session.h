@@ -1,10 +1,9 @@
-// One connection to a tracker's server, with what the tool asks of it.
+// One connection to a tracker's server, with what a series asks of it. Its calls wait for their answers.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "cli/measurement.h"
 #include "kestrine/kestrine.h"
@@ -28,19 +27,14 @@ class Session {
 
   // Right-handed X, Y, Z; with or without covariances.
   void set_stationary_mode(std::int32_t measure_time, bool extended);
-  void set_stream_mode(std::int32_t time_separation, std::int32_t count, bool extended);
 
   // Waits for the result. Its seconds are 0.
   Point measure_point(bool extended);
 
-  ILTConnect& connection() { return *connection_; }
   ILTCommandSync& commands() { return *commands_; }
-  void start_stream();
-  void stop_stream();
 
  private:
   void call(HRESULT status);
-  void set_frame(bool extended);
 
   Warn warn_;
   Pointer<ILTConnect> connection_;

@@ -1,72 +1,75 @@
 #include "cli/stream_block.h"
 
 #include "cli/failure.h"
-#include "kestrine/records.h"
+#include "kestrine/continuous.h"
 
 namespace kestrine::cli {
 namespace {
 
 constexpr double kMicrosecond = 1e-6;
 
-Point point_of(const MeasValueT& value) {
-  Point point;
-  point.seconds = value.lTime1 + value.lTime2 * kMicrosecond;
+void fill(Point& point, const MeasValueT& value) {
   point.position = {value.dVal1, value.dVal2, value.dVal3};
-  point.status = value.status;
-  return point;
 }
 
-Point point_of(const MeasValue2T& value) {
-  Point point;
-  point.seconds = value.lTime1 + value.lTime2 * kMicrosecond;
+void fill(Point& point, const MeasValue2T& value) {
   point.position = {value.dVal1, value.dVal2, value.dVal3};
   point.deviation = {value.dAprioriStd1, value.dAprioriStd2, value.dAprioriStd3};
   point.deviation_total = value.dAprioriStdTotal;
   point.covariance = {value.dAprioriCovar12, value.dAprioriCovar13, value.dAprioriCovar23};
-  point.status = value.status;
-  return point;
 }
 
-template <class Record>
-std::vector<Point> read_points(std::span<const std::uint8_t> packet) {
-  using Traits = RecordTraits<Record>;
-  using Element = typename Traits::Element;
-  constexpr std::size_t kElementSize = RecordTraits<Element>::size;
-  if (packet.size() < Traits::header_size) throw Failure("the tracker sent a block of points that is cut off");
-  Record block;
-  read_record(packet.data(), block);
-  const std::size_t held = (packet.size() - Traits::header_size) / kElementSize;
-  if (block.lNumberOfResults < 0 || static_cast<std::size_t>(block.lNumberOfResults) > held) {
-    throw Failure("the tracker sent a block of " + std::to_string(held) + " points that announces " +
-                  std::to_string(block.lNumberOfResults));
-  }
-  std::vector<Point> points;
-  points.reserve(static_cast<std::size_t>(block.lNumberOfResults));
-  for (std::int32_t i = 0; i < block.lNumberOfResults; ++i) {
-    const std::size_t offset = Traits::header_size + static_cast<std::size_t>(i) * kElementSize;
-    Element element;
-    read_record(packet.data() + offset, element);
-    Point point = point_of(element);
+void fill(Point& point, const ProbeMeasValueT& value) {
+  point.position = {value.dPosition1, value.dPosition2, value.dPosition3};
+  point.deviation = {value.dStdDevPosition1, value.dStdDevPosition2, value.dStdDevPosition3};
+  point.deviation_total = value.dStdDevPositionTotal;
+  point.covariance = {value.dCovarPosition12, value.dCovarPosition13, value.dCovarPosition23};
+}
+
+Attitude attitude_of(const ProbeMeasValueT& value) {
+  Attitude attitude;
+  attitude.quaternion = {value.dQuaternion0, value.dQuaternion1, value.dQuaternion2, value.dQuaternion3};
+  attitude.angles = {value.dRotationAngleX, value.dRotationAngleY, value.dRotationAngleZ};
+  attitude.deviation = {value.dStdDevRotationAngleX, value.dStdDevRotationAngleY, value.dStdDevRotationAngleZ};
+  attitude.deviation_total = value.dStdDevRotationAngleTotal;
+  attitude.rotation_status = value.lRotationStatus;
+  attitude.trigger = value.triggerStatus;
+  return attitude;
+}
+
+template <class Packet>
+StreamBlock read_block(std::span<const std::uint8_t> packet) {
+  const auto view = ContinuousView<Packet>::of(packet);
+  if (!view) throw Failure("the tracker sent a block that does not hold the points it announces");
+  const Packet header = view->header();
+  StreamBlock block;
+  block.points.reserve(view->size());
+  for (const auto& value : *view) {
+    Point point;
+    fill(point, value);
     if (!has_position(point)) throw Failure("the tracker sent a point without a position");
-    point.temperature = block.dTemperature;
-    point.pressure = block.dPressure;
-    point.humidity = block.dHumidity;
-    points.push_back(point);
+    point.seconds = value.lTime1 + value.lTime2 * kMicrosecond;
+    point.status = value.status;
+    point.temperature = header.dTemperature;
+    point.pressure = header.dPressure;
+    point.humidity = header.dHumidity;
+    block.points.push_back(point);
+    if constexpr (std::is_same_v<Packet, ProbeContinuousResultT>) block.attitudes.push_back(attitude_of(value));
   }
-  return points;
+  return block;
 }
 
 }  // namespace
 
-std::vector<Point> read_stream_block(std::span<const std::uint8_t> packet) {
+StreamBlock read_stream_block(std::span<const std::uint8_t> packet) {
   if (packet.size() < RecordTraits<PacketHeaderT>::size) throw Failure("the tracker sent a packet without a header");
-  PacketHeaderT header;
-  read_record(packet.data(), header);
-  switch (header.type) {
+  switch (read_as<PacketHeaderT>(packet.data()).type) {
     case VL_DT_MultiMeasResult:
-      return read_points<MultiMeasResultT>(packet);
+      return read_block<MultiMeasResultT>(packet);
     case VL_DT_MultiMeasResult2:
-      return read_points<MultiMeasResult2T>(packet);
+      return read_block<MultiMeasResult2T>(packet);
+    case VL_DT_ContinuousProbeMeasResult:
+      return read_block<ProbeContinuousResultT>(packet);
     default:
       throw Failure("the tracker sent something else in place of a block of points");
   }

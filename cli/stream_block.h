@@ -9,8 +9,13 @@
 
 namespace kestrine::cli {
 
-// The point's seconds are the tracker's own time. Throws Failure for a packet that is none of these or that does
-// not hold the points it announces, or whose points have no positions.
-std::vector<Point> read_stream_block(std::span<const std::uint8_t> packet);
+struct StreamBlock {
+  std::vector<Point> points;        // their seconds are the tracker's own time
+  std::vector<Attitude> attitudes;  // one for each point of the probe, none otherwise
+};
+
+// Throws Failure for a packet that is none of these or that does not hold the points it announces, or whose points
+// have no positions.
+StreamBlock read_stream_block(std::span<const std::uint8_t> packet);
 
 }  // namespace kestrine::cli

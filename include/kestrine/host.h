@@ -61,6 +61,12 @@ KESTRINE_HOST_API void set_log_hook(LogHook hook);
 using WindowMessageHook = std::function<void(std::uint32_t message, std::uint64_t wparam, std::int64_t lparam)>;
 KESTRINE_HOST_API void set_window_message_hook(WindowMessageHook hook);
 
+// --- Giving up. Asked on the thread of a call that waits, after every slice; true ends the wait, and the call fails as
+// one that no answer came for (status 36). For hosts whose Ctrl-C must not wait for a timeout of minutes. The hook must
+// neither throw nor call the library, and holds for the whole process; an empty function removes it.
+using GiveUpHook = std::function<bool()>;
+KESTRINE_HOST_API void set_give_up_hook(GiveUpHook hook);
+
 // --- Whose classes DllRegisterServer and DllUnregisterServer write: those of the user (the default) or those of the
 // whole system, for which most users lack the right. Holds for the whole process.
 enum class RegistrationScope { kUser, kSystem };

@@ -1,5 +1,6 @@
-// What the library says without being asked: message boxes, beeps, log lines and window messages. None ever blocks
-// here; a host can take all over (host.h). A message box goes to standard error by default, the others nowhere.
+// What the library says without being asked: message boxes, beeps, log lines and window messages; and what it asks its
+// host. None ever blocks here; a host can take all over (host.h). A message box goes to standard error by default, the
+// others nowhere.
 #pragma once
 
 #include <cstdint>
@@ -18,5 +19,7 @@ KESTRINE_HOST_API void beep(std::uint32_t hertz, std::uint32_t milliseconds);
 KESTRINE_HOST_API void log_line(std::string_view line);
 // A message for the application's window; returns when it has been handled. Nothing without a hook.
 KESTRINE_HOST_API void send_to_host(std::uint32_t message, std::uint64_t wparam, std::int64_t lparam);
+// True when the host wants the waiting call to end.
+KESTRINE_HOST_API bool host_gives_up();
 
 }  // namespace kestrine::platform

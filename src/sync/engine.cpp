@@ -154,7 +154,10 @@ void Engine::wait_for_answer(std::int32_t command, std::int32_t timeout, bool fo
   platform::set_timer(sink_window(slots), static_cast<std::uint64_t>(command), static_cast<std::uint32_t>(timeout));
   MarkAnswerPending(command, true);
   awaits_result_ = for_result;
-  while (IsAwaitingAnswer(command)) PumpMessagesOnce();
+  while (IsAwaitingAnswer(command)) {
+    PumpMessagesOnce();
+    if (IsAwaitingAnswer(command) && platform::host_gives_up()) CancelPendingAnswer();
+  }
 }
 
 HRESULT Engine::refuse(const protocol::Error& failure, bool throws) {

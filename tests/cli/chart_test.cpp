@@ -78,6 +78,28 @@ TEST(Charts, name_their_axes_with_units_in_either_scale) {
   }
 }
 
+TEST(Charts, show_what_suits_the_measurement) {
+  auto probe = measurement_of(Kind::kStream, arc_of(kTurn, 300));
+  probe.attitudes.resize(300);
+  EXPECT_EQ(count_of(draw_chart(probe), "angle [°]"), 1u);
+  auto spaced = measurement_of(Kind::kStream, arc_of(kTurn, 300));
+  spaced.spaced = true;
+  spaced.manner = "5 mm apart";
+  for (const char* words : {"Distance from the point before", "distance [mm]", "s, 5 mm apart</text>"}) {
+    EXPECT_EQ(count_of(draw_chart(spaced), words), 1u) << words;
+  }
+  Point point = point_at(1900, 350, 50);
+  for (const Vector& deviation : {Vector{0.01, 0.02, 0.03}, Vector{}, Vector{0, 1e-9, 5}}) {
+    point.deviation = deviation;
+    point.covariance = {1, 1, 1};  // more than the deviations allow
+    const std::string centre = draw_chart(measurement_of(Kind::kCentre, {point}));
+    EXPECT_TRUE(is_balanced(centre));
+    EXPECT_EQ(centre.find("nan"), std::string::npos);
+    EXPECT_EQ(count_of(centre, "3σ"), 1u);
+    EXPECT_EQ(count_of(centre, "Deviation from"), 0u);
+  }
+}
+
 TEST(Charts, of_a_million_points_stay_small) {
   EXPECT_LT(draw_chart(measurement_of(Kind::kStream, arc_of(50 * kTurn, 1'000'000, 0.02))).size(), 600'000u);
   EXPECT_LT(draw_chart(measurement_of(Kind::kStationary, still_points(1'000'000))).size(), 2'000'000u);

@@ -123,6 +123,25 @@ TEST(PointFiles, have_columns_that_name_their_units_and_values_in_full) {
   }
 }
 
+TEST(PointFiles, of_a_centre_have_no_time_and_of_the_probe_its_attitude) {
+  std::ostringstream centre;
+  write_csv(centre, full_measurement(Kind::kCentre, false));
+  EXPECT_EQ(centre.str().find("time_s"), std::string::npos);
+  EXPECT_NE(centre.str().find("z_mm,std_x_mm"), std::string::npos);
+
+  auto probe = full_measurement(Kind::kStream, true);
+  probe.attitudes = {{{1, 0.5, 0, 0}, {10, 20, -30}, {0.1, 0.2, 0.3}, 0.4, 6, 1}};
+  std::ostringstream csv, json;
+  write_csv(csv, probe);
+  EXPECT_NE(csv.str().find(",1,0.5,0,0,10,20,-30,0.1,0.2,0.3,0.4,6,1,20.5,"), std::string::npos) << csv.str();
+  write_json_lines(json, probe);
+  const auto line = nlohmann::json::parse(json.str());
+  EXPECT_EQ(line["quaternion_1"], 0.5);
+  EXPECT_EQ(line["rotation_z_deg"], -30);
+  EXPECT_EQ(line["std_rotation_total_deg"], 0.4);
+  EXPECT_TRUE(line["trigger"].is_number_integer());
+}
+
 TEST(PointFiles, hold_the_same_as_json_with_one_object_a_line) {
   auto measurement = full_measurement(Kind::kStream, true);
   measurement.points.push_back(point_at(1, 2, 3));

@@ -29,6 +29,13 @@ TEST(ProgressLine, tells_points_rate_and_time_and_is_gone_at_the_end) {
   EXPECT_EQ(out.str().find('\n'), std::string::npos);
 }
 
+TEST(ProgressLine, counts_no_points_that_stay_with_the_tracker) {
+  std::ostringstream out;
+  Progress progress(out, true, {0, 0, true});
+  progress.update(0, 2);
+  EXPECT_EQ(out.str(), "\r\x1b[Kmeasuring   0:02.0");
+}
+
 TEST(ProgressLine, is_redrawn_a_few_times_a_second_only) {
   std::ostringstream out;
   Progress progress(out, true, {0, 10});

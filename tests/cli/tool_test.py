@@ -19,7 +19,7 @@ TOOL = os.environ["KESTRINE"]
 SIMULATOR = os.environ["KESTRINE_SIMULATOR"]
 PATIENCE = 60  # seconds; for a machine under load
 FAST = ["measure", "--simulate", "--speed", "20"]
-STREAM = ["measure", "--simulate", "--stream"]
+STREAM = ["stream", "--simulate"]
 
 
 class Terminal:
@@ -98,6 +98,55 @@ class ToolTest(unittest.TestCase):
         self.assertAlmostEqual(times[-1], 0.499, places=6)
         self.assertLess(max(abs(point["x_in"]) for point in points), 100)
         self.assertGreater(points[0]["std_total_in"], 0)
+        self.assertRegex(run.stdout, r"received +5 packets, 500 points, 46240 bytes\nmissing +none\n")
+
+    def test_every_mode_gives_its_points_and_says_that_they_are_all_there(self):
+        for mode, arguments, count in (
+            ("time", ["--count", "300", "--probe"], 300),
+            ("distance", ["--count", "200", "--separation", "2"], 200),
+            ("distance", ["--count", "100", "--probe", "--length-unit", "in"], 100),
+            ("grid", ["--count", "50", "--cell", "30", "0", "10"], 50),
+            ("grid", ["--count", "50", "--probe"], 50),
+        ):
+            with self.subTest((mode, arguments)):
+                run = self.run_tool(*STREAM, "--speed", "20", "--mode", mode, *arguments, *self.outputs)
+                self.assertEqual((run.returncode, run.stderr), (0, ""))
+                points = self.check_files()
+                self.assertEqual(len(points), count)
+                self.assertRegex(run.stdout, rf"received +\d+ packets?, {count} points, \d+ bytes\nmissing +none\n")
+                self.assertEqual("quaternion_0" in points[0], "--probe" in arguments)
+                for point in points if "--probe" in arguments else []:
+                    self.assertAlmostEqual(sum(point[f"quaternion_{i}"] ** 2 for i in range(4)), 1, places=9)
+
+    def test_what_a_mode_cannot_show_is_not_said_to_be_there(self):
+        run = self.run_tool(*STREAM, "--speed", "20", "--mode", "grid", "--duration", "3", *self.outputs)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.assertRegex(run.stdout, r"missing +no packet; ")
+        self.assertGreater(len(self.check_files()), 10)
+
+    def test_centers_are_found_with_their_deviations(self):
+        for mode, probe, arguments, truth in (
+            ("sphere-center", True, [], (1900, 350, 50)),
+            ("sphere-center", False, ["--radius", "250", "--extended"], (1900, 350, 50)),
+            ("circle-center", False, ["--separation", "20", "--count", "60"], (2300, -350, 100)),
+            ("circle-center", True, ["--radius", "200"], (2300, -350, 100)),
+        ):
+            with self.subTest((mode, probe)):
+                more = [*arguments, *(["--probe"] if probe else [])]
+                run = self.run_tool(*STREAM, "--speed", "20", "--mode", mode, *more, *self.outputs)
+                self.assertEqual((run.returncode, run.stderr), (0, ""))
+                (centre,) = self.check_files()
+                for axis, true in zip("xyz", truth):
+                    self.assertLess(abs(centre[f"{axis}_mm"] - true), 6 * centre[f"std_{axis}_mm"])
+                    self.assertIn(f"{centre[f'{axis}_mm']:.4f}", run.stdout)
+                self.assertEqual("cov_xy_mm2" in centre, probe or "--extended" in arguments)
+
+    def test_a_refusal_of_the_tracker_is_told_in_its_words(self):
+        run = self.run_tool(*STREAM, "--speed", "20", "--mode", "sphere-center", "--radius", "100", *self.outputs)
+        self.check_refusal(run, 1, r"[Ss]phere.*\(error \d+\)")
+        run = self.run_tool(*STREAM, "--mode", "distance", "--separation", "1e8", *self.outputs)
+        self.check_refusal(run, 1, r"\(error \d+\)")
+        self.assertEqual(list(self.folder.iterdir()), [])
 
     def test_a_stream_ends_with_its_duration(self):
         run = self.run_tool(*STREAM, "--duration", "0.5", "--time-separation", "10", *self.outputs)
@@ -118,7 +167,7 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(len(self.check_files()), 1)
 
     def test_help_and_version_are_given(self):
-        for arguments, words in ((["--help"], "measure"), (["measure", "--help"], "--time-separation"), (["--version"], "3.8.680")):
+        for arguments, words in ((["--help"], "measure"), (["measure", "--help"], "--points"), (["stream", "--help"], "--time-separation"), (["--version"], "3.8.680")):
             run = self.run_tool(*arguments)
             self.assertEqual((run.returncode, run.stderr), (0, ""))
             self.assertIn(words, run.stdout)
@@ -141,18 +190,30 @@ class ToolTest(unittest.TestCase):
             ([*FAST, "--points", "99999999999999999999"], "--points"),
             ([*FAST, "--measure-time", "-5"], "not in range"),
             ([*FAST, "--seed", "x"], "--seed"),
-            ([*FAST, "--count", "5"], "--stream"),
+            ([*FAST, "--count", "5"], "--count"),
+            ([*FAST, "--stream"], "--stream"),
             ([*FAST, "--length-unit", "parsec"], "parsec"),
             ([*STREAM, "--duration", "nan"], "not in range"),
             ([*STREAM, "--duration", "1e999"], "--duration"),
             ([*STREAM, "--duration", "0"], "not in range"),
-            ([*STREAM, "--points", "5"], "--stream"),
+            ([*STREAM, "--points", "5"], "--points"),
+            (["stream"], "--simulate"),
+            ([*STREAM, "--mode", "spiral"], "spiral"),
+            ([*STREAM, "--mode", "grid", "--time-separation", "5"], "--time-separation: has no meaning with --mode grid"),
+            ([*STREAM, "--separation", "5"], "no meaning with --mode time"),
+            ([*STREAM, "--cell", "5", "5", "5"], "no meaning with --mode time"),
+            ([*STREAM, "--mode", "grid", "--cell", "5", "5"], "--cell"),
+            ([*STREAM, "--mode", "distance", "--radius", "5"], "no meaning"),
+            ([*STREAM, "--mode", "distance", "--separation", "0"], "not in range"),
+            ([*STREAM, "--mode", "sphere-center", "--count", "3"], "not in range 4 to 10000"),
+            ([*STREAM, "--mode", "circle-center", "--count", "10001"], "not in range 3 to 10000"),
+            ([*STREAM, "--probe", "--extended"], "excludes"),
             ([*FAST, "--csv"], "--csv"),
             ([*FAST, "--svg", ""], "names no file"),
             ([*FAST, "left", "over"], "left"),
         ):
             with self.subTest(arguments):
-                more = self.outputs if arguments[:1] == ["measure"] and not {"--csv", "--svg"} & {*arguments} else []
+                more = self.outputs if arguments[:1] in (["measure"], ["stream"]) and not {"--csv", "--svg"} & {*arguments} else []
                 self.check_refusal(self.run_tool(*arguments, *more), 2, pattern)
                 self.assertEqual(list(self.folder.iterdir()), [])
 
@@ -162,9 +223,10 @@ class ToolTest(unittest.TestCase):
             closed = str(unused.getsockname()[1])
             for host, number in (("127.0.0.1", 40011), ("no-such-host", 40010), ("höst", 40010)):
                 with self.subTest(host):
-                    run = self.run_tool("measure", "--host", host, "--port", closed, *self.outputs)
-                    self.check_refusal(run, 1, rf"\(error {number}\)")
-                    self.assertEqual(list(self.folder.iterdir()), [])
+                    for command in ("measure", "stream"):
+                        run = self.run_tool(command, "--host", host, "--port", closed, *self.outputs)
+                        self.check_refusal(run, 1, rf"\(error {number}\)")
+                        self.assertEqual(list(self.folder.iterdir()), [])
 
     def test_files_that_cannot_be_written_are_refused_before_measuring(self):
         (self.folder / "old").write_text("old")
@@ -192,6 +254,15 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(process.returncode, 130)
             points = self.check_files()
             self.assertIn(f"stopped after {len(points)} points", out)
+            self.assertRegex(out, rf"received +\d+ packets?, {len(points)} points, \d+ bytes\nmissing +none\n")
+
+    def test_an_interrupt_of_a_center_leaves_no_files(self):
+        process, terminal = self.start_on_terminal(*STREAM, "--mode", "sphere-center", "--count", "10000", *self.outputs)
+        terminal.wait_for(r"measuring")
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=PATIENCE)
+        self.assertEqual(process.returncode, 130)
+        self.assertLessEqual(set(self.folder.iterdir()), set(self.files.values()))
 
     def test_an_interrupt_ends_a_series_after_the_point_that_is_being_measured(self):
         process, terminal = self.start_on_terminal("measure", "--simulate", "--points", "1000", *self.outputs)
@@ -202,7 +273,7 @@ class ToolTest(unittest.TestCase):
         self.assertIn(len(self.check_files()), range(2, 10))
 
     def test_a_server_that_goes_away_is_told_and_its_points_are_kept(self):
-        for mode in (["--stream", "--duration", "3600"], ["--points", "1000"]):
+        for mode in (["stream", "--duration", "3600"], ["measure", "--points", "1000"]):
             with self.subTest(mode):
                 self.check_loss_of_server(mode)
 
@@ -212,7 +283,7 @@ class ToolTest(unittest.TestCase):
         self.addCleanup(server.wait)
         self.addCleanup(server.kill)
         port = server.stdout.readline().strip().rpartition(":")[2]
-        process, terminal = self.start_on_terminal("measure", "--host", "localhost", "--port", port, *mode, *self.outputs)
+        process, terminal = self.start_on_terminal(*mode, "--host", "localhost", "--port", port, *self.outputs)
         terminal.wait_for(r"[1-9]\d* (of 1000 )?points ")
         server.kill()
         terminal.wait_for(r"kestrine: the server closed the connection\r\n")

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <thread>
 
+#include "kestrine/type_info.h"
+
 namespace {
 
 // Counts its references; it lives on the stack of a test.
@@ -65,6 +67,11 @@ TEST(ComponentTest, MembersStandInTheSlotsOfTheirOriginals) {
   EXPECT_EQ(slot_of(&IEnumConnectionPoints::Next), 3U);
   EXPECT_EQ(slot_of(&IConnectionPointContainer::FindConnectionPoint), 4U);
   EXPECT_EQ(slot_of(&IProvideClassInfo2::GetGUID), 4U);
+  EXPECT_EQ(slot_of(&ITypeInfo::GetNames), 7U);
+  EXPECT_EQ(slot_of(&ITypeInfo::ReleaseVarDesc), 21U);
+  EXPECT_EQ(slot_of(&ITypeLib::ReleaseTLibAttr), 12U);
+  EXPECT_EQ(slot_of(&IRecordInfo::GetField), 10U);
+  EXPECT_EQ(slot_of(&IRecordInfo::RecordDestroy), 18U);
 }
 
 TEST(ComponentTest, TextsKnowTheirLengthAndMayHoldZeros) {

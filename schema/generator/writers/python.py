@@ -20,10 +20,10 @@ _RESULTS = {"MeasureStationaryPoint": _POINTS, "GoAndMeasureStationaryPoint": _P
 
 def write_enumerations(schema: Schema) -> str:
     parts = ['"""The enumerations of the interfaces. A value that none of them has stays a plain int."""\n\n'
-             "from enum import IntEnum"]
+             "from enum import IntEnum as _IntEnum"]
     for enum in schema.enums.values():
         rows = [f"{value.name} = {value.value}" for value in enum.values]
-        parts.append(_class(f"{enum.name}(IntEnum)", enum.doc, rows))
+        parts.append(_class(f"{enum.name}(_IntEnum)", enum.doc, rows))
     return "\n\n\n".join(parts) + "\n"
 
 
@@ -51,7 +51,7 @@ def write_tables(schema: Schema) -> str:
             "# Of an asynchronous call: its command, the events that end it, and which of the event's values says how\n"
             "# many items there are, where each comes with an event of its own.\n"
             f"CALLS = {{\n{calls}}}\n\n"
-            "# Of a continuous packet, by its type: bytes before the first element, place of their number, size, fields.\n"
+            "# Of a continuous packet, by its type: bytes before the first element, their number, size, fields.\n"
             f"BLOCKS = {{\n{blocks}}}\n")
 
 

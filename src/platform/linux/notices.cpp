@@ -37,6 +37,7 @@ struct Hooks {
   HookSlot<host::BeepHook> beep;
   HookSlot<host::LogHook> log;
   HookSlot<host::WindowMessageHook> window_message;
+  HookSlot<host::GiveUpHook> give_up;
 };
 
 // Never destroyed: the last static object to go may still have something to say.
@@ -68,6 +69,9 @@ void set_log_hook(LogHook hook) {
 void set_window_message_hook(WindowMessageHook hook) {
   hooks().window_message.set(std::move(hook));
 }
+void set_give_up_hook(GiveUpHook hook) {
+  hooks().give_up.set(std::move(hook));
+}
 
 }  // namespace host
 
@@ -91,6 +95,11 @@ void log_line(std::string_view line) {
 
 void send_to_host(std::uint32_t message, std::uint64_t wparam, std::int64_t lparam) {
   if (const auto hook = hooks().window_message.get()) (*hook)(message, wparam, lparam);
+}
+
+bool host_gives_up() {
+  const auto hook = hooks().give_up.get();
+  return hook != nullptr && (*hook)();
 }
 
 }  // namespace platform

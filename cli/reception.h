@@ -1,0 +1,38 @@
+// What came of a stream, held against what should have come.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "cli/measurement.h"
+
+namespace kestrine::cli {
+
+struct Reception {
+  std::size_t announced = 0;         // packets that an event told of
+  std::size_t announced_points = 0;  // in them, as those events said
+  std::size_t packets = 0;           // that were fetched, and were those that had been announced
+  std::size_t points = 0;            // in them
+  std::size_t bytes = 0;
+};
+
+// What is 0 is not expected.
+struct Expectation {
+  std::size_t points = 0;      // asked for
+  double seconds = 0;          // from each point to the next
+  double distance = 0;         // likewise, in the unit of the points
+  double fastest_seconds = 0;  // in which the tracker can measure a next point; with a distance
+};
+
+struct Completeness {
+  std::vector<std::string> missing;  // each a thing that is missing, in words
+  std::vector<std::string> checked;  // what was looked at and found whole
+  bool tells_points = false;         // whether a missing point would have shown, not only a missing packet
+};
+
+Completeness check_completeness(const Reception& reception, const Expectation& expectation,
+                                std::span<const Point> points, const LengthUnit& unit);
+
+}  // namespace kestrine::cli

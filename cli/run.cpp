@@ -1,0 +1,66 @@
+#include "cli/run.h"
+
+#include <exception>
+#include <iostream>
+#include <memory>
+
+#include "cli/failure.h"
+#include "cli/outputs.h"
+#include "cli/terminal.h"
+#include "kestrine/host.h"
+#include "simulator/simulator.h"
+
+namespace kestrine::cli {
+namespace {
+
+// Whatever ends the measurement early is returned, for what was measured until then is worth keeping.
+std::exception_ptr collect(const CommonOptions& options, const Task& task, std::ostream& out,
+                           Measurement& measurement) {
+  try {
+    std::unique_ptr<simulator::Simulator> simulated;
+    Endpoint endpoint{options.host, options.port};
+    if (options.simulate) {
+      simulated = std::make_unique<simulator::Simulator>(
+          simulator::Options{.seed = options.seed, .time_scale = 1 / options.speed});
+      endpoint = {"127.0.0.1", simulated->port()};
+    }
+    task.measure(endpoint, out, measurement);
+  } catch (const Stopped&) {
+    return nullptr;
+  } catch (...) {
+    return std::current_exception();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+Outcome run(const CommonOptions& options, Kind kind, const Task& task) {
+  const Outputs outputs(options);
+  terminal::watch_for_stop();
+  host::set_early_wake(true);
+  std::ostream nowhere(nullptr);
+  std::ostream& out = options.quiet ? nowhere : std::cout;
+
+  Measurement measurement;
+  measurement.kind = kind;
+  measurement.extended = options.extended;
+  measurement.unit = &length_unit(options.length_unit);
+  const std::exception_ptr failure = collect(options, task, out, measurement);
+  const bool stopped = terminal::stop_asked();
+  if (!measurement.points.empty()) {
+    task.sum_up(out, measurement);
+    outputs.write(out, measurement);
+  }
+  if (failure) std::rethrow_exception(failure);
+  if (stopped) out << "stopped after " << measurement.points.size() << " points" << std::endl;
+  if (!stopped && measurement.points.empty()) throw Failure("the tracker sent no points");
+  if (!options.quiet && !out) throw Failure("cannot write to standard output");
+  return stopped ? Outcome::kStopped : Outcome::kComplete;
+}
+
+void warn(const std::string& text) {
+  std::cerr << "kestrine: " << text << std::endl;
+}
+
+}  // namespace kestrine::cli

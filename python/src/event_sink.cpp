@@ -1,0 +1,121 @@
+#include "python/src/event_sink.h"
+
+#include <utility>
+
+#include "python/src/com_object.h"
+#include "python/src/failure.h"
+#include "python/src/interrupts.h"
+#include "python/src/objects_home.h"
+#include "python/src/values.h"
+
+namespace py = pybind11;
+
+namespace kestrine::python {
+namespace {
+
+void call(const Handler& handler, const DISPPARAMS& given) {
+  const py::object method = handler.method();
+  if (method.is_none()) return;
+  const std::size_t count = handler.converters.size();
+  if (given.cArgs != count) raise_com_error(DISP_E_BADPARAMCOUNT);
+  py::tuple arguments(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    arguments[i] = to_python(given.rgvarg[count - 1 - i], handler.converters[i]);
+  }
+  method(*arguments);
+}
+
+// An exception of a handler has nobody above it who could take it.
+void report(py::error_already_set& error, const py::object& handler) {
+  const bool ordinary = error.matches(PyExc_Exception);
+  error.restore();
+  ordinary ? PyErr_WriteUnraisable(handler.ptr()) : keep_exception();
+}
+
+std::vector<Handler> find_handlers(ITypeInfo& events, const py::dict& handlers, const py::dict& converters) {
+  std::vector<Handler> found;
+  for (const Member& event : read_members(events, converters)) {
+    const auto place = static_cast<std::size_t>(event.id);
+    if (found.size() <= place) found.resize(place + 1);
+    if (!handlers.contains(event.name)) continue;
+    found[place].method = handlers[event.name.c_str()];
+    for (const Parameter& parameter : event.parameters) found[place].converters.push_back(parameter.convert);
+  }
+  return found;
+}
+
+}  // namespace
+
+EventSink::~EventSink() {
+  if (Py_IsInitialized() == 0) {
+    for (Handler& handler : handlers_) {
+      handler.method.release();
+      for (py::object& converter : handler.converters) converter.release();
+    }
+    return;
+  }
+  const py::gil_scoped_acquire lock;
+  handlers_.clear();
+}
+
+void* EventSink::find_interface(const IID& iid) {
+  return iid == events_ ? static_cast<IDispatch*>(this) : Object::find_interface(iid);
+}
+
+HRESULT EventSink::GetTypeInfoCount(UINT* count) {
+  if (count == nullptr) return E_POINTER;
+  *count = 0;
+  return S_OK;
+}
+
+HRESULT EventSink::GetTypeInfo(UINT, LCID, ITypeInfo** info) {
+  if (info != nullptr) *info = nullptr;
+  return DISP_E_BADINDEX;
+}
+
+HRESULT EventSink::GetIDsOfNames(REFIID, LPOLESTR*, UINT count, LCID, DISPID* ids) {
+  for (UINT i = 0; ids != nullptr && i < count; ++i) ids[i] = DISPID_UNKNOWN;
+  return DISP_E_UNKNOWNNAME;
+}
+
+HRESULT EventSink::Invoke(DISPID member, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT*, EXCEPINFO*, UINT*) {
+  if (arguments == nullptr) return E_POINTER;
+  if (member < 0 || static_cast<std::size_t>(member) >= handlers_.size()) return DISP_E_MEMBERNOTFOUND;
+  const Handler& wanted = handlers_[static_cast<std::size_t>(member)];
+  if (!wanted.method || Py_IsInitialized() == 0) return S_OK;
+  const py::gil_scoped_acquire lock;
+  const Pointer<EventSink> keep(this);  // a handler may end the connection
+  try {
+    call(wanted, *arguments);
+    return S_OK;
+  } catch (py::error_already_set& error) {
+    report(error, wanted.method);
+    return E_FAIL;
+  }
+}
+
+EventConnection::EventConnection(const ComObject& source, const py::dict& handlers, const py::dict& converters) {
+  IDispatch& object = source.checked();
+  const Pointer<ITypeInfo> events = events_of(object);
+  Pointer<IConnectionPointContainer> container;
+  object.QueryInterface(IID_IConnectionPointContainer, container.put_void());
+  if (!events || !container) raise_com_error(E_NOINTERFACE);
+  Pointer<IConnectionPoint> point;
+  require(container->FindConnectionPoint(id_of(*events), point.put()));
+  const auto sink =
+      Pointer<EventSink>::adopt(new EventSink(id_of(*events), find_handlers(*events, handlers, converters)));
+  require(point->Advise(sink.get(), &cookie_));
+  point_ = std::move(point);
+}
+
+void EventConnection::close() {
+  Pointer<IConnectionPoint> point = std::exchange(point_, {});
+  if (!point) return;
+  if (home_ == std::this_thread::get_id()) {
+    point->Unadvise(cookie_);
+  } else {
+    release_at_home(point.detach(), home_);  // its handlers have gone, so the sink hears nothing
+  }
+}
+
+}  // namespace kestrine::python

@@ -1,0 +1,74 @@
+"""Runs the command line tool's subcommands for registered classes."""
+
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+TOOL = os.environ["KESTRINE"]
+PATIENCE = 60  # seconds; for a machine under load
+
+
+class RegistrationTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.places = {"XDG_DATA_HOME": f"{folder.name}/user", "XDG_DATA_DIRS": f"{folder.name}/system"}
+
+    def run_tool(self, *arguments, status=0):
+        run = subprocess.run([TOOL, *arguments], env=os.environ | self.places, capture_output=True, text=True,
+                             timeout=PATIENCE, cwd=self.folder)
+        self.assertEqual(run.returncode, status, run)
+        return run.stdout if status == 0 else run.stderr
+
+    def file(self, place):
+        return self.folder / place / "kestrine/classes.reg"
+
+    def test_classes_are_registered_listed_and_taken_out(self):
+        self.assertEqual(self.run_tool("classes"), "no classes are registered\n")
+        table = self.run_tool("register").splitlines()
+        self.assertEqual(len(table), 7)
+        self.assertEqual(table[0], f"{self.file('user')}:")
+        self.assertRegex(table[1], r"^  Kestrine\.LTCommandSync\.1    \{[0-9A-F-]{36}\}  /.*/libkestrine\.so\.3$")
+        self.assertEqual(self.run_tool("classes").splitlines(), table)
+        self.assertEqual(self.run_tool("unregister"), "no classes are registered\n")
+        self.assertFalse(self.file("user").exists())
+
+    def test_the_systems_classes_are_apart_from_the_users(self):
+        self.run_tool("register", "--system")
+        self.assertEqual([self.file(place).exists() for place in ("user", "system")], [False, True])
+        both = self.run_tool("register")
+        self.assertLess(both.index(str(self.file("user"))), both.index(str(self.file("system"))))
+        self.assertNotIn(str(self.file("user")), self.run_tool("unregister"))
+
+    def test_another_library_is_registered_and_missed_when_it_is_gone(self):
+        own = self.run_tool("register").splitlines()[1].split()[-1]
+        shutil.copy(own, self.folder / "copy.so")
+        table = self.run_tool("register", "--library", "copy.so")
+        self.assertEqual(table.count(f"{self.folder}/copy.so\n"), 6)
+        (self.folder / "copy.so").unlink()
+        self.assertEqual(self.run_tool("classes").count("copy.so (missing)\n"), 6)
+
+    def test_failures_are_told_in_one_line(self):
+        text = self.folder / "text.so"
+        text.write_text("no library")
+        damaged = self.file("system")
+        damaged.parent.mkdir(parents=True)
+        damaged.write_text("damaged")
+        for arguments, status, words in (
+            (["register", "--library", "gone.so"], 2, "gone.so"),
+            (["register", "--library", "text.so"], 1, "text.so"),
+            (["register", "--system"], 1, "line 1 of"),
+            (["classes"], 1, "line 1 of"),
+            (["unregister", "--user"], 2, "--user"),
+        ):
+            with self.subTest(arguments):
+                self.assertRegex(self.run_tool(*arguments, status=status), rf"\Akestrine: [^\n]*{words}[^\n]*\n\Z")
+        self.assertEqual(damaged.read_text(), "damaged")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,123 @@
+"""Objects that come and go, and whole programs."""
+
+import gc
+import os
+import subprocess
+import sys
+import textwrap
+import threading
+
+import kestrine
+
+
+def run_program(text, *arguments):
+    """The program's output; it must end well."""
+    done = subprocess.run([sys.executable, "-c", textwrap.dedent(text), *arguments], capture_output=True, text=True,
+                          timeout=120, env=os.environ)
+    assert done.returncode == 0, done.stderr
+    return done
+
+
+def test_an_object_outlives_its_connection(connection, peer):
+    tracker = connection.ILTCommandSync
+    listener = kestrine.WithEvents(tracker, type("Quiet", (), {}))
+    second = kestrine.Dispatch("Kestrine.LTConnect2")
+    second.ConnectEmbeddedSystem("127.0.0.1", peer.port)
+    commands = second.ILTCommandSync
+    del second
+    gc.collect()
+    try:
+        commands.ReleaseMotors()
+        raise AssertionError("it has no connection")
+    except kestrine.com_error as error:
+        assert error.number
+    listener.close()
+
+
+LOOP = """
+    import ctypes, gc, sys, warnings
+    import kestrine
+
+    class Handler:
+        def __init__(self): self.itself = self
+        def OnStatusChangeEvent(self, change): pass
+
+    def once(port):
+        connection = kestrine.Dispatch("Kestrine.LTConnect2")
+        connection.ConnectEmbeddedSystem("127.0.0.1", port)
+        tracker = connection.ILTCommandSync
+        listener = kestrine.WithEvents(tracker, Handler)
+        tracker.Initialize()
+        tracker.SetUnitsEx(tracker.GetUnitsEx())
+        tracker.MeasureStationaryPointEx()
+        try: tracker.SetUnits("metre")
+        except kestrine.com_error: pass
+        connection.GetData()
+        kestrine.DispatchWithEvents(tracker, Handler).close()
+
+    def allocated():
+        gc.collect()
+        try:
+            count = ctypes.CDLL(None).__sanitizer_get_current_allocated_bytes
+            count.restype = ctypes.c_size_t
+            return count()
+        except AttributeError:
+            class Info(ctypes.Structure):
+                _fields_ = [(name, ctypes.c_size_t) for name in
+                            "arena ordblks smblks hblks hblkhd usmblks fsmblks uordblks fordblks keepcost".split()]
+            info = ctypes.CDLL(None).mallinfo2
+            info.restype = Info
+            return info().uordblks
+
+    warnings.simplefilter("ignore")
+    with kestrine.Simulator(time_scale=0) as simulator:
+        kestrine.Dispatch("Kestrine.LTConnect2").ConnectEmbeddedSystem("127.0.0.1", simulator.port)
+        rounds = 40
+        for _ in range(rounds): once(simulator.port)
+        before = allocated()
+        for _ in range(rounds): once(simulator.port)
+        print((allocated() - before) / rounds)
+"""
+
+
+def test_creating_and_destroying_leaves_nothing_behind():
+    for _ in range(2):
+        assert float(run_program(LOOP).stdout) < 200  # bytes a round; an object that stayed would be thousands
+
+
+def test_a_program_that_just_ends_ends_well():
+    done = run_program("""
+        import kestrine
+        simulator = kestrine.Simulator(time_scale=0)
+        connection = kestrine.Dispatch("Kestrine.LTConnect2")
+        connection.ConnectEmbeddedSystem("127.0.0.1", simulator.port)
+        class Handler:
+            def OnErrorEvent(self, *values): print(values)
+        listener = kestrine.WithEvents(connection.ILTCommandSync, Handler)
+        connection.ILTCommandSync.GetUnits()
+    """)
+    assert done.stderr == ""
+
+
+def test_a_mixture_of_generations_is_told():
+    done = run_program("""
+        import kestrine, warnings
+        try: kestrine.Dispatch("Kestrine.LTConnect")
+        except kestrine.com_error as error: print(error)
+        with warnings.catch_warnings(record=True) as caught:
+            warnings.simplefilter("always")
+            commands = kestrine.Dispatch("Kestrine.LTCommandSync2")
+        print(caught[0].category.__name__, caught[0].message, caught[0].filename)
+    """)
+    first, second = done.stdout.splitlines()
+    assert "first generation" in first
+    assert second == "NoticeWarning Fatal: Illegal combination of old/legacy and new interfaces <string>"
+
+
+def test_a_reference_dropped_by_another_thread_is_released_at_home(connection):
+    held = [kestrine.Dispatch("Kestrine.LTConnect2")]
+    thread = threading.Thread(target=held.clear)
+    thread.start()
+    thread.join()
+    kestrine.PumpWaitingMessages()
+    assert held == [] and connection.IsConnected in (True, False)

@@ -1,0 +1,62 @@
+"""What a reader and an editor find: help, signatures, stubs, constants, records, the first ten lines."""
+
+import ast
+import inspect
+import pydoc
+import re
+from enum import IntEnum
+from pathlib import Path
+
+import pytest
+from peer import SCHEMA
+
+import kestrine
+
+PACKAGE = Path(kestrine.__file__).parent
+
+
+def test_help_shows_the_parameters(tracker):
+    text = pydoc.plain(pydoc.render_doc(tracker.GoPosition))
+    assert "GoPosition(val1: float, val2: float, val3: float, useADM: bool)" in text
+    assert "lengthUnit (VL_LengthUnit)" in inspect.getdoc(tracker.GetUnits)
+    assert list(inspect.signature(tracker.SetUnits).parameters)[:2] == ["lengthUnit", "angleUnit"]
+    assert {"Initialize", "GetUnits"} <= set(dir(tracker))
+
+
+def test_the_stubs_tell_what_the_objects_have(connection, tracker, sender):
+    stubs = {node.name: node for node in ast.parse((PACKAGE / "_interfaces.pyi").read_text()).body
+             if isinstance(node, ast.ClassDef)}
+    for target in (connection, tracker, sender):
+        interface = stubs[type(target).__name__]
+        rows = {row.name: row for row in interface.body if isinstance(row, ast.FunctionDef)}
+        fields = {row.target.id for row in interface.body if isinstance(row, ast.AnnAssign)}
+        assert {*rows, *fields} == set(target._members_.values())
+        for name, row in rows.items():
+            if not row.decorator_list:
+                told = list(inspect.signature(getattr(target, name)).parameters)
+                assert [argument.arg for argument in row.args.args[1:]] == told
+    assert (PACKAGE / "py.typed").exists()
+
+
+def test_constants_and_enumerations_hold_every_value():
+    for enum in SCHEMA.enums.values():
+        made = getattr(kestrine, enum.name)
+        assert issubclass(made, IntEnum)
+        for value in enum.values:
+            assert getattr(kestrine.constants, value.name) == value.value == made[value.name]
+    with pytest.raises(AttributeError):
+        kestrine.constants.VL_NoSuchThing
+
+
+def test_records_are_small_classes():
+    units = kestrine.records.SystemUnitsDataT(lenUnitType=kestrine.constants.VL_LU_Inch)
+    assert units.lenUnitType is kestrine.VL_LengthUnit.VL_LU_Inch and units == units.__class__(units.lenUnitType)
+    assert "lenUnitType" in repr(units)
+
+
+def test_the_first_lines_of_the_readme_work(capsys):
+    readme = (Path(__file__).parents[2] / "README.md").read_text()
+    code = re.search(r"## In Python.*?```python\n(.*?)```", readme, re.S)[1]
+    assert len(code.strip().splitlines()) <= 10
+    exec(code, {})
+    assert re.match(r"-?\d+\.\d+", capsys.readouterr().out)
