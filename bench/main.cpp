@@ -34,12 +34,16 @@ class RatioReporter final : public benchmark::ConsoleReporter {
       std::printf("  %-40s %6.2f ms\n", "round trip in slices", slices->second * 1e3);
     }
     std::printf("Values out of packets: what a call costs beyond loads, and columns by the speed of a copy\n");
-    beyond("ContinuousPointGetAt", "BM_PointCalls", "BM_PointLoads");
-    beyond("ContinuousPoint2GetAt", "BM_Point2Calls", "BM_Point2Loads");
-    beyond("ContinuousProbeDataGetAt", "BM_ProbeCalls", "BM_ProbeLoads");
+    constexpr int kElements = 1000;  // of a block, which is what one round reads
+    beyond("ContinuousPointGetAt", "BM_PointCalls", "BM_PointLoads", kElements);
+    beyond("ContinuousPoint2GetAt", "BM_Point2Calls", "BM_Point2Loads", kElements);
+    beyond("ContinuousProbeDataGetAt", "BM_ProbeCalls", "BM_ProbeLoads", kElements);
     ratio("copy : columns, a block in the cache", "BM_CopyOfOneBlock", "BM_ColumnsOfOneBlock");
     ratio("copy : columns, a recording read", "BM_CopyOfRecording", "BM_ColumnsOfRecording");
     ratio("copy : columns, a recording collected", "BM_CopyCollected", "BM_ColumnsCollected");
+    std::printf("Scripts: what a call by name costs beyond the typed one, its name looked up each time\n");
+    beyond("GetConstant", "BM_ConstantByName", "BM_ConstantTyped", 1);
+    beyond("ContinuousProbeDataGetAt", "BM_ProbeByName", "BM_ProbeTyped", 1);
   }
 
  private:
@@ -50,12 +54,12 @@ class RatioReporter final : public benchmark::ConsoleReporter {
     std::printf("  %-40s %6.3f\n", what, high->second / low->second);
   }
 
-  // Of a thousand elements; told of one.
-  void beyond(const char* what, const char* above, const char* below) const {
+  // Told of one call of those in a round.
+  void beyond(const char* what, const char* above, const char* below, int calls) const {
     const auto high = medians_.find(above);
     const auto low = medians_.find(below);
     if (high == medians_.end() || low == medians_.end()) return;
-    std::printf("  %-40s %6.1f ns\n", what, (high->second - low->second) * 1e9 / 1000);
+    std::printf("  %-40s %6.1f ns\n", what, (high->second - low->second) * 1e9 / calls);
   }
 
   std::map<std::string, double> medians_;  // seconds

@@ -8,11 +8,11 @@
     x, y, z, *rest = tracker.MeasureStationaryPoint()
 
 Methods take their inputs, by place or by name, and return their outputs: None, the one, or all in a tuple. Names
-are the same in any case of letters. A failure raises com_error, a warning of the server is a ServerWarning, and the status
-of the latest call is the object's `_hresult_`. `help(tracker)` describes all members.
+are the same in any case of letters. A failure raises com_error, a warning of the server is a ServerWarning, and the
+status of the latest call is the object's `_hresult_`. `help(tracker)` describes all members.
 
-Objects live on the thread that creates them. It must deliver messages: in a waiting call, with PumpEvents() and its kin,
-or from a loop of its own that watches fileno(); asyncio programs use kestrine.aio.
+Objects live on the thread that creates them. It must deliver messages: in a waiting call, with PumpEvents() and its
+kin, or from a loop of its own that watches fileno(); asyncio programs use kestrine.aio.
 """
 
 from . import aio, enumerations, records

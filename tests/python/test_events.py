@@ -41,7 +41,8 @@ def test_an_event_reaches_its_handler_during_a_call_and_from_the_loop(early_wake
 
 
 # The events that an answer brings, and its command.
-ANSWERED = [(event, each.command) for each in SCHEMA.answers for event in (each.async_event, each.second_event) if event]
+ANSWERED = [(event, each.command) for each in SCHEMA.answers
+            for event in (each.async_event, each.second_event) if event]
 
 
 @pytest.mark.parametrize("event, command", ANSWERED, ids=lambda each: each.name)
