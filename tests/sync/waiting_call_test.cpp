@@ -133,6 +133,18 @@ TEST_F(WaitingCall, TellsOfATimeoutWithTheNumberThatTheTimeoutSettingGives) {
             "80004005 1" + source + "[8] \"Release Motors\" failed  (status:  Server Busy)");
 }
 
+TEST_F(WaitingCall, EndsWhenItsHostGivesUp) {
+  start();
+  int asked = 0;
+  host::set_give_up_hook([&] { return ++asked == 3; });
+  EXPECT_EQ(told(commands->Initialize()),
+            "80004005 36 Kestrine.LTConnect.1: [7] \"Initialize\" failed  (status:  Unknown status)");
+  EXPECT_EQ(asked, 3);
+  host::set_give_up_hook({});
+  peer.send(answer(VL_C_Park, VL_RS_AllOK));
+  EXPECT_EQ(told(commands->Park()), "ok");
+}
+
 TEST_F(WaitingCall, SendsNothingWhenAnOutputHasNowhereToGo) {
   start();
   double angle = 0;
