@@ -100,16 +100,6 @@ TEST_F(DeliveryTest, EachCallGivesACopyOfTheCallersOwn) {
   EXPECT_EQ(data(), answer(VL_C_GoBirdBath, 3)) << "the same packet as often as asked";
 }
 
-TEST_F(DeliveryTest, OnlyTheEventMethodFiresEvents) {
-  start();
-  for (const int method : {0, 2, 3, 7, -1, 1}) {
-    ASSERT_EQ(connection->SelectNotificationMethod(static_cast<KR_NotifyMethod>(method), 0, 2'100), S_OK);
-    receive(status_change(26));
-    EXPECT_EQ(heard(), method == 1 ? Lines({"sync StatusChangeEvent 26", "async StatusChangeEvent 26"}) : Lines());
-    EXPECT_EQ(data(), status_change(26));
-  }
-}
-
 TEST_F(DeliveryTest, ATargetHandleIsRefusedAndNothingIsStored) {
   start();
   ASSERT_EQ(connection->SelectNotificationMethod(KR_NM_Event, 0, 5), S_OK);
