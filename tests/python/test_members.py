@@ -7,6 +7,7 @@ from peer import COMMAND, SCHEMA, TYPES, answer, code_of, encode, filled, random
 
 import kestrine
 
+
 def inputs_of(method, dice):
     """Arguments, and the bytes by which the request carries them."""
     arguments, sent = [], b""
@@ -123,7 +124,7 @@ READERS = {"ContinuousDataGetHeaderInfo": 3, "ContinuousPointGetAt": 3, "Continu
 
 
 @pytest.mark.parametrize("name", READERS)
-def test_an_accessor_reads_a_packet_from_any_buffer(connection, dice, name):
+def test_an_accessor_reads_a_packet_from_any_buffer(early_wake, connection, dice, name):
     record = next(packet.record for packet in SCHEMA.packets if packet.value.value == READERS[name])
     head, in_head = filled(record, dice, READERS[name], 0, 1)
     element, in_element = filled(record.element, dice)
@@ -137,7 +138,7 @@ def test_an_accessor_reads_a_packet_from_any_buffer(connection, dice, name):
         assert getattr(connection, name)(buffer, *([0] if of_element else [])) == expected
 
 
-def test_the_connection_has_its_other_members(connection, peer, tracker, sender, tmp_path):
+def test_the_connection_has_its_other_members(early_wake, connection, peer, tracker, sender, tmp_path):
     constants = kestrine.constants
     for name in ("ExceptionHandlingPolicy", "ForceSingleConnection", "IsHostedByWebApplication",
                  "SupportLegacyStationaryMode"):
