@@ -32,9 +32,9 @@ struct Identity {
 
 // Shared by both generations.
 struct ProcessState {
-  bool objects_not_yet_fetched = true;  // cleared when an application first asks a connection for a command object
-  bool web_hosted = false;              // read when the module is asked whether it can be unloaded
-  int claimed_generation = 0;           // 0: none yet
+  bool objects_not_yet_fetched = true;       // cleared when an application first asks a connection for a command object
+  bool web_hosted = false;                   // read when the module is asked whether it can be unloaded
+  int claimed_generation = 0;                // 0: none yet
   std::atomic<std::int32_t> lock_count = 0;  // live objects and locks on class objects: reasons to stay loaded
 };
 

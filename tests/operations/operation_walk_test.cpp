@@ -2,9 +2,9 @@
 #include <array>
 #include <set>
 
+#include "commands/method_rows.h"
 #include "kestrine/com_error.h"
 #include "operation_walk.h"
-#include "commands/method_rows.h"
 
 namespace kestrine::test {
 namespace {

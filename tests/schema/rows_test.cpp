@@ -7,10 +7,10 @@
 #include <string>
 #include <tuple>
 
+#include "commands/method_rows.h"
 #include "events/event_rows.h"
 #include "kestrine/records.h"
 #include "protocol/tables.h"
-#include "commands/method_rows.h"
 
 namespace kestrine {
 namespace {
@@ -82,12 +82,12 @@ TEST(MethodRows, StayInsideTheirPackets) {
       const int bytes = param.type == commands::ParamType::kText     ? 2 * param.size
                         : param.type == commands::ParamType::kRecord ? param.size
                         : param.type == commands::ParamType::kDouble ? 8
-                                                                 : 4;
-      const int limit = !param.out                            ? command->request_size
+                                                                     : 4;
+      const int limit = !param.out                                ? command->request_size
                         : row.source == commands::Source::kAnswer ? command->answer->size
                         : row.source == commands::Source::kTiltra ? result_sizes[VL_DT_TiltraResult]
-                        : row.result_type != -1               ? result_sizes[row.result_type]
-                                                              : result_sizes[VL_DT_StationaryProbeMeasResult];
+                        : row.result_type != -1                   ? result_sizes[row.result_type]
+                                                                  : result_sizes[VL_DT_StationaryProbeMeasResult];
       EXPECT_LE(param.offset + bytes, limit) << row.name << "." << param.name;
     }
   }

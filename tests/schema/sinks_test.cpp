@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "commands/typed_methods.h"
 #include "kestrine/events.h"
 #include "kestrine/pointer.h"
-#include "commands/typed_methods.h"
 
 namespace kestrine {
 namespace {

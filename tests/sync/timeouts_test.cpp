@@ -6,8 +6,8 @@
 namespace kestrine::test {
 namespace {
 
-using sync::Timeouts;
 using commands::WaitClass;
+using sync::Timeouts;
 
 constexpr WaitClass kOrder[] = {WaitClass::kStandard,
                                 WaitClass::kExtended,
