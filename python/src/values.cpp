@@ -97,7 +97,7 @@ void to_variant(const py::handle& value, const Parameter& target, VARIANT& varia
   if (PyBool_Check(object) != 0) {
     variant.vt = VT_BOOL;
     variant.boolVal = object == Py_True ? VARIANT_TRUE : VARIANT_FALSE;
-  } else if (PyLong_Check(object) != 0) {
+  } else if (PyLong_Check(object) != 0 || (PyIndex_Check(object) != 0 && target.type != VT_VARIANT)) {
     put_integer(value, variant);
   } else if (PyFloat_Check(object) != 0) {
     variant.vt = VT_R8;
@@ -109,8 +109,6 @@ void to_variant(const py::handle& value, const Parameter& target, VARIANT& varia
     to_record(value, *target.record, target.type_name, variant);
   } else if (target.type == VT_VARIANT && PyObject_CheckBuffer(object) != 0) {
     put_bytes(value, variant);
-  } else if (PyIndex_Check(object) != 0) {
-    put_integer(value, variant);
   } else if (PyNumber_Check(object) != 0) {  // such as the floats of numpy
     variant.dblVal = PyFloat_AsDouble(object);
     if (PyErr_Occurred() != nullptr) throw py::error_already_set();

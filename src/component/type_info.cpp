@@ -17,8 +17,8 @@ namespace {
 // What all interfaces derive from. They belong to the system's own library, so they have a name and an identifier
 // here, for callers that follow a type to its root, but no members.
 const TypeRow kRoots[] = {
-    {TypeKind::kInterface, u"IUnknown", &IID_IUnknown, {}, {}, 0, {}, kNoType, kNoType},
-    {TypeKind::kInterface, u"IDispatch", &IID_IDispatch, {}, {}, 0, {}, kNoType, kNoType},
+    {u"IUnknown", &IID_IUnknown, {}, {}, {}, 0, kNoType, kNoType, TypeKind::kInterface},
+    {u"IDispatch", &IID_IDispatch, {}, {}, {}, 0, kNoType, kNoType, TypeKind::kInterface},
 };
 
 enum class Root { kUnknown, kDispatch };

@@ -55,15 +55,15 @@ enum class TypeKind : std::uint8_t {
 };
 
 struct TypeRow {
-  TypeKind kind;
   const char16_t* name;
   const GUID* id;  // null for enumerations and records, which have none
   std::span<const ValueRow> values;
   std::span<const FieldRow> fields;
-  std::uint16_t size;  // of a record in bytes, with one element where elements follow
   std::span<const MemberRow> members;
+  std::uint16_t size;      // of a record in bytes, with one element where elements follow
   std::int16_t interface;  // of a class, and the events that it fires: index in types(), or kNoType
   std::int16_t events;
+  TypeKind kind;
 };
 
 // Enumerations first, then records, interfaces, events and classes.

@@ -60,10 +60,10 @@ class _Types:
                           events=places.get(f"_I{name}{suffix}Events", -1))
 
     def _add(self, kind: str, name: str, prefix: str = "", **parts: object) -> int:
-        given = {"values": "{}", "fields": "{}", "size": 0, "members": "{}", "interface": -1, "events": -1} | parts
+        given = {"values": "{}", "fields": "{}", "members": "{}", "size": 0, "interface": -1, "events": -1} | parts
         identifier = f"&{prefix}{name}" if prefix else "nullptr"
-        self._rows.append(f"{{TypeKind::{kind}, {_text(name)}, {identifier}, "
-                          f"{', '.join(str(part) for part in given.values())}}}")
+        self._rows.append(f"{{{_text(name)}, {identifier}, {', '.join(str(part) for part in given.values())}, "
+                          f"TypeKind::{kind}}}")
         return len(self._rows) - 1
 
     def _array(self, kind: str, name: str, rows: list[str]) -> str:
