@@ -1,6 +1,5 @@
 #include "component/dispatch.h"
 
-#include <array>
 #include <new>
 #include <string_view>
 

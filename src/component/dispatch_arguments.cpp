@@ -1,9 +1,6 @@
 #include "component/dispatch_arguments.h"
 
-#include <string_view>
-
 #include "component/record_info.h"
-#include "kestrine/pointer.h"
 #include "kestrine/text.h"
 #include "kestrine/type_info.h"
 

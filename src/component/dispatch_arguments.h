@@ -24,7 +24,7 @@ class DispatchArguments {
   void hand_out();
 
  private:
-  static constexpr std::size_t kMost = 64;  // parameters of a member; the longest has 53
+  static constexpr std::size_t kMost = 64;  // parameters of a member; the schema allows no more, the longest has 49
 
   struct Place {
     VARIANT held;     // a converted input, or an output until it is handed out

@@ -1,8 +1,8 @@
 #include "component/error_reporting.h"
 
-#include "component/error_info.h"
 #include "kestrine/com_error.h"
 #include "kestrine/enums.h"
+#include "platform/error_info.h"
 #include "protocol/report.h"
 #include "protocol/texts.h"
 #include "transport/connection.h"
@@ -18,7 +18,7 @@ HRESULT ErrorReporting::RaiseError(transport::CLTConnectBase* connection, std::u
   if (connection != nullptr && connection->fires_async_events() && slots_.current_async != nullptr) {
     slots_.current_async->event_source().Fire_ExceptionEvent(number, std::u16string(text).c_str());
   }
-  const auto info = set_error_info(text, slots_.identity.connect_source, iid, number);
+  const auto info = platform::set_error_info(text, slots_.identity.connect_source, iid, number);
   if (throws) throw _com_error(code, info);
   return code;
 }
@@ -44,7 +44,7 @@ HRESULT ErrorReporting::ReportAsyncAnswerError(transport::AsyncCommands& object,
 
 void ErrorReporting::set_error_information(std::u16string_view text, std::u16string_view source, const IID& iid,
                                            std::int32_t number) {
-  set_error_info(text, source, iid, number);
+  platform::set_error_info(text, source, iid, number);
 }
 
 }  // namespace kestrine::component

@@ -29,11 +29,7 @@ Bytes expected_parameters(const SenderRow& row, const TypedCall& call) {
 }
 
 Bytes expected_request(const SenderRow& row, const TypedCall& call) {
-  const Bytes parameters = expected_parameters(row, call);
-  Bytes request = packet(static_cast<std::int32_t>(12 + parameters.size()), VL_DT_Command);
-  put_i32(request, 8, row.command);
-  std::copy(parameters.begin(), parameters.end(), request.begin() + 12);
-  return request;
+  return request(row.command, expected_parameters(row, call));
 }
 
 // How the lines of the events begin that an answer to the operation fires.

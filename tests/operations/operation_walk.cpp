@@ -45,11 +45,7 @@ std::string join(std::initializer_list<std::string_view> pieces) {
 }
 
 Bytes expected_request(const OperationRow& row, const TypedCall& call) {
-  const Bytes parameters = expected_parameters(row, call);
-  Bytes request = packet(static_cast<std::int32_t>(12 + parameters.size()), VL_DT_Command);
-  put_i32(request, 8, row.command);
-  std::copy(parameters.begin(), parameters.end(), request.begin() + 12);
-  return request;
+  return request(row.command, expected_parameters(row, call));
 }
 
 // The values of an answer are the last fields of its record; a result's try mode comes first there and last here.

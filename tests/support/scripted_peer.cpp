@@ -59,6 +59,13 @@ Bytes answer(std::int32_t command, std::int32_t status, std::int32_t type) {
   return bytes;
 }
 
+Bytes request(std::int32_t command, const Bytes& parameters) {
+  Bytes bytes = packet(static_cast<std::int32_t>(12 + parameters.size()), VL_DT_Command);
+  put_i32(bytes, 8, command);
+  std::copy(parameters.begin(), parameters.end(), bytes.begin() + 12);
+  return bytes;
+}
+
 Bytes status_change(std::int32_t change) {
   Bytes bytes = packet(12, VL_DT_SystemStatusChange);
   put_i32(bytes, 8, change);

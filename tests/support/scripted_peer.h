@@ -27,6 +27,8 @@ Bytes packet(std::int32_t size, std::int32_t type);
 // A 16-byte answer or error packet.
 Bytes answer(std::int32_t command, std::int32_t status, std::int32_t type = VL_DT_Command);
 Bytes status_change(std::int32_t change);
+// A request with what follows its first 12 bytes.
+Bytes request(std::int32_t command, const Bytes& parameters);
 void put_i32(Bytes& bytes, std::size_t offset, std::int32_t value);
 void put_f64(Bytes& bytes, std::size_t offset, double value);
 std::int32_t get_i32(std::span<const std::uint8_t> bytes, std::size_t offset);

@@ -74,7 +74,12 @@ def check_row(row: Row, names: Scope, before: int) -> None:
     require(row[0] == before + 1, row.where, f"the identifier of {row[1]} must be {before + 1}")
 
 
+# Calls by name keep their arguments in an array of that many.
+_MOST_PARAMETERS = 64
+
+
 def distinct(parameters: list[Parameter], row: Row) -> list[Parameter]:
+    require(len(parameters) <= _MOST_PARAMETERS, row.where, f"{row[1]} has more than {_MOST_PARAMETERS} parameters")
     names = Scope(f"in {row[1]} the parameter")
     for parameter in parameters:
         names.claim_name(parameter.name, row.where)

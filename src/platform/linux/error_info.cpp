@@ -1,6 +1,10 @@
+#include "platform/error_info.h"
+
+#include <string>
 #include <utility>
 
-#include "kestrine/component.h"
+#include "kestrine/error.h"
+#include "kestrine/object.h"
 
 namespace {
 
@@ -36,3 +40,58 @@ HRESULT GetErrorInfo(ULONG reserved, IErrorInfo** info) {
   *info = std::exchange(slot, nullptr);
   return *info != nullptr ? S_OK : S_FALSE;
 }
+
+namespace kestrine::platform {
+namespace {
+
+HRESULT copy_out(std::u16string_view text, BSTR* out) {
+  if (out == nullptr) return E_POINTER;
+  *out = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+  return *out == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+class ErrorInfo final : public Object<IErrorInfo, IErrorNumber> {
+ public:
+  ErrorInfo(std::u16string_view text, std::u16string_view source, const IID& iid, std::int32_t number)
+      : text_(text), source_(source), iid_(iid), number_(number) {}
+
+  HRESULT GetGUID(GUID* iid) override {
+    if (iid == nullptr) return E_POINTER;
+    *iid = iid_;
+    return S_OK;
+  }
+  HRESULT GetSource(BSTR* source) override { return copy_out(source_, source); }
+  HRESULT GetDescription(BSTR* description) override { return copy_out(text_, description); }
+  HRESULT GetHelpFile(BSTR* file) override {
+    if (file == nullptr) return E_POINTER;
+    *file = nullptr;
+    return S_OK;
+  }
+  HRESULT GetHelpContext(DWORD* context) override {
+    if (context == nullptr) return E_POINTER;
+    *context = 0;
+    return S_OK;
+  }
+  HRESULT GetNumber(std::int32_t* number) override {
+    if (number == nullptr) return E_POINTER;
+    *number = number_;
+    return S_OK;
+  }
+
+ private:
+  std::u16string text_;
+  std::u16string source_;
+  IID iid_;
+  std::int32_t number_;
+};
+
+}  // namespace
+
+Pointer<IErrorInfo> set_error_info(std::u16string_view text, std::u16string_view source, const IID& iid,
+                                   std::int32_t number) {
+  auto info = Pointer<IErrorInfo>::adopt(new ErrorInfo(text, source, iid, number));
+  SetErrorInfo(0, info.get());
+  return info;
+}
+
+}  // namespace kestrine::platform
