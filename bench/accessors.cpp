@@ -82,7 +82,7 @@ void BM_ProbeCalls(benchmark::State& state) {
 
 // --- Whole columns
 
-// A million points as they arrive, block behind block; and where they go.
+// A million points as they arrive, block behind block.
 const std::vector<std::uint8_t>& recording() {
   static const auto bytes = [] {
     const std::vector<std::uint8_t> block = block_of<MultiMeasResultT>();
@@ -93,60 +93,69 @@ const std::vector<std::uint8_t>& recording() {
   return bytes;
 }
 
-struct Columns {
+// Takes blocks into arrays for a number of elements.
+class Columns {
+ public:
+  explicit Columns(std::size_t elements)
+      : status_(elements), time1_(elements), time2_(elements), val1_(elements), val2_(elements), val3_(elements) {}
+
   void take(const std::uint8_t* block, std::size_t at) {
     const auto points = ContinuousView<MultiMeasResultT>::of({block, kBlock});
-    const auto behind = [at](auto& column) { return std::span(column).subspan(at, kElements); };
+    const auto room = [at](auto& column) { return std::span(column).subspan(at); };
     using V = MeasValueT;
     points->copy<&V::status, &V::lTime1, &V::lTime2, &V::dVal1, &V::dVal2, &V::dVal3>(
-        behind(status), behind(time1), behind(time2), behind(val1), behind(val2), behind(val3));
+        room(status_), room(time1_), room(time2_), room(val1_), room(val2_), room(val3_));
   }
 
-  std::vector<VL_MeasurementStatus> status = std::vector<VL_MeasurementStatus>(kPoints);
-  std::vector<std::int32_t> time1 = std::vector<std::int32_t>(kPoints);
-  std::vector<std::int32_t> time2 = std::vector<std::int32_t>(kPoints);
-  std::vector<double> val1 = std::vector<double>(kPoints);
-  std::vector<double> val2 = std::vector<double>(kPoints);
-  std::vector<double> val3 = std::vector<double>(kPoints);
+ private:
+  std::vector<VL_MeasurementStatus> status_;
+  std::vector<std::int32_t> time1_;
+  std::vector<std::int32_t> time2_;
+  std::vector<double> val1_;
+  std::vector<double> val2_;
+  std::vector<double> val3_;
 };
 
-struct Copy {
+class Copy {
+ public:
+  explicit Copy(std::size_t elements) : bytes_(elements * Points::size) {}
+
   void take(const std::uint8_t* block, std::size_t at) {
-    std::memcpy(&bytes[at * Points::size], block + Points::first, kElements * Points::size);
+    std::memcpy(&bytes_[at * Points::size], block + Points::first, kElements * Points::size);
   }
 
-  std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(kPoints * Points::size);
+ private:
+  std::vector<std::uint8_t> bytes_;
 };
 
-// What takes the blocks, how many there are of them, how far apart in memory, and whether each goes behind the last.
+// The same block over and over, from the cache into the cache.
 template <class Taker>
-void take_blocks(benchmark::State& state, std::size_t blocks, std::size_t apart, bool collects) {
-  static Taker taker;
-  const std::uint8_t* const first = recording().data();
+void BM_OneBlock(benchmark::State& state) {
+  Taker taker(kElements);
   for (auto _ : state) {
-    for (std::size_t i = 0; i < blocks; ++i) taker.take(first + i * apart, collects ? i * kElements : 0);
+    taker.take(recording().data(), 0);
     benchmark::ClobberMemory();
   }
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(blocks * kElements * Points::size));
 }
 
-void BM_ColumnsOfOneBlock(benchmark::State& state) {
-  take_blocks<Columns>(state, 1, 0, false);
+// Block after block from memory, each into the same arrays.
+template <class Taker>
+void BM_Recording(benchmark::State& state) {
+  Taker taker(kElements);
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < kBlocks; ++i) taker.take(&recording()[i * kBlock], 0);
+    benchmark::ClobberMemory();
+  }
 }
-void BM_CopyOfOneBlock(benchmark::State& state) {
-  take_blocks<Copy>(state, 1, 0, false);
-}
-void BM_ColumnsOfRecording(benchmark::State& state) {
-  take_blocks<Columns>(state, kBlocks, kBlock, false);
-}
-void BM_CopyOfRecording(benchmark::State& state) {
-  take_blocks<Copy>(state, kBlocks, kBlock, false);
-}
-void BM_ColumnsCollected(benchmark::State& state) {
-  take_blocks<Columns>(state, kBlocks, 0, true);
-}
-void BM_CopyCollected(benchmark::State& state) {
-  take_blocks<Copy>(state, kBlocks, 0, true);
+
+// Blocks that just came, each behind the last in arrays for a million points.
+template <class Taker>
+void BM_Collected(benchmark::State& state) {
+  Taker taker(kPoints);
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < kBlocks; ++i) taker.take(recording().data(), i * kElements);
+    benchmark::ClobberMemory();
+  }
 }
 
 BENCHMARK(BM_PointLoads);
@@ -155,12 +164,12 @@ BENCHMARK(BM_Point2Loads);
 BENCHMARK(BM_Point2Calls);
 BENCHMARK(BM_ProbeLoads);
 BENCHMARK(BM_ProbeCalls);
-BENCHMARK(BM_CopyOfOneBlock);
-BENCHMARK(BM_ColumnsOfOneBlock);
-BENCHMARK(BM_CopyOfRecording);
-BENCHMARK(BM_ColumnsOfRecording);
-BENCHMARK(BM_CopyCollected);
-BENCHMARK(BM_ColumnsCollected);
+BENCHMARK(BM_OneBlock<Copy>);
+BENCHMARK(BM_OneBlock<Columns>);
+BENCHMARK(BM_Recording<Copy>);
+BENCHMARK(BM_Recording<Columns>);
+BENCHMARK(BM_Collected<Copy>);
+BENCHMARK(BM_Collected<Columns>);
 
 }  // namespace
 }  // namespace kestrine::bench

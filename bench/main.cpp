@@ -38,9 +38,9 @@ class RatioReporter final : public benchmark::ConsoleReporter {
     beyond("ContinuousPointGetAt", "BM_PointCalls", "BM_PointLoads", kElements);
     beyond("ContinuousPoint2GetAt", "BM_Point2Calls", "BM_Point2Loads", kElements);
     beyond("ContinuousProbeDataGetAt", "BM_ProbeCalls", "BM_ProbeLoads", kElements);
-    ratio("copy : columns, a block in the cache", "BM_CopyOfOneBlock", "BM_ColumnsOfOneBlock");
-    ratio("copy : columns, a recording read", "BM_CopyOfRecording", "BM_ColumnsOfRecording");
-    ratio("copy : columns, a recording collected", "BM_CopyCollected", "BM_ColumnsCollected");
+    ratio("copy : columns, a block in the cache", "BM_OneBlock<Copy>", "BM_OneBlock<Columns>");
+    ratio("copy : columns, a recording read", "BM_Recording<Copy>", "BM_Recording<Columns>");
+    ratio("copy : columns, a recording collected", "BM_Collected<Copy>", "BM_Collected<Columns>");
     std::printf("Scripts: what a call by name costs beyond the typed one, its name looked up each time\n");
     beyond("GetConstant", "BM_ConstantByName", "BM_ConstantTyped", 1);
     beyond("ContinuousProbeDataGetAt", "BM_ProbeByName", "BM_ProbeTyped", 1);

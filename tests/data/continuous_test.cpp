@@ -12,34 +12,53 @@ using Probes = ContinuousView<ProbeContinuousResultT>;
 
 static_assert(std::random_access_iterator<Points::iterator>);
 
+constexpr std::size_t kGuard = 4;
+
+// The elements from `at` on; nothing before them, nothing behind.
 template <auto Field, class View>
-void expect_column(const View& view, const auto& column, std::size_t guard) {
+void expect_column(const View& view, const auto& column, std::size_t at = 0) {
   using Type = typename detail::Field<Field>::Type;
   for (std::size_t k = 0; k < view.size(); ++k) {
     const auto element = view[k];
     Type value;
     std::memcpy(&value, reinterpret_cast<const char*>(&element) + detail::Field<Field>::offset, sizeof value);
-    EXPECT_EQ(column[k], value) << "element " << k << ", offset " << detail::Field<Field>::offset;
+    EXPECT_EQ(column[at + k], value) << "element " << k << ", offset " << detail::Field<Field>::offset;
   }
-  for (std::size_t k = view.size(); k < view.size() + guard; ++k) EXPECT_EQ(column[k], Type{}) << "written behind";
+  for (std::size_t k = 0; k < at; ++k) EXPECT_EQ(column[k], Type{}) << "written before";
+  for (std::size_t k = 0; k < kGuard; ++k) EXPECT_EQ(column[at + view.size() + k], Type{}) << "written behind";
+}
+
+// Behind a byte of another sort: no element lies where a double likes to be.
+Bytes shifted(const PacketKind& kind, int count) {
+  return Bytes{0} + continuous(kind, count);
 }
 
 template <class View, auto... Fields>
 void expect_columns(const PacketKind& kind) {
-  constexpr std::size_t kGuard = 4;
-  for (const int count : {0, 1, 3, 4, 5, 8, 11}) {
-    // Behind a byte of another sort: no element lies where a double likes to be.
-    const Bytes shifted = Bytes{0} + continuous(kind, count);
-    const auto view = View::of(std::span(shifted).subspan(1));
+  using Columns = std::tuple<std::vector<typename detail::Field<Fields>::Type>...>;
+  for (const int count : {0, 1, 3, 4, 5, 8, 11, 15, 16, 17, 32, 45, 200}) {
+    SCOPED_TRACE(count);
+    const Bytes bytes = shifted(kind, count);
+    const auto packet = std::span(bytes).subspan(1);
+    const auto view = View::of(packet);
     ASSERT_TRUE(view && view->size() == static_cast<std::size_t>(count));
-    std::tuple<std::vector<typename detail::Field<Fields>::Type>...> columns;
-    std::apply(
-        [&](auto&... column) {
-          (column.resize(view->size() + kGuard), ...);
-          view->template copy<Fields...>(column...);
-          (expect_column<Fields>(*view, column, kGuard), ...);
-        },
-        columns);
+    const auto expect = [&](auto&& copy) {
+      const auto each = [&](auto&... column) {
+        (column.resize(view->size() + kGuard), ...);
+        copy(column...);
+        (expect_column<Fields>(*view, column), ...);
+      };
+      Columns columns;
+      std::apply(each, columns);
+    };
+    expect([&](auto&... column) { view->template copy<Fields...>(column...); });
+    // Where the processor has wider vectors, nothing else would take many elements by the narrow ones.
+    if (view->size() < detail::narrow::kTogether) continue;
+    expect([&](auto&... column) {
+      constexpr const auto& kFields = detail::kPlaces<detail::Field<Fields>...>;
+      detail::narrow::copy<View::Layout::size, kFields, false>(packet.data() + View::Layout::first, view->size(),
+                                                               {reinterpret_cast<std::uint8_t*>(column.data())...});
+    });
   }
 }
 
@@ -99,6 +118,28 @@ TEST(ContinuousViewTest, ColumnsOfProbesHoldWhatTheElementsHold) {
                  &V::dPosition2, &V::dPosition3, &V::dQuaternion0, &V::dRotationAngleZ, &V::dCovarRotationAngleYZ>(
       kProbes);
   expect_columns<Probes, &V::triggerStatus, &V::lTime1, &V::lTime2>(kProbes);
+}
+
+TEST(ContinuousViewTest, BlocksCollectedInLargeArraysHoldWhatTheElementsHold) {
+  using V = MeasValueT;
+  constexpr std::size_t kRoom = std::size_t{1} << 20;  // 16 MiB in all
+  for (const int count : {3, 4, 9, 40}) {
+    const Bytes bytes = shifted(kPoints, count);
+    const auto points = Points::of(std::span(bytes).subspan(1));
+    ASSERT_TRUE(points);
+    for (std::size_t at = 0; at < 5; ++at) {
+      for (std::size_t apart = 0; apart < 2; ++apart) {  // columns that lie on no bounds together
+        SCOPED_TRACE(testing::Message() << count << " at " << at << ", apart " << apart);
+        std::vector<std::int32_t> times(kRoom + at), times2(kRoom + at + apart);
+        std::vector<double> values(kRoom + at);
+        points->copy<&V::lTime1, &V::lTime2, &V::dVal3>(
+            std::span(times).subspan(at), std::span(times2).subspan(at + apart), std::span(values).subspan(at));
+        expect_column<&V::lTime1>(*points, times, at);
+        expect_column<&V::lTime2>(*points, times2, at + apart);
+        expect_column<&V::dVal3>(*points, values, at);
+      }
+    }
+  }
 }
 
 TEST(ContinuousViewTest, AnArrayTooShortThrowsAndNothingIsWritten) {
