@@ -14,7 +14,7 @@ using commands::Argument, commands::Family, commands::MethodRow;
 void CLTCommandAsyncBase::enter() {
   if (!slots.creating_internally) slots.current_async = this;
   if (slots.process.objects_not_yet_fetched) {
-    // The application makes its own command objects; the connection's are not wanted.
+    // Who makes command objects of his own does not want the connection's. When it makes those, there are none yet.
     if (slots.current_async != nullptr && slots.connection != nullptr) slots.connection->async_present = true;
     slots.release_internal_async();
   }

@@ -2,6 +2,7 @@
 
 #include "kestrine/com_error.h"
 #include "kestrine/enums.h"
+#include "kestrine/pointer.h"
 #include "platform/error_info.h"
 #include "protocol/report.h"
 #include "protocol/texts.h"
@@ -11,6 +12,8 @@ namespace kestrine::component {
 
 HRESULT ErrorReporting::RaiseError(transport::CLTConnectBase* connection, std::u16string_view text, const IID& iid,
                                    HRESULT code, bool throws, std::int32_t number) {
+  // A handler may drop the last reference to the connection, and the other interface's event is still to come.
+  const Pointer<IUnknown> keep(connection == nullptr ? nullptr : connection->unknown());
   // The events come first: a handler still sees the previous error information.
   if (connection != nullptr && connection->fires_sync_events() && slots_.current_sync != nullptr) {
     slots_.current_sync->event_source().Fire_ExceptionEvent(number, std::u16string(text).c_str());

@@ -61,7 +61,7 @@ bool PumpMessagesOnce() {
 void Engine::enter() {
   if (!slots.creating_internally) slots.current_sync = this;
   if (slots.process.objects_not_yet_fetched) {
-    // The application makes its own command objects; the connection's are not wanted.
+    // Who makes command objects of his own does not want the connection's. When it makes those, there are none yet.
     if (slots.current_sync != nullptr && slots.connection != nullptr) slots.connection->sync_present = true;
     slots.release_internal_sync();
   }

@@ -95,43 +95,6 @@ TEST_F(Answers, WithABadStatusAreReportedByTheAsynchronousObject) {
   }
 }
 
-TEST_F(Answers, WithDataAreTestedOncePerEventOrNotAtAll) {
-  make(kAsync);
-  const struct {
-    std::int32_t command;
-    Lines good;  // the events' names
-    std::size_t errors;
-  } cases[] = {{VL_C_GetDirection, {"DirectionData"}, 1},
-               {121, {"LongSystemParameterData", "SystemParameterData"}, 1},
-               {140, {"KorvInfoData", "Korv4xxInfoData"}, 2},
-               {42, {"ReflectorsData"}, 0},
-               {75, {"TransformedPointsData"}, 0},
-               {86, {"CompensationsData"}, 0},
-               {123, {"Compensations2Data"}, 0}};
-  const auto names = [](const Lines& lines) {
-    Lines all;
-    for (const std::string& line : lines) all.push_back(line.substr(6, line.find(' ', 6) - 6));
-    return all;
-  };
-  for (const auto& [command, good, errors] : cases) {
-    EXPECT_EQ(names(of(long_answer(command, 0))), good);
-    EXPECT_EQ(names(of(long_answer(command, 5))), errors == 0 ? good : Lines(errors, "ErrorEvent")) << command;
-  }
-}
-
-TEST_F(Answers, OfListsReachBothInterfacesAndAreTestedForEach) {
-  make(kBoth);
-  const std::int32_t tested[] = {99, 103, 105, 107, 110, 113, 136};
-  for (const std::int32_t command : tested) {
-    const Lines good = of(long_answer(command, 0));
-    ASSERT_EQ(good.size(), 2u) << command;
-    EXPECT_EQ(good[0].substr(5), good[1].substr(6));
-    const std::string error = "async ErrorEvent " + std::to_string(command) + " 5";
-    EXPECT_EQ(of(long_answer(command, 5)), (Lines{error, error}));
-  }
-  for (const std::int32_t command : {42, 75, 86, 123}) EXPECT_EQ(of(long_answer(command, 5)).size(), 2u) << command;
-}
-
 TEST_F(Answers, CarryTheirFieldsInTheEventsOrder) {
   make(kAsync);
   Bytes bytes = long_answer(42, 0);
@@ -171,16 +134,6 @@ TEST_F(Answers, OfAClosingServerClearTheLink) {
     EXPECT_TRUE(connection->link_alive);
     EXPECT_EQ(of(status_change(998)).size(), objects == kBoth ? 2u : 1u);
     EXPECT_FALSE(connection->link_alive);
-  }
-}
-
-TEST_F(Answers, FireNothingWithoutEvents) {
-  make(kBoth);
-  for (const KR_NotifyMethod method :
-       {KR_NM_None, KR_NM_WM_CopyData, KR_NM_WM_Notify, static_cast<KR_NotifyMethod>(7)}) {
-    connection->SelectNotificationMethod(method, 0, 0);
-    for (std::int32_t type = VL_DT_Command; type <= VL_DT_ProbePosResult; ++type) deliver(packet(400, type));
-    EXPECT_EQ(heard(), Lines{});
   }
 }
 

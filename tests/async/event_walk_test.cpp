@@ -207,7 +207,8 @@ TEST_P(EventWalkOf, FiresEveryEventWithThePacketsFields) {
 
 TEST_P(EventWalkOf, FiresNothingUnderAnotherNotificationMethod) {
   make(static_cast<Objects>(GetParam()));
-  for (const KR_NotifyMethod method : {KR_NM_None, KR_NM_WM_CopyData, KR_NM_WM_Notify}) {
+  for (const KR_NotifyMethod method :
+       {KR_NM_None, KR_NM_WM_CopyData, KR_NM_WM_Notify, static_cast<KR_NotifyMethod>(7)}) {
     connection->SelectNotificationMethod(method, 0, 0);
     for (const auto rows : packets_of_walk()) {
       for (const std::int32_t status : {VL_RS_AllOK + 0, kBadStatus}) {

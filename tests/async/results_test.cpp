@@ -116,33 +116,6 @@ TEST_F(Results, OfAProbeAreToldDifferentlyByTheTwoInterfaces) {
   for (const std::string& line : of(probe(4))) EXPECT_NE(line.find(centre), std::string::npos) << line;
 }
 
-TEST_F(Results, OfAnInclinationReachTheAsynchronousInterface) {
-  make(kBoth);
-  Bytes tilt = result(VL_DT_TiltraResult, 40, 16, 0, 2);
-  EXPECT_EQ(of(tilt), Lines{"async TiltraMeasurementData 2 1 2 3"});
-  put_i32(tilt, 8, 5);
-  EXPECT_EQ(of(tilt), Lines{"async ErrorEvent 51 5"});
-}
-
-TEST_F(Results, OfContinuousKindsAndPositionsAreToldWithoutAStatusTest) {
-  make(kBoth);
-  const struct {
-    Bytes bytes;
-    std::string event;
-  } cases[] = {
-      {result(VL_DT_MultiMeasResult, 116, 116, 5, 9), "ContinuousPointMeasDataReady 9 116"},
-      {result(VL_DT_MultiMeasResult2, 200, 200, 5, 8), "ContinuousPointMeasDataReady 8 200"},
-      {result(VL_DT_ContinuousProbeMeasResult, 300, 300, 5, 7), "ContinuousProbeMeasDataReady 7 300"},
-      {result(VL_DT_ReflectorPosResult, 36, 12, 5, 0), "ReflectorPositionData 1 2 3"},
-  };
-  for (const auto& [bytes, event] : cases) EXPECT_EQ(of(bytes), (Lines{"sync " + event, "async " + event}));
-  Bytes position = packet(108, VL_DT_ProbePosResult);
-  for (std::size_t i = 0; i < 4; ++i) put_i32(position, 12 + 4 * i, static_cast<std::int32_t>(101 + i));
-  for (std::size_t i = 0; i < 10; ++i) put_f64(position, 28 + 8 * i, static_cast<double>(i + 1));
-  const std::string event = "ProbePositionData" + counting(101, 104) + counting(1, 10);
-  EXPECT_EQ(of(position), (Lines{"sync " + event, "async " + event}));
-}
-
 TEST_F(Results, SurviveAHandlerThatDropsEveryReference) {
   for (const auto& bytes : {point(5), probe(VL_MM_Standard, 5), answer(VL_C_Park, 0), status_change(998)}) {
     start(kBoth);

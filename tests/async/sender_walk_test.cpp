@@ -1,4 +1,4 @@
-// Every operation of ILTCommandAsync, in every way in which it can end.
+// Every operation of ILTCommandAsync, sent, refused while a call waits, and not to be sent.
 #include <algorithm>
 #include <set>
 #include <string_view>

@@ -1,5 +1,6 @@
 // What the operations of ILTCommandAsync do beside sending: mode checks, drives by speed, housekeeping.
 #include <algorithm>
+#include <functional>
 #include <limits>
 
 #include "sender_test.h"
@@ -153,17 +154,61 @@ TEST_F(Senders, DropTheUnusedSynchronousObjectAtTheFirstCallThatFitsTheMode) {
 }
 
 TEST_F(Senders, OutliveAHandlerThatDropsEverything) {
-  make();
-  async_listener->handler = [&](DISPID) {
-    async_commands.reset();
-    connection.reset();
-    senders.reset();
-    return S_OK;
+  ILTCommandAsync* last = nullptr;
+  ILTConnect* last_connection = nullptr;
+  double value = 0;
+  const std::function<HRESULT()> failures[] = {
+      [&] { return last->Park(); },
+      [&] { return last->StartContinuousPointMeasurement(); },
+      [&] { return engine().MarkAnswerPending(VL_C_Park, true), last->Park(); },
+      [&] { return last_connection->GetConstant(static_cast<KR_Constant>(9999), &value); },
   };
-  ILTCommandAsync* const last = senders.get();
-  EXPECT_EQ(last->Park(), E_FAIL);
-  EXPECT_EQ(heard().size(), 1u);
-  EXPECT_EQ(generation.slots.current_async, nullptr);
+  for (const auto& failure : failures) {
+    for (const Objects objects : {kAsync, kBoth}) {
+      if (&failure == &failures[2] && objects == kAsync) continue;
+      SCOPED_TRACE(testing::Message() << "failure " << &failure - failures << ", objects " << objects);
+      make(objects);
+      (objects == kBoth ? sync_listener : async_listener)->handler = [&](DISPID) {
+        commands.reset(), async_commands.reset(), senders.reset(), connection.reset();
+        return S_OK;
+      };
+      last = senders.get();
+      last_connection = connection.get();
+      EXPECT_EQ(failure(), E_FAIL);
+      EXPECT_EQ(heard().size(), objects == kBoth ? 2u : 1u);
+      EXPECT_EQ(generation.slots.connection, nullptr);
+      EXPECT_EQ(generation.slots.current_async, nullptr);
+    }
+  }
+}
+
+// Which interface the error information of a failed call names.
+template <class Connect, class Interface>
+void expect_failures_of(const transport::Identity& identity, const IID& expected) {
+  transport::ProcessState process;
+  component::Generation generation(identity, process);
+  const auto connection = Pointer<Connect>::adopt(new Connect(generation.slots));
+  Pointer<IUnknown> objects[2];
+  ASSERT_EQ(connection->get_ILTCommandSync(objects[0].put()), S_OK);
+  ASSERT_EQ(connection->get_ILTCommandAsync(objects[1].put()), S_OK);
+  const auto senders = objects[1].query<Interface>();
+  ASSERT_TRUE(senders);
+  const auto interface_of = [](HRESULT result) {
+    EXPECT_EQ(result, E_FAIL);
+    Pointer<IErrorInfo> info;
+    IID iid{};
+    if (GetErrorInfo(0, info.put()) == S_OK) info->GetGUID(&iid);
+    return iid;
+  };
+  EXPECT_EQ(interface_of(senders->Park()), expected) << "not sent";
+  EXPECT_EQ(interface_of(senders->StartContinuousPointMeasurement()), expected) << "the mode does not fit";
+  generation.slots.current_sync->MarkAnswerPending(VL_C_Park, true);
+  EXPECT_EQ(interface_of(senders->Park()), expected) << "refused";
+}
+
+TEST_F(Senders, FailUnderTheInterfaceOfTheirGeneration) {
+  expect_failures_of<component::CLTConnect, ILTCommandAsync>(component::kFirstGeneration, IID_ILTCommandAsync);
+  expect_failures_of<component::CLTConnect2, ILTCommandAsync2>(component::kSecondGeneration, IID_ILTCommandAsync2);
 }
 
 }  // namespace
