@@ -19,12 +19,12 @@ using Points = ContinuousLayout<MultiMeasResultT>;
 constexpr std::size_t kBlock = Points::first + kElements * Points::size;
 
 template <class Packet>
-std::vector<std::uint8_t> block_of() {
+std::vector<std::uint8_t> block_of(std::size_t elements = kElements) {
   using Layout = ContinuousLayout<Packet>;
-  std::vector<std::uint8_t> bytes(Layout::first + kElements * Layout::size);
+  std::vector<std::uint8_t> bytes(Layout::first + elements * Layout::size);
   wire::store_i32(bytes.data(), static_cast<std::int32_t>(bytes.size()));
   wire::store_i32(&bytes[4], Layout::type);
-  wire::store_i32(&bytes[Layout::count], kElements);
+  wire::store_i32(&bytes[Layout::count], static_cast<std::int32_t>(elements));
   return bytes;
 }
 
@@ -93,49 +93,76 @@ const std::vector<std::uint8_t>& recording() {
   return bytes;
 }
 
-// Takes blocks into arrays for a number of elements.
+// Takes blocks of a kind of packet into arrays for a number of elements.
+template <class Packet, auto... Fields>
 class Columns {
  public:
-  explicit Columns(std::size_t elements)
-      : status_(elements), time1_(elements), time2_(elements), val1_(elements), val2_(elements), val3_(elements) {}
+  explicit Columns(std::size_t elements) : columns_(std::vector<typename detail::Field<Fields>::Type>(elements)...) {}
 
-  void take(const std::uint8_t* block, std::size_t at) {
-    const auto points = ContinuousView<MultiMeasResultT>::of({block, kBlock});
-    const auto room = [at](auto& column) { return std::span(column).subspan(at); };
-    using V = MeasValueT;
-    points->copy<&V::status, &V::lTime1, &V::lTime2, &V::dVal1, &V::dVal2, &V::dVal3>(
-        room(status_), room(time1_), room(time2_), room(val1_), room(val2_), room(val3_));
+  void take(std::span<const std::uint8_t> block, std::size_t at) {
+    const auto view = ContinuousView<Packet>::of(block);
+    const auto copy = [&](auto&... column) { view->template copy<Fields...>(std::span(column).subspan(at)...); };
+    std::apply(copy, columns_);
   }
 
  private:
-  std::vector<VL_MeasurementStatus> status_;
-  std::vector<std::int32_t> time1_;
-  std::vector<std::int32_t> time2_;
-  std::vector<double> val1_;
-  std::vector<double> val2_;
-  std::vector<double> val3_;
+  std::tuple<std::vector<typename detail::Field<Fields>::Type>...> columns_;
 };
 
+template <class Packet>
 class Copy {
  public:
-  explicit Copy(std::size_t elements) : bytes_(elements * Points::size) {}
+  explicit Copy(std::size_t elements) : bytes_(elements * Layout::size) {}
 
-  void take(const std::uint8_t* block, std::size_t at) {
-    std::memcpy(&bytes_[at * Points::size], block + Points::first, kElements * Points::size);
+  void take(std::span<const std::uint8_t> block, std::size_t at) {
+    std::memcpy(&bytes_[at * Layout::size], &block[Layout::first], block.size() - Layout::first);
   }
 
  private:
+  using Layout = ContinuousLayout<Packet>;
   std::vector<std::uint8_t> bytes_;
 };
 
+using V = MeasValueT;
+using PointCopy = Copy<MultiMeasResultT>;
+using PointColumns = Columns<MultiMeasResultT, &V::status, &V::lTime1, &V::lTime2, &V::dVal1, &V::dVal2, &V::dVal3>;
+using V2 = MeasValue2T;
+using Point2Copy = Copy<MultiMeasResult2T>;
+using Point2Columns = Columns<MultiMeasResult2T, &V2::status, &V2::lTime1, &V2::lTime2, &V2::dVal1, &V2::dVal2,
+                              &V2::dVal3, &V2::dAprioriStd1, &V2::dAprioriStd2, &V2::dAprioriStd3,
+                              &V2::dAprioriStdTotal, &V2::dAprioriCovar12, &V2::dAprioriCovar13, &V2::dAprioriCovar23>;
+using P = ProbeMeasValueT;
+using ProbeCopy = Copy<ProbeContinuousResultT>;
+using ProbeColumns =
+    Columns<ProbeContinuousResultT, &P::status, &P::triggerStatus, &P::lRotationStatus, &P::lTime1, &P::lTime2,
+            &P::dPosition1, &P::dPosition2, &P::dPosition3, &P::dStdDevPosition1, &P::dStdDevPosition2,
+            &P::dStdDevPosition3, &P::dStdDevPositionTotal, &P::dCovarPosition12, &P::dCovarPosition13,
+            &P::dCovarPosition23, &P::dQuaternion0, &P::dQuaternion1, &P::dQuaternion2, &P::dQuaternion3,
+            &P::dRotationAngleX, &P::dRotationAngleY, &P::dRotationAngleZ, &P::dStdDevRotationAngleX,
+            &P::dStdDevRotationAngleY, &P::dStdDevRotationAngleZ, &P::dStdDevRotationAngleTotal,
+            &P::dCovarRotationAngleXY, &P::dCovarRotationAngleXZ, &P::dCovarRotationAngleYZ>;
+
 // The same block over and over, from the cache into the cache.
-template <class Taker>
-void BM_OneBlock(benchmark::State& state) {
-  Taker taker(kElements);
+template <class Taker, class Packet, std::size_t Elements>
+void one_block(benchmark::State& state) {
+  const std::vector<std::uint8_t> block = block_of<Packet>(Elements);
+  Taker taker(Elements);
   for (auto _ : state) {
-    taker.take(recording().data(), 0);
+    taker.take(block, 0);
     benchmark::ClobberMemory();
   }
+}
+template <class Taker>
+void BM_PointBlock(benchmark::State& state) {
+  one_block<Taker, MultiMeasResultT, kElements>(state);
+}
+template <class Taker>
+void BM_Point2Block(benchmark::State& state) {
+  one_block<Taker, MultiMeasResult2T, kElements>(state);
+}
+template <class Taker>
+void BM_ProbeBlock(benchmark::State& state) {
+  one_block<Taker, ProbeContinuousResultT, 600>(state);  // for more the buffers of a connection have no room
 }
 
 // Block after block from memory, each into the same arrays.
@@ -143,7 +170,7 @@ template <class Taker>
 void BM_Recording(benchmark::State& state) {
   Taker taker(kElements);
   for (auto _ : state) {
-    for (std::size_t i = 0; i < kBlocks; ++i) taker.take(&recording()[i * kBlock], 0);
+    for (std::size_t i = 0; i < kBlocks; ++i) taker.take({&recording()[i * kBlock], kBlock}, 0);
     benchmark::ClobberMemory();
   }
 }
@@ -153,7 +180,7 @@ template <class Taker>
 void BM_Collected(benchmark::State& state) {
   Taker taker(kPoints);
   for (auto _ : state) {
-    for (std::size_t i = 0; i < kBlocks; ++i) taker.take(recording().data(), i * kElements);
+    for (std::size_t i = 0; i < kBlocks; ++i) taker.take({recording().data(), kBlock}, i * kElements);
     benchmark::ClobberMemory();
   }
 }
@@ -164,12 +191,16 @@ BENCHMARK(BM_Point2Loads);
 BENCHMARK(BM_Point2Calls);
 BENCHMARK(BM_ProbeLoads);
 BENCHMARK(BM_ProbeCalls);
-BENCHMARK(BM_OneBlock<Copy>);
-BENCHMARK(BM_OneBlock<Columns>);
-BENCHMARK(BM_Recording<Copy>);
-BENCHMARK(BM_Recording<Columns>);
-BENCHMARK(BM_Collected<Copy>);
-BENCHMARK(BM_Collected<Columns>);
+BENCHMARK(BM_PointBlock<PointCopy>);
+BENCHMARK(BM_PointBlock<PointColumns>);
+BENCHMARK(BM_Point2Block<Point2Copy>);
+BENCHMARK(BM_Point2Block<Point2Columns>);
+BENCHMARK(BM_ProbeBlock<ProbeCopy>);
+BENCHMARK(BM_ProbeBlock<ProbeColumns>);
+BENCHMARK(BM_Recording<PointCopy>);
+BENCHMARK(BM_Recording<PointColumns>);
+BENCHMARK(BM_Collected<PointCopy>);
+BENCHMARK(BM_Collected<PointColumns>);
 
 }  // namespace
 }  // namespace kestrine::bench

@@ -38,9 +38,11 @@ class RatioReporter final : public benchmark::ConsoleReporter {
     beyond("ContinuousPointGetAt", "BM_PointCalls", "BM_PointLoads", kElements);
     beyond("ContinuousPoint2GetAt", "BM_Point2Calls", "BM_Point2Loads", kElements);
     beyond("ContinuousProbeDataGetAt", "BM_ProbeCalls", "BM_ProbeLoads", kElements);
-    ratio("copy : columns, a block in the cache", "BM_OneBlock<Copy>", "BM_OneBlock<Columns>");
-    ratio("copy : columns, a recording read", "BM_Recording<Copy>", "BM_Recording<Columns>");
-    ratio("copy : columns, a recording collected", "BM_Collected<Copy>", "BM_Collected<Columns>");
+    ratio("copy : columns, points in the cache", "BM_PointBlock<PointCopy>", "BM_PointBlock<PointColumns>");
+    ratio("same, points with covariances", "BM_Point2Block<Point2Copy>", "BM_Point2Block<Point2Columns>");
+    ratio("same, probe", "BM_ProbeBlock<ProbeCopy>", "BM_ProbeBlock<ProbeColumns>");
+    ratio("copy : columns, a recording read", "BM_Recording<PointCopy>", "BM_Recording<PointColumns>");
+    ratio("copy : columns, a recording collected", "BM_Collected<PointCopy>", "BM_Collected<PointColumns>");
     std::printf("Scripts: what a call by name costs beyond the typed one, its name looked up each time\n");
     beyond("GetConstant", "BM_ConstantByName", "BM_ConstantTyped", 1);
     beyond("ContinuousProbeDataGetAt", "BM_ProbeByName", "BM_ProbeTyped", 1);

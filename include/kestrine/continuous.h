@@ -68,7 +68,8 @@ class ContinuousView {
     return read_element<Packet>(packet_, index);
   }
 
-  // Hands out elements by value: those in the packet lie at any address and in the server's byte order.
+  // Hands out elements by value: those in the packet lie at any address and in the server's byte order. Nothing is
+  // copied for it: what a loop takes of an element is loaded from the packet, field by field.
   class iterator {
    public:
     using iterator_concept = std::random_access_iterator_tag;
@@ -79,7 +80,7 @@ class ContinuousView {
     using reference = Element;
 
     iterator() = default;
-    Element operator*() const { return read_as<Element>(at_); }
+    [[gnu::always_inline]] Element operator*() const { return read_as<Element>(at_); }
     Element operator[](difference_type steps) const { return *(*this + steps); }
     iterator& operator+=(difference_type steps) { return at_ += steps * kStep, *this; }
     iterator& operator-=(difference_type steps) { return *this += -steps; }
@@ -103,11 +104,12 @@ class ContinuousView {
   iterator begin() const { return iterator(packet_ + Layout::first); }
   iterator end() const { return begin() + static_cast<std::ptrdiff_t>(size_); }
 
-  // Copies the named fields of all elements, each to the front of an array of its own. Naming them in the order of the
-  // record is fastest. An array too short for them throws before anything is written; none may overlap the packet.
+  // Copies the named fields of all elements, each to the front of an array of its own. An array too short for them
+  // throws before anything is written; none may overlap the packet.
   //
   // Arrays with room for far more than a packet are taken for those of a recording, which is collected now and read
-  // later: from 16 MiB in all on, what is copied goes past the caches, where it would only drive out other data.
+  // later. From 16 MiB in all on, what is copied goes past the caches, where it would only drive out other data: on
+  // processors that can, and if the arrays begin on bounds of 16 bytes together, as those of one length do.
   template <auto... Fields>
   requires(sizeof...(Fields) > 0) void copy(std::span<typename detail::Field<Fields>::Type>... to) const {
     if (((to.size() < size_) || ...)) throw std::length_error("an array has less room than the packet has elements");

@@ -53,7 +53,8 @@ KESTRINE_HOST_API void set_log_hook(LogHook hook);
 
 // --- Packets by message, for connections with the notification method KR_NM_WM_CopyData or KR_NM_WM_Notify: the hook
 // stands where an application's window would, and is called on the connection's thread for every packet that a loop
-// delivers, after everything else that the packet causes. It gets the three values of a window message:
+// delivers, unless its frame is broken or its type unknown, after everything else that the packet causes. It gets the
+// three values of a window message:
 //   KR_NM_WM_CopyData  WM_COPYDATA, the handle of the connection's own window, the address of a COPYDATASTRUCT;
 //   KR_NM_WM_Notify    the cookie,  the cookie,                                the length of the packet in bytes.
 // What a COPYDATASTRUCT points to is valid during the call only. An empty function ends the delivery. The hook must

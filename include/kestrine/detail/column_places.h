@@ -1,6 +1,7 @@
 // Fields of an element, where in it they are, and where a copy of many elements takes them.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -31,11 +32,17 @@ struct Field<Member> {
 struct Place {
   std::size_t offset;
   std::size_t size;
+  std::size_t number;  // among the fields as the caller names them
 };
 
+// The fields in the order of the record.
 template <class... Fields>
-inline constexpr std::array<Place, sizeof...(Fields)> kPlaces = {
-    Place{Fields::offset, sizeof(typename Fields::Type)}...};
+inline constexpr auto kPlaces = [] {
+  std::size_t number = 0;
+  std::array<Place, sizeof...(Fields)> places = {Place{Fields::offset, sizeof(typename Fields::Type), number++}...};
+  std::ranges::sort(places, {}, &Place::offset);
+  return places;
+}();
 
 // One address a field. They are handed on by value: what is stored could else be one of them, and all would be loaded
 // anew after each store.

@@ -1,7 +1,8 @@
 // Fields of consecutive elements, sorted into one array a field.
 //
 // What such a copy costs is its loads and stores: fields taken one by one need one each. So it sorts several elements
-// at a time in vectors. Only gcc's and clang's own vectors do so without a word of each processor's language.
+// at a time in vectors, which are gcc's and clang's own. Stores past the cache and wider vectors are taken where the
+// processor has them.
 #pragma once
 
 #include <bit>
@@ -12,6 +13,7 @@
 
 #include "kestrine/detail/column_places.h"
 #include "kestrine/detail/columns_narrow.h"
+#include "kestrine/detail/columns_of_doubles.h"
 #include "kestrine/detail/columns_wide.h"
 #include "kestrine/wire.h"
 
@@ -26,6 +28,15 @@ Value load_value(const std::uint8_t* from) {
   }
 }
 
+// Columns as the caller names them, in the order of the record.
+template <class... Fields>
+auto columns_of(typename Fields::Type*... to) {
+  std::uint8_t* const given[] = {reinterpret_cast<std::uint8_t*>(to)...};
+  Columns<kPlaces<Fields...>> columns;
+  for (std::size_t i = 0; i < columns.size(); ++i) columns[i] = given[kPlaces<Fields...>[i].number];
+  return columns;
+}
+
 // The fields of `count` elements that lie `Stride` bytes apart. Past the cache is faster into arrays that have no place
 // in it, and slower into all others.
 template <std::size_t Stride, class... Fields>
@@ -37,7 +48,7 @@ void copy_columns(const std::uint8_t* from, std::size_t count, bool past_cache, 
     }
   };
   if (std::endian::native != std::endian::little || count < narrow::kTogether) return one_by_one(count);
-  Columns<kFields> columns = {reinterpret_cast<std::uint8_t*>(to)...};
+  auto columns = columns_of<Fields...>(to...);
   if (past_cache) {
     const std::optional<std::size_t> few = narrow::elements_to_bounds<kFields>(columns);
     if (few && *few + narrow::kTogether <= count) {
@@ -47,7 +58,11 @@ void copy_columns(const std::uint8_t* from, std::size_t count, bool past_cache, 
     }
   }
 #ifdef __x86_64__
-  if (count >= wide::kTogether && wide::is_supported()) return wide::copy<Stride, kFields>(from, count, columns);
+  if constexpr (Stride < wide::kVector) {
+    if (wide::is_faster(count)) return wide::copy<Stride, kFields>(from, count, columns);
+  } else {
+    if (doubles::is_faster(count)) return doubles::copy<Stride, kFields>(from, count, columns);
+  }
 #endif
   narrow::copy<Stride, kFields, false>(from, count, columns);
 }

@@ -45,7 +45,7 @@ template <bool PastCache, class Vector>
 // How many of the fields, from `first` on, one vector brings.
 template <std::size_t Fields>
 constexpr std::size_t neighbours(const std::array<Place, Fields>& places, std::size_t first) {
-  const auto [offset, size] = places[first];
+  const auto [offset, size, number] = places[first];
   std::size_t many = 1;
   while (first + many < Fields && (many + 1) * size <= kVector && places[first + many].size == size &&
          places[first + many].offset == offset + many * size) {
@@ -85,22 +85,27 @@ template <std::size_t Stride, std::size_t Many, bool IsHigh, bool PastCache>
   }
 }
 
-// Four elements, the first of which becomes number `at` of its arrays.
+// Neighbouring columns from `First` on of four elements, the first of which becomes number `at` of its arrays.
+template <std::size_t Stride, const auto& Places, bool PastCache, std::size_t First>
+[[gnu::always_inline]] inline void copy_neighbours(const std::uint8_t* from, std::uint8_t* const* to, std::size_t at) {
+  constexpr std::size_t kMany = neighbours(Places, First);
+  constexpr auto kPlace = Places[First];
+  // The vector of a record's last double begins one double early: behind it there may be nothing.
+  constexpr bool kIsLast = kPlace.offset + kVector > Stride;
+  if constexpr (kPlace.size == sizeof(double)) {
+    constexpr std::size_t kStart = kIsLast ? kPlace.offset - sizeof(double) : kPlace.offset;
+    copy_doubles<Stride, kMany, kIsLast, PastCache>(from + kStart, to + First, at);
+  } else {
+    static_assert(!kIsLast, "words come first in every element");
+    copy_words<Stride, kMany, PastCache>(from + kPlace.offset, to + First, at);
+  }
+}
+
 template <std::size_t Stride, const auto& Places, bool PastCache, std::size_t First = 0>
 [[gnu::always_inline]] inline void copy_four(const std::uint8_t* from, std::uint8_t* const* to, std::size_t at) {
   if constexpr (First < Places.size()) {
-    constexpr std::size_t kMany = neighbours(Places, First);
-    constexpr auto kPlace = Places[First];
-    // The vector of a record's last double begins one double early: behind it there may be nothing.
-    constexpr bool kIsLast = kPlace.offset + kVector > Stride;
-    if constexpr (kPlace.size == sizeof(double)) {
-      constexpr std::size_t kStart = kIsLast ? kPlace.offset - sizeof(double) : kPlace.offset;
-      copy_doubles<Stride, kMany, kIsLast, PastCache>(from + kStart, to + First, at);
-    } else {
-      static_assert(!kIsLast, "words come first in every element");
-      copy_words<Stride, kMany, PastCache>(from + kPlace.offset, to + First, at);
-    }
-    copy_four<Stride, Places, PastCache, First + kMany>(from, to, at);
+    copy_neighbours<Stride, Places, PastCache, First>(from, to, at);
+    copy_four<Stride, Places, PastCache, First + neighbours(Places, First)>(from, to, at);
   }
 }
 

@@ -1,5 +1,5 @@
-// The copy of columns.h by vectors of a whole cache line, for processors that shuffle the words of two such vectors in
-// any order.
+// The copy of columns.h by vectors of a whole cache line: for processors that shuffle the words of two such vectors in
+// any order, and for elements that are smaller, so that a load brings more than one.
 //
 // The bytes of four elements are loaded as they lie. Shuffles pick the values of neighbouring columns out of them, as
 // many columns as a vector has room for, and then join what belongs to one column: of 4 elements, of 8, of 16.
@@ -26,8 +26,9 @@ inline constexpr std::size_t kColumnsAtOnce = 6;  // as many as there are regist
 using Words [[gnu::vector_size(kVector)]] = std::int32_t;
 using Order = std::array<int, kWords>;  // words of two vectors, one behind the other; -1 where nothing is wanted
 
-inline bool is_supported() {
-  return __builtin_cpu_supports("avx512f");
+// From so many elements on it is faster than by narrow vectors.
+inline bool is_faster(std::size_t count) {
+  return count >= 4 * kTogether && __builtin_cpu_supports("avx512f");
 }
 
 // --- Which words go where

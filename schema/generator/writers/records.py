@@ -22,8 +22,10 @@ def write(schema: Schema) -> str:
     body += [_asserts(record) for record in records]
     body += ["namespace kestrine {\n", _TRAITS]
     body += [_traits(record) for record in records]
-    body += ["// Readers and writers of whole records; of a record with elements only the part before them.\n"]
-    body += [_reader(record, enums) + "\n" + _writer(record, enums) for record in records]
+    body += ["// Readers and writers of whole records; of a record with elements only the part before them. The readers of elements\n"
+             "// are a part of what calls them, in any case: of an element read in a loop, only the fields in use are loaded.\n"]
+    elements = {record.element.name for record in records if record.element}
+    body += [_reader(record, enums, record.name in elements) + "\n" + _writer(record, enums) for record in records]
     body += [_READ_AS, "}  // namespace kestrine"]
     includes = ["<cstddef>", "<cstdint>", "<type_traits>", "", '"kestrine/enums.h"', '"kestrine/wire.h"']
     return header(_COMMENT, includes, "\n".join(body))
@@ -37,7 +39,7 @@ struct RecordTraits;
 
 # Behind the readers: what a template calls for a type of the global namespace must be declared before it.
 _READ_AS = """template <class Record>
-Record read_as(const std::uint8_t* from) {
+[[gnu::always_inline]] inline Record read_as(const std::uint8_t* from) {
   Record record;
   read_record(from, record);
   return record;
@@ -45,7 +47,8 @@ Record read_as(const std::uint8_t* from) {
 
 // Element `index`, counted from 0, of a packet that holds that many.
 template <class Record>
-typename RecordTraits<Record>::Element read_element(const std::uint8_t* packet, std::size_t index) {
+[[gnu::always_inline]] inline typename RecordTraits<Record>::Element read_element(const std::uint8_t* packet,
+                                                                                  std::size_t index) {
   using Element = typename RecordTraits<Record>::Element;
   return read_as<Element>(packet + RecordTraits<Record>::header_size + index * RecordTraits<Element>::size);
 }
@@ -99,9 +102,10 @@ def _traits(record: Record) -> str:
     return "\n".join(lines + ["};"]) + "\n"
 
 
-def _reader(record: Record, enums: set[str]) -> str:
+def _reader(record: Record, enums: set[str], is_element: bool) -> str:
     body = "".join(f"  {_read(field, enums)}\n" for field in record.own_fields)
-    return f"inline void read_record(const std::uint8_t* from, {record.name}& into) {{\n{body}}}\n"
+    inline = "[[gnu::always_inline]] inline" if is_element else "inline"
+    return f"{inline} void read_record(const std::uint8_t* from, {record.name}& into) {{\n{body}}}\n"
 
 
 def _writer(record: Record, enums: set[str]) -> str:

@@ -153,7 +153,8 @@ struct RecordTraits<GetNamesRT> {
   static constexpr std::size_t header_size = 88;
 };
 
-// Readers and writers of whole records; of a record with elements only the part before them.
+// Readers and writers of whole records; of a record with elements only the part before them. The readers of elements
+// are a part of what calls them, in any case: of an element read in a loop, only the fields in use are loaded.
 
 inline void read_record(const std::uint8_t* from, HeaderT& into) {
   into.lPacketSize = wire::load_i32(from + 0);
@@ -165,7 +166,7 @@ inline void write_record(const HeaderT& from, std::uint8_t* into) {
   wire::store_i32(into + 4, from.type);
 }
 
-inline void read_record(const std::uint8_t* from, ElementT& into) {
+[[gnu::always_inline]] inline void read_record(const std::uint8_t* from, ElementT& into) {
   into.lTime = wire::load_i32(from + 0);
   into.dVal = wire::load_f64(from + 4);
   into.bGood = wire::load_i32(from + 12);
@@ -234,7 +235,7 @@ inline void write_record(const GetNamesRT& from, std::uint8_t* into) {
 }
 
 template <class Record>
-Record read_as(const std::uint8_t* from) {
+[[gnu::always_inline]] inline Record read_as(const std::uint8_t* from) {
   Record record;
   read_record(from, record);
   return record;
@@ -242,7 +243,8 @@ Record read_as(const std::uint8_t* from) {
 
 // Element `index`, counted from 0, of a packet that holds that many.
 template <class Record>
-typename RecordTraits<Record>::Element read_element(const std::uint8_t* packet, std::size_t index) {
+[[gnu::always_inline]] inline typename RecordTraits<Record>::Element read_element(const std::uint8_t* packet,
+                                                                                  std::size_t index) {
   using Element = typename RecordTraits<Record>::Element;
   return read_as<Element>(packet + RecordTraits<Record>::header_size + index * RecordTraits<Element>::size);
 }
