@@ -61,7 +61,7 @@ class Connect final : public ComponentObject<Offered<NumberedMembers<Interface>>
   HRESULT GetData(VARIANT* data) override { return CLTConnectBase::GetData(data); }
   HRESULT get_Version(std::int32_t* value) override { return hand(value, version); }
   HRESULT get_BuildNumber(std::int32_t* value) override { return hand(value, build_number); }
-  HRESULT get_MajorVersion(std::int32_t* value) override { return hand(value, version >> 16); }
+  HRESULT get_MajorVersion(std::int32_t* value) override { return hand(value, (version >> 16) & 0xFFFF); }
   HRESULT get_MinorVersion(std::int32_t* value) override { return hand(value, version & 0xFFFF); }
   HRESULT put_ExceptionHandlingPolicy(std::int32_t value) override {
     exception_policy = value != 0;

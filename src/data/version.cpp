@@ -10,7 +10,10 @@ namespace kestrine::data {
 
 Version parse_version(std::u16string_view text) {
   std::string narrow;
-  for (const char16_t unit : text) narrow.push_back(static_cast<char>(unit & 0xFF));
+  for (const char16_t unit : text) {
+    if ((unit & 0xFF) == 0) break;
+    narrow.push_back(static_cast<char>(unit & 0xFF));
+  }
   std::int32_t numbers[3] = {};
   std::size_t at = 0;
   for (std::int32_t& number : numbers) {

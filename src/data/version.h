@@ -15,7 +15,8 @@ struct Version {
   std::int32_t packed() const { return ((major & 0xFFFF) << 16) | (minor & 0xFFFF); }
 };
 
-// Splits at commas, blanks before a number skipped; missing pieces are 0. A fourth number is allowed and dropped.
+// Of each unit the low byte counts, and the text ends at the first that is 0. Splits at commas, blanks before a number
+// skipped; missing pieces are 0. A fourth number is allowed and dropped.
 Version parse_version(std::u16string_view text);
 // All zero when the library carries no version text.
 Version library_version();

@@ -184,7 +184,7 @@ TEST_F(Senders, OutliveAHandlerThatDropsEverything) {
 
 // Which interface the error information of a failed call names.
 template <class Connect, class Interface>
-void expect_failures_of(const transport::Identity& identity, const IID& expected) {
+void expect_failures_of(const transport::Identity& identity, const IID& expected, const IID& of_connection) {
   transport::ProcessState process;
   component::Generation generation(identity, process);
   const auto connection = Pointer<Connect>::adopt(new Connect(generation.slots));
@@ -204,11 +204,15 @@ void expect_failures_of(const transport::Identity& identity, const IID& expected
   EXPECT_EQ(interface_of(senders->StartContinuousPointMeasurement()), expected) << "the mode does not fit";
   generation.slots.current_sync->MarkAnswerPending(VL_C_Park, true);
   EXPECT_EQ(interface_of(senders->Park()), expected) << "refused";
+  double value = 0;
+  EXPECT_EQ(interface_of(connection->GetConstant(static_cast<KR_Constant>(-1), &value)), of_connection);
 }
 
-TEST_F(Senders, FailUnderTheInterfaceOfTheirGeneration) {
-  expect_failures_of<component::CLTConnect, ILTCommandAsync>(component::kFirstGeneration, IID_ILTCommandAsync);
-  expect_failures_of<component::CLTConnect2, ILTCommandAsync2>(component::kSecondGeneration, IID_ILTCommandAsync2);
+TEST_F(Senders, FailAsTheirConnectionDoesUnderTheInterfaceOfTheGeneration) {
+  expect_failures_of<component::CLTConnect, ILTCommandAsync>(component::kFirstGeneration, IID_ILTCommandAsync,
+                                                             IID_ILTConnect);
+  expect_failures_of<component::CLTConnect2, ILTCommandAsync2>(component::kSecondGeneration, IID_ILTCommandAsync2,
+                                                               IID_ILTConnect2);
 }
 
 }  // namespace

@@ -15,6 +15,12 @@ struct ByteVariant {
     variant.parray = SafeArrayCreateVector(type, 0, static_cast<ULONG>(bytes.size()));
     std::copy(bytes.begin(), bytes.end(), static_cast<std::uint8_t*>(variant.parray->pvData));
   }
+  // Of two dimensions, all zero.
+  ByteVariant(ULONG rows, ULONG columns) {
+    SAFEARRAYBOUND bounds[] = {{rows, 0}, {columns, 0}};
+    variant.vt = VT_ARRAY | VT_UI1;
+    variant.parray = SafeArrayCreate(VT_UI1, 2, bounds);
+  }
   ~ByteVariant() { VariantClear(&variant); }
   ByteVariant(const ByteVariant&) = delete;
   ByteVariant& operator=(const ByteVariant&) = delete;
@@ -22,6 +28,21 @@ struct ByteVariant {
 
   VARIANT variant{};
 };
+
+// Calls `take` with every variant that refers to the array, or to a variant that has it.
+template <class Take>
+void through_references(ByteVariant& data, Take take) {
+  VARIANT array{};
+  array.vt = VT_BYREF | VT_ARRAY | VT_UI1;
+  array.pparray = &data.variant.parray;
+  take(&array);
+  VARIANT outer{};
+  outer.vt = VT_BYREF | VT_VARIANT;
+  for (VARIANT* inner : {&data.variant, &array}) {
+    outer.pvarVal = inner;
+    take(&outer);
+  }
+}
 
 // Words, then doubles: each holds `base` and its distance from the first, a double one half more.
 inline void put_fields(Bytes& bytes, std::size_t at, int words, int doubles, int base) {

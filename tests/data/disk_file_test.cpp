@@ -53,16 +53,10 @@ TEST_F(DiskFileTest, OfWiderElementsAsManyBytesAreWrittenAsThereAreElements) {
 }
 
 TEST_F(DiskFileTest, OfSeveralDimensionsTheFirstInMemoryCounts) {
-  SAFEARRAYBOUND bounds[] = {{2, 0}, {5, 0}};
-  for (const std::size_t size : {std::size_t{5}, std::size_t{0}}) {
-    VARIANT data{};
-    data.vt = VT_ARRAY | VT_UI1;
-    data.parray = SafeArrayCreate(VT_UI1, 2, bounds);
-    EXPECT_EQ(write(&data, name), "ok");
-    EXPECT_EQ(content(name), Bytes(size));
-    VariantClear(&data);
-    bounds[0].cElements = 0;  // then there is no byte to write
-  }
+  EXPECT_EQ(write(ByteVariant(2, 5), name), "ok");
+  EXPECT_EQ(content(name), Bytes(5));
+  EXPECT_EQ(write(ByteVariant(0, 5), name), "ok");
+  EXPECT_EQ(content(name), Bytes()) << "there is no byte to write";
 }
 
 TEST_F(DiskFileTest, WithoutDataOrNameNothingIsTouched) {

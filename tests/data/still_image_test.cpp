@@ -23,8 +23,9 @@ class StillImageTest : public ClientTest {
     std::int32_t size = -77;
     VARIANT file{};
     file.vt = VT_I4;
-    EXPECT_EQ(told(connection->StillImageGetFile(data, &size, &file)), expected);
-    if (expected != "ok") {
+    const std::string outcome = told(connection->StillImageGetFile(data, &size, &file));
+    EXPECT_EQ(outcome, expected);
+    if (outcome != "ok") {
       EXPECT_TRUE(size == -77 && file.vt == VT_I4);
       return {};
     }
@@ -69,12 +70,23 @@ TEST_F(StillImageTest, ASizeThatTheBytesDoNotBearOutIsRefused) {
   file_of(ByteVariant(Bytes{}), kWrongPacket);
 }
 
+TEST_F(StillImageTest, AnArrayIsFoundThroughReferences) {
+  make();
+  ByteVariant data(image_packet(VL_DT_Command, VL_C_GetStillImage, 2));
+  through_references(data, [&](VARIANT* each) { EXPECT_EQ(file_of(each, "ok"), (Bytes{0xFF, 0xD8})); });
+}
+
 TEST_F(StillImageTest, WhatIsNoArrayOfBytesIsInvalid) {
   make();
   file_of(nullptr, kNull);
   VARIANT empty{};
-  file_of(&empty, kNull);
+  empty.pvarVal = nullptr;
+  for (const int type : {int{VT_EMPTY}, VT_ARRAY | VT_UI1, VT_BYREF | VT_VARIANT, VT_BYREF | VT_ARRAY | VT_UI1}) {
+    empty.vt = static_cast<VARTYPE>(type);
+    file_of(&empty, kNull);
+  }
   file_of(ByteVariant(image_packet(VL_DT_Command, VL_C_GetStillImage, 4), VT_I2), kNull);
+  file_of(ByteVariant(28, 2), kNull);
   EXPECT_EQ(connection->StillImageGetFile(nullptr, nullptr, &empty), E_POINTER);
 }
 

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "kestrine/host.h"
-#include "platform/version.h"
 
 namespace kestrine::platform {
 namespace {
@@ -40,11 +39,6 @@ TEST(NoticesTest, HooksTakeOverUntilTheyAreTakenAway) {
   show_message_box(u"t", u"c", kIconStop);
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), "c: t\n") << "a hook may replace itself";
   EXPECT_EQ(heard, "box16 beep250/10 line");
-}
-
-TEST(NoticesTest, TheLibraryCarriesItsVersion) {
-  EXPECT_EQ(file_version_text(), u"3, 8, 680, 28");
-  EXPECT_FALSE(is_legacy_non_unicode_system());
 }
 
 }  // namespace

@@ -213,19 +213,16 @@ TEST_F(ConnectionTest, ASocketThatCannotBeClosedIsToldOnceAndTheObjectConnectsAg
   expect_that_packets_arrive();
 }
 
-TEST_F(ConnectionTest, ReconnectingLeavesStatusBuffersAndMethodAsTheyWere) {
+TEST_F(ConnectionTest, ReconnectingLeavesStatusAndBuffersAsTheyWere) {
   start();
   peer.send(answer(VL_C_GoBirdBath, 17));
   ASSERT_TRUE(pump_until([&] { return connection->received_length == 16; }));
-  ASSERT_EQ(connection->SelectNotificationMethod(KR_NM_None, 0, 9), S_OK);
   ASSERT_EQ(disconnect(), "ok");
   connect();
   VL_ResultStatus status{};
   EXPECT_EQ(connection->get_LastResultStatus(&status), S_OK);
   EXPECT_EQ(status, 17);
   EXPECT_EQ(get_i32(connection->last_command_answer, 8), VL_C_GoBirdBath);
-  EXPECT_EQ(connection->notification.method, KR_NM_None);
-  EXPECT_EQ(connection->notification.cookie, 9);
 }
 
 TEST_F(ConnectionTest, FailuresCarryTheInterfaceTheyBelongTo) {

@@ -123,6 +123,19 @@ TEST_F(NotificationTest, StaysAsChosenWhenATargetIsRefusedAndAcrossConnections) 
   EXPECT_EQ(notes_of(status_change(26)), notify_of(12, 2'200));
 }
 
+TEST_F(NotificationTest, GoesByTheMethodThatAPacketMeetsWhateverItsHandlersChoose) {
+  start();
+  for (const auto method : {KR_NM_WM_CopyData, KR_NM_WM_Notify}) {
+    select(KR_NM_Event);
+    sync_listener->handler = [&](DISPID) {
+      select(method);
+      return S_OK;
+    };
+    EXPECT_EQ(notes_of(status_change(26)), std::vector<Note>()) << method;
+    EXPECT_EQ(notes_of(status_change(26)).size(), 1u) << method;
+  }
+}
+
 TEST_F(NotificationTest, MayBeFollowedByAnyCallFromTheHook) {
   start();
   select(KR_NM_WM_Notify);

@@ -29,17 +29,6 @@ TEST_F(StreamTest, APacketCutAnywhereArrivesWhole) {
   EXPECT_EQ(environment.trace("recv6"), "unecpected packet boundary (peek)");
 }
 
-TEST_F(StreamTest, AHeaderWhoseSizeComesFirstLeavesNoTrace) {
-  start();
-  const auto [size, rest] = cut(answer(VL_C_GoBirdBath, 0), 4);
-  peer.send(size);
-  ASSERT_TRUE(takes_all());
-  peer.send(rest);
-  EXPECT_TRUE(arrives(1));
-  EXPECT_EQ(environment.trace_keys(), Lines());
-  EXPECT_TRUE(environment.beeps.empty());
-}
-
 TEST_F(StreamTest, APacketThatComesInManyPiecesArrivesWhole) {
   start();
   const Bytes whole = filled(40, VL_DT_TiltraResult);
@@ -107,28 +96,6 @@ TEST_F(StreamTest, WhatCannotBeAPacketIsThrownAwayAndTheStreamGoesOn) {
   }
   EXPECT_EQ(environment.trace_keys(), Lines{"recv4"});
   EXPECT_EQ(environment.trace("recv4"), "unknown socket reading error");
-}
-
-TEST_F(StreamTest, AnUnknownTypeIsIgnoredFromOneThousandOn) {
-  start();
-  struct Row {
-    std::int32_t type;
-    bool beeps;
-  };
-  std::size_t count = 0;
-  for (const Row row : {Row{12, true}, Row{999, true}, Row{1'000, false}, Row{0x7FFFFFFF, false}}) {
-    environment.beeps.clear();
-    engine().MarkAnswerPending(VL_C_GoBirdBath, true);
-    const Bytes sent = filled(16, row.type);
-    peer.send(sent);
-    ASSERT_TRUE(arrives(++count));
-    EXPECT_EQ(beeps_of(4'000), row.beeps ? 1 : 0);
-    EXPECT_EQ(environment.beeps.size(), row.beeps ? 1u : 0u);
-    EXPECT_EQ(engine().IsAnswerPending(), !row.beeps) << row.type;
-    EXPECT_EQ(data(), sent) << "it was received all the same";
-    EXPECT_EQ(connection->last_result_status, VL_RS_Unknown);
-  }
-  EXPECT_EQ(heard(), Lines());
 }
 
 TEST_F(StreamTest, AWaitingCallEndsWhenTheStreamIsOutOfStep) {

@@ -19,7 +19,7 @@ TEST_F(VersionTest, ATextIsSplitAtItsCommas) {
       {u"3.8.680.28", {3, 0, 0}},      {u"", {0, 0, 0}},
       {u",,3,,8,680", {3, 8, 680}},    {u"3, x, 680", {3, 0, 680}},
       {u"-1, 2x, 3", {-1, 2, 3}},      {u"\u0133, 8, 680", {3, 8, 680}},  // the low byte of each unit counts
-      {u", , ,", {0, 0, 0}},
+      {u", , ,", {0, 0, 0}},           {u"3\u0100, 8, 680", {3, 0, 0}},   // and a zero among them ends the text
   };
   for (const Row& row : rows) {
     const data::Version version = data::parse_version(row.text);
@@ -46,6 +46,9 @@ TEST_F(VersionTest, AConnectionTellsTheLibrarysOwn) {
   EXPECT_EQ(read(&component::CLTConnect::get_MajorVersion), 3);
   EXPECT_EQ(read(&component::CLTConnect::get_MinorVersion), 8);
   EXPECT_EQ(read(&component::CLTConnect::get_BuildNumber), 680);
+  connection->version = data::Version{0x8001, 0xFFFF, 0}.packed();
+  EXPECT_EQ(read(&component::CLTConnect::get_MajorVersion), 0x8001) << "no sign";
+  EXPECT_EQ(read(&component::CLTConnect::get_MinorVersion), 0xFFFF);
 }
 
 }  // namespace
