@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "kestrine/error.h"
+
 namespace kestrine::cli {
 
 // The tool gives up; the reason is told in one line.
@@ -18,5 +20,10 @@ class Stopped : public std::exception {
  public:
   const char* what() const noexcept override { return "stopped"; }
 };
+
+// With the number that it carries, if any.
+inline std::string told(const Error& error) {
+  return error.what() + (error.number() == 0 ? "" : " (error " + std::to_string(error.number()) + ")");
+}
 
 }  // namespace kestrine::cli

@@ -32,6 +32,10 @@ std::string with_minus(std::string number) {
   return number;
 }
 
+std::string counted(std::size_t count, const std::string& thing) {
+  return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
 std::string clock_time(double seconds) {
   const auto tenths = static_cast<long long>(std::floor(std::max(seconds, 0.0) * 10));
   const long long minutes = tenths / 600;

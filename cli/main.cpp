@@ -3,11 +3,11 @@
 #include <iostream>
 #include <string>
 
+#include "cli/failure.h"
 #include "cli/help.h"
 #include "cli/measure_command.h"
 #include "cli/register_command.h"
 #include "cli/stream_command.h"
-#include "kestrine/error.h"
 
 namespace {
 
@@ -31,8 +31,7 @@ int status_of(const auto& command) {
   try {
     return command() == Outcome::kStopped ? kStopped : 0;
   } catch (const kestrine::Error& error) {
-    const std::string number = error.number() == 0 ? "" : " (error " + std::to_string(error.number()) + ")";
-    return tell(error.what() + number, kFailed);
+    return tell(told(error), kFailed);
   } catch (const std::exception& error) {
     return tell(error.what(), kFailed);
   }

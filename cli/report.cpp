@@ -88,6 +88,7 @@ void print_table_row(std::ostream& out, const LengthUnit& unit, const std::strin
 }
 
 void print_table_foot(std::ostream& out, const Measurement& measurement) {
+  if (measurement.points.empty()) return;
   const auto& unit = *measurement.unit;
   const Summary summary = summarise(measurement.points);
   out << rule() << '\n';
@@ -107,22 +108,20 @@ void print_centre(std::ostream& out, const Measurement& measurement) {
   print_line(out, "centre", "of a " + measurement.manner);
 }
 
-void print_statement(std::ostream& out, const Reception& reception, const Completeness& completeness,
-                     std::size_t kept) {
+void print_statement(std::ostream& out, const Measurement& measurement, const Reception& reception,
+                     const Completeness& completeness) {
   const auto list = [&](const std::string& name, const std::vector<std::string>& things) {
     for (const auto& thing : things) print_line(out, &thing == &things.front() ? name : "", thing);
   };
-  std::string received = std::to_string(reception.packets) + (reception.packets == 1 ? " packet" : " packets");
-  if (reception.points > 0) received += ", " + std::to_string(reception.points) + " points";
+  std::string received = reception.packets == 0 ? "nothing" : counted(reception.packets, "packet");
+  if (reception.points > 0) received += ", " + counted(reception.points, "point");
+  if (reception.packets > 0 && measurement.kind == Kind::kCentre) received += ", the centre";
+  const std::size_t kept = measurement.points.size();
   if (reception.points > kept) received += " (" + std::to_string(reception.points - kept) + " after the end)";
   if (reception.bytes > 0) received += ", " + std::to_string(reception.bytes) + " bytes";
   print_line(out, "received", received);
-  if (!completeness.missing.empty()) {
-    list("MISSING", completeness.missing);
-  } else {
-    print_line(out, "missing",
-               completeness.tells_points ? "none" : "no packet; a missing point would not show in this mode");
-  }
+  if (completeness.missing.empty()) print_line(out, "missing", completeness.verdict);
+  list("MISSING", completeness.missing);
   list("checked", completeness.checked);
   out << std::flush;
 }

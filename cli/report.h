@@ -18,7 +18,8 @@ void print_table_foot(std::ostream& out, const Measurement& measurement);
 
 void print_stream_summary(std::ostream& out, const Measurement& measurement);
 void print_centre(std::ostream& out, const Measurement& measurement);
-// How much came, and whether anything that should have come did not. `kept` of the points are part of the measurement.
-void print_statement(std::ostream& out, const Reception& reception, const Completeness& completeness, std::size_t kept);
+// How much came, and whether anything that should have come did not.
+void print_statement(std::ostream& out, const Measurement& measurement, const Reception& reception,
+                     const Completeness& completeness);
 
 }  // namespace kestrine::cli

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "cli/failure.h"
+#include "cli/format.h"
 #include "cli/outputs.h"
 #include "cli/terminal.h"
 #include "kestrine/host.h"
@@ -33,6 +34,16 @@ std::exception_ptr collect(const CommonOptions& options, const Task& task, std::
   return nullptr;
 }
 
+// For a user who has stopped the measurement.
+std::string farewell(const Measurement& measurement) {
+  const auto& points = measurement.points;
+  if (measurement.kind == Kind::kCentre) {
+    return points.empty() ? "stopped before there was a centre"
+                          : "stopped; the centre is that of the points until then";
+  }
+  return points.empty() ? "stopped before the first point" : "stopped after " + counted(points.size(), "point");
+}
+
 }  // namespace
 
 Outcome run(const CommonOptions& options, Kind kind, const Task& task) {
@@ -48,12 +59,10 @@ Outcome run(const CommonOptions& options, Kind kind, const Task& task) {
   measurement.unit = &length_unit(options.length_unit);
   const std::exception_ptr failure = collect(options, task, out, measurement);
   const bool stopped = terminal::stop_asked();
-  if (!measurement.points.empty()) {
-    task.sum_up(out, measurement);
-    outputs.write(out, measurement);
-  }
+  task.sum_up(out, measurement);
+  if (!measurement.points.empty()) outputs.write(out, measurement);
   if (failure) std::rethrow_exception(failure);
-  if (stopped) out << "stopped after " << measurement.points.size() << " points" << std::endl;
+  if (stopped) out << farewell(measurement) << std::endl;
   if (!stopped && measurement.points.empty()) throw Failure("the tracker sent no points");
   if (!options.quiet && !out) throw Failure("cannot write to standard output");
   return stopped ? Outcome::kStopped : Outcome::kComplete;

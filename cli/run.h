@@ -22,7 +22,7 @@ struct Endpoint {
 struct Task {
   // Measures; `out` is for people. May throw Stopped as well as whatever is wrong.
   std::function<void(const Endpoint&, std::ostream& out, Measurement&)> measure;
-  // Says what has been measured; there is at least one point.
+  // Says what has been measured, which may be nothing.
   std::function<void(std::ostream& out, const Measurement&)> sum_up;
 };
 

@@ -1,76 +1,18 @@
 #include "cli/stream.h"
 
 #include <algorithm>
-#include <chrono>
-#include <iostream>
-#include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/failure.h"
 #include "cli/format.h"
-#include "cli/progress.h"
 #include "cli/report.h"
-#include "cli/stopwatch.h"
 #include "cli/stream_session.h"
-#include "cli/terminal.h"
+#include "cli/streaming.h"
 
 namespace kestrine::cli {
 namespace {
-
-constexpr std::chrono::milliseconds kSlice{50};
-// Points by the clock that stay away for so long, and for so many of their own steps, will not come any more. A target
-// that is measured by its way may rest as long as it likes.
-constexpr double kLongestSilence = 5;  // seconds
-constexpr double kLongestSilenceSteps = 3;
-
-class Streaming {
- public:
-  Streaming(const StreamOptions& options, const StreamEvents& events, const Measurement& measurement)
-      : options_(options), events_(events), measurement_(measurement) {}
-
-  bool is_complete() const {
-    if (events_.complete()) return true;
-    if (options_.mode->is_centre) return !measurement_.points.empty();
-    return options_.count > 0 && measurement_.points.size() >= options_.count;
-  }
-
-  // Runs until all is there, the time is over, the user stops it or nothing more can come. Returns what went wrong.
-  std::string follow() const {
-    const Stopwatch watch;
-    const bool shown = !options_.common.quiet && terminal::shows_progress();
-    const bool centre = options_.mode->is_centre;
-    Progress progress(std::cerr, shown, {centre ? 0 : options_.count, options_.duration, centre});
-    std::size_t known = 0;
-    double last_news = 0;
-    while (events_.failure().empty() && !is_complete() && !terminal::stop_asked()) {
-      const double now = watch.seconds();
-      progress.update(measurement_.points.size(), now);
-      if (is_time_over(now)) return {};
-      if (measurement_.points.size() != known) last_news = now;
-      known = measurement_.points.size();
-      if (now - last_news > longest_silence()) return "the tracker sends no more points";
-      host::run_for(kSlice);
-    }
-    return is_complete() ? std::string() : events_.failure();
-  }
-
- private:
-  // By the tracker's clock or by ours, which a simulated tracker may outrun.
-  bool is_time_over(double now) const {
-    if (options_.duration == 0) return false;
-    const auto& points = measurement_.points;
-    return now >= options_.duration || (!points.empty() && points.back().seconds >= options_.duration);
-  }
-  double longest_silence() const {
-    if (options_.mode->spacing != Spacing::kTime) return std::numeric_limits<double>::infinity();
-    return std::max(kLongestSilence, kLongestSilenceSteps * options_.time_separation / 1000);
-  }
-
-  const StreamOptions& options_;
-  const StreamEvents& events_;
-  const Measurement& measurement_;
-};
 
 // What is known of a stream besides its points.
 struct Statement {
@@ -78,14 +20,29 @@ struct Statement {
   Completeness completeness;
 };
 
-Expectation expectation_of(const StreamOptions& options, const Tracker& tracker, bool complete) {
+// Only a user who ends a stream himself may leave the count unreached without anything being missing; the tracker
+// may have measured all of it by then.
+Expectation expectation_of(const StreamOptions& options, const Tracker& tracker, bool ended_by_user,
+                           bool count_reached) {
   Expectation expectation;
-  if (options.mode->is_centre) return expectation;
-  if (complete) expectation.points = options.count;
+  if (count_reached || !ended_by_user) expectation.points = options.count;
+  expectation.cut_short = !ended_by_user;
   if (options.mode->spacing == Spacing::kTime) expectation.seconds = options.time_separation / 1000.0;
   if (options.mode->spacing == Spacing::kDistance) expectation.distance = options.separation;
+  if (options.mode->spacing == Spacing::kCells) expectation.cell = options.cell;
   if (tracker.max_rate > 0) expectation.fastest_seconds = 1.0 / tracker.max_rate;
   return expectation;
+}
+
+Statement statement_of(const StreamOptions& options, const StreamEvents& events, const Measurement& measurement,
+                       const End& end) {
+  const Reception& reception = events.reception();
+  if (options.mode->is_centre) {
+    return {reception, check_centre(reception, end.ending == Ending::kStopped && !events.lost())};
+  }
+  const bool ended_by_user = end.ending == Ending::kStopped || end.ending == Ending::kTimeOver;
+  const auto expectation = expectation_of(options, measurement.tracker, ended_by_user, events.count_reached());
+  return {reception, check_completeness(reception, expectation, measurement.points, *measurement.unit)};
 }
 
 // What came while the end was noticed is more than was asked for.
@@ -99,7 +56,7 @@ void trim(const StreamOptions& options, Measurement& measurement) {
   measurement.keep_first(static_cast<std::size_t>(late - points.begin()));
 }
 
-// A tracker that has measured all that was asked for has stopped by itself.
+// Returns what went wrong.
 std::string stop(StreamSession& session) {
   try {
     if (!session.events().lost()) session.stop();
@@ -109,6 +66,22 @@ std::string stop(StreamSession& session) {
   }
 }
 
+End run_to_end(StreamSession& session, const StreamOptions& options, const Measurement& measurement) {
+  try {
+    session.start(options.probe);
+  } catch (const Failure& failure) {
+    return {Ending::kFailed, failure.what()};
+  }
+  End end = Streaming(options, session.events(), measurement).follow();
+  // A tracker that has measured all that was asked for has stopped by itself.
+  if (end.ending == Ending::kComplete || end.ending == Ending::kIncomplete) return end;
+  const std::string second = stop(session);
+  // A centre that is stopped early may have too few points to be found; the user knows.
+  const bool given_up = options.mode->is_centre && end.ending == Ending::kStopped && !session.events().lost();
+  if (end.failure.empty() && !given_up) end.failure = second;
+  return end;
+}
+
 std::string joined(const std::vector<std::string>& parts) {
   std::string text;
   for (const auto& part : parts) text += (text.empty() ? "" : "; ") + part;
@@ -116,25 +89,13 @@ std::string joined(const std::vector<std::string>& parts) {
 }
 
 void measure_stream(StreamSession& session, const StreamOptions& options, Measurement& measurement,
-                    Statement& statement) {
+                    std::optional<Statement>& statement) {
   session.set_mode(options);
-  session.start(options.probe);
-  const Streaming streaming(options, session.events(), measurement);
-  std::string failure = streaming.follow();
-  const bool complete = streaming.is_complete();
-  if (!complete) {
-    const std::string second = stop(session);
-    // A centre that is stopped early may have too few points to be found; the user knows.
-    const bool given_up = options.mode->is_centre && terminal::stop_asked() && !session.events().lost();
-    if (failure.empty() && !given_up) failure = second;
-  }
-  statement.reception = session.events().reception();
-  statement.completeness =
-      check_completeness(statement.reception, expectation_of(options, measurement.tracker, complete),
-                         measurement.points, *measurement.unit);
+  const End end = run_to_end(session, options, measurement);
+  statement = statement_of(options, session.events(), measurement, end);
   trim(options, measurement);
-  if (!failure.empty()) throw Failure(failure);
-  const auto& missing = statement.completeness.missing;
+  if (!end.failure.empty()) throw Failure(end.failure);
+  const auto& missing = statement->completeness.missing;
   if (!missing.empty()) throw Failure("not everything came: " + joined(missing));
 }
 
@@ -156,7 +117,7 @@ std::string manner_of(const StreamOptions& options) {
 }  // namespace
 
 Outcome stream(const StreamOptions& options) {
-  Statement statement;
+  std::optional<Statement> statement;  // since the stream was started
   const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement) {
     measurement.manner = manner_of(options);
     measurement.spaced = options.mode->spacing != Spacing::kTime;
@@ -167,12 +128,10 @@ Outcome stream(const StreamOptions& options) {
     measure_stream(session, options, measurement, statement);
   };
   const auto sum_up = [&](std::ostream& out, const Measurement& measurement) {
-    if (options.mode->is_centre) {
-      print_centre(out, measurement);
-    } else {
-      print_stream_summary(out, measurement);
+    if (!measurement.points.empty()) {
+      options.mode->is_centre ? print_centre(out, measurement) : print_stream_summary(out, measurement);
     }
-    print_statement(out, statement.reception, statement.completeness, measurement.points.size());
+    if (statement) print_statement(out, measurement, statement->reception, statement->completeness);
   };
   return run(options.common, options.mode->is_centre ? Kind::kCentre : Kind::kStream, {take, sum_up});
 }

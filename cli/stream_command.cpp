@@ -1,6 +1,6 @@
 #include "cli/stream_command.h"
 
-#include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -26,7 +26,8 @@ constexpr const char* kDescription = "Measure points one after another while the
 constexpr const char* kFooter =
     "\nA stream has points at equal times, at equal distances along the way, or one for each cell of a grid that\n"
     "the target comes through; the two centres are single points, found from a target that is led over a sphere\n"
-    "or around a circle. At the end it is told how much came and whether anything is missing.\n\n"
+    "or around a circle. At the end it is told how much came, whether anything is missing, and what would not show:\n"
+    "with --count every loss shows, without it only one that leaves a gap between the points.\n\n"
     "Examples:\n"
     "  kestrine stream --simulate --duration 5 --csv path.csv --svg path.svg\n"
     "  kestrine stream --simulate --mode grid --cell 20 20 20 --probe --svg grid.svg\n"
@@ -41,7 +42,8 @@ struct Belongs {
 };
 
 // What depends on more than one option.
-void complete(StreamOptions& options, const std::string& mode, const std::vector<Belongs>& all) {
+void complete(StreamOptions& options, const std::string& mode, const CLI::Option& cell,
+              const std::vector<Belongs>& all) {
   check_common_options(options.common);
   options.mode = &stream_mode(mode);
   for (const auto& each : all) {
@@ -54,8 +56,8 @@ void complete(StreamOptions& options, const std::string& mode, const std::vector
   if (options.separation == 0) {
     options.separation = in_unit(options.mode->is_centre ? kCentreSeparation : kDefaultSeparation);
   }
-  const bool no_cell = std::all_of(options.cell.begin(), options.cell.end(), [](double side) { return side == 0; });
-  if (no_cell) options.cell.fill(in_unit(kDefaultCell));
+  if (cell.count() == 0) options.cell.fill(in_unit(kDefaultCell));
+  if (options.cell == std::array{0.0, 0.0, 0.0}) throw CLI::ValidationError("--cell", "needs a side that is not 0");
   const auto fewest = static_cast<std::size_t>(options.mode->fewest_points);
   const auto most = static_cast<std::size_t>(options.mode->most_points);
   if (options.mode->is_centre && options.count == 0) options.count = kDefaultCentrePoints;
@@ -84,6 +86,9 @@ CLI::App* add_stream_command(CLI::App& application, StreamOptions& options) {
   add("--count", options.count, "End after that many points (of a centre: 100)", "N")->check(CLI::Range(1, 10'000'000));
   add("--duration", options.duration, "End after that many seconds (default: 5, unless there is a count)", "S")
       ->check(number_between(0.01, kLongestSeconds));
+  auto* cell =
+      add("--cell", options.cell, "Sides of a cell; 0: that axis does not count (grid; default: 20 mm)", "X Y Z")
+          ->check(number_between(0, kFarthest));
   const std::vector<Belongs> all{
       {add("--time-separation", options.time_separation, "Milliseconds between points (time)", "MS")
            ->default_val(1)
@@ -92,16 +97,14 @@ CLI::App* add_stream_command(CLI::App& application, StreamOptions& options) {
       {add("--separation", options.separation, "Way between points (distance; default: 5 mm; centers: 10 mm)", "LENGTH")
            ->check(number_between(1e-6, kFarthest)),
        [](const StreamMode& m) { return m.spacing == Spacing::kDistance; }},
-      {add("--cell", options.cell, "Sides of a cell; 0: that axis does not count (grid; default: 20 mm)", "X Y Z")
-           ->check(number_between(0, kFarthest)),
-       [](const StreamMode& m) { return m.spacing == Spacing::kCells; }},
+      {cell, [](const StreamMode& m) { return m.spacing == Spacing::kCells; }},
       {add("--radius", options.radius, "Known radius of the sphere or circle (centers; default: it is found)", "LENGTH")
            ->check(number_between(1e-6, kFarthest)),
        [](const StreamMode& m) { return m.is_centre; }}};
   // Results of the probe always have them.
   add_unit_options(*command, options.common)->excludes(probe);
   add_output_options(*command, options.common);
-  command->final_callback([&options, mode, all] { complete(options, *mode, all); });
+  command->final_callback([&options, mode, cell, all] { complete(options, *mode, *cell, all); });
   return command;
 }
 

@@ -72,7 +72,7 @@ void StreamEvents::ErrorEvent(VL_Command command, VL_ResultStatus status) {
     warn_(error.what());
     answer(command);
   } else {
-    fail(std::string(error.what()) + " (error " + std::to_string(error.number()) + ")");
+    fail(told(error));
   }
 }
 
@@ -81,7 +81,7 @@ void StreamEvents::StatusChangeEvent(VL_SystemStatusChange change) {
     lost_ = true;
     fail(std::move(loss));
   } else if (change == VL_SSC_MeasurementCountReached) {
-    complete_ = true;
+    count_reached_ = true;
     host::quit();
   }
 }
@@ -102,6 +102,16 @@ void StreamEvents::TrackerInfoData(VL_LTSensorType, BSTR name, std::int32_t seri
 void StreamEvents::SystemSoftwareVersionData(BSTR version) {
   measurement_.tracker.software = utf8_of(version);
   answer(VL_C_GetSystemSoftwareVersion);
+}
+
+void StreamEvents::SystemSettingsData(VL_WeatherMonitorStatus weather_monitor, VARIANT_BOOL transformation,
+                                      VARIANT_BOOL station_orientation, VARIANT_BOOL keep_last_position,
+                                      VARIANT_BOOL unsolicited_messages, VARIANT_BOOL reflector_positions,
+                                      VARIANT_BOOL try_mode, VARIANT_BOOL has_tiltra, VARIANT_BOOL has_video_camera) {
+  system_settings_ = {weather_monitor,    transformation,       station_orientation,
+                      keep_last_position, unsolicited_messages, reflector_positions,
+                      try_mode,           has_tiltra,           has_video_camera};
+  answer(VL_C_GetSystemSettings);
 }
 
 void StreamEvents::take_block(std::int32_t points, std::int32_t bytes) {

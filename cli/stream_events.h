@@ -11,7 +11,8 @@
 
 namespace kestrine::cli {
 
-// Every event that somebody may be waiting for ends the running run_for(), so that it is noticed at once.
+// An answer, a failure, a centre and the tracker's word that it has measured all end the running run_for(), so that
+// they are noticed at once. Blocks only add up: what has come is looked at when a slice of the loop is over.
 class StreamEvents : public AsyncEvents {
  public:
   using Warn = std::function<void(const std::string& text)>;
@@ -28,8 +29,14 @@ class StreamEvents : public AsyncEvents {
   const std::string& failure() const { return failure_; }
   // Whether the reason is that nobody is there any more.
   bool lost() const { return lost_; }
-  // Whether the tracker has ended the measurement by itself, having measured all that it was asked for.
-  bool complete() const { return complete_; }
+  // For what has to be done all the same.
+  void forget_failure() { failure_.clear(); }
+  // Forgets what the tracker said of a measurement before this one.
+  void expect_measurement() { count_reached_ = false; }
+  // Whether the tracker has said that it has measured all that it was asked for; the last of it may be on its way.
+  bool count_reached() const { return count_reached_; }
+  // As the tracker told them last.
+  const SystemSettingsDataT& system_settings() const { return system_settings_; }
   const Reception& reception() const { return reception_; }
 
   void CommandCompletedData(VL_Command command) override { answer(command); }
@@ -39,6 +46,10 @@ class StreamEvents : public AsyncEvents {
                        VARIANT_BOOL, double, double max_distance, double min_distance, std::int32_t max_rate,
                        std::int32_t, double, double, VL_TrkAccuracyModel, std::int32_t, std::int32_t) override;
   void SystemSoftwareVersionData(BSTR version) override;
+  void SystemSettingsData(VL_WeatherMonitorStatus weather_monitor, VARIANT_BOOL transformation,
+                          VARIANT_BOOL station_orientation, VARIANT_BOOL keep_last_position,
+                          VARIANT_BOOL unsolicited_messages, VARIANT_BOOL reflector_positions, VARIANT_BOOL try_mode,
+                          VARIANT_BOOL has_tiltra, VARIANT_BOOL has_video_camera) override;
 
   void ContinuousPointMeasDataReady(std::int32_t points, std::int32_t bytes) override { take_block(points, bytes); }
   void ContinuousProbeMeasDataReady(std::int32_t points, std::int32_t bytes) override { take_block(points, bytes); }
@@ -69,7 +80,8 @@ class StreamEvents : public AsyncEvents {
   Reception reception_;
   std::string failure_;
   bool lost_ = false;
-  bool complete_ = false;
+  bool count_reached_ = false;
+  SystemSettingsDataT system_settings_;
 };
 
 }  // namespace kestrine::cli

@@ -24,13 +24,14 @@ StreamSession::StreamSession(const Endpoint& endpoint, Measurement& measurement)
 }
 
 StreamSession::~StreamSession() {
+  put_settings_back();
   subscription_.end();
   commands_.reset();
   connection_->DisconnectEmbeddedSystem();
 }
 
 void StreamSession::call(VL_Command command, HRESULT sent, Patience patience) {
-  check(sent);
+  if (FAILED(sent)) throw Failure(told(take_error(sent)));
   events_->expect_answer(command);
   const Stopwatch watch;
   const double longest = command == VL_C_Initialize ? kLongestInitialise : kLongestAnswer;
@@ -51,6 +52,34 @@ void StreamSession::prepare() {
   call(VL_C_GetTrackerInfo, commands_->GetTrackerInfo());
   call(VL_C_GetSystemSoftwareVersion, commands_->GetSystemSoftwareVersion());
   call(VL_C_SetCoordinateSystemType, commands_->SetCoordinateSystemType(VL_CS_RHR));
+  hear_of_the_end();
+}
+
+// A tracker tells only those who want to hear it that it has measured all that it was asked for.
+void StreamSession::hear_of_the_end() {
+  call(VL_C_GetSystemSettings, commands_->GetSystemSettings());
+  if (events_->system_settings().bSendUnsolicitedMessages != 0) return;
+  settings_changed_ = true;
+  call(VL_C_SetSystemSettings, set_unsolicited_messages(true), Patience::kToTheEnd);
+}
+
+void StreamSession::put_settings_back() {
+  if (!settings_changed_ || events_->lost()) return;
+  try {
+    events_->forget_failure();
+    call(VL_C_SetSystemSettings, set_unsolicited_messages(false), Patience::kToTheEnd);
+  } catch (const std::exception& error) {
+    warn(std::string("the tracker's system settings could not be put back: ") + error.what());
+  }
+}
+
+HRESULT StreamSession::set_unsolicited_messages(bool wanted) {
+  const SystemSettingsDataT& found = events_->system_settings();
+  const auto flag = [](std::int32_t value) { return value != 0 ? VARIANT_TRUE : VARIANT_FALSE; };
+  return commands_->SetSystemSettings(
+      found.weatherMonitorStatus, flag(found.bApplyTransformationParams), flag(found.bApplyStationOrientationParams),
+      flag(found.bKeepLastPosition), flag(wanted), flag(found.bSendReflectorPositionData),
+      flag(found.bTryMeasurementMode), flag(found.bHasTiltra), flag(found.bHasVideoCamera));
 }
 
 void StreamSession::set_mode(const StreamOptions& options) {
@@ -90,8 +119,10 @@ void StreamSession::set_spacing(const StreamOptions& options) {
 }
 
 void StreamSession::start(bool probe) {
-  call(VL_C_StartMeasurement,
-       probe ? commands_->StartContinuousProbeMeasurement() : commands_->StartContinuousPointMeasurement());
+  events_->expect_measurement();
+  const HRESULT sent =
+      probe ? commands_->StartContinuousProbeMeasurement() : commands_->StartContinuousPointMeasurement();
+  call(VL_C_StartMeasurement, sent, Patience::kToTheEnd);
 }
 
 void StreamSession::stop() {

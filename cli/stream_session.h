@@ -1,5 +1,5 @@
 // One connection to a tracker's server over its asynchronous object: every step is sent, and the loop runs until its
-// answer has come as an event.
+// answer has come as an event. The tracker's system settings are left as they were found.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@
 
 namespace kestrine::cli {
 
-// Throws kestrine::Error for what cannot be sent, Failure for what the tracker refuses or leaves unanswered, and
-// Stopped when the user wants to stop meanwhile.
+// Throws kestrine::Error when there is no connection, Failure for what cannot be sent and for what the tracker refuses
+// or leaves unanswered, and Stopped when the user wants to stop meanwhile.
 class StreamSession {
  public:
   StreamSession(const Endpoint& endpoint, Measurement& measurement);
@@ -22,6 +22,7 @@ class StreamSession {
   // Units, right-handed X, Y, Z, and who the tracker is.
   void prepare();
   void set_mode(const StreamOptions& options);
+  // Does not give up for a user who wants to stop: what has been started is to be stopped properly.
   void start(bool probe);
   // What the tracker has measured until then comes before it returns.
   void stop();
@@ -32,6 +33,9 @@ class StreamSession {
   enum class Patience { kUntilStopped, kToTheEnd };
 
   void call(VL_Command command, HRESULT sent, Patience patience = Patience::kUntilStopped);
+  void hear_of_the_end();
+  void put_settings_back();
+  HRESULT set_unsolicited_messages(bool wanted);
   void set_spacing(const StreamOptions& options);
 
   Measurement& measurement_;
@@ -39,6 +43,7 @@ class StreamSession {
   Pointer<ILTCommandAsync> commands_;
   Pointer<StreamEvents> events_;
   Subscription subscription_;
+  bool settings_changed_ = false;
 };
 
 }  // namespace kestrine::cli

@@ -1,0 +1,151 @@
+"""What the tool says of streams that do not come as a whole: through a proxy that loses packets, and of a server that
+goes away."""
+
+import socket
+import struct
+import threading
+import unittest
+
+from tool import PATIENCE, ToolCase
+
+BLOCKS = (3, 5, 10)
+CENTERS = (2, 9)
+STATUS = 8
+COUNT_REACHED = 28
+SET_SYSTEM_SETTINGS = 47
+ALL = range(1000)
+
+
+def split(buffer):
+    """The whole packets at the buffer's beginning, which are taken out of it."""
+    while len(buffer) >= 4 and len(buffer) >= (size := struct.unpack_from("<i", buffer)[0]):
+        yield bytes(buffer[:size])
+        del buffer[:size]
+
+
+class Proxy:
+    """Serves one client. Of the packets of the lossy types, those with the numbers in `lost` do not arrive."""
+
+    def __init__(self, port, types, lost, count_reached_first=False):
+        self.types, self.lost, self.count_reached_first = types, lost, count_reached_first
+        self.settings = []  # whether each command that set them wanted unsolicited messages
+        self.seen = 0
+        self.listener = socket.create_server(("127.0.0.1", 0))
+        self.port = str(self.listener.getsockname()[1])
+        self.server = socket.create_connection(("127.0.0.1", int(port)))
+        self.thread = threading.Thread(target=self.serve)
+        self.thread.start()
+
+    def close(self):
+        self.listener.shutdown(socket.SHUT_RDWR)
+        self.thread.join()
+        self.listener.close()
+        self.server.close()
+
+    def serve(self):
+        try:
+            client, _ = self.listener.accept()
+        except OSError:
+            return
+        with client:
+            upwards = threading.Thread(target=self.pump, args=(client, self.server, self.note))
+            upwards.start()
+            self.pump(self.server, client, self.lose)
+            upwards.join()
+
+    def pump(self, source, sink, change):
+        buffer = bytearray()
+        try:
+            while data := source.recv(65536):
+                buffer += data
+                for packet in split(buffer):
+                    sink.sendall(change(packet))
+            sink.shutdown(socket.SHUT_RDWR)
+        except OSError:
+            pass  # the other direction has ended
+
+    def note(self, request):
+        if struct.unpack_from("<i", request, 8)[0] == SET_SYSTEM_SETTINGS:
+            self.settings.append(struct.unpack_from("<i", request, 28)[0])
+        return request
+
+    def lose(self, packet):
+        kind = struct.unpack_from("<i", packet, 4)[0]
+        if kind not in self.types:
+            return packet
+        self.seen += 1
+        before = struct.pack("<3i", 12, STATUS, COUNT_REACHED) if self.count_reached_first else b""
+        return before + (b"" if self.seen - 1 in self.lost else packet)
+
+
+class StreamLossTest(ToolCase):
+    def stream(self, *arguments, types=BLOCKS, lost=(), **keywords):
+        _, port = self.start_simulator("--speed", "5")
+        proxy = Proxy(port, types, lost, **keywords)
+        self.addCleanup(proxy.close)
+        run = self.run_tool("stream", "--host", "127.0.0.1", "--port", proxy.port, *arguments, *self.outputs)
+        self.assertEqual(proxy.settings, [1, 0])
+        return run
+
+    def test_points_that_are_lost_on_the_way_are_missing(self):
+        ways = r"about \d+ points? in 1 gap of more than "
+        for arguments, lost, received, missing in (
+            (["--count", "1000"], ALL[4:], "4 packets, 400 points", "600 of 1000 points asked for"),
+            (["--count", "1000", "--probe"], [2], "9 packets, 900 points", "100 of 1000 points asked for"),
+            (["--duration", "2"], [2], r"\d+ packets, \d+ points", "about 100 points in 1 gap of more than 1.5 ms"),
+            (["--mode", "distance", "--count", "100"], ALL[4:], r"4 packets, \d+ points", r"\d+ of 100 points asked for"),
+            (["--mode", "distance", "--duration", "2"], [2], r"\d+ packets, \d+ points", ways + "7.5 mm"),
+            (["--mode", "grid", "--count", "50"], [2], r"\d+ packets, \d+ points", r"\d of 50 points asked for"),
+            (["--mode", "grid", "--duration", "2", "--cell", "10", "10", "0"], [2], r"\d+ packets, \d+ points",
+             ways + "1.5 cells"),
+        ):
+            with self.subTest((arguments, lost)):
+                run = self.stream(*arguments, lost=lost)
+                self.check_refusal(run, 1, f"not everything came: {missing}")
+                self.assertRegex(run.stdout, rf"received +{received}.*\nMISSING +{missing}")
+                self.assertGreater(len(self.check_files()), 10)
+
+    def test_there_is_a_statement_when_nothing_came(self):
+        for arguments, types, missing, words in (
+            (["--count", "100"], BLOCKS, "MISSING +100 of 100 points asked for", "not everything came"),
+            (["--mode", "grid", "--duration", "1"], BLOCKS, "missing +unknown; .* would not show", "no points"),
+            (["--mode", "sphere-center"], CENTERS, "MISSING +the centre", "not everything came: the centre"),
+            (["--mode", "sphere-center", "--radius", "100"], (), "MISSING +the centre", "No Sphere Center"),
+        ):
+            with self.subTest(arguments):
+                run = self.stream(*arguments, types=types, lost=ALL)
+                self.check_refusal(run, 1, words)
+                self.assertRegex(run.stdout, rf"received +nothing\n{missing}\n\Z")
+                self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_what_comes_after_the_word_that_all_is_measured_still_counts(self):
+        for arguments, types in ((["--mode", "sphere-center"], CENTERS), (["--count", "1000"], BLOCKS)):
+            with self.subTest(arguments):
+                run = self.stream(*arguments, types=types, count_reached_first=True)
+                self.assertEqual((run.returncode, run.stderr), (0, ""))
+                self.assertRegex(run.stdout, r"missing +none\n")
+
+    def test_a_server_that_goes_away_is_told_and_what_it_owes_is_missing(self):
+        for arguments, shown, missing in (
+            (["--count", "100000"], "[1-9]\\d* of 100000 points ", r"\d+ of 100000 points asked for"),
+            (["--duration", "3600"], "[1-9]\\d* points ", r"everything after \d+\.\d+ s"),
+            (["--mode", "sphere-center", "--count", "10000"], "measuring ", "the centre"),
+        ):
+            with self.subTest(arguments):
+                server, port = self.start_simulator()
+                process, terminal = self.start_on_terminal("stream", "--host", "localhost", "--port", port, *arguments,
+                                                           *self.outputs)
+                terminal.wait_for(shown)
+                server.kill()
+                terminal.wait_for(r"kestrine: the server closed the connection\r\n")
+                out, _ = process.communicate(timeout=PATIENCE)
+                self.assertEqual(process.returncode, 1)
+                self.assertRegex(out, rf"received .*\nMISSING +{missing}\n")
+                if "--mode" not in arguments:
+                    self.assertGreater(len(self.check_files()), 0)
+                    for path in self.files.values():
+                        path.unlink()
+
+
+if __name__ == "__main__":
+    unittest.main()
