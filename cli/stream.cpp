@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "cli/failure.h"
+#include "cli/follow_stream.h"
 #include "cli/format.h"
 #include "cli/report.h"
 #include "cli/stream_session.h"
-#include "cli/streaming.h"
 
 namespace kestrine::cli {
 namespace {
@@ -72,7 +72,7 @@ End run_to_end(StreamSession& session, const StreamOptions& options, const Measu
   } catch (const Failure& failure) {
     return {Ending::kFailed, failure.what()};
   }
-  End end = Streaming(options, session.events(), measurement).follow();
+  End end = follow_stream(options, session.events(), measurement);
   // A tracker that has measured all that was asked for has stopped by itself.
   if (end.ending == Ending::kComplete || end.ending == Ending::kIncomplete) return end;
   const std::string second = stop(session);

@@ -11,6 +11,7 @@
 
 #include "kestrine/detail/column_places.h"
 #include "kestrine/detail/columns_narrow.h"
+#include "kestrine/detail/line_vectors.h"
 
 namespace kestrine::detail::doubles {
 
@@ -18,10 +19,10 @@ inline constexpr std::size_t kTogether = 8;  // elements in one step, and double
 using Eight [[gnu::vector_size(kTogether * sizeof(double))]] = double;
 
 inline bool is_faster(std::size_t count) {
-  return count >= kTogether && __builtin_cpu_supports("avx512f");
+  return count >= kTogether && has_line_vectors();
 }
 
-#define KESTRINE_DOUBLES [[gnu::target("avx512f"), gnu::always_inline]] inline
+#define KESTRINE_DOUBLES [[KESTRINE_LINE_VECTORS, gnu::always_inline]] inline
 
 template <std::size_t Stride>
 KESTRINE_DOUBLES void load(const std::uint8_t* from, Eight& low, Eight& high) {
@@ -93,7 +94,7 @@ KESTRINE_DOUBLES void copy_eight(const std::uint8_t* from, std::uint8_t* const* 
 
 // At least eight elements.
 template <std::size_t Stride, const auto& Places>
-[[gnu::target("avx512f")]] void copy(const std::uint8_t* from, std::size_t count, Columns<Places> to) {
+[[KESTRINE_LINE_VECTORS]] void copy(const std::uint8_t* from, std::size_t count, Columns<Places> to) {
   std::size_t at = 0;
   for (; at + kTogether <= count; at += kTogether) {
     prefetch<kTogether * Stride>(from + at * Stride, (count - at) * Stride);

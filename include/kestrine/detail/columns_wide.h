@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "kestrine/detail/column_places.h"
+#include "kestrine/detail/line_vectors.h"
 
 namespace kestrine::detail::wide {
 
@@ -28,7 +29,7 @@ using Order = std::array<int, kWords>;  // words of two vectors, one behind the 
 
 // From so many elements on it is faster than by narrow vectors.
 inline bool is_faster(std::size_t count) {
-  return count >= 4 * kTogether && __builtin_cpu_supports("avx512f");
+  return count >= 4 * kTogether && has_line_vectors();
 }
 
 // --- Which words go where
@@ -131,7 +132,7 @@ struct Batch {
 //
 // Vectors are handed on by reference only: by value they would be a matter of calling conventions.
 
-#define KESTRINE_WIDE [[gnu::target("avx512f"), gnu::always_inline]] inline
+#define KESTRINE_WIDE [[KESTRINE_LINE_VECTORS, gnu::always_inline]] inline
 
 template <const auto& Order, std::size_t... Word>
 KESTRINE_WIDE void shuffle(const Words& low, const Words& high, Words& to, std::index_sequence<Word...>) {
@@ -208,7 +209,7 @@ KESTRINE_WIDE void copy_together(const std::uint8_t* from, const auto& to, std::
 
 // At least sixteen elements.
 template <std::size_t Stride, const auto& Places>
-[[gnu::target("avx512f")]] void copy(const std::uint8_t* from, std::size_t count, Columns<Places> to) {
+[[KESTRINE_LINE_VECTORS]] void copy(const std::uint8_t* from, std::size_t count, Columns<Places> to) {
   std::size_t at = 0;
   for (; at + kTogether <= count; at += kTogether) {
     prefetch<kTogether * Stride>(from + at * Stride, (count - at) * Stride);

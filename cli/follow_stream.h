@@ -22,23 +22,7 @@ struct End {
   std::string failure = {};  // what went wrong, of kFailed
 };
 
-class Streaming {
- public:
-  // All three outlive it.
-  Streaming(const StreamOptions& options, const StreamEvents& events, const Measurement& measurement)
-      : options_(options), events_(events), measurement_(measurement) {}
-
-  // Runs the loop meanwhile, and shows the progress.
-  End follow() const;
-
- private:
-  bool is_complete() const;
-  bool is_time_over(double now) const;
-  double longest_silence() const;
-
-  const StreamOptions& options_;
-  const StreamEvents& events_;
-  const Measurement& measurement_;
-};
+// Runs the loop meanwhile, and shows the progress.
+End follow_stream(const StreamOptions& options, const StreamEvents& events, const Measurement& measurement);
 
 }  // namespace kestrine::cli
