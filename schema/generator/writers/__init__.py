@@ -1,6 +1,6 @@
 """One entry for each generated file."""
 
-from . import constants, enums, events, interfaces, methods, proxies, python, readers, records, requests, tables, texts
+from . import accessors, constants, enums, events, interfaces, methods, proxies, python, records, requests, tables, texts
 from . import types
 
 WRITERS = {
@@ -17,10 +17,10 @@ WRITERS = {
     "src/commands/typed_methods.h": methods.write_typed,
     "src/component/type_tables.cpp": types.write,
     "src/data/constant_rows.h": constants.write,
-    "src/data/packet_readers.h": readers.write,
+    "src/connection/packet_accessors.h": accessors.write,
     "src/events/event_rows.cpp": events.write_rows,
     "src/events/event_rows.h": events.write_header,
-    "src/events/proxies.h": proxies.write,
+    "src/dispatch/event_proxies.h": proxies.write,
     "src/protocol/errors.h": texts.write_errors,
     "src/protocol/requests.h": requests.write,
     "src/protocol/tables.cpp": tables.write,

@@ -1,4 +1,4 @@
-"""src/events/proxies.h"""
+"""src/dispatch/event_proxies.h"""
 
 from ..model.events import Event
 from ..model.schema import Schema
@@ -9,7 +9,7 @@ from .text import header, wrapped
 def write(schema: Schema) -> str:
     body = _proxy("Sync", schema.sync_events) + "\n" + _proxy("Async", schema.async_events)
     return header("One firing operation for each event, for whoever does not fire it from a packet.",
-                  ["<cstdint>", "", '"events/event_source.h"', '"kestrine/enums.h"'], body, "kestrine::events")
+                  ["<cstdint>", "", '"dispatch/event_source.h"', '"kestrine/enums.h"'], body, "kestrine::dispatch")
 
 
 def _proxy(kind: str, events: dict[str, Event]) -> str:

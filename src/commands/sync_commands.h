@@ -1,0 +1,70 @@
+// The operations of ILTCommandSync: each sends, waits for its answer while the thread's messages are handled, and
+// reads its outputs. One call waits at a time.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string>
+
+#include "commands/command_base.h"
+#include "commands/timeouts.h"
+
+namespace kestrine::commands {
+
+class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
+ public:
+  using CommandBase::CommandBase;
+
+  // The operation with this identifier; one argument for each of its parameters, in order. E_POINTER when an
+  // output has nowhere to go: then nothing is sent.
+  HRESULT perform(int dispid, Argument* arguments);
+
+  bool is_answer_pending() const override { return pending_command_ >= 0; }
+  bool is_awaiting_answer(std::int32_t command) const override {
+    return pending_command_ >= 0 && pending_command_ == command;
+  }
+  bool is_awaiting_result(std::int32_t command) const override { return awaits_result_ && is_awaiting_answer(command); }
+  void begin_wait(std::int32_t command);
+  void end_wait(std::int32_t command) override;
+  void release_wait() override;
+  void cancel_wait() override;
+  void time_out() override;
+
+  void set_last_result_status(std::int32_t status) override { last_result_status_ = status; }
+  void report_status(std::int32_t command) override;
+
+  bool must_defer(std::int32_t status_change) const override;
+  void defer_status_change(std::int32_t status_change) override { deferred_.push_back(status_change); }
+  void fire_deferred_events() override;
+
+ protected:
+  ~SyncCommandObject() = default;
+
+ private:
+  bool is_call_waiting() const override { return is_answer_pending(); }
+  HRESULT refuse_while_waiting(const MethodRow& row) override;
+  bool throws(const MethodRow& row) const override;
+  void prepare_to_send(const MethodRow& row) override;
+
+  HRESULT use_increased_timeouts(VARIANT_BOOL increased);
+  std::int32_t timeout_of(const MethodRow& row, const connection::Connection& connection) const;
+  void wait_for_answer(std::int32_t command, std::int32_t timeout, bool for_result);
+  HRESULT wait_and_finish(const MethodRow& row, Argument* arguments, connection::Connection& connection);
+  const protocol::Error* read_outputs(const MethodRow& row, Argument* arguments, connection::Connection& connection);
+  HRESULT finish_call(std::int32_t command);
+  std::u16string explain_status(std::int32_t command);
+  void clear_blocked_speeds(std::int32_t command);
+
+  Timeouts timeouts_;
+  bool increased_timeouts_ = false;
+  std::int32_t pending_command_ = -1;
+  bool awaits_result_ = false;  // of the pending command
+  bool timed_out_ = false;
+  std::int32_t last_result_status_ = 0;
+  std::deque<std::int32_t> deferred_;  // only status changes are ever held back
+};
+
+// Changes that an application learns of at once, also in the middle of a call.
+bool is_immediate_status_change(std::int32_t status_change);
+
+}  // namespace kestrine::commands

@@ -1,0 +1,61 @@
+// The way between the library and its server: out by one write for each request, in by messages to a hidden window
+// (readable data, the server's closing, expired command timers, requests to flush held-back events).
+#pragma once
+
+#include <cstdint>
+
+#include "connection/connection.h"
+#include "connection/packet_reader.h"
+#include "platform/loop.h"
+
+namespace kestrine::connection {
+
+inline constexpr std::uint32_t kSocketMessage = 2025;  // wparam: socket, low word of lparam: event
+inline constexpr std::uint32_t kFlushMessage = 2026;
+
+// Made with a connection, and outlives it: timers, messages and command objects may still refer to it.
+class Channel final : private platform::WindowProcedure, private ByteSource, private PacketConsumer {
+ public:
+  explicit Channel(Connection& connection);
+  Channel(const Channel&) = delete;
+  Channel& operator=(const Channel&) = delete;
+  ~Channel();
+
+  platform::WindowHandle window() const { return window_; }
+  // Connects with this channel's window: another connection object's, when that was made before this channel.
+  const protocol::Error* connect(Connection& connection, const std::string& address, std::uint16_t port);
+
+  bool send(const std::uint8_t* bytes, std::int32_t size) const;
+  // A timer for a command that waits for its answer; kills itself when it expires.
+  void start_timer(std::int32_t command, std::int32_t milliseconds);
+  void stop_timer(std::int32_t command);
+  // The connection's events get an on_flush() from the loop.
+  void request_flush();
+
+  void forget(const Connection& connection);
+  // Without a connection and not inside one of its handlers.
+  bool is_idle() const { return connection_ == nullptr && depth_ == 0; }
+
+ private:
+  std::int64_t on_message(const platform::Message& message) override;
+  bool on_socket(std::int32_t event);
+
+  bool is_open() const override;
+  int receive(void* into, int bytes, bool peek) override;
+  bool would_block() const override;
+  void nap() override;
+  void beep(std::uint32_t hertz, std::uint32_t milliseconds) override;
+  void trace(std::u16string_view key, std::u16string_view text) override;
+
+  void on_packet(const ReceivedPacket& packet) override;
+  void on_out_of_step() override;
+
+  Connection* connection_;
+  platform::WindowHandle window_;
+  // Of the notification at hand: an earlier connection object's, when that connected by this channel.
+  platform::SocketHandle socket_ = platform::kInvalidSocket;
+  PacketReader reader_{*this, *this};
+  int depth_ = 0;  // handlers under way, nested ones included
+};
+
+}  // namespace kestrine::connection

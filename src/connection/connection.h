@@ -1,0 +1,85 @@
+// One connection to a server: the link, the packets received through it, and what is remembered of the server.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "connection/link.h"
+#include "connection/measurement_state.h"
+#include "connection/notification.h"
+#include "connection/packet_reader.h"
+#include "connection/receive_buffers.h"
+#include "connection/settings.h"
+#include "kestrine/component.h"
+
+namespace kestrine::connection {
+
+class Connection;
+
+// Whoever is responsible for what happens on a connection.
+class ConnectionEvents {
+ public:
+  virtual void on_packet(Connection& connection, const ReceivedPacket& packet) = 0;
+  virtual void on_out_of_step() = 0;
+  virtual void on_closed(Connection& connection) = 0;
+  // The timer of a command that waits for its answer has expired.
+  virtual void on_timer(Connection& connection) = 0;
+  // Asked for by Channel::request_flush. False when there was nobody to do it.
+  virtual bool on_flush() = 0;
+
+ protected:
+  ~ConnectionEvents() = default;
+};
+
+// The two command sets that an application may use a connection by.
+enum class CommandSet : std::uint8_t { kSync, kAsync };
+
+class Connection {
+ public:
+  explicit Connection(ConnectionEvents& events)
+      : events_(events), accepts_any_statistic_mode_(settings::suppress_statistic_mode_errors()) {}
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  virtual IUnknown* unknown() = 0;
+
+  ConnectionEvents& events() { return events_; }
+  Link& link() { return link_; }
+  ReceiveBuffers& buffers() { return buffers_; }
+  MeasurementState& measurement() { return measurement_; }
+  const MeasurementState& measurement() const { return measurement_; }
+
+  const Notification& notification() const { return notification_; }
+  void set_notification(const Notification& notification) { notification_ = notification; }
+
+  // The status of the packet received last; 36 before the first one.
+  std::int32_t last_result_status() const { return last_result_status_; }
+  void set_last_result_status(std::int32_t status) { last_result_status_ = status; }
+
+  bool is_used_by(CommandSet set) const { return used_[static_cast<std::size_t>(set)]; }
+  void mark_used_by(CommandSet set) { used_[static_cast<std::size_t>(set)] = true; }
+  bool fires_events_to(CommandSet set) const { return is_used_by(set) && notification_.fires_events(); }
+
+  // Failures are thrown as well as returned.
+  bool throws() const { return throws_; }
+  void set_throws(bool on) { throws_ = on; }
+  // A point measured in the other statistic mode than asked for is handed out all the same.
+  bool accepts_any_statistic_mode() const { return accepts_any_statistic_mode_; }
+
+ protected:
+  ~Connection() = default;
+
+ private:
+  ConnectionEvents& events_;
+  Link link_;
+  ReceiveBuffers buffers_;
+  MeasurementState measurement_;
+  Notification notification_;
+  std::int32_t last_result_status_ = VL_RS_Unknown;
+  std::array<bool, 2> used_{};
+  bool throws_ = false;
+  const bool accepts_any_statistic_mode_;
+};
+
+}  // namespace kestrine::connection

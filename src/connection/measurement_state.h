@@ -1,0 +1,50 @@
+// What this client remembers of measuring: the mode and the time set last, and how far a measurement has come. The
+// server is not asked: only what went through this connection counts.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "kestrine/enums.h"
+
+namespace kestrine::connection {
+
+class MeasurementState {
+ public:
+  void set_mode(std::int32_t mode) { mode_ = mode; }
+  // Milliseconds that a stationary measurement takes.
+  std::int32_t stationary_time() const { return stationary_time_; }
+  void set_stationary_time(std::int32_t milliseconds) { stationary_time_ = milliseconds; }
+  // One flag for two things: the property sets it, every stationary probe result overwrites it.
+  void set_legacy_stationary(bool on) { legacy_stationary_ = on; }
+
+  bool is_stationary_point_mode() const { return mode_ == VL_MM_Stationary || is_profile_mode(); }
+  // A profile mode passes here although it is stationary for a measurement.
+  bool blocks_continuous_probe() const {
+    return mode_ == VL_MM_6DStationary || (legacy_stationary_ && mode_ == VL_MM_Stationary);
+  }
+  bool is_stationary_probe_mode() const { return blocks_continuous_probe() || is_profile_mode(); }
+
+  void on_start_sent() { start_acknowledged_ = false; }
+  // Also a measurement that nobody acknowledged counts as acknowledged once its result has come.
+  void on_result() {
+    start_acknowledged_ = true;
+    ++results_;
+  }
+  bool is_start_acknowledged() const { return start_acknowledged_; }
+  // False for the first acknowledgement of a start.
+  bool acknowledge_start() { return std::exchange(start_acknowledged_, true); }
+  // Stationary results seen so far: tells a new result from the one that still lies in the buffer.
+  std::uint32_t results() const { return results_; }
+
+ private:
+  bool is_profile_mode() const { return mode_ >= VL_MM_Fast && mode_ <= VL_MM_Outdoor; }
+
+  std::int32_t mode_ = VL_MM_Stationary;
+  std::int32_t stationary_time_ = 1500;
+  bool legacy_stationary_ = false;
+  bool start_acknowledged_ = true;
+  std::uint32_t results_ = 0;
+};
+
+}  // namespace kestrine::connection

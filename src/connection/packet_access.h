@@ -1,0 +1,28 @@
+// Finding records and elements in packets that callers hand in as arrays of bytes. Nothing a packet says of itself is
+// believed: every place found lies whole inside its array.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "connection/packet_accessors.h"
+#include "kestrine/component.h"
+#include "protocol/errors.h"
+
+namespace kestrine::connection {
+
+// The array in a variant, or in what a variant refers to; null when there is none.
+SAFEARRAY* array_of(const VARIANT* variant);
+// The bytes of a one-dimensional array of bytes, which may be empty; nothing for anything else.
+std::optional<std::span<const std::uint8_t>> bytes_of(const VARIANT* variant);
+
+// Where the accessor finds its record or element. On failure `at` is left alone and the failure is returned.
+// `any_statistic` lets the two readers of points at each other's packets, at the step of their own elements.
+const protocol::Error* find_in_packet(PacketAccessor accessor, const VARIANT* data, std::int32_t index,
+                                      bool any_statistic, const std::uint8_t*& at);
+
+// The image file inside the answer to GetStillImage.
+const protocol::Error* find_image(const VARIANT* packet, std::span<const std::uint8_t>& file);
+
+}  // namespace kestrine::connection

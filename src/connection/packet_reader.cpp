@@ -1,0 +1,120 @@
+#include "connection/packet_reader.h"
+
+#include <algorithm>
+
+#include "kestrine/wire.h"
+
+namespace kestrine::connection {
+namespace {
+
+constexpr std::int32_t kHeaderBytes = 8;
+constexpr std::int32_t kMostPeeks = 30;
+constexpr std::int32_t kMostReads = 64;      // for one packet
+constexpr std::int32_t kMostDiscards = 128;  // reads for a packet and for throwing away, together
+
+}  // namespace
+
+// Some or none of a header came. True when there is still hope for the rest.
+bool PacketReader::take_short_header(int peeked) {
+  if (peeked == -1) {
+    if (!source_.would_block() && source_.is_open()) {
+      source_.beep(1000, 200);
+      source_.trace(u"recv1", u"not able to get header (peek)");
+    }
+    source_.nap();
+  } else if (peeked > 0) {
+    // The bytes must leave the socket: a full receive buffer would keep the peer from sending the rest. They go
+    // to the front whatever was held before, so a header in three pieces is lost.
+    held_ = std::max(source_.receive(header_.data(), peeked, false), 0);
+    if (held_ != 4) {
+      source_.beep(1000, 200);
+      source_.trace(u"recv6", u"unecpected packet boundary (peek)");
+    }
+  }
+  if (peek_tries_ < kMostPeeks) return true;
+  source_.trace(u"recv2", u"gave up after 30 retries (peek)");
+  return false;
+}
+
+bool PacketReader::on_readable(ReceiveBuffers& buffers) {
+  const int peeked = source_.receive(header_.data() + held_, kHeaderBytes - held_, true);
+  ++peek_tries_;
+  bool ok = true;
+  if (peeked + held_ < kHeaderBytes) {
+    if (take_short_header(peeked)) return true;
+    ok = false;
+  }
+  peek_tries_ = 0;
+  attempts_ = 0;
+
+  const std::int32_t size = wire::load_i32(header_.data());
+  const std::int32_t type = wire::load_i32(header_.data() + 4);
+  const ReceiveBuffers::Buffer buffer = buffers.for_type(type);
+  const bool valid =
+      ok && peeked + held_ == kHeaderBytes && size >= kHeaderBytes && size < buffer.capacity && type >= 0;
+  std::int32_t have = held_;
+  std::copy_n(header_.data(), held_, buffer.bytes);
+  held_ = 0;
+  if (!valid) return discard_input(buffer);
+
+  const Body body = read_body(buffer.bytes, size, have);
+  if (body == Body::kNothingRead) return true;
+  buffers.set_latest({buffer.bytes, static_cast<std::size_t>(have)});
+  if (body == Body::kGivenUp) return discard_input(buffer);
+  consumer_.on_packet({buffer.bytes, buffer.capacity, have});
+  return true;
+}
+
+// Waits for the rest of the packet as long as it takes: only reads that brought data or an error are counted.
+// A peer that has gone reads as nothing again and again, which is counted by itself.
+PacketReader::Body PacketReader::read_body(std::uint8_t* buffer, std::int32_t size, std::int32_t& have) {
+  std::int32_t empty_reads = 0;
+  while (have < size) {
+    const int got = source_.receive(buffer + have, size - have, false);
+    bool counted = true;
+    if (got == -1) {
+      counted = !source_.would_block();
+      source_.nap();
+      if (counted) {
+        source_.beep(1000, 200);
+        source_.trace(u"recv3", u"unknown socket reading error");
+      }
+    } else if (got == 0) {
+      source_.nap();
+      counted = ++empty_reads > kMostReads;
+      if (counted) attempts_ = kMostReads;
+    }
+    const bool give_up = counted && ++attempts_ > kMostReads;
+    if (give_up && have == 0) return Body::kNothingRead;
+    have += std::max(got, 0);
+    if (give_up) return Body::kGivenUp;
+  }
+  return Body::kComplete;
+}
+
+void PacketReader::restart() {
+  peek_tries_ = 0;
+  held_ = 0;
+  header_ = {};
+  attempts_ = 0;
+}
+
+bool PacketReader::on_unknown_event() {
+  attempts_ = 0;
+  return discard_input({nullptr, 0});
+}
+
+// The stream is out of step: a waiting call ends, and what can be read now is thrown away.
+bool PacketReader::discard_input(ReceiveBuffers::Buffer buffer) {
+  source_.trace(u"recv4", u"unknown socket reading error");
+  consumer_.on_out_of_step();
+  while (++attempts_ <= kMostDiscards) {
+    const int got = source_.receive(buffer.bytes, buffer.capacity, false);
+    if (got == -1) source_.nap();
+    if (got <= 0) break;
+  }
+  source_.beep(250, 10);
+  return false;
+}
+
+}  // namespace kestrine::connection

@@ -1,0 +1,87 @@
+// What the layers below the two command objects need of them.
+#pragma once
+
+#include <cstdint>
+
+#include "connection/connection.h"
+#include "dispatch/event_proxies.h"
+#include "kestrine/component.h"
+#include "kestrine/enums.h"
+
+namespace kestrine::dispatch {
+
+using connection::CommandSet;
+
+// Either command object: counted by its own IUnknown.
+class CommandObject {
+ public:
+  explicit CommandObject(CommandSet set) : command_set(set) {}
+  CommandObject(const CommandObject&) = delete;
+  CommandObject& operator=(const CommandObject&) = delete;
+
+  virtual IUnknown* unknown() = 0;
+
+  // Milliseconds since the object was whole.
+  std::uint32_t age() const;
+  void start_age();
+  // The connection has made the object for itself and drops it: to go soon after being made is no surprise then.
+  void retire() { retired_ = true; }
+  bool is_retired() const { return retired_; }
+
+  const CommandSet command_set;
+
+ protected:
+  ~CommandObject() = default;
+
+ private:
+  std::uint32_t creation_tick_ = 0;
+  bool retired_ = false;
+};
+
+class SyncCommands : public CommandObject {
+ public:
+  SyncCommands() : CommandObject(CommandSet::kSync) {}
+
+  virtual CProxy_ILTCommandSyncEvents& event_source() = 0;
+
+  virtual bool is_answer_pending() const = 0;
+  virtual bool is_awaiting_answer(std::int32_t command) const = 0;
+  // True while the call that waits is a measurement of that command, which its result ends.
+  virtual bool is_awaiting_result(std::int32_t command) const = 0;
+  // Ends the wait, whichever command waits, and stops the timer of `command`; nothing for a negative one.
+  virtual void end_wait(std::int32_t command) = 0;
+  // Ends the wait and asks for the held-back events; no timer is stopped.
+  virtual void release_wait() = 0;
+  // Ends the wait and stops its timer; asks for nothing.
+  virtual void cancel_wait() = 0;
+  // The command's time is over.
+  virtual void time_out() = 0;
+
+  virtual void set_last_result_status(std::int32_t status) = 0;
+  // Error information for the status at hand and no more: fires nothing, ends nothing.
+  virtual void report_status(std::int32_t command) = 0;
+
+  // A status change is held back while a call waits, and behind others that are held back.
+  virtual bool must_defer(std::int32_t status_change) const = 0;
+  virtual void defer_status_change(std::int32_t status_change) = 0;
+  virtual void fire_deferred_events() = 0;
+
+ protected:
+  ~SyncCommands() = default;
+};
+
+class AsyncCommands : public CommandObject {
+ public:
+  AsyncCommands() : CommandObject(CommandSet::kAsync) {}
+
+  virtual CProxy_ILTCommandAsyncEvents& event_source() = 0;
+
+  // The tracker stopped that axis by itself: the stored speed starts from rest again.
+  virtual void clear_vertical_speed() = 0;
+  virtual void clear_horizontal_speed() = 0;
+
+ protected:
+  ~AsyncCommands() = default;
+};
+
+}  // namespace kestrine::dispatch

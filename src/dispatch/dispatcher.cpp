@@ -1,0 +1,334 @@
+#include "dispatch/dispatcher.h"
+
+#include <algorithm>
+#include <array>
+
+#include "dispatch/generation.h"
+#include "events/event_rows.h"
+#include "kestrine/enums.h"
+#include "kestrine/pointer.h"
+#include "kestrine/wire.h"
+#include "platform/notices.h"
+
+namespace kestrine::dispatch {
+namespace {
+
+using connection::Connection, connection::ReceivedPacket;
+
+// Offsets that every packet of the kind shares.
+constexpr std::int32_t kSizeOffset = 0;
+constexpr std::int32_t kTypeOffset = 4;
+constexpr std::int32_t kStatusOffset = 8;         // of measurement packets; the change of a status change
+constexpr std::int32_t kCommandOffset = 8;        // of answers and error packets
+constexpr std::int32_t kAnswerStatusOffset = 12;  // of answers and error packets
+constexpr std::int32_t kMeasModeOffset = 12;      // of measurement results
+
+std::int32_t word(const std::uint8_t* packet, std::int32_t offset) {
+  return wire::load_i32(packet + offset);
+}
+
+VL_Command as_command(std::int32_t number) {
+  return static_cast<VL_Command>(number);
+}
+
+VL_ResultStatus as_status(std::int32_t number) {
+  return static_cast<VL_ResultStatus>(number);
+}
+
+IUnknown* unknown_of(CommandObject* object) {
+  return object == nullptr ? nullptr : object->unknown();
+}
+
+void fire_sync(SyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
+  object.event_source().fire(events::sync_events()[static_cast<std::size_t>(dispid) - 1], packet);
+}
+
+void fire_async(AsyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
+  object.event_source().fire(events::async_events()[static_cast<std::size_t>(dispid) - 1], packet);
+}
+
+// The two command objects of a moment, kept alive: a handler may drop the last reference to either, or put another
+// one in its place.
+struct Present {
+  explicit Present(const CommandRoster& objects)
+      : sync(objects.sync()), async(objects.async()), keep_sync(unknown_of(sync)), keep_async(unknown_of(async)) {}
+
+  SyncCommands* sync;
+  AsyncCommands* async;
+  Pointer<IUnknown> keep_sync;
+  Pointer<IUnknown> keep_async;
+};
+
+}  // namespace
+
+void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& received) {
+  const Present present(generation_.objects());
+  const std::uint8_t* const packet = received.bytes;
+  Delivery delivery{connection, packet, connection.is_used_by(CommandSet::kSync) ? present.sync : nullptr,
+                    connection.fires_events_to(CommandSet::kSync) ? present.sync : nullptr,
+                    connection.fires_events_to(CommandSet::kAsync) ? present.async : nullptr};
+  // A received packet has its eight header bytes at the least.
+  const std::int32_t type = word(packet, kTypeOffset);
+  if (received.length > received.capacity || received.length <= 0 || received.length != word(packet, kSizeOffset) ||
+      type < VL_DT_Command || type > VL_DT_ProbePosResult) {
+    return on_malformed(delivery, type);
+  }
+
+  // Whatever lies at the place of an answer's status: the mode of a measurement, what follows a status change.
+  connection.set_last_result_status(word(packet, kAnswerStatusOffset));
+
+  // A handler may start a call whose answer lands in the same buffer; whoever hears of this packet after it must
+  // hear of this one still. An answer can be two events to one sink. No event reads further than a small buffer.
+  std::array<std::uint8_t, connection::kSmallBuffer> snapshot;
+  const std::size_t sinks = (delivery.sync == nullptr ? 0 : delivery.sync->event_source().sink_count()) +
+                            (delivery.async == nullptr ? 0 : delivery.async->event_source().sink_count());
+  if (sinks > 1 || (sinks == 1 && type == VL_DT_Command)) {
+    std::copy_n(packet, snapshot.size(), snapshot.begin());
+    delivery.packet = snapshot.data();
+  }
+  const connection::Notification notification = connection.notification();  // a handler may choose another one
+  deliver(delivery, type);
+  notification.send_message(received, generation_.window());
+}
+
+void Dispatcher::on_out_of_step() {
+  if (SyncCommands* const sync = generation_.objects().sync()) sync->release_wait();
+}
+
+void Dispatcher::on_closed(Connection& connection) {
+  if (!connection.link().mark_ended()) return;
+  const CommandRoster& objects = generation_.objects();
+  if (connection.fires_events_to(CommandSet::kSync) && objects.sync() != nullptr) {
+    objects.sync()->cancel_wait();
+    objects.sync()->event_source().Fire_StatusChangeEvent(VL_SSC_ServerClosing);
+  }
+  if (connection.fires_events_to(CommandSet::kAsync) && objects.async() != nullptr) {
+    objects.async()->event_source().Fire_StatusChangeEvent(VL_SSC_ServerClosing);
+  }
+}
+
+void Dispatcher::on_timer(Connection& connection) {
+  const Present present(generation_.objects());
+  if (connection.fires_events_to(CommandSet::kSync) && present.sync != nullptr) present.sync->time_out();
+}
+
+bool Dispatcher::on_flush() {
+  SyncCommands* const sync = generation_.objects().sync();
+  if (sync != nullptr) sync->fire_deferred_events();
+  return sync != nullptr;
+}
+
+void Dispatcher::deliver(const Delivery& delivery, std::int32_t type) {
+  using namespace events;
+  switch (type) {
+    case VL_DT_Command:
+      return on_answer(delivery);
+    case VL_DT_Error:
+      return on_error(delivery);
+    case VL_DT_SingleMeasResult:
+      return on_single_point(delivery, false);
+    case VL_DT_SingleMeasResult2:
+      return on_single_point(delivery, true);
+    case VL_DT_StationaryProbeMeasResult:
+      return on_probe_result(delivery);
+    case VL_DT_TiltraResult:
+      return on_tiltra_result(delivery);
+    case VL_DT_SystemStatusChange:
+      return on_status_change(delivery);
+    case VL_DT_MultiMeasResult:
+    case VL_DT_MultiMeasResult2:
+      return on_data(delivery, sync_event::ContinuousPointMeasDataReady, async_event::ContinuousPointMeasDataReady);
+    case VL_DT_ContinuousProbeMeasResult:
+      return on_data(delivery, sync_event::ContinuousProbeMeasDataReady, async_event::ContinuousProbeMeasDataReady);
+    case VL_DT_ReflectorPosResult:
+      return on_data(delivery, sync_event::ReflectorPositionData, async_event::ReflectorPositionData);
+    case VL_DT_ProbePosResult:
+      return on_data(delivery, sync_event::ProbePositionData, async_event::ProbePositionData);
+    default:
+      return;
+  }
+}
+
+void Dispatcher::on_malformed(const Delivery& delivery, std::int32_t type) {
+  if (type >= 1000) return;
+  if (delivery.sync != nullptr) delivery.sync->release_wait();
+  platform::beep(4000, 100);
+}
+
+// Counted and announced, without a test of their status; the application fetches the bytes itself.
+void Dispatcher::on_data(const Delivery& delivery, std::int32_t sync_event, std::int32_t async_event) {
+  if (delivery.sync != nullptr) fire_sync(*delivery.sync, sync_event, delivery.packet);
+  if (delivery.async != nullptr) fire_async(*delivery.async, async_event, delivery.packet);
+}
+
+// --- Answers and errors
+
+void Dispatcher::end_wait_by_answer(const Delivery& delivery, std::int32_t command, std::int32_t status) {
+  SyncCommands& sync = *delivery.waiting;
+  Connection& connection = delivery.connection;
+  // The acknowledgement of a stationary measurement does not end that measurement's own wait; the result does.
+  // The status is left alone, too, or a wait that ran out would look like a success. The flag alone would not tell:
+  // it stays clear after a measurement that nobody acknowledged, and other calls must end all the same.
+  const bool measures = sync.is_awaiting_result(command) &&
+                        (command != VL_C_StartMeasurement || !connection.measurement().is_start_acknowledged());
+  if (!measures || status != VL_RS_AllOK) {
+    sync.set_last_result_status(status);
+    sync.end_wait(command);  // whichever command waits
+  }
+  if (command != VL_C_StartMeasurement) return;
+  const bool was_acknowledged = connection.measurement().acknowledge_start();
+  if (status == VL_RS_AllOK || !was_acknowledged) return;
+  sync.report_status(command);
+  if (delivery.sync != nullptr) sync.event_source().Fire_ErrorEvent(as_command(command), as_status(status));
+}
+
+void Dispatcher::on_answer(const Delivery& delivery) {
+  const std::int32_t command = word(delivery.packet, kCommandOffset);
+  const std::int32_t status = word(delivery.packet, kAnswerStatusOffset);
+  if (delivery.waiting != nullptr) end_wait_by_answer(delivery, command, status);
+  fire_answer_events(delivery, command, status);
+}
+
+void Dispatcher::fire_answer_events(const Delivery& delivery, std::int32_t command, std::int32_t status) {
+  const events::AnswerRow* row = events::find_answer(command);
+  if (row == nullptr) return;
+  if (delivery.sync != nullptr && row->sync_event != nullptr) {
+    if (!row->status_tested || is_good_or_reported(command, status)) {
+      delivery.sync->event_source().fire(*row->sync_event, delivery.packet);
+    }
+  }
+  if (delivery.async == nullptr) return;
+  if (row->completion) {
+    if (is_good_or_reported(command, status)) {
+      delivery.async->event_source().Fire_CommandCompletedData(as_command(command));
+    }
+    return;
+  }
+  const bool good = !row->status_tested || is_good_or_reported(command, status);
+  if (good) delivery.async->event_source().fire(*row->async_event, delivery.packet);
+  if (row->async_event2 == nullptr) return;
+  // Two names for one answer: a bad status is reported once, or once for each, as the row has it.
+  const bool second = row->status_tested_twice ? is_good_or_reported(command, status) : good;
+  if (second) delivery.async->event_source().fire(*row->async_event2, delivery.packet);
+}
+
+bool Dispatcher::is_good_or_reported(std::int32_t command, std::int32_t status) {
+  if (status == VL_RS_AllOK) return true;
+  report_bad_answer(command, status);
+  return false;
+}
+
+// Reported on and told by the asynchronous object, also for answers that the synchronous interface tests.
+void Dispatcher::report_bad_answer(std::int32_t command, std::int32_t status) {
+  AsyncCommands* const async = generation_.objects().async();
+  if (async == nullptr) return;
+  const Pointer<IUnknown> keep(async->unknown());
+  generation_.errors().report_async_answer(*async, command, status);
+  async->event_source().Fire_ErrorEvent(as_command(command), as_status(status));
+}
+
+void Dispatcher::on_error(const Delivery& delivery) {
+  const std::int32_t command = word(delivery.packet, kCommandOffset);
+  const std::int32_t status = word(delivery.packet, kAnswerStatusOffset);
+  if (delivery.sync != nullptr) {
+    delivery.sync->set_last_result_status(status);
+    if (command == VL_C_Unknown) {
+      delivery.sync->report_status(command);
+      delivery.sync->event_source().Fire_ErrorEvent(as_command(command), as_status(status));
+    }
+    // The command's timer runs on and may end a later call's wait.
+    delivery.sync->release_wait();
+  }
+  if (delivery.async != nullptr) report_bad_answer(command, status);  // also for status 0
+}
+
+// --- Measurement results
+
+void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
+  const std::int32_t status = word(delivery.packet, kStatusOffset);
+  Connection& connection = delivery.connection;
+  connection.measurement().on_result();
+  const bool consumed = delivery.waiting != nullptr && delivery.waiting->is_answer_pending();
+  if (consumed) {
+    delivery.waiting->set_last_result_status(status);
+    const bool starts = delivery.waiting->is_awaiting_answer(VL_C_StartMeasurement);
+    delivery.waiting->end_wait(starts ? VL_C_StartMeasurement : VL_C_GoAndMeasure);
+  }
+
+  using namespace events;
+  const bool stationary = connection.measurement().is_stationary_point_mode();
+  const std::int32_t sync_id =
+      stationary ? (extended ? sync_event::StationaryPoint2MeasData : sync_event::StationaryPointMeasData)
+                 : (extended ? sync_event::CenterPoint2Data : sync_event::CenterPointData);
+  const std::int32_t async_id =
+      stationary ? (extended ? async_event::StationaryPoint2MeasData : async_event::StationaryPointMeasData)
+                 : (extended ? async_event::CenterPoint2Data : async_event::CenterPointData);
+  if (delivery.sync != nullptr && !(stationary && consumed)) fire_sync(*delivery.sync, sync_id, delivery.packet);
+  if (delivery.async != nullptr && is_good_or_reported(VL_C_StartMeasurement, status)) {
+    fire_async(*delivery.async, async_id, delivery.packet);
+  }
+}
+
+// The two interfaces treat a 6D stationary result differently: the asynchronous one tells it as a stationary
+// measurement, the synchronous one not at all.
+void Dispatcher::on_probe_result(const Delivery& delivery) {
+  const std::int32_t status = word(delivery.packet, kStatusOffset);
+  const std::int32_t mode = word(delivery.packet, kMeasModeOffset);
+  Connection& connection = delivery.connection;
+  connection.measurement().on_result();
+  connection.measurement().set_legacy_stationary(mode == VL_MM_Standard);
+  if (delivery.waiting != nullptr && delivery.waiting->is_answer_pending()) {
+    delivery.waiting->set_last_result_status(status);
+    delivery.waiting->end_wait(VL_C_StartMeasurement);
+  }
+
+  using namespace events;
+  const bool standard = mode == VL_MM_Standard;
+  const bool is_6d = mode == VL_MM_6DStationary;
+  if (delivery.sync != nullptr) {
+    if (standard) {
+      if (is_good_or_reported(VL_C_StartMeasurement, status)) {
+        fire_sync(*delivery.sync, sync_event::StationaryProbeMeasData, delivery.packet);
+      }
+    } else if (!is_6d) {
+      fire_sync(*delivery.sync, sync_event::CenterPointProbeData, delivery.packet);
+    }
+  }
+  if (delivery.async != nullptr && is_good_or_reported(VL_C_StartMeasurement, status)) {
+    fire_async(*delivery.async,
+               standard || is_6d ? async_event::StationaryProbeMeasData : async_event::CenterPointProbeData,
+               delivery.packet);
+  }
+}
+
+void Dispatcher::on_tiltra_result(const Delivery& delivery) {
+  const std::int32_t status = word(delivery.packet, kStatusOffset);
+  if (delivery.waiting != nullptr && delivery.waiting->is_answer_pending()) {
+    delivery.waiting->set_last_result_status(status);
+    delivery.waiting->end_wait(VL_C_StartTiltraMeasurement);
+  }
+  if (delivery.async != nullptr && is_good_or_reported(VL_C_StartTiltraMeasurement, status)) {
+    fire_async(*delivery.async, events::async_event::TiltraMeasurementData, delivery.packet);
+  }
+}
+
+// --- Status changes
+
+void Dispatcher::on_status_change(const Delivery& delivery) {
+  const std::int32_t change = word(delivery.packet, kStatusOffset);
+  if (delivery.sync != nullptr) {
+    if (delivery.sync->must_defer(change)) {
+      delivery.sync->defer_status_change(change);
+    } else {
+      if (change == VL_SSC_TPConnectionClosing || change == VL_SSC_ServerClosing) delivery.sync->cancel_wait();
+      delivery.sync->event_source().Fire_StatusChangeEvent(static_cast<VL_SystemStatusChange>(change));
+      if (change == VL_SSC_ServerClosing) delivery.connection.link().mark_ended();
+    }
+  }
+  if (delivery.async != nullptr) {
+    delivery.async->event_source().Fire_StatusChangeEvent(static_cast<VL_SystemStatusChange>(change));
+    if (change == VL_SSC_ServerClosing) delivery.connection.link().mark_ended();
+  }
+}
+
+}  // namespace kestrine::dispatch

@@ -1,0 +1,78 @@
+// The enumerators of the event protocol: a copy of what there is at the moment of asking, held by references.
+#pragma once
+
+#include <algorithm>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "kestrine/component.h"
+#include "kestrine/object.h"
+
+namespace kestrine::dispatch {
+
+inline IUnknown* held_by(const CONNECTDATA& connection) {
+  return connection.pUnk;
+}
+inline IUnknown* held_by(IConnectionPoint* point) {
+  return point;
+}
+
+template <class Interface, class Item>
+class Enumerator final : public Object<Interface> {
+ public:
+  Enumerator(std::vector<Item> items, std::size_t next) : items_(std::move(items)), next_(next) {
+    for (const Item& item : items_) held_by(item)->AddRef();
+  }
+
+  // As many as were asked for: S_OK; fewer: S_FALSE. `fetched` may be null when one is asked for.
+  HRESULT Next(ULONG count, Item* items, ULONG* fetched) override {
+    if (fetched != nullptr) *fetched = 0;
+    if (items == nullptr || (fetched == nullptr && count != 1)) return E_POINTER;
+    const auto handed = static_cast<ULONG>(std::min<std::size_t>(count, items_.size() - next_));
+    for (ULONG i = 0; i < handed; ++i) {
+      items[i] = items_[next_++];
+      held_by(items[i])->AddRef();
+    }
+    if (fetched != nullptr) *fetched = handed;
+    return handed == count ? S_OK : S_FALSE;
+  }
+  HRESULT Skip(ULONG count) override {
+    const bool enough = count <= items_.size() - next_;
+    next_ = enough ? next_ + count : items_.size();
+    return enough ? S_OK : S_FALSE;
+  }
+  HRESULT Reset() override {
+    next_ = 0;
+    return S_OK;
+  }
+  HRESULT Clone(Interface** copy) override {
+    return create([this] { return items_; }, next_, copy);
+  }
+
+  // `list` gives the items, of which the first to be handed out is `next`.
+  template <class List>
+  static HRESULT create(List list, std::size_t next, Interface** place) {
+    if (place == nullptr) return E_POINTER;
+    *place = nullptr;
+    try {
+      *place = new Enumerator(list(), next);
+      return S_OK;
+    } catch (const std::bad_alloc&) {
+      return E_OUTOFMEMORY;
+    }
+  }
+
+ private:
+  ~Enumerator() override {
+    for (const Item& item : items_) held_by(item)->Release();
+  }
+
+  std::vector<Item> items_;
+  std::size_t next_;
+};
+
+using ConnectionEnumerator = Enumerator<IEnumConnections, CONNECTDATA>;
+using PointEnumerator = Enumerator<IEnumConnectionPoints, IConnectionPoint*>;
+
+}  // namespace kestrine::dispatch

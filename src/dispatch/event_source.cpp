@@ -1,0 +1,195 @@
+#include "dispatch/event_source.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <string>
+
+#include "dispatch/enumerator.h"
+#include "kestrine/pointer.h"
+#include "kestrine/wire.h"
+#include "platform/notices.h"
+
+namespace kestrine::dispatch {
+namespace {
+
+constexpr std::size_t kMostArguments = 64;  // the longest event has 49
+
+BSTR copy_text(const char16_t* units, std::size_t count) {
+  BSTR text = SysAllocStringLen(units, static_cast<UINT>(count));
+  if (text == nullptr) throw std::bad_alloc();
+  return text;
+}
+
+BSTR copy_text_field(const std::uint8_t* at, std::size_t units) {
+  std::array<char16_t, 128> text;
+  wire::load_text(at, text.data(), units);
+  const auto end = std::find(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(units), u'\0');
+  return copy_text(text.data(), static_cast<std::size_t>(end - text.begin()));
+}
+
+void set_argument(VARIANT& argument, const events::Argument& row, const std::uint8_t* packet) {
+  const std::uint8_t* at = packet + row.offset;
+  switch (row.type) {
+    case ArgType::kLong:
+      argument.vt = VT_I4;
+      argument.lVal = wire::load_i32(at);
+      return;
+    case ArgType::kDouble:
+      argument.vt = VT_R8;
+      argument.dblVal = wire::load_f64(at);
+      return;
+    case ArgType::kBool:
+      // The low half as the server sent it: 1 stays 1.
+      argument.vt = VT_BOOL;
+      argument.boolVal = static_cast<VARIANT_BOOL>(wire::load_u16(at));
+      return;
+    case ArgType::kText:
+      argument.bstrVal = copy_text_field(at, row.units);
+      argument.vt = VT_BSTR;
+      return;
+  }
+}
+
+void set_argument(VARIANT& argument, const Value& value) {
+  switch (value.type) {
+    case ArgType::kLong:
+      argument.lVal = value.i32;
+      argument.vt = VT_I4;
+      return;
+    case ArgType::kDouble:
+      argument.dblVal = value.f64;
+      argument.vt = VT_R8;
+      return;
+    case ArgType::kBool:
+      argument.boolVal = value.boolean;
+      argument.vt = VT_BOOL;
+      return;
+    case ArgType::kText:
+      argument.bstrVal = copy_text(value.text, std::char_traits<char16_t>::length(value.text));
+      argument.vt = VT_BSTR;
+      return;
+  }
+}
+
+// The arguments of one call; its texts are freed whatever the sink does.
+struct ArgumentBlock {
+  explicit ArgumentBlock(std::size_t n) : count(n) {
+    for (std::size_t i = 0; i < count; ++i) values[i].vt = VT_EMPTY;
+  }
+  ~ArgumentBlock() {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (values[i].vt == VT_BSTR) SysFreeString(values[i].bstrVal);
+    }
+  }
+  ArgumentBlock(const ArgumentBlock&) = delete;
+  ArgumentBlock& operator=(const ArgumentBlock&) = delete;
+
+  // Arguments travel in reverse order.
+  VARIANT& argument(std::size_t index) { return values[count - 1 - index]; }
+
+  std::size_t count;
+  std::array<VARIANT, kMostArguments> values;
+};
+
+HRESULT call_sink(IDispatch& sink, std::int32_t dispid, ArgumentBlock& block) {
+  DISPPARAMS parameters{};
+  parameters.rgvarg = block.values.data();
+  parameters.cArgs = static_cast<UINT>(block.count);
+  try {
+    return sink.Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
+  } catch (...) {
+    platform::log_line("an event sink threw an exception; it was dropped");
+    return E_UNEXPECTED;
+  }
+}
+
+}  // namespace
+
+EventSource::~EventSource() {
+  for (IDispatch* sink : slots_) {
+    if (sink != nullptr) sink->Release();
+  }
+}
+
+template <class FillArguments>
+HRESULT EventSource::fire_to_each(std::int32_t dispid, std::size_t count, FillArguments fill) {
+  if (advised_ == 0) return S_OK;
+  const Pointer<IConnectionPointContainer> owner(&container_);  // a handler may drop the last other reference
+  HRESULT result = S_OK;
+  const std::size_t slots = slots_.size();  // sinks that join meanwhile wait for the next event
+  for (std::size_t i = 0; i < slots; ++i) {
+    const Pointer<IDispatch> sink(i < slots_.size() ? slots_[i] : nullptr);
+    if (!sink) continue;
+    ArgumentBlock block(count);
+    for (std::size_t n = 0; n < count; ++n) fill(block.argument(n), n);
+    result = call_sink(*sink, dispid, block);
+  }
+  return result;
+}
+
+HRESULT EventSource::fire(const EventRow& event, const std::uint8_t* packet) {
+  return fire_to_each(event.dispid, event.arguments.size(),
+                      [&](VARIANT& value, std::size_t n) { set_argument(value, event.arguments[n], packet); });
+}
+
+HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<Value> values) {
+  return fire_to_each(dispid, values.size(),
+                      [&](VARIANT& argument, std::size_t n) { set_argument(argument, values.begin()[n]); });
+}
+
+HRESULT EventSource::QueryInterface(const IID& iid, void** object) {
+  if (object == nullptr) return E_POINTER;
+  *object = iid == IID_IUnknown || iid == IID_IConnectionPoint ? static_cast<IConnectionPoint*>(this) : nullptr;
+  if (*object == nullptr) return E_NOINTERFACE;
+  AddRef();
+  return S_OK;
+}
+
+HRESULT EventSource::GetConnectionInterface(IID* iid) {
+  if (iid == nullptr) return E_POINTER;
+  *iid = event_interface_;
+  return S_OK;
+}
+
+HRESULT EventSource::GetConnectionPointContainer(IConnectionPointContainer** container) {
+  if (container == nullptr) return E_POINTER;
+  *container = &container_;
+  container_.AddRef();
+  return S_OK;
+}
+
+HRESULT EventSource::Advise(IUnknown* sink, ULONG* cookie) {
+  if (sink == nullptr || cookie == nullptr) return E_POINTER;
+  *cookie = 0;
+  Pointer<IDispatch> events;
+  if (FAILED(sink->QueryInterface(event_interface_, events.put_void()))) return CONNECT_E_CANNOTCONNECT;
+  auto slot = std::find(slots_.begin(), slots_.end(), nullptr);
+  if (slot == slots_.end()) slot = slots_.insert(slots_.end(), nullptr);
+  *slot = events.detach();
+  ++advised_;
+  *cookie = static_cast<ULONG>(slot - slots_.begin()) + 1;
+  return S_OK;
+}
+
+HRESULT EventSource::Unadvise(ULONG cookie) {
+  if (cookie == 0 || cookie > slots_.size() || slots_[cookie - 1] == nullptr) return CONNECT_E_NOCONNECTION;
+  // The slot is empty before the release, which may run code that comes back here.
+  const auto sink = Pointer<IDispatch>::adopt(slots_[cookie - 1]);
+  slots_[cookie - 1] = nullptr;
+  --advised_;
+  return S_OK;
+}
+
+HRESULT EventSource::EnumConnections(IEnumConnections** connections) {
+  const auto list = [this] {
+    std::vector<CONNECTDATA> sinks;
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+      if (slots_[i] != nullptr) sinks.push_back({slots_[i], static_cast<DWORD>(i) + 1});
+    }
+    return sinks;
+  };
+  return ConnectionEnumerator::create(list, 0, connections);
+}
+
+}  // namespace kestrine::dispatch

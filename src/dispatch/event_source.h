@@ -1,0 +1,70 @@
+// The one connection point of a command object, and the firing of its events.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <vector>
+
+#include "events/event_rows.h"
+#include "kestrine/component.h"
+
+namespace kestrine::dispatch {
+
+using events::ArgType, events::EventRow;
+
+// One argument on its way to the sinks. Enumerations travel as numbers.
+struct Value {
+  Value(std::int32_t number) : type(ArgType::kLong), i32(number) {}
+  Value(double number) : type(ArgType::kDouble), f64(number) {}
+  Value(VARIANT_BOOL flag) : type(ArgType::kBool), boolean(flag) {}
+  Value(const char16_t* zero_terminated) : type(ArgType::kText), text(zero_terminated) {}
+
+  ArgType type;
+  union {
+    std::int32_t i32;
+    double f64;
+    VARIANT_BOOL boolean;  // as given: 1 stays 1
+    const char16_t* text;
+  };
+};
+
+// Lives inside its owner and shares the owner's count. Sinks are called in slot order, on the firing thread;
+// they may advise, unadvise, call back into the library or drop the last reference from inside a handler, and a
+// sink that fails or throws does not keep an event from the others.
+class EventSource : public IConnectionPoint {
+ public:
+  // `container` is the owner's IConnectionPointContainer; `event_interface` what a sink must answer to.
+  EventSource(IConnectionPointContainer& container, const IID& event_interface)
+      : container_(container), event_interface_(event_interface) {}
+  EventSource(const EventSource&) = delete;
+  EventSource& operator=(const EventSource&) = delete;
+
+  std::size_t sink_count() const { return advised_; }
+
+  // The result of the last sink called, S_OK without one. Throws std::bad_alloc when a text cannot be copied.
+  HRESULT fire(const EventRow& event, const std::uint8_t* packet);  // arguments from the packet's fields
+  HRESULT fire(std::int32_t dispid, std::initializer_list<Value> values);
+
+  HRESULT QueryInterface(const IID& iid, void** object) override;
+  ULONG AddRef() override { return container_.AddRef(); }
+  ULONG Release() override { return container_.Release(); }
+  HRESULT GetConnectionInterface(IID* iid) override;
+  HRESULT GetConnectionPointContainer(IConnectionPointContainer** container) override;
+  HRESULT Advise(IUnknown* sink, ULONG* cookie) override;
+  HRESULT Unadvise(ULONG cookie) override;
+  HRESULT EnumConnections(IEnumConnections** connections) override;
+
+ protected:
+  ~EventSource();
+
+ private:
+  template <class FillArguments>
+  HRESULT fire_to_each(std::int32_t dispid, std::size_t count, FillArguments fill);
+
+  IConnectionPointContainer& container_;
+  const IID& event_interface_;
+  std::vector<IDispatch*> slots_;  // an empty slot is null; a cookie is a slot's index plus one
+  std::size_t advised_ = 0;
+};
+
+}  // namespace kestrine::dispatch

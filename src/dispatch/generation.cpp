@@ -1,0 +1,33 @@
+#include "dispatch/generation.h"
+
+namespace kestrine::dispatch {
+
+using connection::Channel, connection::Connection;
+
+Generation::Generation(const Identity& identity, ProcessState& process, CommandObjectFactory& factory)
+    : identity_(identity),
+      process_(process),
+      errors_(*this),
+      dispatcher_(*this),
+      objects_(identity.generation, process, factory) {}
+
+Generation::~Generation() = default;
+
+void Generation::attach(Connection& connection) {
+  connection_ = &connection;
+  process_.claim_generation(identity_.generation);
+  std::erase_if(channels_, [](const auto& channel) { return channel->is_idle(); });
+  channel_ = channels_.emplace_back(std::make_unique<Channel>(connection)).get();
+  objects_.release_internal();  // those of an earlier connection
+  objects_.create_internal();
+}
+
+void Generation::detach(Connection& connection) {
+  objects_.release_unused(connection, true);
+  for (const auto& channel : channels_) channel->forget(connection);
+  if (connection_ != &connection) return;  // a later connection has taken its place
+  connection_ = nullptr;
+  objects_.release_internal();  // what an application still holds of these lives on by its own references
+}
+
+}  // namespace kestrine::dispatch

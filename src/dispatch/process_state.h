@@ -1,0 +1,38 @@
+// What all interface generations in a process share.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace kestrine::dispatch {
+
+class ProcessState {
+ public:
+  // The first generation claimed holds for the process; false for the other one.
+  bool claim_generation(int generation) {
+    if (claimed_generation_ == 0) claimed_generation_ = generation;
+    return claimed_generation_ == generation;
+  }
+
+  // An application has asked a connection for one of its command objects, so it makes none of its own.
+  bool has_fetched_objects() const { return has_fetched_objects_; }
+  void mark_objects_fetched() { has_fetched_objects_ = true; }
+
+  // Live objects and locks on class objects: reasons to stay loaded. From any thread.
+  void lock() { ++locks_; }
+  void unlock() { --locks_; }
+  void set_web_hosted(bool on) { web_hosted_ = on; }
+  // A host that is a web application may unload with one lock left: the connection that it keeps.
+  bool can_unload() const {
+    const std::int32_t locks = locks_;
+    return locks == 0 || (locks == 1 && web_hosted_);
+  }
+
+ private:
+  int claimed_generation_ = 0;  // 0: none yet
+  bool has_fetched_objects_ = false;
+  bool web_hosted_ = false;
+  std::atomic<std::int32_t> locks_ = 0;
+};
+
+}  // namespace kestrine::dispatch

@@ -1,0 +1,46 @@
+#include "objects/class_object.h"
+
+#include <new>
+
+#include "kestrine/pointer.h"
+
+namespace kestrine::objects {
+
+HRESULT ClassObject::QueryInterface(const IID& iid, void** object) {
+  if (object == nullptr) return E_POINTER;
+  *object = iid == IID_IUnknown || iid == IID_IClassFactory ? this : nullptr;
+  if (*object == nullptr) return E_NOINTERFACE;
+  AddRef();
+  return S_OK;
+}
+
+ULONG ClassObject::AddRef() {
+  const ULONG count = ++count_;
+  if (count == 2) generation_.process().lock();
+  return count;
+}
+
+ULONG ClassObject::Release() {
+  const ULONG count = --count_;
+  if (count == 1) generation_.process().unlock();
+  return count;
+}
+
+HRESULT ClassObject::CreateInstance(IUnknown* outer, const IID& iid, void** object) {
+  if (object == nullptr) return E_POINTER;
+  *object = nullptr;
+  // The outer object must get the inner one's own IUnknown; any other interface would count on the outer one.
+  if (outer != nullptr && iid != IID_IUnknown) return CLASS_E_NOAGGREGATION;
+  try {
+    return Pointer<IUnknown>::adopt(create_(generation_, outer))->QueryInterface(iid, object);
+  } catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
+  }
+}
+
+HRESULT ClassObject::LockServer(BOOL lock) {
+  lock != 0 ? generation_.process().lock() : generation_.process().unlock();
+  return S_OK;
+}
+
+}  // namespace kestrine::objects

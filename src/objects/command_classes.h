@@ -1,0 +1,49 @@
+// The command classes: engine or dispatcher state, an interface family and an event source, put together.
+#pragma once
+
+#include "commands/async_commands.h"
+#include "commands/sync_commands.h"
+#include "commands/typed_methods.h"
+#include "component/late_bound.h"
+#include "kestrine/interfaces.h"
+#include "objects/component_object.h"
+#include "objects/object_parts.h"
+
+namespace kestrine {
+
+template <class Interface>
+struct InterfaceId<commands::TypedSyncMethods<Interface>> : InterfaceId<Interface> {};
+template <class Interface>
+struct InterfaceId<commands::TypedAsyncMethods<Interface>> : InterfaceId<Interface> {};
+
+}  // namespace kestrine
+
+namespace kestrine::objects {
+
+// `Methods` are the typed operations, `Object` what performs them, `Proxy` the source of the events.
+template <class Methods, class Object, class Proxy, const IID& EventInterface>
+class CommandClass final : public ComponentObject<component::Offered<Methods>, ErrorInfoSupport<Methods>,
+                                                  EventContainer<Proxy, EventInterface>, ClassInfo<EventInterface>>,
+                           public Object {
+ public:
+  explicit CommandClass(dispatch::Generation& generation, IUnknown* outer = nullptr)
+      : CommandClass::ComponentObject(generation.process(), outer), Object(generation) {
+    this->enter();
+  }
+
+  IUnknown* unknown() override { return static_cast<Methods*>(this); }
+  Proxy& event_source() override { return this->source_; }
+
+ private:
+  ~CommandClass() override { this->leave(); }
+  HRESULT call(int dispid, commands::Argument* arguments) override { return this->perform(dispid, arguments); }
+};
+
+template <class Interface, const IID& EventInterface>
+using CommandSync = CommandClass<commands::TypedSyncMethods<Interface>, commands::SyncCommandObject,
+                                 dispatch::CProxy_ILTCommandSyncEvents, EventInterface>;
+template <class Interface, const IID& EventInterface>
+using CommandAsync = CommandClass<commands::TypedAsyncMethods<Interface>, commands::AsyncCommandObject,
+                                  dispatch::CProxy_ILTCommandAsyncEvents, EventInterface>;
+
+}  // namespace kestrine::objects

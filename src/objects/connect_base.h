@@ -1,0 +1,34 @@
+// The operations of ILTConnect, for both generations' connection classes, which add their interface and nothing else.
+#pragma once
+
+#include "connection/connection.h"
+#include "dispatch/generation.h"
+
+namespace kestrine::objects {
+
+class ConnectBase : public connection::Connection {
+ public:
+  explicit ConnectBase(dispatch::Generation& generation)
+      : Connection(generation.connection_events()), generation_(generation) {}
+
+  // What the object calls when it is whole, and before it goes.
+  void enter() { generation_.attach(*this); }
+  void leave();
+
+  HRESULT fetch_commands(dispatch::CommandSet set, IUnknown** object);
+  HRESULT connect(BSTR address, std::int32_t port);
+  HRESULT disconnect();
+  HRESULT select_notification(KR_NotifyMethod method, std::int32_t target_handle, std::int32_t cookie);
+  HRESULT copy_latest_packet(VARIANT* data);
+  HRESULT extract_image(const VARIANT* packet, std::int32_t* size, VARIANT* file);
+
+  // A failure of one of the connection's own operations.
+  HRESULT fail(const protocol::Error& failure, HRESULT code = E_FAIL);
+
+ protected:
+  ~ConnectBase() = default;
+
+  dispatch::Generation& generation_;
+};
+
+}  // namespace kestrine::objects

@@ -1,0 +1,32 @@
+// What libkestrine.so shows to the outside.
+#include "objects/module.h"
+#include "objects/registration.h"
+
+namespace {
+
+// Made on first use and never destroyed: objects that an application keeps in its own static storage may be released
+// after everything of ours would have gone.
+kestrine::objects::Module& module() {
+  static auto* const made = new kestrine::objects::Module;
+  return *made;
+}
+
+}  // namespace
+
+#define KESTRINE_ENTRY extern "C" __attribute__((visibility("default"))) HRESULT
+
+KESTRINE_ENTRY DllGetClassObject(const CLSID& clsid, const IID& iid, void** object) {
+  return module().get_class_object(clsid, iid, object);
+}
+
+KESTRINE_ENTRY DllCanUnloadNow() {
+  return module().can_unload_now();
+}
+
+KESTRINE_ENTRY DllRegisterServer() {
+  return kestrine::objects::register_server();
+}
+
+KESTRINE_ENTRY DllUnregisterServer() {
+  return kestrine::objects::unregister_server();
+}

@@ -1,0 +1,91 @@
+// What every component object offers beside its own interface.
+#pragma once
+
+#include <vector>
+
+#include "component/type_info.h"
+#include "component/type_rows.h"
+#include "dispatch/enumerator.h"
+#include "kestrine/component.h"
+#include "kestrine/interface_id.h"
+
+namespace kestrine::objects {
+
+// Error information is set for failures of `Interface` and of no other.
+template <class Interface>
+class ErrorInfoSupport : public ISupportErrorInfo {
+ public:
+  HRESULT InterfaceSupportsErrorInfo(const IID& iid) override {
+    return iid == interface_id<Interface>() ? S_OK : S_FALSE;
+  }
+
+ protected:
+  ~ErrorInfoSupport() = default;
+};
+
+// A command object's half of the event protocol: a container with exactly one connection point.
+template <class Proxy, const IID& EventInterface>
+class EventContainer : public IConnectionPointContainer {
+ public:
+  HRESULT FindConnectionPoint(const IID& iid, IConnectionPoint** point) override {
+    if (point == nullptr) return E_POINTER;
+    *point = nullptr;
+    if (iid != EventInterface) return CONNECT_E_NOCONNECTION;
+    *point = &source_;
+    source_.AddRef();
+    return S_OK;
+  }
+
+  HRESULT EnumConnectionPoints(IEnumConnectionPoints** points) override {
+    const auto list = [this] { return std::vector<IConnectionPoint*>{&source_}; };
+    return dispatch::PointEnumerator::create(list, 0, points);
+  }
+
+ protected:
+  ~EventContainer() = default;
+
+  Proxy source_{*this, EventInterface};
+};
+
+// The class that fires these events.
+inline const component::TypeRow* class_with_events(const IID& events) {
+  const auto rows = component::types();
+  for (const component::TypeRow& row : rows) {
+    if (row.kind == component::TypeKind::kClass && row.events != component::kNoType &&
+        *rows[static_cast<std::size_t>(row.events)].id == events) {
+      return &row;
+    }
+  }
+  return nullptr;
+}
+
+template <const IID& EventInterface>
+class ClassInfo : public IProvideClassInfo2 {
+ public:
+  HRESULT GetClassInfo(ITypeInfo** info) override {
+    const component::TypeRow* row = class_with_events(EventInterface);
+    return row != nullptr ? component::get_type_info(*row, info) : E_UNEXPECTED;
+  }
+  HRESULT GetGUID(DWORD kind, GUID* id) override {
+    if (id == nullptr) return E_POINTER;
+    const bool known = kind == GUIDKIND_DEFAULT_SOURCE_DISP_IID;
+    *id = known ? EventInterface : GUID_NULL;
+    return known ? S_OK : E_INVALIDARG;
+  }
+
+ protected:
+  ~ClassInfo() = default;
+};
+
+}  // namespace kestrine::objects
+
+namespace kestrine {
+
+template <class Interface>
+struct InterfaceId<objects::ErrorInfoSupport<Interface>> : InterfaceId<ISupportErrorInfo> {};
+template <class Proxy, const IID& EventInterface>
+struct InterfaceId<objects::EventContainer<Proxy, EventInterface>> : InterfaceId<IConnectionPointContainer> {};
+template <const IID& EventInterface>
+struct InterfaceId<objects::ClassInfo<EventInterface>> : InterfaceId<IProvideClassInfo2> {};
+
+}  // namespace kestrine
