@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <new>
 
-#include "connection/byte_array.h"
+#include "connection/byte_arrays.h"
 #include "kestrine/records.h"
 #include "kestrine/wire.h"
 #include "protocol/decode.h"
@@ -68,7 +68,7 @@ void write_outputs(const MethodRow& row, const std::uint8_t* packet, const Argum
 bool write_image(const std::uint8_t* packet, std::int32_t capacity, VARIANT& image) {
   const std::int32_t size = wire::load_i32(packet + kImageSizeOffset);
   if (size < 0 || size > capacity - kImageOffset) return false;
-  SAFEARRAY* array = connection::make_byte_array(packet + kImageOffset, size);
+  SAFEARRAY* array = connection::make_byte_array({packet + kImageOffset, static_cast<std::size_t>(size)});
   if (array == nullptr) return false;
   VariantInit(&image);
   image.vt = VT_ARRAY | VT_UI1;

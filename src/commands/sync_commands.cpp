@@ -2,12 +2,13 @@
 
 #include <utility>
 
-#include "commands/message_pump.h"
 #include "commands/mirror.h"
 #include "commands/outputs.h"
 #include "kestrine/enums.h"
+#include "kestrine/host.h"
 #include "kestrine/pointer.h"
 #include "kestrine/wire.h"
+#include "platform/loop.h"
 #include "platform/notices.h"
 #include "protocol/report.h"
 #include "protocol/texts.h"
@@ -33,6 +34,24 @@ std::int32_t source_type(Source source) {
       break;
   }
   return VL_DT_Command;
+}
+
+constexpr std::uint32_t kDroppedMessage = 0x036A;  // an idle notice of application frameworks
+
+// A stream that never pauses must not keep a call from returning whose wait is over.
+constexpr int kMostMessagesInARow = 1000;
+
+// Waits a slice, then delivers what is due on the thread. A quit message ends the delivery and is thereby lost.
+void deliver_due_messages() {
+  platform::wait_slice();
+  // With early wake the next slice begins with a look at the sockets; a second one here would be a system call for
+  // nothing in every round trip.
+  const auto is_due = host::early_wake() ? platform::is_message_queued : platform::peek_message;
+  for (int delivered = 0; delivered < kMostMessagesInARow && is_due(); ++delivered) {
+    platform::Message message;
+    if (!platform::get_message(message)) return;
+    if (message.id != kDroppedMessage) platform::dispatch_message(message);
+  }
 }
 
 bool is_between(std::int32_t value, std::int32_t low, std::int32_t high) {

@@ -7,11 +7,11 @@
 
 #include "connection/link.h"
 #include "connection/measurement_state.h"
-#include "connection/notification.h"
 #include "connection/packet_reader.h"
 #include "connection/receive_buffers.h"
-#include "connection/settings.h"
 #include "kestrine/component.h"
+#include "kestrine/enums.h"
+#include "platform/loop.h"
 
 namespace kestrine::connection {
 
@@ -32,13 +32,22 @@ class ConnectionEvents {
   ~ConnectionEvents() = default;
 };
 
+// How an application is notified of received packets: by events, by window messages, or not at all.
+struct Notification {
+  KR_NotifyMethod method = KR_NM_Event;  // the unknown ones notify nobody, like KR_NM_None
+  std::int32_t cookie = 0;
+
+  bool fires_events() const { return method == KR_NM_Event; }
+  // The message of a packet, if that is the method; `window` is the one that the packet was read for.
+  void send_message(const ReceivedPacket& packet, platform::WindowHandle window) const;
+};
+
 // The two command sets that an application may use a connection by.
 enum class CommandSet : std::uint8_t { kSync, kAsync };
 
 class Connection {
  public:
-  explicit Connection(ConnectionEvents& events)
-      : events_(events), accepts_any_statistic_mode_(settings::suppress_statistic_mode_errors()) {}
+  explicit Connection(ConnectionEvents& events);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "connection/byte_arrays.h"
 #include "kestrine/continuous.h"
 #include "kestrine/records.h"
 #include "kestrine/wire.h"
@@ -66,19 +67,6 @@ bool fits_statistic(PacketAccessor accessor, Bytes packet) {
 }
 
 }  // namespace
-
-SAFEARRAY* array_of(const VARIANT* variant) {
-  if (variant != nullptr && variant->vt == (VT_BYREF | VT_VARIANT)) variant = variant->pvarVal;
-  if (variant == nullptr || (variant->vt & VT_ARRAY) == 0) return nullptr;
-  if ((variant->vt & VT_BYREF) == 0) return variant->parray;
-  return variant->pparray == nullptr ? nullptr : *variant->pparray;
-}
-
-std::optional<Bytes> bytes_of(const VARIANT* variant) {
-  const SAFEARRAY* array = array_of(variant);
-  if (array == nullptr || array->cDims != 1 || array->cbElements != 1) return std::nullopt;
-  return Bytes(static_cast<const std::uint8_t*>(array->pvData), array->rgsabound[0].cElements);
-}
 
 const Error* find_in_packet(PacketAccessor accessor, const VARIANT* data, std::int32_t index, bool any_statistic,
                             const std::uint8_t*& at) {

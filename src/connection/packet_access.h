@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 
 #include "connection/packet_accessors.h"
@@ -11,11 +10,6 @@
 #include "protocol/errors.h"
 
 namespace kestrine::connection {
-
-// The array in a variant, or in what a variant refers to; null when there is none.
-SAFEARRAY* array_of(const VARIANT* variant);
-// The bytes of a one-dimensional array of bytes, which may be empty; nothing for anything else.
-std::optional<std::span<const std::uint8_t>> bytes_of(const VARIANT* variant);
 
 // Where the accessor finds its record or element. On failure `at` is left alone and the failure is returned.
 // `any_statistic` lets the two readers of points at each other's packets, at the step of their own elements.

@@ -3,7 +3,7 @@
 #include <span>
 #include <string>
 
-#include "connection/byte_array.h"
+#include "connection/byte_arrays.h"
 #include "connection/packet_access.h"
 #include "kestrine/text.h"
 #include "platform/notices.h"
@@ -60,9 +60,8 @@ HRESULT ConnectBase::select_notification(KR_NotifyMethod method, std::int32_t ta
 
 HRESULT ConnectBase::copy_latest_packet(VARIANT* data) {
   if (data == nullptr) return E_POINTER;
-  const std::span<const std::uint8_t> packet = buffers().latest();
   // A fresh array for every call: the caller destroys it when it likes.
-  SAFEARRAY* array = connection::make_byte_array(packet.data(), static_cast<std::int32_t>(packet.size()));
+  SAFEARRAY* array = connection::make_byte_array(buffers().latest());
   if (array == nullptr) return fail(protocol::error::kByteArray);
   VariantInit(data);
   data->vt = VT_ARRAY | VT_UI1;
@@ -77,7 +76,7 @@ HRESULT ConnectBase::extract_image(const VARIANT* packet, std::int32_t* size, VA
   *size = static_cast<std::int32_t>(image.size());
   VariantInit(file);
   file->vt = VT_ARRAY | VT_UI1;  // also of an array that cannot be made
-  file->parray = connection::make_byte_array(image.data(), *size);
+  file->parray = connection::make_byte_array(image);
   return file->parray == nullptr ? fail(protocol::error::kByteArray) : S_OK;
 }
 

@@ -5,7 +5,7 @@
 
 #include "commands/typed_methods.h"
 #include "component/late_bound.h"
-#include "connection/disk_file.h"
+#include "connection/byte_arrays.h"
 #include "connection/packet_access.h"
 #include "connection/version.h"
 #include "data/constants.h"

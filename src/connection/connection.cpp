@@ -1,9 +1,13 @@
-#include "connection/notification.h"
+#include "connection/connection.h"
 
+#include "connection/settings.h"
 #include "kestrine/host.h"
 #include "platform/notices.h"
 
 namespace kestrine::connection {
+
+Connection::Connection(ConnectionEvents& events)
+    : events_(events), accepts_any_statistic_mode_(settings::suppress_statistic_mode_errors()) {}
 
 void Notification::send_message(const ReceivedPacket& packet, platform::WindowHandle window) const {
   const auto number = static_cast<std::uint32_t>(cookie);

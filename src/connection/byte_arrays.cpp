@@ -1,9 +1,9 @@
-#include "connection/disk_file.h"
+#include "connection/byte_arrays.h"
 
 #include <cstdio>
+#include <cstring>
 #include <string>
 
-#include "connection/packet_access.h"
 #include "kestrine/text.h"
 
 namespace kestrine::connection {
@@ -24,6 +24,28 @@ std::size_t bytes_to_write(SAFEARRAY* array) {
 }
 
 }  // namespace
+
+SAFEARRAY* make_byte_array(std::span<const std::uint8_t> bytes) {
+  SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
+  void* into = nullptr;
+  if (array == nullptr || FAILED(SafeArrayAccessData(array, &into))) return nullptr;
+  if (!bytes.empty()) std::memcpy(into, bytes.data(), bytes.size());
+  SafeArrayUnaccessData(array);
+  return array;
+}
+
+SAFEARRAY* array_of(const VARIANT* variant) {
+  if (variant != nullptr && variant->vt == (VT_BYREF | VT_VARIANT)) variant = variant->pvarVal;
+  if (variant == nullptr || (variant->vt & VT_ARRAY) == 0) return nullptr;
+  if ((variant->vt & VT_BYREF) == 0) return variant->parray;
+  return variant->pparray == nullptr ? nullptr : *variant->pparray;
+}
+
+std::optional<std::span<const std::uint8_t>> bytes_of(const VARIANT* variant) {
+  const SAFEARRAY* array = array_of(variant);
+  if (array == nullptr || array->cDims != 1 || array->cbElements != 1) return std::nullopt;
+  return std::span(static_cast<const std::uint8_t*>(array->pvData), array->rgsabound[0].cElements);
+}
 
 bool write_disk_file(const VARIANT* data, BSTR name) {
   SAFEARRAY* array = array_of(data);
