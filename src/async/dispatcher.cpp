@@ -7,7 +7,8 @@
 #include "kestrine/pointer.h"
 #include "kestrine/wire.h"
 #include "platform/notices.h"
-#include "transport/measurement_mode.h"
+#include "protocol/event_numbers.h"
+#include "protocol/measurement_mode.h"
 
 namespace kestrine::async {
 namespace {
@@ -39,11 +40,11 @@ IUnknown* unknown_of(transport::CommandObject* object) {
 }
 
 void fire_sync(transport::SyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
-  object.event_source().fire(events::sync_events()[static_cast<std::size_t>(dispid) - 1], packet);
+  object.event_source().fire(protocol::sync_events()[static_cast<std::size_t>(dispid) - 1], packet);
 }
 
 void fire_async(transport::AsyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
-  object.event_source().fire(events::async_events()[static_cast<std::size_t>(dispid) - 1], packet);
+  object.event_source().fire(protocol::async_events()[static_cast<std::size_t>(dispid) - 1], packet);
 }
 
 }  // namespace
@@ -82,7 +83,7 @@ void Dispatcher::DispatchPacket(CLTConnectBase& connection, const std::uint8_t* 
 }
 
 void Dispatcher::deliver(const Delivery& delivery, std::int32_t type) {
-  using namespace events;
+  using namespace protocol;
   switch (type) {
     case VL_DT_Command:
       return on_answer(delivery);
@@ -160,15 +161,15 @@ void Dispatcher::on_answer(const Delivery& delivery) {
 }
 
 void Dispatcher::fire_answer_events(const Delivery& delivery, std::int32_t command, std::int32_t status) {
-  const events::AnswerRow* row = events::find_answer(command);
-  if (row == nullptr) return;
+  const protocol::CommandRow* row = protocol::find_command(command);
+  if (row == nullptr || row->answer == nullptr) return;
   if (delivery.sync != nullptr && row->sync_event != nullptr) {
     if (!row->status_tested || CheckAnswerStatus(command, status)) {
       delivery.sync->event_source().fire(*row->sync_event, delivery.packet);
     }
   }
   if (delivery.async == nullptr) return;
-  if (row->completion) {
+  if (row->async_event == nullptr) {
     if (CheckAnswerStatus(command, status)) {
       delivery.async->event_source().Fire_CommandCompletedData(as_command(command));
     }
@@ -226,8 +227,8 @@ void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
     delivery.linked->MarkAnswerPending(starts ? VL_C_StartMeasurement : VL_C_GoAndMeasure, false);
   }
 
-  using namespace events;
-  const bool stationary = transport::is_stationary_point_mode(connection.measurement_mode);
+  using namespace protocol;
+  const bool stationary = protocol::is_stationary_point_mode(connection.measurement_mode);
   const std::int32_t sync_id =
       stationary ? (extended ? sync_event::StationaryPoint2MeasData : sync_event::StationaryPointMeasData)
                  : (extended ? sync_event::CenterPoint2Data : sync_event::CenterPointData);
@@ -254,7 +255,7 @@ void Dispatcher::on_probe_result(const Delivery& delivery) {
     delivery.linked->MarkAnswerPending(VL_C_StartMeasurement, false);
   }
 
-  using namespace events;
+  using namespace protocol;
   const bool standard = mode == VL_MM_Standard;
   const bool is_6d = mode == VL_MM_6DStationary;
   if (delivery.sync != nullptr) {
@@ -280,7 +281,7 @@ void Dispatcher::on_tiltra_result(const Delivery& delivery) {
     delivery.linked->MarkAnswerPending(VL_C_StartTiltraMeasurement, false);
   }
   if (delivery.async != nullptr && CheckAnswerStatus(VL_C_StartTiltraMeasurement, status)) {
-    fire_async(*delivery.async, events::async_event::TiltraMeasurementData, delivery.packet);
+    fire_async(*delivery.async, protocol::async_event::TiltraMeasurementData, delivery.packet);
   }
 }
 

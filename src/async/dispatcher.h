@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "events/event_rows.h"
+#include "protocol/catalogue.h"
 #include "transport/connection.h"
 #include "transport/slots.h"
 

@@ -1,15 +1,15 @@
 #include "async/senders.h"
 
-#include "commands/build_request.h"
-#include "commands/mode_check.h"
 #include "platform/clock.h"
+#include "protocol/measurement_mode.h"
 #include "protocol/texts.h"
 #include "transport/command_sender.h"
 #include "transport/generation_notice.h"
 
 namespace kestrine::async {
 
-using commands::Argument, commands::Family, commands::MethodRow;
+using commands::Argument;
+using protocol::MemberRow, protocol::Mirror;
 
 void CLTCommandAsyncBase::enter() {
   if (!slots.creating_internally) slots.current_async = this;
@@ -28,28 +28,32 @@ void CLTCommandAsyncBase::leave() {
 }
 
 HRESULT CLTCommandAsyncBase::perform(int dispid, const Argument* arguments) {
-  const MethodRow& row = commands::async_methods()[static_cast<std::size_t>(dispid) - 1];
-  if (const protocol::Error* misfit = commands::find_mode_misfit(row, slots.connection)) return refuse(*misfit);
-  if (slots.connection != nullptr) slots.ReleaseUnusedCommandObjects(*slots.connection, false);
+  const MemberRow& row = protocol::async_methods()[static_cast<std::size_t>(dispid) - 1];
+  if (slots.connection != nullptr) {
+    const auto* const misfit =
+        protocol::find_mode_misfit(row, slots.connection->measurement_mode, slots.connection->legacy_stationary_mode);
+    if (misfit != nullptr) return refuse(*misfit);
+    slots.ReleaseUnusedCommandObjects(*slots.connection, false);
+  }
   if (slots.current_sync != nullptr && slots.current_sync->IsAnswerPending()) {
     return refuse(protocol::error::kPendingAnswer);
   }
-  if (row.family == Family::kMove) speeds_.step(row);
+  speeds_.step(row.speeds);
 
   const protocol::Request request = commands::build_request(row, arguments, speeds_);
   if (slots.transport == nullptr || !slots.transport->send(request.bytes.data(), request.size)) {
-    return report_send_failure(row.command);
+    return report_send_failure(row.command->code);
   }
-  after_send(row, arguments);
+  after_send(row, request);
   return S_OK;
 }
 
 // Remembered as soon as it is sent: nobody waits here for the server to take it.
-void CLTCommandAsyncBase::after_send(const MethodRow& row, const Argument* arguments) {
-  if (row.family == Family::kMove) speeds_.sent(row);
+void CLTCommandAsyncBase::after_send(const MemberRow& row, const protocol::Request& request) {
+  speeds_.sent(row.speeds);
   if (slots.connection == nullptr) return;
-  if (row.family == Family::kSetMeasurementMode) slots.connection->measurement_mode = arguments[0].i32;
-  if (row.family == Family::kSetStationaryTime) slots.connection->stationary_measure_time = arguments[0].i32;
+  if (row.mirror == Mirror::kMeasurementMode) slots.connection->measurement_mode = request.first_integer();
+  if (row.mirror == Mirror::kMeasureTime) slots.connection->stationary_measure_time = request.first_integer();
 }
 
 HRESULT CLTCommandAsyncBase::refuse(const protocol::Error& failure) {
@@ -58,7 +62,7 @@ HRESULT CLTCommandAsyncBase::refuse(const protocol::Error& failure) {
 }
 
 HRESULT CLTCommandAsyncBase::report_send_failure(std::int32_t command) {
-  return slots.errors->RaiseError(slots.connection, protocol::SendFailureText(command), slots.identity.async, E_FAIL,
+  return slots.errors->RaiseError(slots.connection, protocol::send_failure_text(command), slots.identity.async, E_FAIL,
                                   throws(), protocol::error::kSendFailed.number);
 }
 

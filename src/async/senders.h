@@ -4,9 +4,7 @@
 
 #include <cstdint>
 
-#include "commands/argument.h"
-#include "commands/drive_speeds.h"
-#include "commands/method_rows.h"
+#include "commands/arguments.h"
 #include "protocol/errors.h"
 #include "transport/command_objects.h"
 #include "transport/connection.h"
@@ -41,7 +39,7 @@ class CLTCommandAsyncBase : public transport::AsyncCommands {
   bool throws() const { return slots.connection != nullptr && slots.connection->exception_policy; }
   HRESULT refuse(const protocol::Error& failure);
   HRESULT report_send_failure(std::int32_t command);
-  void after_send(const commands::MethodRow& row, const commands::Argument* arguments);
+  void after_send(const protocol::MemberRow& row, const protocol::Request& request);
 
   std::uint32_t creation_tick_ = 0;
   commands::DriveSpeeds speeds_;

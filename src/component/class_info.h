@@ -1,20 +1,15 @@
 // How a command object tells which class it is and what events it fires.
 #pragma once
 
-#include "component/type_info.h"
-#include "component/type_rows.h"
 #include "kestrine/interface_id.h"
+#include "scripting/type_info.h"
 
 namespace kestrine::component {
 
 // The class that fires these events.
-inline const TypeRow* class_with_events(const IID& events) {
-  const auto rows = types();
-  for (const TypeRow& row : rows) {
-    if (row.kind == TypeKind::kClass && row.events != kNoType &&
-        *rows[static_cast<std::size_t>(row.events)].id == events) {
-      return &row;
-    }
+inline const protocol::TypeRow* class_with_events(const IID& events) {
+  for (const protocol::TypeRow& row : protocol::types()) {
+    if (row.fires != nullptr && *row.fires->id == events) return &row;
   }
   return nullptr;
 }
@@ -23,8 +18,8 @@ template <const IID& EventInterface>
 class ClassInfo : public IProvideClassInfo2 {
  public:
   HRESULT GetClassInfo(ITypeInfo** info) override {
-    const TypeRow* row = class_with_events(EventInterface);
-    return row != nullptr ? get_type_info(*row, info) : E_UNEXPECTED;
+    const protocol::TypeRow* row = class_with_events(EventInterface);
+    return row != nullptr ? scripting::get_type_info(*row, info) : E_UNEXPECTED;
   }
   HRESULT GetGUID(DWORD kind, GUID* id) override {
     if (id == nullptr) return E_POINTER;

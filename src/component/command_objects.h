@@ -5,9 +5,9 @@
 #include "commands/typed_methods.h"
 #include "component/class_info.h"
 #include "component/component_object.h"
-#include "component/late_bound.h"
 #include "component/object_parts.h"
 #include "kestrine/interfaces.h"
+#include "scripting/late_bound.h"
 #include "sync/operations.h"
 
 namespace kestrine {
@@ -23,7 +23,7 @@ namespace kestrine::component {
 
 template <class Interface, const IID& EventInterface>
 class CommandSync final
-    : public ComponentObject<Offered<commands::TypedSyncMethods<Interface>>, ErrorInfoSupport<Interface>,
+    : public ComponentObject<scripting::Offered<commands::TypedSyncMethods<Interface>>, ErrorInfoSupport<Interface>,
                              EventContainer<events::CProxy_ILTCommandSyncEvents, EventInterface>,
                              ClassInfo<EventInterface>>,
       public sync::CLTCommandSyncBase {
@@ -43,7 +43,7 @@ class CommandSync final
 
 template <class Interface, const IID& EventInterface>
 class CommandAsync final
-    : public ComponentObject<Offered<commands::TypedAsyncMethods<Interface>>, ErrorInfoSupport<Interface>,
+    : public ComponentObject<scripting::Offered<commands::TypedAsyncMethods<Interface>>, ErrorInfoSupport<Interface>,
                              EventContainer<events::CProxy_ILTCommandAsyncEvents, EventInterface>,
                              ClassInfo<EventInterface>>,
       public async::CLTCommandAsyncBase {

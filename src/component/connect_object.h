@@ -5,12 +5,11 @@
 
 #include "commands/typed_methods.h"
 #include "component/component_object.h"
-#include "component/late_bound.h"
 #include "component/object_parts.h"
-#include "data/constants.h"
 #include "data/disk_file.h"
 #include "data/packet_access.h"
 #include "kestrine/interfaces.h"
+#include "scripting/late_bound.h"
 #include "transport/connection.h"
 
 namespace kestrine::component {
@@ -38,8 +37,9 @@ struct InterfaceId<component::NumberedMembers<Interface>> : InterfaceId<Interfac
 namespace kestrine::component {
 
 template <class Interface>
-class Connect final : public ComponentObject<Offered<NumberedMembers<Interface>>, ErrorInfoSupport<Interface>>,
-                      public transport::CLTConnectBase {
+class Connect final
+    : public ComponentObject<scripting::Offered<NumberedMembers<Interface>>, ErrorInfoSupport<Interface>>,
+      public transport::CLTConnectBase {
  public:
   explicit Connect(transport::Slots& generation, IUnknown* outer = nullptr)
       : Connect::ComponentObject(generation.process, outer), CLTConnectBase(generation) {}
@@ -90,7 +90,7 @@ class Connect final : public ComponentObject<Offered<NumberedMembers<Interface>>
   }
   HRESULT GetConstant(KR_Constant constant, double* value) override {
     if (value == nullptr) return E_POINTER;
-    const std::optional<double> found = data::find_constant(constant);
+    const std::optional<double> found = protocol::find_constant(constant);
     *value = found.value_or(0);
     return found ? S_OK : fail(protocol::error::kWrongConstant);
   }

@@ -4,7 +4,6 @@
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
 #include "platform/error_info.h"
-#include "protocol/report.h"
 #include "protocol/texts.h"
 #include "transport/connection.h"
 
@@ -28,7 +27,7 @@ HRESULT ErrorReporting::RaiseError(transport::CLTConnectBase* connection, std::u
 
 HRESULT ErrorReporting::RaiseErrorFromResource(transport::CLTConnectBase* connection, std::int32_t row, const IID& iid,
                                                HRESULT code, bool throws, std::int32_t number) {
-  return RaiseError(connection, protocol::LoadStringResource(row), iid, code, throws, number);
+  return RaiseError(connection, protocol::table_text(row), iid, code, throws, number);
 }
 
 HRESULT ErrorReporting::ReportAsyncAnswerError(transport::AsyncCommands& object, std::int32_t command,
@@ -38,9 +37,9 @@ HRESULT ErrorReporting::ReportAsyncAnswerError(transport::AsyncCommands& object,
     if (status == protocol::kVerticalLimitStatus) object.clear_vertical_speed();
     if (status == protocol::kHorizontalLimitStatus) object.clear_horizontal_speed();
   }
-  const std::int32_t warning = protocol::StatusToWarningRow(status);
-  const std::u16string report = protocol::answer_report(command, status);
-  set_error_information(warning != 0 ? protocol::LoadStringResource(warning) : report, slots_.identity.async_source,
+  const std::int32_t warning = protocol::warning_row(status);
+  const std::u16string report = protocol::bad_answer_text(command, status);
+  set_error_information(warning != 0 ? protocol::table_text(warning) : report, slots_.identity.async_source,
                         slots_.identity.async, status);
   return S_FALSE;
 }

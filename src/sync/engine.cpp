@@ -10,7 +10,6 @@
 #include "platform/loop.h"
 #include "platform/notices.h"
 #include "protocol/errors.h"
-#include "protocol/report.h"
 #include "protocol/texts.h"
 #include "transport/command_sender.h"
 #include "transport/connection.h"
@@ -105,11 +104,11 @@ bool Engine::FlushDeferredEvents() {
 }
 
 std::u16string Engine::report_text(std::int32_t command) {
-  if (!timed_out_) return protocol::answer_report(command, last_result_status_);
+  if (!timed_out_) return protocol::bad_answer_text(command, last_result_status_);
   if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown) {
     last_result_status_ = protocol::error::kTimedOut.number;
   }
-  return protocol::timeout_report(command);
+  return protocol::timeout_text(command);
 }
 
 HRESULT Engine::FinishSyncCall(std::int32_t command, bool report_only) {
@@ -121,9 +120,9 @@ HRESULT Engine::FinishSyncCall(std::int32_t command, bool report_only) {
     }
     const std::u16string text = report_text(command);
     const std::int32_t status = last_result_status_;
-    const std::int32_t warning = protocol::StatusToWarningRow(status);
+    const std::int32_t warning = protocol::warning_row(status);
     if (warning != 0 || report_only) {
-      slots.errors->set_error_information(warning != 0 ? protocol::LoadStringResource(warning) : text,
+      slots.errors->set_error_information(warning != 0 ? protocol::table_text(warning) : text,
                                           slots.identity.sync_source, slots.identity.sync, status);
       result = S_FALSE;
     } else {
@@ -146,7 +145,7 @@ void Engine::begin_call() {
 
 HRESULT Engine::send(std::int32_t command, const std::uint8_t* bytes, std::int32_t size) {
   if (slots.transport != nullptr && slots.transport->send(bytes, size)) return S_OK;
-  return slots.errors->RaiseError(slots.connection, protocol::SendFailureText(command), slots.identity.sync, E_FAIL,
+  return slots.errors->RaiseError(slots.connection, protocol::send_failure_text(command), slots.identity.sync, E_FAIL,
                                   false, protocol::error::kSendFailed.number);
 }
 

@@ -2,8 +2,7 @@
 // decodes. The families that depart from it are told apart along the way.
 #pragma once
 
-#include "commands/argument.h"
-#include "commands/method_rows.h"
+#include "commands/arguments.h"
 #include "sync/engine.h"
 #include "transport/connection.h"
 
@@ -21,13 +20,12 @@ class CLTCommandSyncBase : public Engine {
   ~CLTCommandSyncBase() = default;
 
  private:
-  HRESULT refuse_pending(const commands::MethodRow& row);
-  void after_send(const commands::MethodRow& row, transport::CLTConnectBase& connection);
-  std::int32_t timeout_of(const commands::MethodRow& row, const transport::CLTConnectBase& connection) const;
-  HRESULT wait_and_finish(const commands::MethodRow& row, commands::Argument* arguments,
-                          transport::CLTConnectBase& connection);
-  void mirror(const commands::MethodRow& row, const commands::Argument* arguments,
-              transport::CLTConnectBase& connection);
+  HRESULT refuse_pending(const protocol::MemberRow& row);
+  void after_send(const protocol::MemberRow& row, transport::CLTConnectBase& connection);
+  std::int32_t timeout_of(const protocol::MemberRow& row, const transport::CLTConnectBase& connection) const;
+  HRESULT wait_and_finish(const protocol::MemberRow& row, const protocol::Request& request,
+                          commands::Argument* arguments, transport::CLTConnectBase& connection);
+  void mirror(const protocol::MemberRow& row, const protocol::Request& request, transport::CLTConnectBase& connection);
 };
 
 }  // namespace kestrine::sync

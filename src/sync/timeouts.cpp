@@ -7,7 +7,7 @@
 
 namespace kestrine::sync {
 
-using commands::WaitClass;
+using protocol::WaitClass;
 
 namespace {
 

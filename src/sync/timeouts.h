@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "commands/method_rows.h"
+#include "protocol/catalogue.h"
 
 namespace kestrine::sync {
 
@@ -18,7 +18,7 @@ class Timeouts {
   // first value that is not positive, which is stored as read; false when it did.
   bool read_again(bool increased);
 
-  std::int32_t operator[](commands::WaitClass wait) const;
+  std::int32_t operator[](protocol::WaitClass wait) const;
 
  private:
   static constexpr std::size_t kCount = 9;

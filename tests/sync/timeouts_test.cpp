@@ -6,7 +6,7 @@
 namespace kestrine::test {
 namespace {
 
-using commands::WaitClass;
+using protocol::WaitClass;
 using sync::Timeouts;
 
 constexpr WaitClass kOrder[] = {WaitClass::kStandard,
