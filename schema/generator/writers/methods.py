@@ -1,7 +1,7 @@
 """src/commands/method_rows.h, src/commands/method_rows.cpp and src/commands/typed_methods.h"""
 
 from ..model.interfaces import Member, Parameter
-from ..model.methods import FAMILIES, WAITS, Method
+from ..model.methods import FAMILIES, Method
 from ..model.schema import Schema
 from .members import cpp_type, signature
 from .text import array, constant, flag, header, literal, source, wrapped
@@ -11,8 +11,7 @@ _SLOTS = {"long": "i32", "double": "f64", "bool": "boolean", "text": "text", "by
 
 
 def write_header(schema: Schema) -> str:
-    del schema
-    waits = ", ".join(constant(wait) for wait in WAITS)
+    waits = ", ".join(constant(name) for name in ["none", *(wait.name for wait in schema.waits)])
     families = ", ".join(constant(family) for family in FAMILIES)
     body = f"""{wrapped("enum class WaitClass : std::uint8_t { ", waits.split(", "), " };", 2)}
 
