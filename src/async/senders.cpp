@@ -38,7 +38,7 @@ HRESULT CLTCommandAsyncBase::perform(int dispid, const Argument* arguments) {
   if (slots.current_sync != nullptr && slots.current_sync->IsAnswerPending()) {
     return refuse(protocol::error::kPendingAnswer);
   }
-  speeds_.step(row.speeds);
+  speeds_.step(row.speed);
 
   const protocol::Request request = commands::build_request(row, arguments, speeds_);
   if (slots.transport == nullptr || !slots.transport->send(request.bytes.data(), request.size)) {
@@ -50,10 +50,10 @@ HRESULT CLTCommandAsyncBase::perform(int dispid, const Argument* arguments) {
 
 // Remembered as soon as it is sent: nobody waits here for the server to take it.
 void CLTCommandAsyncBase::after_send(const MemberRow& row, const protocol::Request& request) {
-  speeds_.sent(row.speeds);
+  speeds_.sent(row.speed);
   if (slots.connection == nullptr) return;
   if (row.mirror == Mirror::kMeasurementMode) slots.connection->measurement_mode = request.first_integer();
-  if (row.mirror == Mirror::kMeasureTime) slots.connection->stationary_measure_time = request.first_integer();
+  if (row.mirror == Mirror::kStationaryTime) slots.connection->stationary_measure_time = request.first_integer();
 }
 
 HRESULT CLTCommandAsyncBase::refuse(const protocol::Error& failure) {

@@ -25,8 +25,8 @@ bool write_bytes(const Value& value, const std::uint8_t* packet, std::int32_t ca
 
 protocol::Request build_request(const MemberRow& row, const Argument* arguments, const DriveSpeeds& stored) {
   protocol::Request request(row.command->code, row.command->request_size);
-  if (row.speeds != protocol::Speeds::kNone) {
-    const DriveSpeeds speeds = stored.to_send(row.speeds, arguments);
+  if (row.speed != protocol::Speed::kNone) {
+    const DriveSpeeds speeds = stored.to_send(row.speed, arguments);
     request.put_int32(row.command->parameters[0].offset, speeds.horizontal);
     request.put_int32(row.command->parameters[1].offset, speeds.vertical);
     return request;

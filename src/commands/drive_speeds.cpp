@@ -6,7 +6,7 @@
 
 namespace kestrine::commands {
 
-using protocol::Speeds;
+using protocol::Speed;
 
 namespace {
 
@@ -23,31 +23,31 @@ std::int32_t clamp_speed(std::int32_t speed) {
 
 }  // namespace
 
-void DriveSpeeds::step(Speeds drive) {
+void DriveSpeeds::step(Speed drive) {
   switch (drive) {
-    case Speeds::kNone:
-    case Speeds::kGiven:
+    case Speed::kNone:
+    case Speed::kGiven:
       return;
-    case Speeds::kLeft:
+    case Speed::kLeft:
       return add(horizontal, -kStep);
-    case Speeds::kRight:
+    case Speed::kRight:
       return add(horizontal, kStep);
-    case Speeds::kUp:
+    case Speed::kUp:
       return add(vertical, -kStep);
-    case Speeds::kDown:
+    case Speed::kDown:
       return add(vertical, kStep);
-    case Speeds::kStop:
+    case Speed::kStop:
       *this = {};
   }
 }
 
-DriveSpeeds DriveSpeeds::to_send(Speeds drive, const Argument* arguments) const {
-  if (drive != Speeds::kGiven) return *this;
+DriveSpeeds DriveSpeeds::to_send(Speed drive, const Argument* arguments) const {
+  if (drive != Speed::kGiven) return *this;
   return {clamp_speed(arguments[0].i32), clamp_speed(arguments[1].i32)};
 }
 
-void DriveSpeeds::sent(Speeds drive) {
-  if (drive == Speeds::kGiven) *this = {};
+void DriveSpeeds::sent(Speed drive) {
+  if (drive == Speed::kGiven) *this = {};
 }
 
 }  // namespace kestrine::commands

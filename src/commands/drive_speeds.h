@@ -15,11 +15,11 @@ struct DriveSpeeds {
   std::int32_t vertical = 0;
 
   // What the operation changes before its request is built; stays changed when the request cannot be sent.
-  void step(protocol::Speeds drive);
+  void step(protocol::Speed drive);
   // What the operation sends: the stored speeds, or those given, each cut at full speed.
-  DriveSpeeds to_send(protocol::Speeds drive, const Argument* arguments) const;
+  DriveSpeeds to_send(protocol::Speed drive, const Argument* arguments) const;
   // Driving at a given speed leaves the stored speeds at rest: the next step starts from there.
-  void sent(protocol::Speeds drive);
+  void sent(protocol::Speed drive);
 };
 
 }  // namespace kestrine::commands

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 #include "dispatch/variant_value.h"
 #include "events/enumerator.h"
@@ -20,7 +21,9 @@ void set_argument(VARIANT& argument, const protocol::Value& value, const std::ui
 
 void set_argument(VARIANT& argument, const Argument& given) {
   argument = given.value;
-  if (given.value.vt == VT_BSTR) argument.bstrVal = dispatch::copy_text(given.text.data(), given.text.size());
+  if (given.value.vt != VT_BSTR) return;
+  argument.bstrVal = dispatch::copy_text(given.text.data(), given.text.size());
+  if (argument.bstrVal == nullptr) throw std::bad_alloc();
 }
 
 // The arguments of one call; its texts are freed whatever the sink does.

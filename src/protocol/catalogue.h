@@ -23,6 +23,27 @@ enum class ValueType : std::uint8_t {
   kObject,  // an object with interfaces; in no packet
 };
 
+// What a number measures. Lengths, angles, temperatures and pressures travel in the units that are set.
+enum class Quantity : std::uint8_t {
+  kNone,  // a pure number, or none
+  kLength,
+  kSquaredLength,
+  kAngle,
+  kSquaredAngle,
+  kPosition,    // one of three neighbours that together are a point in the coordinate system set
+  kDeviation,   // of a coordinate, in its unit
+  kCovariance,  // of two coordinates, in the product of their units
+  kTemperature,
+  kPressure,
+  kHumidity,  // relative, in percent
+  kCount,
+  kHours,
+  kMinutes,
+  kSeconds,
+  kMilliseconds,
+  kMicroseconds,
+};
+
 struct TypeRow;
 
 // A field of a record, a parameter of a request, an argument of an event, a parameter or an output of an operation.
@@ -30,6 +51,7 @@ struct Value {
   const char* name;
   const TypeRow* named;  // its enumeration or record, else null
   ValueType type;
+  Quantity quantity;
   bool out;              // of a parameter: the caller says where the value is to go
   std::uint16_t offset;  // in its record, or in the packet that carries it
   std::uint16_t count;   // elements: units of a text, 1 for what is only the first of many; 0 for a single value
@@ -42,18 +64,11 @@ struct CommandRow;
 
 enum class MemberKind : std::uint8_t { kMethod, kGet, kPut };
 
-// How long an operation waits for its answer; the settings hold the times.
-enum class WaitClass : std::uint8_t {
-  kNone,
-  kStandard,
-  kExtended,
-  kTrackerInit,
-  kMeasurementAdditional,
-  kFind,
-  kTransformation,
-  kOrientToGravity,
-  kIntermediateCompensation,
-  kAtrCompensation,
+// How long an operation waits for its answer.
+struct WaitRow {
+  const char16_t* key;     // in the settings, section SyncCommandTimeouts
+  std::int32_t ordinary;   // milliseconds
+  std::int32_t increased;  // when timeouts are increased; 0: never read again
 };
 
 // The measurement that an operation starts, which the measurement mode must fit.
@@ -69,10 +84,10 @@ enum class ModeCheck : std::uint8_t {
 enum class Source : std::uint8_t { kAnswer, kMeasurement, kTiltra };
 
 // What the connection remembers of the server, once an operation has set it there.
-enum class Mirror : std::uint8_t { kNone, kMeasurementMode, kMeasureTime };
+enum class Mirror : std::uint8_t { kNone, kMeasurementMode, kStationaryTime };
 
 // How an operation drives the head by speed: at the speeds given, or at a step from those stored.
-enum class Speeds : std::uint8_t { kNone, kGiven, kLeft, kRight, kUp, kDown, kStop };
+enum class Speed : std::uint8_t { kNone, kGiven, kLeft, kRight, kUp, kDown, kStop };
 
 // A member of an interface or an event. The columns from `command` on are those of the command sets' operations, and
 // how they depart from sending, waiting for the answer and handing out its values.
@@ -83,16 +98,16 @@ struct MemberRow {
   std::span<const Value> values = {};  // parameters in order, or arguments; of a property its value alone
 
   const CommandRow* command = nullptr;
-  WaitClass wait = WaitClass::kNone;
+  const WaitRow* wait = nullptr;
   bool adds_measure_time = false;  // to the time that the class waits
   bool sends_only = false;         // the items of the answer arrive as events
   ModeCheck mode_check = ModeCheck::kNone;
   Source source = Source::kAnswer;
-  bool needs_result = false;       // the answer only acknowledges; the call is over with the measurement
-  bool only_good_outputs = false;  // nothing is handed out under a bad status
+  bool waits_for_result = false;   // the answer only acknowledges; the call is over with the measurement
+  bool outputs_when_good = false;  // nothing is handed out under a bad status
   std::int32_t result_type = -1;   // the data type that the measurement must have, or -1 for any
   Mirror mirror = Mirror::kNone;   // of the first parameter
-  Speeds speeds = Speeds::kNone;
+  Speed speed = Speed::kNone;
 };
 
 struct CommandRow {
@@ -158,6 +173,7 @@ struct ConstantRow {
 std::span<const TypeRow> types();        // enumerations, records, interfaces, events, classes
 std::span<const CommandRow> commands();  // in code order, 50 included as no command
 std::span<const PacketRow> packets();
+std::span<const WaitRow> wait_classes();  // in the order of reading; those that are read again first
 std::span<const TextRow> status_texts();  // these two in ascending order of their numbers
 std::span<const TextRow> string_table();
 std::span<const ConstantRow> constants();

@@ -20,31 +20,24 @@ bool is_array(const Value& field) {
   return field.count != 0 && field.type != ValueType::kRecord;
 }
 
-// Of one element, where there are several.
-std::size_t element_size(const Value& field) {
-  return field.type == ValueType::kBytes    ? 1
-         : field.type == ValueType::kText   ? 2
-         : field.type == ValueType::kDouble ? 8
-                                            : 4;
+// Of all its elements, where there are several.
+std::size_t size_of(const Value& field) {
+  return dispatch::field_size(field.type) * std::max<std::size_t>(field.count, 1);
 }
 
 // Up to the first zero; a text that fills its field has none.
 HRESULT read_text(const Value& field, const char* from, VARIANT& value) {
   std::array<char16_t, 128> units;
-  std::memcpy(units.data(), from, field.count * sizeof(char16_t));
-  try {
-    value.bstrVal = dispatch::copy_text(units.data(), field.count);
-    value.vt = VT_BSTR;
-    return S_OK;
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
+  std::memcpy(units.data(), from, size_of(field));
+  value.bstrVal = dispatch::copy_text(units.data(), field.count);
+  value.vt = VT_BSTR;
+  return value.bstrVal != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT read_array(const Value& field, const char* from, VARIANT& value) {
   SAFEARRAY* const array = SafeArrayCreateVector(dispatch::field_type(field.type), 0, field.count);
   if (array == nullptr) return E_OUTOFMEMORY;
-  std::memcpy(array->pvData, from, field.count * element_size(field));
+  std::memcpy(array->pvData, from, size_of(field));
   value.parray = array;
   value.vt = static_cast<VARTYPE>(VT_ARRAY | dispatch::field_type(field.type));
   return S_OK;
@@ -62,7 +55,7 @@ HRESULT read_record(const Value& field, void* from, VARIANT& value) {
 
 // What is shorter than its field is filled up with zeros.
 HRESULT write_elements(const Value& field, char* to, const void* from, std::size_t bytes) {
-  const std::size_t room = field.count * element_size(field);
+  const std::size_t room = size_of(field);
   if (bytes > room) return DISP_E_OVERFLOW;
   if (bytes != 0) std::memcpy(to, from, bytes);
   std::memset(to + bytes, 0, room - bytes);
@@ -169,7 +162,7 @@ HRESULT RecordInfo::GetField(void* record, LPCOLESTR name, VARIANT* value) {
   if (is_array(*field)) return read_array(*field, at, *value);
   if (field->type == ValueType::kRecord) return read_record(*field, at, *value);
   value->vt = dispatch::field_type(field->type);
-  std::memcpy(&value->llVal, at, element_size(*field));
+  std::memcpy(&value->llVal, at, size_of(*field));
   return S_OK;
 }
 
@@ -201,7 +194,7 @@ HRESULT RecordInfo::PutField(ULONG, void* record, LPCOLESTR name, VARIANT* value
   VARIANT number{};
   if (const HRESULT result = VariantChangeType(&number, value, 0, dispatch::field_type(field->type)); FAILED(result))
     return result;
-  std::memcpy(at, &number.llVal, element_size(*field));
+  std::memcpy(at, &number.llVal, size_of(*field));
   return S_OK;
 }
 

@@ -9,7 +9,7 @@ namespace kestrine::sync {
 namespace {
 
 using commands::Argument;
-using protocol::MemberRow, protocol::Mirror, protocol::Source, protocol::Speeds;
+using protocol::MemberRow, protocol::Mirror, protocol::Source, protocol::Speed;
 using transport::CLTConnectBase;
 
 CLTConnectBase::Buffer source_buffer(const MemberRow& row, CLTConnectBase& connection) {
@@ -43,7 +43,7 @@ HRESULT CLTCommandSyncBase::perform(int dispid, Argument* arguments) {
     slots.ReleaseUnusedCommandObjects(*slots.connection, false);
   }
   if (IsAnswerPending()) return refuse_pending(row);
-  speeds_.step(row.speeds);
+  speeds_.step(row.speed);
 
   const protocol::Request request = commands::build_request(row, arguments, speeds_);
   if (!row.sends_only) begin_call();
@@ -54,27 +54,27 @@ HRESULT CLTCommandSyncBase::perform(int dispid, Argument* arguments) {
 
 // While another call waits, the incremental moves give up in silence unless timeouts are increased.
 HRESULT CLTCommandSyncBase::refuse_pending(const MemberRow& row) {
-  if (row.speeds != Speeds::kNone && !increased_timeouts()) return S_FALSE;
+  if (row.speed != Speed::kNone && !increased_timeouts()) return S_FALSE;
   const bool throws = row.sends_only && slots.connection != nullptr && slots.connection->exception_policy;
   return refuse(protocol::error::kPendingAnswer, throws);
 }
 
 std::int32_t CLTCommandSyncBase::timeout_of(const MemberRow& row, const CLTConnectBase& connection) const {
-  return timeouts_[row.wait] + (row.adds_measure_time ? connection.stationary_measure_time : 0);
+  return timeouts_[*row.wait] + (row.adds_measure_time ? connection.stationary_measure_time : 0);
 }
 
 HRESULT CLTCommandSyncBase::wait_and_finish(const MemberRow& row, const protocol::Request& request, Argument* arguments,
                                             CLTConnectBase& connection) {
   after_send(row, connection);
   const std::uint32_t results_before = connection.stationary_results;
-  wait_for_answer(row.command->code, timeout_of(row, connection), row.needs_result);
+  wait_for_answer(row.command->code, timeout_of(row, connection), row.waits_for_result);
   // Whatever else ended the wait, an old result is never handed out as a new one.
-  if (row.needs_result && last_result_status() == VL_RS_AllOK && connection.stationary_results == results_before) {
+  if (row.waits_for_result && last_result_status() == VL_RS_AllOK && connection.stationary_results == results_before) {
     set_last_result_status(VL_RS_Unknown);
   }
 
   const CLTConnectBase::Buffer source = source_buffer(row, connection);
-  if (!row.only_good_outputs || last_result_status() == VL_RS_AllOK) {
+  if (!row.outputs_when_good || last_result_status() == VL_RS_AllOK) {
     if (row.result_type != -1 && !connection.suppress_statistic_mode_errors &&
         wire::load_i32(source.bytes + 4) != row.result_type) {
       return refuse(protocol::error::kStatisticMode, false);
@@ -89,16 +89,16 @@ HRESULT CLTCommandSyncBase::wait_and_finish(const MemberRow& row, const protocol
 }
 
 void CLTCommandSyncBase::after_send(const MemberRow& row, CLTConnectBase& connection) {
-  if (row.needs_result && row.command->code == VL_C_StartMeasurement) {
+  if (row.waits_for_result && row.command->code == VL_C_StartMeasurement) {
     connection.start_measurement_acknowledged = false;
   }
-  speeds_.sent(row.speeds);
+  speeds_.sent(row.speed);
 }
 
 // What the connection remembers of the server, once the server has taken it.
 void CLTCommandSyncBase::mirror(const MemberRow& row, const protocol::Request& request, CLTConnectBase& connection) {
   if (row.mirror == Mirror::kMeasurementMode) connection.measurement_mode = request.first_integer();
-  if (row.mirror == Mirror::kMeasureTime) connection.stationary_measure_time = request.first_integer();
+  if (row.mirror == Mirror::kStationaryTime) connection.stationary_measure_time = request.first_integer();
 }
 
 }  // namespace kestrine::sync

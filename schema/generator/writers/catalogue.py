@@ -12,11 +12,6 @@ from .text import array, constant, flag, header, literal, source
 _TYPES = {"int32": "kInt32", "long": "kInt32", "bool32": "kFlag", "bool": "kFlag", "double": "kDouble",
           "text": "kText", "text32": "kText", "text128": "kText", "byte": "kBytes", "variant": "kBytes",
           "bytes": "kBytes", "unknown": "kObject"}
-_SPEEDS = {"MoveHV": "kGiven", "MoveLeft": "kLeft", "MoveRight": "kRight", "MoveUp": "kUp", "MoveDown": "kDown"}
-_MODE_CHECKS = {"continuous-point-start": "kContinuousPoint", "continuous-probe-start": "kContinuousProbe",
-                "stationary-point": "kStationaryPoint", "stationary-probe": "kStationaryProbe"}
-_MIRRORS = {"set-measurement-mode": "kMeasurementMode", "set-stationary-time": "kMeasureTime"}
-_WITH_RESULT = ("stationary-point", "stationary-probe", "go-and-measure")
 
 
 def write_event_numbers(schema: Schema) -> str:
@@ -50,6 +45,8 @@ class _Catalogue:
         answers = {answer.command.name: answer for answer in schema.answers}
         for side in ("Sync", "Async"):
             self._members(f"{side}Event", getattr(schema, f"{side.lower()}_events").values())
+        self._array("WaitRow", "WaitClasses", [f"{{{literal(each.key, 'u')}, {each.ordinary}, {each.increased}}}"
+                                               for each in schema.waits])
         rows = [self._command(command, answers.get(command.name)) for command in schema.commands.values()]
         self._array("CommandRow", "Commands", rows)
         for side in ("Sync", "Async"):
@@ -67,7 +64,7 @@ class _Catalogue:
         declared = f"extern const TypeRow kTypes[{len(self._types)}];\n\n"
         self._parts.append(array("TypeRow", "kTypes", self._types).removeprefix("constexpr "))
         self._parts[-1] = "const " + self._parts[-1]
-        access = [("TypeRow", "Types"), ("CommandRow", "Commands"), ("PacketRow", "Packets"),
+        access = [("TypeRow", "Types"), ("CommandRow", "Commands"), ("WaitRow", "WaitClasses"), ("PacketRow", "Packets"),
                   ("TextRow", "StatusTexts"), ("TextRow", "StringTable"), ("ConstantRow", "Constants"),
                   ("MemberRow", "SyncMethods"), ("MemberRow", "AsyncMethods"), ("MemberRow", "SyncEvents"),
                   ("MemberRow", "AsyncEvents")]
@@ -83,21 +80,22 @@ class _Catalogue:
     def _type(self, name: str) -> str:
         return f"&kTypes[{self._places[name]}]" if name in self._places else "nullptr"
 
-    def _value(self, name: str, kind: str, out: bool, offset: object, count: int) -> str:
+    def _value(self, name: str, kind: str, quantity: str, out: bool, offset: object, count: int) -> str:
         value_type = _TYPES.get(kind, "kRecord" if kind in self._records else "kInt32")
-        return f"{{{literal(name)}, {self._type(kind)}, ValueType::{value_type}, {flag(out)}, {offset}, {count}}}"
+        return (f"{{{literal(name)}, {self._type(kind)}, ValueType::{value_type}, "
+                f"Quantity::{constant(quantity or 'none')}, {flag(out)}, {offset}, {count}}}")
 
     def _parameter(self, each: Parameter | Value) -> str:
         if isinstance(each, Value):
             leaf = each.leaf or Leaf(each.name, each.type, "kInNoPacket")
-            return self._value(each.name, each.type, False, leaf.offset, leaf.units)
-        return self._value(each.name, each.type, each.out, each.offset, each.size if each.type == "text" else 0)
+            return self._value(each.name, each.type, each.quantity, False, leaf.offset, leaf.units)
+        return self._value(each.name, each.type, each.quantity, each.out, each.offset, each.size if each.type == "text" else 0)
 
     def _field(self, record: Record, field: Field) -> str:
         is_element = record.element is not None and field is record.fields[-1]
         units = Leaf(field.name, field.type, field.offset).units
         count = 1 if is_element or field.type == "byte" else units
-        return self._value(field.name, field.type.removesuffix("[]"), False, field.offset, count)
+        return self._value(field.name, field.type.removesuffix("[]"), field.quantity, False, field.offset, count)
 
     def _members(self, what: str, members: list[Member] | list[Event]) -> None:
         rows = []
@@ -116,29 +114,19 @@ class _Catalogue:
         self._array("MemberRow", f"{what}s", rows)
 
     def _departures(self, method: Method) -> dict[str, object]:
-        columns: dict[str, object] = {}
-        family = method.family
-        if method.command:
-            columns["command"] = f"&kCommands[{list(self._schema.commands.values()).index(method.command)}]"
-        if method.wait != "none":
-            columns["wait"] = f"WaitClass::{constant(method.wait)}"
-        if method.adds_measure_time:
-            columns["adds_measure_time"] = "true"
-        if family == "send-only":
-            columns["sends_only"] = "true"
-        if family in _MODE_CHECKS:
-            columns["mode_check"] = f"ModeCheck::{_MODE_CHECKS[family]}"
-        if method.source in ("measurement", "tiltra"):
-            columns["source"] = f"Source::{constant(method.source)}"
-        if method.wait != "none" and family in _WITH_RESULT:
-            columns["needs_result"] = "true"
-        if method.result_type != -1:
-            columns |= {"only_good_outputs": "true", "result_type": method.result_type}
-        if family in _MIRRORS:
-            columns["mirror"] = f"Mirror::{_MIRRORS[family]}"
-        if family == "move":
-            columns["speeds"] = f"Speeds::{_SPEEDS.get(method.name, 'kStop')}"
-        return columns
+        schema, wait = self._schema, [wait.name for wait in self._schema.waits]
+        given = {"command": method.command and f"&kCommands[{list(schema.commands.values()).index(method.command)}]",
+                 "wait": method.wait in wait and f"&kWaitClasses[{wait.index(method.wait)}]",
+                 "adds_measure_time": method.adds_measure_time,
+                 "sends_only": method.sends_only,
+                 "mode_check": method.mode and f"ModeCheck::{constant(method.mode)}",
+                 "source": method.source in ("measurement", "tiltra") and f"Source::{constant(method.source)}",
+                 "waits_for_result": method.waits_for_result,
+                 "outputs_when_good": method.outputs_when_good,
+                 "result_type": method.result_type if method.result_type != -1 else None,
+                 "mirror": method.mirror and f"Mirror::{constant(method.mirror)}",
+                 "speed": method.speed and f"Speed::{constant(method.speed)}"}
+        return {name: flag(value) if value is True else value for name, value in given.items() if value}
 
     def _command(self, command: Command, answer: Answer | None) -> str:
         columns = {"code": command.code, "name": literal(command.name), "text": literal(command.text, "u")}
@@ -146,7 +134,7 @@ class _Catalogue:
             columns["request_size"] = command.request_size
         if command.parameters:
             columns["parameters"] = self._array("Value", f"Parameters_{command.name}", [
-                self._value(leaf.name, leaf.type, False, leaf.offset, 0) for leaf in command.parameters])
+                self._value(leaf.name, leaf.type, leaf.quantity, False, leaf.offset, 0) for leaf in command.parameters])
         if command.answer:
             columns["answer"] = self._type(command.answer.name)
         if command.series:
