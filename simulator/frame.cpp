@@ -128,12 +128,13 @@ Matrix Frame::covariance_outside(const Vector& point, const Matrix& covariance) 
   return propagate(unbroken, point, covariance);
 }
 
-void convert(std::span<const protocol::Field> fields, std::uint8_t* packet, const Frame& from, const Frame& to) {
+void convert(const protocol::TypeRow& record, std::uint8_t* packet, const Frame& from, const Frame& to) {
+  if (from == to) return;
   const SystemUnitsDataT from_set = from.units();
   const SystemUnitsDataT to_set = to.units();
-  for (const protocol::Field& field : fields) {
-    if (field.type != protocol::FieldType::kDouble) continue;
-    const Quantity quantity = quantity_of(field.name);
+  for (const protocol::Leaf& field : protocol::leaves_of(record)) {
+    if (field.type != protocol::ValueType::kDouble) continue;
+    const Quantity quantity = quantity_of(field.path);
     if (same_units(quantity, from, to)) continue;
     std::uint8_t* at = packet + field.offset;
     if (quantity != Quantity::kPosition && is_approximate(wire::load_f64(at))) continue;

@@ -2,9 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 #include "simulator/geometry.h"
 #include "simulator/units.h"
 
@@ -37,6 +36,6 @@ struct Frame {
 // Rewrites the doubles of a packet from one frame to another, telling lengths, angles, temperatures and points
 // apart by the names of the fields. Where a value's units are the same in both it is not touched at all, and no more
 // are marks.
-void convert(std::span<const protocol::Field> fields, std::uint8_t* packet, const Frame& from, const Frame& to);
+void convert(const protocol::TypeRow& record, std::uint8_t* packet, const Frame& from, const Frame& to);
 
 }  // namespace kestrine::simulator

@@ -89,17 +89,16 @@ const Limit* find_limit(VL_Command command, std::string_view parameter) {
   return found == kLimits.end() ? nullptr : &*found;
 }
 
-bool is_value_of(std::string_view enumeration, std::int32_t value) {
-  const protocol::EnumRow* row = protocol::find_enumeration(enumeration);
-  return !row || std::any_of(row->values.begin(), row->values.end(),
-                             [&](const protocol::EnumValue& each) { return each.value == value; });
+bool is_value_of(const protocol::TypeRow* enumeration, std::int32_t value) {
+  return enumeration == nullptr ||
+         std::ranges::any_of(enumeration->values, [value](const auto& each) { return each.value == value; });
 }
 
-VL_ResultStatus check(const Request& request, const protocol::Field& field, int number) {
-  const bool is_double = field.type == protocol::FieldType::kDouble;
+VL_ResultStatus check(const Request& request, const protocol::Value& field, int number) {
+  const bool is_double = field.type == protocol::ValueType::kDouble;
   const double value = is_double ? request.number(field.name) : request.integer(field.name);
   if (!std::isfinite(value)) return wrong_parameter(number);
-  if (!is_double && !is_value_of(field.type_name, request.integer(field.name))) return wrong_parameter(number);
+  if (!is_double && !is_value_of(field.named, request.integer(field.name))) return wrong_parameter(number);
   const Limit* limit = find_limit(request.command(), field.name);
   if (!limit) return VL_RS_AllOK;
   const double base = from_units(limit->quantity, value, request.frame().units());
@@ -133,7 +132,7 @@ bool is_accepted(VL_ResultStatus status) {
 VL_ResultStatus check_parameters(const Request& request) {
   VL_ResultStatus warning = VL_RS_AllOK;
   int number = 0;
-  for (const protocol::Field& field : request.row().parameters) {
+  for (const protocol::Value& field : request.row().parameters) {
     const VL_ResultStatus status = check(request, field, ++number);
     if (!is_accepted(status)) return status;
     if (warning == VL_RS_AllOK) warning = status;

@@ -18,7 +18,7 @@ void Reply::values(const Bytes& values) const {
 }
 
 void Reply::convert_to_frame(Bytes& packet) const {
-  convert(row_->answer->fields, packet.data(), Frame{}, frame_);
+  convert(*row_->answer, packet.data(), Frame{}, frame_);
 }
 
 void Reply::send(Bytes packet, bool last) const {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 #include "simulator/frame.h"
 #include "simulator/packets.h"
 

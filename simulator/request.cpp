@@ -12,9 +12,9 @@ namespace kestrine::simulator {
 Request::Request(const protocol::CommandRow& row, Bytes packet, const Frame& frame)
     : row_(row), packet_(std::move(packet)), frame_(frame) {}
 
-const protocol::Field& Request::field(std::string_view name) const {
+const protocol::Value& Request::field(std::string_view name) const {
   const auto found = std::find_if(row_.parameters.begin(), row_.parameters.end(),
-                                  [&](const protocol::Field& f) { return f.name == name; });
+                                  [&](const protocol::Value& f) { return f.name == name; });
   if (found == row_.parameters.end()) throw std::logic_error(row_.name + std::string(" has no ") + std::string(name));
   return *found;
 }

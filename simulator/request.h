@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 #include "simulator/frame.h"
 #include "simulator/outside.h"
 
@@ -31,7 +31,7 @@ class Request {
   Vector triple(std::string_view first) const;
 
  private:
-  const protocol::Field& field(std::string_view name) const;
+  const protocol::Value& field(std::string_view name) const;
 
   const protocol::CommandRow& row_;
   Bytes packet_;

@@ -46,11 +46,6 @@ constexpr std::array kRows{
     SettingRow{VL_C_SetExternTriggerParams, VL_C_GetExternTriggerParams, VL_SSC_ExternTriggerParamsChanged},
 };
 
-// The answer's fields from the first byte of an answer that holds the values.
-std::span<const protocol::Field> answer_fields(const SettingRow& row) {
-  return protocol::find_command(row.get)->answer->fields;
-}
-
 }  // namespace
 
 std::span<const SettingRow> all_settings() {
@@ -111,7 +106,7 @@ Bytes Settings::load(const SettingRow& row, const Frame& frame) const {
   const Stored& stored = stored_.at(row.set);
   Bytes answer(kAnswerStart);
   answer.insert(answer.end(), stored.values.begin(), stored.values.end());
-  convert(answer_fields(row), answer.data(), stored.frame, frame);
+  convert(*protocol::find_command(row.get)->answer, answer.data(), stored.frame, frame);
   return Bytes(answer.begin() + kAnswerStart, answer.end());
 }
 

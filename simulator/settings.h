@@ -8,7 +8,7 @@
 
 #include "kestrine/records.h"
 #include "kestrine/wire.h"
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 #include "simulator/frame.h"
 #include "simulator/outside.h"
 

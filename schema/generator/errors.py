@@ -1,5 +1,6 @@
 """The one way in which a schema is refused: at a line, with a reason."""
 
+from collections.abc import Iterable
 from typing import NamedTuple
 
 
@@ -21,3 +22,9 @@ class SchemaError(Exception):
 def require(condition: bool, where: Where, message: str) -> None:
     if not condition:
         raise SchemaError(where, message)
+
+
+def require_known(word: object, known: Iterable[str], where: Where, what: str) -> None:
+    """Refuses a word that is none of those known, and names them."""
+    known = list(known)
+    require(word in known, where, f"{word} is no {what}; there are: {', '.join(known)}")

@@ -1,17 +1,18 @@
-"""Reads the schema files and remembers on which line each table and each row stands.
+"""Reads the schema files and remembers on which line each table, each key and each row stands.
 
 The TOML reader of the standard library keeps no lines. They are found again by the layout that the files keep to:
-a table begins at its [[header]], and every row of a list is a line of its own that begins with a bracket.
+a table begins at its [[header]], a key at the start of a line, and every row of a list is a line of its own that begins
+with a bracket. A list with one row may stand in the line of its key.
 """
 
 import re
 import tomllib
 from pathlib import Path
 
-from .errors import SchemaError, Where, require
+from .errors import SchemaError, Where, require, require_known
 
-_HEADER = re.compile(r"\[\[(\w+)\]\]")
-_LIST = re.compile(r"(\w+)\s*=\s*\[\s*$")
+_HEADER = re.compile(r"\[\[([\w.]+)\]\]")
+_KEY = re.compile(r"(\w+)\s*=\s*(\[?\s*\[?)")
 
 
 class Row(list):
@@ -22,21 +23,38 @@ class Row(list):
         self.where = where
 
 
+class Block:
+    """Where a table, its keys and its rows stand."""
+
+    def __init__(self, path: str, line: int):
+        self.where = Where(path, line)
+        self.keys: dict[str, Where] = {}
+        self.rows: dict[str, list[Where]] = {}
+
+
 class Table(dict):
     """One [[table]], or what stands before the first of them; its lists of lists are rows."""
 
-    def __init__(self, data: dict, where: Where, row_lines: dict[str, list[int]]):
+    def __init__(self, data: dict, block: Block, parts: dict[str, list["Table"]]):
         super().__init__(data)
-        self.where = where
-        self._row_lines = row_lines
+        self.where = block.where
+        self._block, self._parts = block, parts
+
+    def at(self, key: str) -> Where:
+        """The line of a key, or the table's own where it has no such key."""
+        return self._block.keys.get(key, self.where)
+
+    def parts(self, kind: str) -> list["Table"]:
+        """The [[table.kind]] tables that belong to this one."""
+        return self._parts.get(kind, [])
 
     def rows(self, key: str, *shapes: tuple[type, ...]) -> list[Row]:
         """The rows of a list, each of which must have the types of one of the shapes."""
-        cells = self.get(key, [])
-        lines = self._row_lines.get(key, [])
-        if len(lines) != len(cells):
-            raise SchemaError(self.where, f"{key}: every row must be one line that begins with a bracket")
-        rows = [Row(cell, Where(self.where.path, line)) for cell, line in zip(cells, lines)]
+        cells = self.take(key, list, [])
+        places = self._block.rows.get(key, [])
+        require(len(places) == len(cells), self.at(key),
+                f"{key}: every row must be one line that begins with a bracket")
+        rows = [Row(cell, where) for cell, where in zip(cells, places)]
         for row in rows:
             if tuple(type(cell) for cell in row) not in shapes:
                 wanted = " or ".join("[" + ", ".join(kind.__name__ for kind in shape) + "]" for shape in shapes)
@@ -46,16 +64,22 @@ class Table(dict):
     def take(self, key: str, kind: type, default=None):
         """A value of the table; one without a default must be there."""
         value = self.get(key, default)
-        if value is None:
-            raise SchemaError(self.where, f"{key} is missing")
-        if type(value) is not kind:
-            raise SchemaError(self.where, f"{key} must be of type {kind.__name__}")
+        require(value is not None, self.where, f"{key} is missing")
+        require(type(value) is kind, self.at(key), f"{key} must be of type {kind.__name__}")
         return value
 
-    def allow(self, *keys: str) -> None:
+    def words(self, key: str) -> list[str] | None:
+        """A list of texts, or None where there is none."""
+        values = self.take(key, list) if key in self else None
+        require(values is None or all(isinstance(value, str) for value in values), self.at(key),
+                f"{key} must be a list of texts")
+        return values
+
+    def allow(self, keys: tuple[str, ...], parts: tuple[str, ...] = ()) -> None:
         for key in self:
-            if key not in keys:
-                raise SchemaError(self.where, f"{key} is not known here")
+            require_known(key, keys, self.at(key), "key here")
+        for kind, tables in self._parts.items():
+            require_known(kind, parts, tables[0].where, "table here")
 
 
 class Source:
@@ -64,7 +88,8 @@ class Source:
     def __init__(self, folder: Path):
         self._tables: dict[str, list[Table]] = {}
         self._asked: set[str] = {""}
-        for path in sorted(folder.glob("*.toml")):
+        self._root = folder.absolute().parent
+        for path in sorted(folder.absolute().rglob("*.toml")):
             self._read(path)
 
     def tables(self, kind: str) -> list[Table]:
@@ -78,52 +103,56 @@ class Source:
 
     def check_all_read(self) -> None:
         """What nobody has asked for is misspelt."""
+        known = sorted(self._asked - {""})
         for kind, tables in self._tables.items():
-            for table in tables:
-                require(kind in self._asked, table.where, f"[[{kind}]] is not known")
+            require_known(kind, ["", *known], tables[0].where, "table")
         for table in self.tables(""):
-            table.allow(*self._asked)
+            table.allow(tuple(known))
 
     def _read(self, path: Path) -> None:
-        text = path.read_text(encoding="utf-8")
+        text, name = path.read_text(encoding="utf-8"), str(path.relative_to(self._root))
         try:
             data = tomllib.loads(text)
         except tomllib.TOMLDecodeError as error:
             line = re.search(r"at line (\d+)", str(error))
-            last = text.count("\n") + 1
-            raise SchemaError(Where(path.name, int(line[1]) if line else last), str(error)) from error
-        blocks = _blocks(path.name, text.split("\n"))
-        top = {key: value for key, value in data.items() if not _is_tables(value)}
-        self._add("", top, blocks[("", 0)])
-        for kind, value in data.items():
-            if _is_tables(value):
-                for index, entry in enumerate(value):
-                    self._add(kind, entry, blocks[(kind, index)])
+            raise SchemaError(Where(name, int(line[1]) if line else text.count("\n") + 1), str(error)) from error
+        blocks = _blocks(name, text.split("\n"))
+        for kind, tables in _split(data, "", blocks)[1].items():
+            self._tables.setdefault(kind, []).extend(tables)
+        self._tables.setdefault("", []).append(_table(data, "", blocks))
 
-    def _add(self, kind: str, data: dict, block: tuple[Where, dict[str, list[int]]]) -> None:
-        self._tables.setdefault(kind, []).append(Table(data, *block))
+
+def _table(data: dict, kind: str, blocks: dict[str, list[Block]]) -> Table:
+    values, parts = _split(data, kind, blocks) if kind else ({key: value for key, value in data.items()
+                                                              if not _is_tables(value)}, {})
+    return Table(values, blocks[kind].pop(0), parts)
+
+
+def _split(data: dict, kind: str, blocks: dict[str, list[Block]]) -> tuple[dict, dict[str, list[Table]]]:
+    """What a table holds itself, and the tables inside it. Every table takes the next place of its kind."""
+    values = {key: value for key, value in data.items() if not _is_tables(value)}
+    inside = {key: f"{kind}.{key}".lstrip(".") for key, value in data.items() if _is_tables(value)}
+    return values, {key: [_table(entry, path, blocks) for entry in data[key]] for key, path in inside.items()}
 
 
 def _is_tables(value) -> bool:
     return isinstance(value, list) and bool(value) and isinstance(value[0], dict)
 
 
-def _blocks(name: str, lines: list[str]) -> dict[tuple[str, int], tuple[Where, dict[str, list[int]]]]:
-    found: dict[str, int] = {}
-    current: dict[str, list[int]] = {}
-    blocks = {("", 0): (Where(name, 1), current)}
+def _blocks(path: str, lines: list[str]) -> dict[str, list[Block]]:
+    block = Block(path, 1)
+    blocks = {"": [block]}
     rows = None
     for number, line in enumerate(lines, 1):
-        stripped = line.strip()
+        where, stripped = Where(path, number), line.strip()
         if header := _HEADER.match(stripped):
-            kind = header[1]
-            current = {}
-            blocks[(kind, found.get(kind, 0))] = (Where(name, number), current)
-            found[kind] = found.get(kind, 0) + 1
-        elif opened := _LIST.match(stripped):
-            rows = current.setdefault(opened[1], [])
-        elif stripped.startswith("]"):
-            rows = None
+            block = Block(path, number)
+            blocks.setdefault(header[1], []).append(block)
+        elif key := _KEY.match(line):
+            block.keys[key[1]] = where
+            rows = block.rows.setdefault(key[1], [])
+            if key[2].count("[") == 2:
+                rows.append(where)
         elif stripped.startswith("[") and rows is not None:
-            rows.append(number)
+            rows.append(where)
     return blocks

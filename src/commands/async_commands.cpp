@@ -1,16 +1,13 @@
 #include "commands/async_commands.h"
 
-#include "commands/mirror.h"
-
 namespace kestrine::commands {
 
 HRESULT AsyncCommandObject::perform(int dispid, const Argument* arguments) {
-  const MethodRow& row = async_methods()[static_cast<std::size_t>(dispid) - 1];
-  if (const HRESULT result = start(row, arguments); result != S_OK) return result;
-  // As soon as it is sent: nobody waits here for the server to take it.
-  if (connection::Connection* const connection = generation_.connection()) {
-    remember_setting(row, arguments, connection->measurement());
-  }
+  const MemberRow& row = protocol::async_methods()[static_cast<std::size_t>(dispid) - 1];
+  if (const HRESULT result = check(row); FAILED(result)) return result;
+  const protocol::Request request = build(row, arguments);
+  if (const HRESULT result = send(row, request); FAILED(result)) return result;
+  remember(row, request);  // as soon as it is sent: nobody waits here for the server to take it
   return S_OK;
 }
 
@@ -19,8 +16,8 @@ bool AsyncCommandObject::is_call_waiting() const {
   return sync != nullptr && sync->is_answer_pending();
 }
 
-HRESULT AsyncCommandObject::refuse_while_waiting(const MethodRow& row) {
-  return refuse(protocol::error::kPendingAnswer, throws(row));
+HRESULT AsyncCommandObject::refuse_while_waiting(const MemberRow&) {
+  return refuse(protocol::error::kPendingAnswer, throws());
 }
 
 }  // namespace kestrine::commands

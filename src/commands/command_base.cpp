@@ -1,32 +1,44 @@
 #include "commands/command_base.h"
 
-#include "commands/build_request.h"
-#include "commands/mode_check.h"
 #include "protocol/texts.h"
 
 namespace kestrine::commands {
 
+using protocol::Mirror;
+
 template <class Commands>
-HRESULT CommandBase<Commands>::start(const MethodRow& row, const Argument* arguments) {
-  connection::Connection* const connection = generation_.connection();
-  if (connection != nullptr) {
-    if (const protocol::Error* misfit = find_mode_misfit(row, connection->measurement())) {
-      return refuse(*misfit, throws(row));
-    }
+HRESULT CommandBase<Commands>::check(const MemberRow& row) {
+  if (connection::Connection* const connection = generation_.connection()) {
+    const protocol::Error* const misfit = connection->measurement().find_misfit(row.mode_check);
+    if (misfit != nullptr) return refuse(*misfit, throws());
     generation_.objects().release_unused(*connection, false);
   }
-  if (is_call_waiting()) return refuse_while_waiting(row);
-  if (row.family == Family::kMove) speeds_.step(row);
+  return is_call_waiting() ? refuse_while_waiting(row) : S_OK;
+}
 
-  const protocol::Request request = build_request(row, arguments, speeds_);
-  prepare_to_send(row);
+template <class Commands>
+protocol::Request CommandBase<Commands>::build(const MemberRow& row, const Argument* arguments) {
+  speeds_.step(row.speed);
+  return build_request(row, arguments, speeds_);
+}
+
+template <class Commands>
+HRESULT CommandBase<Commands>::send(const MemberRow& row, const protocol::Request& request) {
   const connection::Channel* const channel = generation_.channel();
   if (channel == nullptr || !channel->send(request.bytes.data(), request.size)) {
-    return generation_.errors().raise(generation_.connection(), protocol::SendFailureText(row.command), interface_id(),
-                                      E_FAIL, throws(row), protocol::error::kSendFailed.number);
+    return generation_.errors().raise(generation_.connection(), protocol::send_failure_text(row.command->code),
+                                      interface_id(), E_FAIL, throws(), protocol::error::kSendFailed.number);
   }
-  if (row.family == Family::kMove) speeds_.sent(row);
+  speeds_.sent(row.speed);
   return S_OK;
+}
+
+template <class Commands>
+void CommandBase<Commands>::remember(const MemberRow& row, const protocol::Request& request) {
+  connection::Connection* const connection = generation_.connection();
+  if (connection == nullptr) return;
+  if (row.mirror == Mirror::kMeasurementMode) connection->measurement().set_mode(request.first_integer());
+  if (row.mirror == Mirror::kStationaryTime) connection->measurement().set_stationary_time(request.first_integer());
 }
 
 template <class Commands>

@@ -1,12 +1,15 @@
 // What both command objects do alike: appear and go, refuse, and send an operation's request.
 #pragma once
 
-#include "commands/argument.h"
+#include "commands/arguments.h"
 #include "commands/drive_speeds.h"
-#include "commands/method_rows.h"
 #include "dispatch/generation.h"
+#include "protocol/catalogue.h"
+#include "protocol/codec.h"
 
 namespace kestrine::commands {
+
+using protocol::MemberRow;
 
 // `Commands` is dispatch::SyncCommands or dispatch::AsyncCommands.
 template <class Commands>
@@ -21,9 +24,14 @@ class CommandBase : public Commands {
  protected:
   ~CommandBase() = default;
 
-  // Checks the operation and sends its request. S_OK once that is on its way, S_FALSE when the operation gives up in
-  // silence, else the failure.
-  HRESULT start(const MethodRow& row, const Argument* arguments);
+  // S_OK when the operation may be sent, S_FALSE when it gives up in silence, else the failure.
+  HRESULT check(const MemberRow& row);
+  // A step of speed counts as made from here on, also when the request cannot be sent.
+  protocol::Request build(const MemberRow& row, const Argument* arguments);
+  HRESULT send(const MemberRow& row, const protocol::Request& request);
+  // What the connection remembers of the settings that it sent.
+  void remember(const MemberRow& row, const protocol::Request& request);
+
   HRESULT refuse(const protocol::Error& failure, bool throws);
   bool has_throwing_connection() const;
 
@@ -33,9 +41,9 @@ class CommandBase : public Commands {
  private:
   virtual bool is_call_waiting() const = 0;
   // The operation is asked for while another call waits.
-  virtual HRESULT refuse_while_waiting(const MethodRow& row) = 0;
-  virtual bool throws(const MethodRow& row) const = 0;
-  virtual void prepare_to_send(const MethodRow& row) = 0;
+  virtual HRESULT refuse_while_waiting(const MemberRow& row) = 0;
+  // Whether a failure to send is thrown as well; asked, too, for a measurement that the mode does not fit.
+  virtual bool throws() const = 0;
 
   const IID& interface_id() const;
 };

@@ -1,9 +1,13 @@
 #include "commands/drive_speeds.h"
 
 #include <algorithm>
-#include <string_view>
+
+#include "commands/arguments.h"
 
 namespace kestrine::commands {
+
+using protocol::Speed;
+
 namespace {
 
 constexpr std::int32_t kFullSpeed = 100;
@@ -19,22 +23,31 @@ std::int32_t clamp_speed(std::int32_t speed) {
 
 }  // namespace
 
-void DriveSpeeds::step(const MethodRow& row) {
-  const std::string_view name = row.name;
-  if (name == "MoveLeft") add(horizontal, -kStep);
-  if (name == "MoveRight") add(horizontal, kStep);
-  if (name == "MoveUp") add(vertical, -kStep);
-  if (name == "MoveDown") add(vertical, kStep);
-  if (name == "StopMove") *this = {};
+void DriveSpeeds::step(Speed drive) {
+  switch (drive) {
+    case Speed::kNone:
+    case Speed::kGiven:
+      return;
+    case Speed::kLeft:
+      return add(horizontal, -kStep);
+    case Speed::kRight:
+      return add(horizontal, kStep);
+    case Speed::kUp:
+      return add(vertical, -kStep);
+    case Speed::kDown:
+      return add(vertical, kStep);
+    case Speed::kStop:
+      *this = {};
+  }
 }
 
-DriveSpeeds DriveSpeeds::to_send(const MethodRow& row, const Argument* arguments) const {
-  if (row.params.empty()) return *this;
+DriveSpeeds DriveSpeeds::to_send(Speed drive, const Argument* arguments) const {
+  if (drive != Speed::kGiven) return *this;
   return {clamp_speed(arguments[0].i32), clamp_speed(arguments[1].i32)};
 }
 
-void DriveSpeeds::sent(const MethodRow& row) {
-  if (!row.params.empty()) *this = {};
+void DriveSpeeds::sent(Speed drive) {
+  if (drive == Speed::kGiven) *this = {};
 }
 
 }  // namespace kestrine::commands

@@ -4,21 +4,22 @@
 
 #include <cstdint>
 
-#include "commands/argument.h"
-#include "commands/method_rows.h"
+#include "protocol/catalogue.h"
 
 namespace kestrine::commands {
+
+union Argument;
 
 struct DriveSpeeds {
   std::int32_t horizontal = 0;
   std::int32_t vertical = 0;
 
   // What the operation changes before its request is built; stays changed when the request cannot be sent.
-  void step(const MethodRow& row);
+  void step(protocol::Speed drive);
   // What the operation sends: the stored speeds, or those given, each cut at full speed.
-  DriveSpeeds to_send(const MethodRow& row, const Argument* arguments) const;
+  DriveSpeeds to_send(protocol::Speed drive, const Argument* arguments) const;
   // Driving at a given speed leaves the stored speeds at rest: the next step starts from there.
-  void sent(const MethodRow& row);
+  void sent(protocol::Speed drive);
 };
 
 }  // namespace kestrine::commands

@@ -2,35 +2,27 @@
 
 #include <utility>
 
-#include "commands/mirror.h"
-#include "commands/outputs.h"
 #include "kestrine/enums.h"
 #include "kestrine/host.h"
 #include "kestrine/pointer.h"
 #include "kestrine/wire.h"
 #include "platform/loop.h"
 #include "platform/notices.h"
-#include "protocol/report.h"
 #include "protocol/texts.h"
 
 namespace kestrine::commands {
 namespace {
 
 using connection::Connection, connection::ReceiveBuffers;
+using protocol::Source;
 
-bool needs_result(const MethodRow& row) {
-  return row.family == Family::kStationaryPoint || row.family == Family::kStationaryProbe ||
-         row.family == Family::kGoAndMeasure;
-}
-
-std::int32_t source_type(Source source) {
+std::int32_t packet_type(Source source) {
   switch (source) {
     case Source::kMeasurement:
       return VL_DT_SingleMeasResult;
     case Source::kTiltra:
       return VL_DT_TiltraResult;
     case Source::kAnswer:
-    case Source::kNone:
       break;
   }
   return VL_DT_Command;
@@ -71,33 +63,33 @@ bool is_immediate_status_change(std::int32_t change) {
 }
 
 HRESULT SyncCommandObject::perform(int dispid, Argument* arguments) {
-  const MethodRow& row = sync_methods()[static_cast<std::size_t>(dispid) - 1];
+  const MemberRow& row = protocol::sync_methods()[static_cast<std::size_t>(dispid) - 1];
   if (!has_all_outputs(row, arguments)) return E_POINTER;
-  if (row.family == Family::kProperty) return use_increased_timeouts(arguments[0].boolean);
+  if (row.kind == protocol::MemberKind::kPut) return use_increased_timeouts(arguments[0].i32 != 0);
 
   // A handler that runs during the wait may drop the last reference to either object.
   const Pointer<IUnknown> keep_this(unknown());
   Connection* const connection = generation_.connection();
   const Pointer<IUnknown> keep_connection(connection == nullptr ? nullptr : connection->unknown());
-  const HRESULT result = start(row, arguments);
-  if (result != S_OK || row.family == Family::kSendOnly) return result;
-  return wait_and_finish(row, arguments, *generation_.connection());
+  if (const HRESULT result = check(row); result != S_OK) return result;
+  const protocol::Request request = build(row, arguments);
+  if (!row.sends_only) {
+    last_result_status_ = VL_RS_Unknown;
+    timed_out_ = false;
+  }
+  if (const HRESULT result = send(row, request); FAILED(result) || row.sends_only) return result;
+
+  wait_for_answer(row, *connection);
+  if (const protocol::Error* failure = read_outputs(row, arguments, *connection)) return refuse(*failure, false);
+  const HRESULT result = finish_call(row.command->code);
+  if (SUCCEEDED(result)) remember(row, request);
+  return result;
 }
 
-// The incremental moves give up in silence unless timeouts are increased.
-HRESULT SyncCommandObject::refuse_while_waiting(const MethodRow& row) {
-  if (row.family == Family::kMove && !increased_timeouts_) return S_FALSE;
-  return refuse(protocol::error::kPendingAnswer, throws(row));
-}
-
-bool SyncCommandObject::throws(const MethodRow& row) const {
-  return row.family == Family::kSendOnly && has_throwing_connection();
-}
-
-void SyncCommandObject::prepare_to_send(const MethodRow& row) {
-  if (row.family == Family::kSendOnly) return;
-  last_result_status_ = VL_RS_Unknown;
-  timed_out_ = false;
+// The incremental moves give up in silence unless timeouts are increased. Only what does not wait throws.
+HRESULT SyncCommandObject::refuse_while_waiting(const MemberRow& row) {
+  if (row.speed != protocol::Speed::kNone && !increased_timeouts_) return S_FALSE;
+  return refuse(protocol::error::kPendingAnswer, row.sends_only && has_throwing_connection());
 }
 
 // --- Waiting
@@ -126,23 +118,29 @@ void SyncCommandObject::time_out() {
   timed_out_ = true;
 }
 
-void SyncCommandObject::wait_for_answer(std::int32_t command, std::int32_t timeout, bool for_result) {
+void SyncCommandObject::wait_for_answer(const MemberRow& row, Connection& connection) {
+  connection::MeasurementState& measurement = connection.measurement();
+  const std::int32_t command = row.command->code;
+  if (row.waits_for_result && command == VL_C_StartMeasurement) measurement.on_start_sent();
+  const std::uint32_t results_before = measurement.results();
+  const std::int32_t timeout = timeouts_[*row.wait] + (row.adds_measure_time ? measurement.stationary_time() : 0);
+
   if (connection::Channel* const channel = generation_.channel()) channel->start_timer(command, timeout);
   begin_wait(command);
-  awaits_result_ = for_result;
+  awaits_result_ = row.waits_for_result;
   while (is_awaiting_answer(command)) {
     deliver_due_messages();
     if (is_awaiting_answer(command) && platform::host_gives_up()) cancel_wait();
   }
+  // Whatever else ended the wait, an old result is never handed out as a new one.
+  if (row.waits_for_result && last_result_status_ == VL_RS_AllOK && measurement.results() == results_before) {
+    last_result_status_ = VL_RS_Unknown;
+  }
 }
 
-HRESULT SyncCommandObject::use_increased_timeouts(VARIANT_BOOL increased) {
-  increased_timeouts_ = increased != 0;
+HRESULT SyncCommandObject::use_increased_timeouts(bool increased) {
+  increased_timeouts_ = increased;
   return timeouts_.read_again(increased_timeouts_) ? S_OK : S_FALSE;
-}
-
-std::int32_t SyncCommandObject::timeout_of(const MethodRow& row, const Connection& connection) const {
-  return timeouts_[row.wait] + (row.adds_measure_time ? connection.measurement().stationary_time() : 0);
 }
 
 // --- Status changes that are held back
@@ -163,41 +161,21 @@ void SyncCommandObject::fire_deferred_events() {
 
 // --- The end of a call
 
-HRESULT SyncCommandObject::wait_and_finish(const MethodRow& row, Argument* arguments, Connection& connection) {
-  if (needs_result(row) && row.family != Family::kGoAndMeasure) connection.measurement().on_start_sent();
-  const std::uint32_t results_before = connection.measurement().results();
-  wait_for_answer(row.command, timeout_of(row, connection), needs_result(row));
-  // Whatever else ended the wait, an old result is never handed out as a new one.
-  if (needs_result(row) && last_result_status_ == VL_RS_AllOK && connection.measurement().results() == results_before) {
-    last_result_status_ = VL_RS_Unknown;
-  }
-  if (const protocol::Error* failure = read_outputs(row, arguments, connection)) return refuse(*failure, false);
-  const HRESULT result = finish_call(row.command);
-  if (SUCCEEDED(result)) remember_setting(row, arguments, connection.measurement());
-  return result;
-}
-
-const protocol::Error* SyncCommandObject::read_outputs(const MethodRow& row, Argument* arguments,
+const protocol::Error* SyncCommandObject::read_outputs(const MemberRow& row, Argument* arguments,
                                                        Connection& connection) {
-  const ReceiveBuffers::Buffer source = connection.buffers().for_type(source_type(row.source));
-  const bool only_good = row.family == Family::kStationaryPoint || row.family == Family::kGoAndMeasure;
-  if (!only_good || last_result_status_ == VL_RS_AllOK) {
-    if (only_good && !connection.accepts_any_statistic_mode() && wire::load_i32(source.bytes + 4) != row.result_type) {
-      return &protocol::error::kStatisticMode;
-    }
-    write_outputs(row, source.bytes, arguments);
-  }
-  if (row.family != Family::kStillImage) return nullptr;
-  auto* const image = static_cast<VARIANT*>(arguments[row.params.size() - 1].out);
-  return write_image(source.bytes, source.capacity, *image) ? nullptr : &protocol::error::kByteArray;
+  if (row.outputs_when_good && last_result_status_ != VL_RS_AllOK) return nullptr;
+  const ReceiveBuffers::Buffer source = connection.buffers().for_type(packet_type(row.source));
+  const bool any_type = row.result_type == -1 || connection.accepts_any_statistic_mode();
+  if (!any_type && wire::load_i32(source.bytes + 4) != row.result_type) return &protocol::error::kStatisticMode;
+  return write_outputs(row, source.bytes, source.capacity, arguments) ? nullptr : &protocol::error::kByteArray;
 }
 
 std::u16string SyncCommandObject::explain_status(std::int32_t command) {
-  if (!timed_out_) return protocol::answer_report(command, last_result_status_);
+  if (!timed_out_) return protocol::bad_answer_text(command, last_result_status_);
   if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown) {
     last_result_status_ = protocol::error::kTimedOut.number;
   }
-  return protocol::timeout_report(command);
+  return protocol::timeout_text(command);
 }
 
 void SyncCommandObject::report_status(std::int32_t command) {
@@ -214,7 +192,7 @@ HRESULT SyncCommandObject::finish_call(std::int32_t command) {
     const std::u16string text = explain_status(command);
     const std::int32_t status = last_result_status_;
     dispatch::ErrorReporting& errors = generation_.errors();
-    if (protocol::StatusToWarningRow(status) != 0) {
+    if (protocol::warning_row(status) != 0) {
       errors.report_sync_status(status, text);
       result = S_FALSE;
     } else {

@@ -42,15 +42,13 @@ class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
 
  private:
   bool is_call_waiting() const override { return is_answer_pending(); }
-  HRESULT refuse_while_waiting(const MethodRow& row) override;
-  bool throws(const MethodRow& row) const override;
-  void prepare_to_send(const MethodRow& row) override;
+  HRESULT refuse_while_waiting(const MemberRow& row) override;
+  bool throws() const override { return false; }
 
-  HRESULT use_increased_timeouts(VARIANT_BOOL increased);
-  std::int32_t timeout_of(const MethodRow& row, const connection::Connection& connection) const;
-  void wait_for_answer(std::int32_t command, std::int32_t timeout, bool for_result);
-  HRESULT wait_and_finish(const MethodRow& row, Argument* arguments, connection::Connection& connection);
-  const protocol::Error* read_outputs(const MethodRow& row, Argument* arguments, connection::Connection& connection);
+  HRESULT use_increased_timeouts(bool increased);
+  void wait_for_answer(const MemberRow& row, connection::Connection& connection);
+  // Null, or why the outputs cannot be had.
+  const protocol::Error* read_outputs(const MemberRow& row, Argument* arguments, connection::Connection& connection);
   HRESULT finish_call(std::int32_t command);
   std::u16string explain_status(std::int32_t command);
   void clear_blocked_speeds(std::int32_t command);

@@ -1,60 +1,33 @@
 #include "commands/timeouts.h"
 
-#include <string_view>
-
 #include "connection/settings.h"
 #include "platform/profile.h"
 
 namespace kestrine::commands {
 
-namespace {
-
-struct Row {
-  WaitClass wait;
-  std::u16string_view key;
-  std::int32_t ordinary;
-  std::int32_t increased;  // 0: never read again
-};
-
-// In the order of reading.
-constexpr Row kRows[] = {
-    {WaitClass::kStandard, u"StandardWaitTime", 10'000, 30'000},
-    {WaitClass::kExtended, u"ExtendedWaitTime", 30'000, 90'000},
-    {WaitClass::kTrackerInit, u"TrackerInitWaitTime", 90'000, 240'000},
-    {WaitClass::kMeasurementAdditional, u"MeasurementAdditionalTime", 10'000, 60'000},
-    {WaitClass::kFind, u"FindWaitTime", 300'000, 0},
-    {WaitClass::kTransformation, u"TransformationWaitTime", 90'000, 0},
-    {WaitClass::kOrientToGravity, u"OrientToGravityWaitTime", 180'000, 0},
-    {WaitClass::kIntermediateCompensation, u"IntermedCompensationWaitTime", 1'200'000, 0},
-    {WaitClass::kAtrCompensation, u"ATRCompensationWaitTime", 120'000, 0},
-};
-constexpr std::size_t kReadAgain = 4;
-
-}  // namespace
+using protocol::wait_classes;
 
 Timeouts::Timeouts() {
-  for (std::size_t i = 0; i < kCount; ++i) values_[i] = kRows[i].ordinary;
-  read(kCount, false);
+  for (const protocol::WaitRow& row : wait_classes()) values_.push_back(row.ordinary);
+  for (std::size_t i = 0; i < values_.size() && read(i, wait_classes()[i].ordinary);) ++i;
 }
 
 bool Timeouts::read_again(bool increased) {
-  return read(kReadAgain, increased);
-}
-
-bool Timeouts::read(std::size_t count, bool increased) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::int32_t fallback = increased ? kRows[i].increased : kRows[i].ordinary;
-    values_[i] = platform::profile_int(u"SyncCommandTimeouts", kRows[i].key, fallback, connection::settings::kFile);
-    if (values_[i] <= 0) return false;
+  for (std::size_t i = 0; i < values_.size(); ++i) {
+    const protocol::WaitRow& row = wait_classes()[i];
+    if (row.increased != 0 && !read(i, increased ? row.increased : row.ordinary)) return false;
   }
   return true;
 }
 
-std::int32_t Timeouts::operator[](WaitClass wait) const {
-  for (std::size_t i = 0; i < kCount; ++i) {
-    if (kRows[i].wait == wait) return values_[i];
-  }
-  return 0;
+bool Timeouts::read(std::size_t place, std::int32_t fallback) {
+  values_[place] =
+      platform::profile_int(u"SyncCommandTimeouts", wait_classes()[place].key, fallback, connection::settings::kFile);
+  return values_[place] > 0;
+}
+
+std::int32_t Timeouts::operator[](const protocol::WaitRow& wait) const {
+  return values_[static_cast<std::size_t>(&wait - wait_classes().data())];
 }
 
 }  // namespace kestrine::commands

@@ -1,31 +1,27 @@
-// How long each class of command waits for its answer, in milliseconds; settings file, section
-// SyncCommandTimeouts.
+// How long each class of waiting takes, in milliseconds; settings file, section SyncCommandTimeouts.
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
+#include <vector>
 
-#include "commands/method_rows.h"
+#include "protocol/catalogue.h"
 
 namespace kestrine::commands {
 
 class Timeouts {
  public:
-  Timeouts();  // reads all nine, as far as they are positive
+  Timeouts();  // reads all, as far as they are positive
 
-  // Reads the first four again, with the defaults of ordinary or of increased timeouts. Reading stops after the
-  // first value that is not positive, which is stored as read; false when it did.
+  // Reads those again that have a value for increased timeouts, with these or the ordinary ones as defaults. Reading
+  // stops after the first value that is not positive, which is stored as read; false when it did.
   bool read_again(bool increased);
 
-  std::int32_t operator[](WaitClass wait) const;
+  std::int32_t operator[](const protocol::WaitRow& wait) const;
 
  private:
-  static constexpr std::size_t kCount = 9;
+  bool read(std::size_t place, std::int32_t fallback);
 
-  bool read(std::size_t count, bool increased);
-
-  std::array<std::int32_t, kCount> values_;
+  std::vector<std::int32_t> values_;
 };
 
 }  // namespace kestrine::commands

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "kestrine/enums.h"
+#include "protocol/catalogue.h"
+#include "protocol/errors.h"
 
 namespace kestrine::connection {
 
@@ -19,11 +21,8 @@ class MeasurementState {
   void set_legacy_stationary(bool on) { legacy_stationary_ = on; }
 
   bool is_stationary_point_mode() const { return mode_ == VL_MM_Stationary || is_profile_mode(); }
-  // A profile mode passes here although it is stationary for a measurement.
-  bool blocks_continuous_probe() const {
-    return mode_ == VL_MM_6DStationary || (legacy_stationary_ && mode_ == VL_MM_Stationary);
-  }
-  bool is_stationary_probe_mode() const { return blocks_continuous_probe() || is_profile_mode(); }
+  // What to refuse a measurement of that kind with; null when the mode fits it.
+  const protocol::Error* find_misfit(protocol::ModeCheck measurement) const;
 
   void on_start_sent() { start_acknowledged_ = false; }
   // Also a measurement that nobody acknowledged counts as acknowledged once its result has come.
@@ -39,6 +38,9 @@ class MeasurementState {
 
  private:
   bool is_profile_mode() const { return mode_ >= VL_MM_Fast && mode_ <= VL_MM_Outdoor; }
+  bool is_6d_stationary_mode() const {
+    return mode_ == VL_MM_6DStationary || (legacy_stationary_ && mode_ == VL_MM_Stationary);
+  }
 
   std::int32_t mode_ = VL_MM_Stationary;
   std::int32_t stationary_time_ = 1500;
@@ -46,5 +48,23 @@ class MeasurementState {
   bool start_acknowledged_ = true;
   std::uint32_t results_ = 0;
 };
+
+inline const protocol::Error* MeasurementState::find_misfit(protocol::ModeCheck measurement) const {
+  using protocol::ModeCheck;
+  const auto unless = [](bool fits, const protocol::Error& misfit) { return fits ? nullptr : &misfit; };
+  switch (measurement) {
+    case ModeCheck::kNone:
+      return nullptr;
+    case ModeCheck::kContinuousPoint:
+      return unless(!is_stationary_point_mode(), protocol::error::kNotContinuousMode);
+    case ModeCheck::kContinuousProbe:  // a profile mode passes although it is stationary for a measurement
+      return unless(!is_6d_stationary_mode(), protocol::error::kNotContinuousMode);
+    case ModeCheck::kStationaryPoint:
+      return unless(is_stationary_point_mode(), protocol::error::kNotStationaryMode);
+    case ModeCheck::kStationaryProbe:
+      return unless(is_6d_stationary_mode() || is_profile_mode(), protocol::error::kNotStationaryMode);
+  }
+  return nullptr;
+}
 
 }  // namespace kestrine::connection

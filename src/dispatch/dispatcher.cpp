@@ -4,11 +4,11 @@
 #include <array>
 
 #include "dispatch/generation.h"
-#include "events/event_rows.h"
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
 #include "kestrine/wire.h"
 #include "platform/notices.h"
+#include "protocol/event_numbers.h"
 
 namespace kestrine::dispatch {
 namespace {
@@ -40,11 +40,11 @@ IUnknown* unknown_of(CommandObject* object) {
 }
 
 void fire_sync(SyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
-  object.event_source().fire(events::sync_events()[static_cast<std::size_t>(dispid) - 1], packet);
+  object.event_source().fire(protocol::sync_events()[static_cast<std::size_t>(dispid) - 1], packet);
 }
 
 void fire_async(AsyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
-  object.event_source().fire(events::async_events()[static_cast<std::size_t>(dispid) - 1], packet);
+  object.event_source().fire(protocol::async_events()[static_cast<std::size_t>(dispid) - 1], packet);
 }
 
 // The two command objects of a moment, kept alive: a handler may drop the last reference to either, or put another
@@ -119,7 +119,7 @@ bool Dispatcher::on_flush() {
 }
 
 void Dispatcher::deliver(const Delivery& delivery, std::int32_t type) {
-  using namespace events;
+  using namespace protocol;
   switch (type) {
     case VL_DT_Command:
       return on_answer(delivery);
@@ -190,15 +190,15 @@ void Dispatcher::on_answer(const Delivery& delivery) {
 }
 
 void Dispatcher::fire_answer_events(const Delivery& delivery, std::int32_t command, std::int32_t status) {
-  const events::AnswerRow* row = events::find_answer(command);
-  if (row == nullptr) return;
+  const protocol::CommandRow* row = protocol::find_command(command);
+  if (row == nullptr || row->answer == nullptr) return;
   if (delivery.sync != nullptr && row->sync_event != nullptr) {
     if (!row->status_tested || is_good_or_reported(command, status)) {
       delivery.sync->event_source().fire(*row->sync_event, delivery.packet);
     }
   }
   if (delivery.async == nullptr) return;
-  if (row->completion) {
+  if (row->async_event == nullptr) {
     if (is_good_or_reported(command, status)) {
       delivery.async->event_source().Fire_CommandCompletedData(as_command(command));
     }
@@ -255,7 +255,7 @@ void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
     delivery.waiting->end_wait(starts ? VL_C_StartMeasurement : VL_C_GoAndMeasure);
   }
 
-  using namespace events;
+  using namespace protocol;
   const bool stationary = connection.measurement().is_stationary_point_mode();
   const std::int32_t sync_id =
       stationary ? (extended ? sync_event::StationaryPoint2MeasData : sync_event::StationaryPointMeasData)
@@ -282,7 +282,7 @@ void Dispatcher::on_probe_result(const Delivery& delivery) {
     delivery.waiting->end_wait(VL_C_StartMeasurement);
   }
 
-  using namespace events;
+  using namespace protocol;
   const bool standard = mode == VL_MM_Standard;
   const bool is_6d = mode == VL_MM_6DStationary;
   if (delivery.sync != nullptr) {
@@ -308,7 +308,7 @@ void Dispatcher::on_tiltra_result(const Delivery& delivery) {
     delivery.waiting->end_wait(VL_C_StartTiltraMeasurement);
   }
   if (delivery.async != nullptr && is_good_or_reported(VL_C_StartTiltraMeasurement, status)) {
-    fire_async(*delivery.async, events::async_event::TiltraMeasurementData, delivery.packet);
+    fire_async(*delivery.async, protocol::async_event::TiltraMeasurementData, delivery.packet);
   }
 }
 

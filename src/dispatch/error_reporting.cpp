@@ -5,7 +5,6 @@
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
 #include "platform/error_info.h"
-#include "protocol/report.h"
 #include "protocol/texts.h"
 
 namespace kestrine::dispatch {
@@ -13,8 +12,8 @@ namespace {
 
 // A warning has a text of its own; anything else is reported in full.
 std::u16string_view text_of(std::int32_t status, std::u16string_view report) {
-  const std::int32_t warning = protocol::StatusToWarningRow(status);
-  return warning != 0 ? protocol::LoadStringResource(warning) : report;
+  const std::int32_t warning = protocol::warning_row(status);
+  return warning != 0 ? protocol::table_text(warning) : report;
 }
 
 }  // namespace
@@ -38,7 +37,7 @@ HRESULT ErrorReporting::raise(connection::Connection* connection, std::u16string
 
 HRESULT ErrorReporting::raise(connection::Connection* connection, const protocol::Error& failure, const IID& iid,
                               HRESULT code, bool throws) {
-  return raise(connection, protocol::LoadStringResource(failure.row), iid, code, throws, failure.number);
+  return raise(connection, protocol::table_text(failure.row), iid, code, throws, failure.number);
 }
 
 void ErrorReporting::report_async_answer(AsyncCommands& object, std::int32_t command, std::int32_t status) {
@@ -48,7 +47,7 @@ void ErrorReporting::report_async_answer(AsyncCommands& object, std::int32_t com
     if (status == protocol::kHorizontalLimitStatus) object.clear_horizontal_speed();
   }
   const Identity& identity = generation_.identity();
-  platform::set_error_info(text_of(status, protocol::answer_report(command, status)), identity.async_source,
+  platform::set_error_info(text_of(status, protocol::bad_answer_text(command, status)), identity.async_source,
                            identity.async, status);
 }
 

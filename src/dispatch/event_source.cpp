@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <new>
-#include <string>
 
 #include "dispatch/enumerator.h"
+#include "dispatch/variant_value.h"
 #include "kestrine/pointer.h"
-#include "kestrine/wire.h"
 #include "platform/notices.h"
 
 namespace kestrine::dispatch {
@@ -15,61 +14,16 @@ namespace {
 
 constexpr std::size_t kMostArguments = 64;  // the longest event has 49
 
-BSTR copy_text(const char16_t* units, std::size_t count) {
-  BSTR text = SysAllocStringLen(units, static_cast<UINT>(count));
-  if (text == nullptr) throw std::bad_alloc();
-  return text;
+void set_argument(VARIANT& argument, const protocol::Value& value, const std::uint8_t* packet) {
+  write_argument(value, packet + value.offset, &argument.llVal);
+  argument.vt = argument_type(value.type);
 }
 
-BSTR copy_text_field(const std::uint8_t* at, std::size_t units) {
-  std::array<char16_t, 128> text;
-  wire::load_text(at, text.data(), units);
-  const auto end = std::find(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(units), u'\0');
-  return copy_text(text.data(), static_cast<std::size_t>(end - text.begin()));
-}
-
-void set_argument(VARIANT& argument, const events::Argument& row, const std::uint8_t* packet) {
-  const std::uint8_t* at = packet + row.offset;
-  switch (row.type) {
-    case ArgType::kLong:
-      argument.vt = VT_I4;
-      argument.lVal = wire::load_i32(at);
-      return;
-    case ArgType::kDouble:
-      argument.vt = VT_R8;
-      argument.dblVal = wire::load_f64(at);
-      return;
-    case ArgType::kBool:
-      // The low half as the server sent it: 1 stays 1.
-      argument.vt = VT_BOOL;
-      argument.boolVal = static_cast<VARIANT_BOOL>(wire::load_u16(at));
-      return;
-    case ArgType::kText:
-      argument.bstrVal = copy_text_field(at, row.units);
-      argument.vt = VT_BSTR;
-      return;
-  }
-}
-
-void set_argument(VARIANT& argument, const Value& value) {
-  switch (value.type) {
-    case ArgType::kLong:
-      argument.lVal = value.i32;
-      argument.vt = VT_I4;
-      return;
-    case ArgType::kDouble:
-      argument.dblVal = value.f64;
-      argument.vt = VT_R8;
-      return;
-    case ArgType::kBool:
-      argument.boolVal = value.boolean;
-      argument.vt = VT_BOOL;
-      return;
-    case ArgType::kText:
-      argument.bstrVal = copy_text(value.text, std::char_traits<char16_t>::length(value.text));
-      argument.vt = VT_BSTR;
-      return;
-  }
+void set_argument(VARIANT& argument, const Argument& given) {
+  argument = given.value;
+  if (given.value.vt != VT_BSTR) return;
+  argument.bstrVal = copy_text(given.text.data(), given.text.size());
+  if (argument.bstrVal == nullptr) throw std::bad_alloc();
 }
 
 // The arguments of one call; its texts are freed whatever the sink does.
@@ -128,14 +82,14 @@ HRESULT EventSource::fire_to_each(std::int32_t dispid, std::size_t count, FillAr
   return result;
 }
 
-HRESULT EventSource::fire(const EventRow& event, const std::uint8_t* packet) {
-  return fire_to_each(event.dispid, event.arguments.size(),
-                      [&](VARIANT& value, std::size_t n) { set_argument(value, event.arguments[n], packet); });
+HRESULT EventSource::fire(const protocol::MemberRow& event, const std::uint8_t* packet) {
+  return fire_to_each(event.dispid, event.values.size(),
+                      [&](VARIANT& value, std::size_t n) { set_argument(value, event.values[n], packet); });
 }
 
-HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<Value> values) {
-  return fire_to_each(dispid, values.size(),
-                      [&](VARIANT& argument, std::size_t n) { set_argument(argument, values.begin()[n]); });
+HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<Argument> arguments) {
+  return fire_to_each(dispid, arguments.size(),
+                      [&](VARIANT& value, std::size_t n) { set_argument(value, arguments.begin()[n]); });
 }
 
 HRESULT EventSource::QueryInterface(const IID& iid, void** object) {

@@ -3,29 +3,23 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <string_view>
 #include <vector>
 
-#include "events/event_rows.h"
 #include "kestrine/component.h"
+#include "protocol/catalogue.h"
 
 namespace kestrine::dispatch {
 
-using events::ArgType, events::EventRow;
+// One argument on its way to the sinks, each of which gets a text of its own. Enumerations travel as numbers.
+struct Argument {
+  Argument(std::int32_t number) { value.vt = VT_I4, value.lVal = number; }
+  Argument(double number) { value.vt = VT_R8, value.dblVal = number; }
+  Argument(VARIANT_BOOL flag) { value.vt = VT_BOOL, value.boolVal = flag; }  // as given: 1 stays 1
+  Argument(const char16_t* zero_terminated) : text(zero_terminated) { value.vt = VT_BSTR; }
 
-// One argument on its way to the sinks. Enumerations travel as numbers.
-struct Value {
-  Value(std::int32_t number) : type(ArgType::kLong), i32(number) {}
-  Value(double number) : type(ArgType::kDouble), f64(number) {}
-  Value(VARIANT_BOOL flag) : type(ArgType::kBool), boolean(flag) {}
-  Value(const char16_t* zero_terminated) : type(ArgType::kText), text(zero_terminated) {}
-
-  ArgType type;
-  union {
-    std::int32_t i32;
-    double f64;
-    VARIANT_BOOL boolean;  // as given: 1 stays 1
-    const char16_t* text;
-  };
+  VARIANT value{};
+  std::u16string_view text;
 };
 
 // Lives inside its owner and shares the owner's count. Sinks are called in slot order, on the firing thread;
@@ -42,8 +36,8 @@ class EventSource : public IConnectionPoint {
   std::size_t sink_count() const { return advised_; }
 
   // The result of the last sink called, S_OK without one. Throws std::bad_alloc when a text cannot be copied.
-  HRESULT fire(const EventRow& event, const std::uint8_t* packet);  // arguments from the packet's fields
-  HRESULT fire(std::int32_t dispid, std::initializer_list<Value> values);
+  HRESULT fire(const protocol::MemberRow& event, const std::uint8_t* packet);  // arguments from the packet's fields
+  HRESULT fire(std::int32_t dispid, std::initializer_list<Argument> arguments);
 
   HRESULT QueryInterface(const IID& iid, void** object) override;
   ULONG AddRef() override { return container_.AddRef(); }

@@ -4,10 +4,10 @@
 #include "commands/async_commands.h"
 #include "commands/sync_commands.h"
 #include "commands/typed_methods.h"
-#include "component/late_bound.h"
 #include "kestrine/interfaces.h"
 #include "objects/component_object.h"
 #include "objects/object_parts.h"
+#include "scripting/late_bound.h"
 
 namespace kestrine {
 
@@ -22,7 +22,7 @@ namespace kestrine::objects {
 
 // `Methods` are the typed operations, `Object` what performs them, `Proxy` the source of the events.
 template <class Methods, class Object, class Proxy, const IID& EventInterface>
-class CommandClass final : public ComponentObject<component::Offered<Methods>, ErrorInfoSupport<Methods>,
+class CommandClass final : public ComponentObject<scripting::Offered<Methods>, ErrorInfoSupport<Methods>,
                                                   EventContainer<Proxy, EventInterface>, ClassInfo<EventInterface>>,
                            public Object {
  public:

@@ -4,15 +4,14 @@
 #include <optional>
 
 #include "commands/typed_methods.h"
-#include "component/late_bound.h"
 #include "connection/byte_arrays.h"
 #include "connection/packet_access.h"
 #include "connection/version.h"
-#include "data/constants.h"
 #include "kestrine/interfaces.h"
 #include "objects/component_object.h"
 #include "objects/connect_base.h"
 #include "objects/object_parts.h"
+#include "scripting/late_bound.h"
 
 namespace kestrine::objects {
 
@@ -40,7 +39,7 @@ namespace kestrine::objects {
 
 template <class Interface>
 class Connect final
-    : public ComponentObject<component::Offered<NumberedMembers<Interface>>, ErrorInfoSupport<Interface>>,
+    : public ComponentObject<scripting::Offered<NumberedMembers<Interface>>, ErrorInfoSupport<Interface>>,
       public ConnectBase {
  public:
   explicit Connect(dispatch::Generation& generation, IUnknown* outer = nullptr)
@@ -92,7 +91,7 @@ class Connect final
   }
   HRESULT GetConstant(KR_Constant constant, double* value) override {
     if (value == nullptr) return E_POINTER;
-    const std::optional<double> found = data::find_constant(constant);
+    const std::optional<double> found = protocol::find_constant(constant);
     *value = found.value_or(0);
     return found ? S_OK : fail(protocol::error::kWrongConstant);
   }

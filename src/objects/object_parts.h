@@ -3,11 +3,10 @@
 
 #include <vector>
 
-#include "component/type_info.h"
-#include "component/type_rows.h"
 #include "dispatch/enumerator.h"
 #include "kestrine/component.h"
 #include "kestrine/interface_id.h"
+#include "scripting/type_info.h"
 
 namespace kestrine::objects {
 
@@ -48,13 +47,9 @@ class EventContainer : public IConnectionPointContainer {
 };
 
 // The class that fires these events.
-inline const component::TypeRow* class_with_events(const IID& events) {
-  const auto rows = component::types();
-  for (const component::TypeRow& row : rows) {
-    if (row.kind == component::TypeKind::kClass && row.events != component::kNoType &&
-        *rows[static_cast<std::size_t>(row.events)].id == events) {
-      return &row;
-    }
+inline const protocol::TypeRow* class_with_events(const IID& events) {
+  for (const protocol::TypeRow& row : protocol::types()) {
+    if (row.fires != nullptr && *row.fires->id == events) return &row;
   }
   return nullptr;
 }
@@ -63,8 +58,8 @@ template <const IID& EventInterface>
 class ClassInfo : public IProvideClassInfo2 {
  public:
   HRESULT GetClassInfo(ITypeInfo** info) override {
-    const component::TypeRow* row = class_with_events(EventInterface);
-    return row != nullptr ? component::get_type_info(*row, info) : E_UNEXPECTED;
+    const protocol::TypeRow* row = class_with_events(EventInterface);
+    return row != nullptr ? scripting::get_type_info(*row, info) : E_UNEXPECTED;
   }
   HRESULT GetGUID(DWORD kind, GUID* id) override {
     if (id == nullptr) return E_POINTER;

@@ -1,12 +1,11 @@
 #include "protocol/texts.h"
 
 #include <algorithm>
-#include <span>
+#include <initializer_list>
 
 #include "kestrine/enums.h"
+#include "protocol/catalogue.h"
 #include "protocol/errors.h"
-#include "protocol/tables.h"
-#include "protocol/text_rows.h"
 
 namespace kestrine::protocol {
 namespace {
@@ -21,37 +20,53 @@ std::u16string decimal(std::int32_t number) {
   return {digits.begin(), digits.end()};
 }
 
+std::u16string join(std::initializer_list<std::u16string_view> pieces) {
+  std::u16string whole;
+  for (const std::u16string_view piece : pieces) whole.append(piece);
+  return whole;
+}
+
 }  // namespace
 
-std::u16string StatusText(std::int32_t status) {
+std::u16string status_text(std::int32_t status) {
   if (const char16_t* text = find_text(status_texts(), status)) return text;
   // Numbers that the tracker itself reports.
-  if (status >= 100 && status <= 999)
-    return std::u16string(LoadStringResource(text_row::kTrackerError)) + decimal(status);
+  if (status >= 100 && status <= 999) return join({table_text(text_row::kTrackerError), decimal(status)});
   if ((status >= 1000 && status <= 29999) || status > 100000) return decimal(status);
-  return std::u16string(LoadStringResource(text_row::kUnexpectedStatus));
+  return std::u16string(table_text(text_row::kUnexpectedStatus));
 }
 
-std::u16string_view CommandText(std::int32_t command) {
+std::u16string_view command_text(std::int32_t command) {
   const CommandRow* row = find_command(command);
-  return row != nullptr ? row->text : LoadStringResource(text_row::kUnexpectedCommand);
+  return row != nullptr ? row->text : table_text(text_row::kUnexpectedCommand);
 }
 
-std::u16string SendFailureText(std::int32_t command) {
-  std::u16string text(LoadStringResource(text_row::kInvokingCommand));
-  text.append(u" \"").append(CommandText(command)).append(u"\" [").append(decimal(command)).append(u"] ");
-  return text.append(LoadStringResource(text_row::kFailed)).append(u"!");
+std::u16string_view table_text(std::int32_t row) {
+  const char16_t* text = find_text(string_table(), row);
+  return text != nullptr ? text : std::u16string_view();
 }
 
-std::int32_t StatusToWarningRow(std::int32_t status) {
+std::int32_t warning_row(std::int32_t status) {
   const bool accepted = status >= VL_RS_Parameter1OutOfRangeOK && status <= VL_RS_Parameter6OutOfRangeOK &&
                         (status - VL_RS_Parameter1OutOfRangeOK) % 2 == 0;
   return accepted ? text_row::kParameter1OutOfRange + (status - VL_RS_Parameter1OutOfRangeOK) / 2 : 0;
 }
 
-std::u16string_view LoadStringResource(std::int32_t row) {
-  const char16_t* text = find_text(string_table(), row);
-  return text != nullptr ? text : std::u16string_view();
+std::u16string send_failure_text(std::int32_t command) {
+  return join({table_text(text_row::kInvokingCommand), u" \"", command_text(command), u"\" [", decimal(command), u"] ",
+               table_text(text_row::kFailed), u"!"});
+}
+
+std::u16string bad_answer_text(std::int32_t command, std::int32_t status) {
+  const bool no_command = command == VL_C_Unknown;
+  const std::u16string_view name = no_command ? table_text(text_row::kErrorEvent) : command_text(command);
+  const std::u16string_view failed = no_command ? std::u16string_view() : table_text(text_row::kFailed);
+  return join({u"[", decimal(command), u"] \"", name, u"\" ", failed, u"  (", table_text(text_row::kStatus), u":  ",
+               status_text(status), u")"});
+}
+
+std::u16string timeout_text(std::int32_t command) {
+  return join({u"[", decimal(command), u"]  ", command_text(command), u":  ", table_text(text_row::kNoAnswer), u"!"});
 }
 
 }  // namespace kestrine::protocol

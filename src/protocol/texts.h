@@ -1,4 +1,4 @@
-// Every text that the library says: statuses, commands, messages.
+// Every text that the library says: statuses, commands, messages, and how a command ended badly.
 #pragma once
 
 #include <cstdint>
@@ -7,15 +7,24 @@
 
 namespace kestrine::protocol {
 
+// Statuses of an axis that ran into its limit while it was driven; the catalogue of statuses does not name them.
+inline constexpr std::int32_t kHorizontalLimitStatus = 703;
+inline constexpr std::int32_t kVerticalLimitStatus = 704;
+
 // The server's own words for a status, spelling included; every number has a text.
-std::u16string StatusText(std::int32_t status);
+std::u16string status_text(std::int32_t status);
 // A command's display name; "Unknown command (unexpected)" for what is none. Ends in a NUL.
-std::u16string_view CommandText(std::int32_t command);
-// What is said when a request could not be written to the socket.
-std::u16string SendFailureText(std::int32_t command);
-// 517 to 522 for the six statuses that accept a parameter out of its range, else 0.
-std::int32_t StatusToWarningRow(std::int32_t status);
+std::u16string_view command_text(std::int32_t command);
 // A row of the string table; empty for a row that is not there.
-std::u16string_view LoadStringResource(std::int32_t row);
+std::u16string_view table_text(std::int32_t row);
+// The row, 517 to 522, that warns of one of the six statuses that accept a parameter out of its range, else 0.
+std::int32_t warning_row(std::int32_t status);
+
+// A request could not be written to the socket.
+std::u16string send_failure_text(std::int32_t command);
+// The server answered `status`. An error that belongs to no command is reported as an "Error Event".
+std::u16string bad_answer_text(std::int32_t command, std::int32_t status);
+// No answer came in time.
+std::u16string timeout_text(std::int32_t command);
 
 }  // namespace kestrine::protocol

@@ -5,7 +5,7 @@
 
 #include "client_test.h"
 #include "event_walk_rows.h"
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 #include "random_packet.h"
 
 namespace kestrine::test {
@@ -13,15 +13,15 @@ namespace {
 
 constexpr std::int32_t kBadStatus = 5;
 
-const protocol::RecordRow& record_of(const EventWalkRow& row) {
+const protocol::TypeRow& record_of(const EventWalkRow& row) {
   return row.type == VL_DT_Command ? *protocol::find_command(row.command)->answer
                                    : *protocol::find_packet(row.type)->record;
 }
 
 std::size_t field_index(const EventWalkRow& row, std::string_view name) {
-  const auto fields = record_of(row).fields;
+  const auto fields = protocol::leaves_of(record_of(row));
   for (std::size_t i = 0; i < fields.size(); ++i) {
-    const std::string_view path = fields[i].name;
+    const std::string_view path = fields[i].path;
     if (path == name || (path.ends_with(name) && path[path.size() - name.size() - 1] == '.')) return i;
   }
   ADD_FAILURE() << row.name << ": no field " << name;
@@ -29,9 +29,9 @@ std::size_t field_index(const EventWalkRow& row, std::string_view name) {
 }
 
 // The fields that the row's text names, in its order.
-std::vector<protocol::Field> fields_of(const EventWalkRow& row) {
-  const auto all = record_of(row).fields;
-  std::vector<protocol::Field> chosen;
+std::vector<protocol::Leaf> fields_of(const EventWalkRow& row) {
+  const auto all = protocol::leaves_of(record_of(row));
+  std::vector<protocol::Leaf> chosen;
   std::istringstream words(row.fields);
   for (std::string word; words >> word;) {
     const std::size_t dots = word.find("..");
@@ -50,20 +50,19 @@ std::vector<protocol::Field> fields_of(const EventWalkRow& row) {
   return chosen;
 }
 
-char letter(protocol::FieldType type) {
+char letter(protocol::ValueType type) {
   switch (type) {
-    case protocol::FieldType::kInt32:
+    case protocol::ValueType::kInt32:
       return 'l';
-    case protocol::FieldType::kDouble:
+    case protocol::ValueType::kDouble:
       return 'd';
-    case protocol::FieldType::kBool32:
+    case protocol::ValueType::kFlag:
       return 'b';
-    case protocol::FieldType::kText:
+    case protocol::ValueType::kText:
       return 't';
-    case protocol::FieldType::kByte:
-      break;
+    default:
+      return '?';
   }
-  return '?';
 }
 
 bool share_a_packet(const EventWalkRow& left, const EventWalkRow& right) {
@@ -121,7 +120,7 @@ class EventWalk : public ClientTest {
     Heard all;
     const auto hear = [&](const char* who, std::int32_t id, const EventWalkRow& row) {
       std::string line = std::string(who).append(" ").append(row.name);
-      for (const protocol::Field& field : fields_of(row)) line.append(" ").append(tell_field(field, bytes));
+      for (const protocol::Leaf& field : fields_of(row)) line.append(" ").append(tell_field(field, bytes));
       all.lines.push_back(line);
       all.ids.push_back(id);
     };
@@ -173,7 +172,7 @@ TEST_F(EventWalk, MissesNoEventButTheOneThatNoPacketFires) {
 TEST_F(EventWalk, FindsFieldsOfTheArgumentsTypes) {
   for (const EventWalkRow& row : event_walk_rows()) {
     std::string types;
-    for (const protocol::Field& field : fields_of(row)) types += letter(field.type);
+    for (const protocol::Leaf& field : fields_of(row)) types += letter(field.type);
     EXPECT_EQ(types, row.types) << row.name;
   }
 }

@@ -5,7 +5,7 @@
 
 #include "event_walk_rows.h"
 #include "kestrine/text.h"
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 #include "sender_rows.h"
 #include "sender_test.h"
 

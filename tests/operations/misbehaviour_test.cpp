@@ -3,7 +3,7 @@
 
 #include "client_test.h"
 #include "operation_rows.h"
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 #include "random_packet.h"
 
 namespace kestrine::test {

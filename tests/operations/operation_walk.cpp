@@ -1,7 +1,6 @@
 #include "operation_walk.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "kestrine/text.h"
 #include "random_packet.h"
@@ -25,7 +24,7 @@ Bytes expected_parameters(const OperationRow& row, const TypedCall& call) {
 
 }  // namespace
 
-const protocol::RecordRow& result_record(const OperationRow& row) {
+const protocol::TypeRow& result_record(const OperationRow& row) {
   return row.result == VL_DT_Command ? *protocol::find_command(row.command)->answer
                                      : *protocol::find_packet(row.result)->record;
 }
@@ -53,17 +52,17 @@ std::vector<std::string> expected_outputs(const OperationRow& row, const TypedCa
   std::vector<std::string> all;
   std::size_t count = call.outputs.size();
   if (count == 0) return all;
-  const protocol::RecordRow& record = result_record(row);
+  const auto fields = protocol::leaves_of(result_record(row));
   if (row.command == VL_C_GetStillImage) return {tell(40), tell_bytes(std::span(bytes).subspan(24))};
   if (std::string_view(row.name).ends_with("Ex")) {
     return {tell_bytes(std::span(bytes).subspan(row.result == VL_DT_Command ? 16 : 0))};
   }
   std::string try_mode;
-  for (const protocol::Field& field : record.fields) {
-    if (std::strcmp(field.name, "bIsTryMode") == 0) try_mode = tell_field(field, bytes);
+  for (const protocol::Leaf& field : fields) {
+    if (field.path == "bIsTryMode") try_mode = tell_field(field, bytes);
   }
   if (!try_mode.empty()) --count;
-  for (const protocol::Field& field : record.fields.last(count)) all.push_back(tell_field(field, bytes));
+  for (const protocol::Leaf& field : std::span(fields).last(count)) all.push_back(tell_field(field, bytes));
   if (!try_mode.empty()) all.push_back(try_mode);
   return all;
 }
@@ -76,8 +75,8 @@ TypedCall Operations::call(const OperationRow& row, std::int32_t measure_time) {
   connection->stationary_measure_time = measure_time;
   std::set<std::size_t> flags;
   if (row.command >= 0) {
-    for (const protocol::Field& field : protocol::find_command(row.command)->parameters) {
-      if (field.type == protocol::FieldType::kBool32) flags.insert(field.offset);
+    for (const protocol::Value& field : protocol::find_command(row.command)->parameters) {
+      if (field.type == protocol::ValueType::kFlag) flags.insert(field.offset);
     }
   }
   SetErrorInfo(0, nullptr);

@@ -9,12 +9,12 @@
 
 #include "client_test.h"
 #include "operation_rows.h"
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 
 namespace kestrine::test {
 
 // The record of the packet that brings the outputs.
-const protocol::RecordRow& result_record(const OperationRow& row);
+const protocol::TypeRow& result_record(const OperationRow& row);
 std::string command_text(const OperationRow& row);
 std::string number(std::int32_t value);
 std::string join(std::initializer_list<std::string_view> pieces);

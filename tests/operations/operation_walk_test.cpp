@@ -2,7 +2,7 @@
 #include <array>
 #include <set>
 
-#include "commands/method_rows.h"
+#include "commands/arguments.h"
 #include "kestrine/com_error.h"
 #include "operation_walk.h"
 
@@ -44,8 +44,8 @@ TEST_F(Operations, HandOutTheFieldsBehindTheirAnswersHeader) {
     // These answers begin with a field that is no output.
     const bool skips = row.command == VL_C_GetLongSystemParameter || row.command == VL_C_GetDoubleSystemParameter ||
                        row.command == VL_C_GetMeasurementStatusInfo || row.command == VL_C_GetStillImage;
-    const auto fields = result_record(row).fields.last(made.outputs.size());
-    EXPECT_EQ(fields.front().offset, skips ? 20 : 16) << row.name;
+    const auto fields = protocol::leaves_of(result_record(row));
+    EXPECT_EQ(fields[fields.size() - made.outputs.size()].offset, skips ? 20 : 16) << row.name;
   }
 }
 
@@ -141,16 +141,16 @@ TEST_F(Operations, SendNothingWhenAnyOutputHasNowhereToGo) {
   start();
   std::array<std::uint8_t, 512> anywhere{};
   int outputs = 0;
-  for (const commands::MethodRow& row : commands::sync_methods()) {
-    std::vector<commands::Argument> arguments(row.params.size());
-    for (std::size_t i = 0; i < row.params.size(); ++i) {
-      if (row.params[i].out) arguments[i].out = anywhere.data();
+  for (const protocol::MemberRow& row : protocol::sync_methods()) {
+    std::vector<commands::Argument> arguments(row.values.size());
+    for (std::size_t i = 0; i < row.values.size(); ++i) {
+      if (row.values[i].out) arguments[i].out = anywhere.data();
     }
-    for (std::size_t i = 0; i < row.params.size(); ++i) {
-      if (!row.params[i].out) continue;
+    for (std::size_t i = 0; i < row.values.size(); ++i) {
+      if (!row.values[i].out) continue;
       ++outputs;
       arguments[i].out = nullptr;
-      EXPECT_EQ(engine().perform(row.dispid, arguments.data()), E_POINTER) << row.name << " " << row.params[i].name;
+      EXPECT_EQ(engine().perform(row.dispid, arguments.data()), E_POINTER) << row.name << " " << row.values[i].name;
       arguments[i].out = anywhere.data();
     }
   }

@@ -9,9 +9,9 @@ namespace kestrine::test {
 namespace {
 
 // Now and then of the field's whole length; what lies behind the end is no text.
-void put_text(const protocol::Field& field, Bytes& packet, std::mt19937& random) {
-  const std::size_t length = random() % (field.units + 1u);
-  for (std::size_t i = 0; i < field.units; ++i) {
+void put_text(const protocol::Value& field, Bytes& packet, std::mt19937& random) {
+  const std::size_t length = random() % (field.count + 1u);
+  for (std::size_t i = 0; i < field.count; ++i) {
     const auto unit = static_cast<std::uint16_t>(i == length ? 0 : 0x3B1 + random() % 25);
     wire::store_u16(&packet[field.offset + 2 * i], unit);
   }
@@ -59,38 +59,37 @@ std::int32_t random_flag(std::mt19937& random) {
   return kFlags[random() % std::size(kFlags)];
 }
 
-Bytes random_packet(const protocol::RecordRow& record, std::int32_t type, std::mt19937& random) {
-  using protocol::FieldType;
+Bytes random_packet(const protocol::TypeRow& record, std::int32_t type, std::mt19937& random) {
+  using protocol::ValueType;
   Bytes bytes = packet(record.size, type);
-  for (const protocol::Field& field : record.fields) {
+  for (const protocol::Value& field : protocol::leaves_of(record)) {
     if (field.offset < 8) continue;
-    if (field.type == FieldType::kInt32) put_i32(bytes, field.offset, random_long(random));
-    if (field.type == FieldType::kBool32) put_i32(bytes, field.offset, random_flag(random));
-    if (field.type == FieldType::kDouble) put_f64(bytes, field.offset, random_double(random));
-    if (field.type == FieldType::kText) put_text(field, bytes, random);
+    if (field.type == ValueType::kInt32) put_i32(bytes, field.offset, random_long(random));
+    if (field.type == ValueType::kFlag) put_i32(bytes, field.offset, random_flag(random));
+    if (field.type == ValueType::kDouble) put_f64(bytes, field.offset, random_double(random));
+    if (field.type == ValueType::kText) put_text(field, bytes, random);
   }
   return bytes;
 }
 
-std::string tell_field(const protocol::Field& field, const Bytes& packet) {
+std::string tell_field(const protocol::Value& field, const Bytes& packet) {
   const std::uint8_t* at = &packet[field.offset];
   std::u16string text;
   switch (field.type) {
-    case protocol::FieldType::kInt32:
+    case protocol::ValueType::kInt32:
       return tell(wire::load_i32(at));
-    case protocol::FieldType::kDouble:
+    case protocol::ValueType::kDouble:
       return tell(wire::load_f64(at));
-    case protocol::FieldType::kBool32:
+    case protocol::ValueType::kFlag:
       return tell_flag(static_cast<std::int16_t>(wire::load_i32(at) & 0xFFFF));
-    case protocol::FieldType::kText:
-      for (std::size_t i = 0; i < field.units && wire::load_u16(at + 2 * i) != 0; ++i) {
+    case protocol::ValueType::kText:
+      for (std::size_t i = 0; i < field.count && wire::load_u16(at + 2 * i) != 0; ++i) {
         text += static_cast<char16_t>(wire::load_u16(at + 2 * i));
       }
       return tell_text(text);
-    case protocol::FieldType::kByte:
-      break;
+    default:
+      return "bytes";
   }
-  return "bytes";
 }
 
 }  // namespace kestrine::test

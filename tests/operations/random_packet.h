@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "protocol/tables.h"
+#include "protocol/catalogue.h"
 #include "scripted_peer.h"
 
 namespace kestrine::test {
@@ -26,7 +26,7 @@ double random_double(std::mt19937& random);
 std::int32_t random_flag(std::mt19937& random);
 
 // A packet of that record and type, random but for its header.
-Bytes random_packet(const protocol::RecordRow& record, std::int32_t type, std::mt19937& random);
-std::string tell_field(const protocol::Field& field, const Bytes& packet);
+Bytes random_packet(const protocol::TypeRow& record, std::int32_t type, std::mt19937& random);
+std::string tell_field(const protocol::Value& field, const Bytes& packet);
 
 }  // namespace kestrine::test

@@ -5,10 +5,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
-#include <string>
 #include <vector>
-
-#include "protocol/tables.h"
 
 namespace kestrine {
 namespace {
@@ -76,64 +73,6 @@ TEST(Elements, FollowTheHeaderBackToBack) {
   EXPECT_EQ(double{read_element<ProbeContinuousResultT>(probe.data(), 0).dPosition1}, -1.5);
   EXPECT_EQ(RecordTraits<MultiMeasResult2T>::header_size, 48u);
   EXPECT_EQ(sizeof(RecordTraits<MultiMeasResult2T>::Element), 92u);
-}
-
-const protocol::Field* find_field(const char* record, std::string_view name) {
-  for (const protocol::Field& field : protocol::find_record(record)->fields) {
-    if (field.name == name) return &field;
-  }
-  return nullptr;
-}
-
-TEST(RecordRows, HaveEveryFieldAtItsOffset) {
-  struct Case {
-    const char* record;
-    const char* field;
-    std::size_t offset;
-  };
-  const Case cases[] = {
-      {"SingleMeasResultT", "dVal1", 20},
-      {"SingleMeasResult2T", "dPointingErrorH", 100},
-      {"ProbeStationaryResultT", "dPosition1", 48},
-      {"TransformationInputDataT", "dTransVal1", 4},
-      {"GridModeDataT", "regionType", 32},
-      {"GetSystemStatusRT", "vlVersionNumber.iBuildNumber", 40},
-      {"GetReflectorsRT", "dSurfaceOffset", 28},
-      {"GetTrackerDiagnosticsRT", "dSensorInsideTemperature", 100},
-      {"GetMeasurementStatusInfoRT", "lMeasurementStatusInfo", 20},
-      {"GetStillImageRT", "cFileStart", 24},
-      {"GetKorv4xxInfoRT", "dStdDevAngleFactor", 176},
-      {"MultiMeasResult2T", "packetInfo.status", 8},
-  };
-  for (const auto& [record, field, offset] : cases) {
-    ASSERT_NE(find_field(record, field), nullptr) << record << "." << field;
-    EXPECT_EQ(find_field(record, field)->offset, offset) << record << "." << field;
-  }
-  EXPECT_EQ(protocol::find_record("NoSuchT"), nullptr);
-}
-
-TEST(RecordRows, TellTextsFlagsAndElements) {
-  EXPECT_EQ(find_field("GetCompensations2RT", "cADMCompensationComment")->units, 128);
-  EXPECT_EQ(find_field("SingleMeasResultT", "bIsTryMode")->type, protocol::FieldType::kBool32);
-  const protocol::RecordRow* block = protocol::find_packet(VL_DT_ContinuousProbeMeasResult)->record;
-  EXPECT_EQ(block->header_size, 68);
-  EXPECT_EQ(block->element->size, 212);
-  EXPECT_EQ(find_field("ProbeContinuousResultT", "data"), nullptr);
-}
-
-TEST(EnumRows, KeepSecondNamesAndDeclaredOrder) {
-  const auto names_of = [](const char* name) {
-    std::string text;
-    for (const auto& value : protocol::find_enumeration(name)->values) {
-      text += std::string(value.name) + "=" + std::to_string(value.value) + " ";
-    }
-    return text;
-  };
-  EXPECT_EQ(names_of("VL_ClockTransition"), "VL_CT_Positive=1 VL_CT_Negative=0 ");
-  EXPECT_EQ(names_of("VL_QuickReleaseStatus"), "VL_QRS_NotExisting=-1 VL_QRS_Closed=0 VL_QRS_Open=1 ");
-  EXPECT_NE(names_of("VL_Command").find("VL_C_GetKorvInfo=140 VL_C_GetKorv4xxInfo=140 "), std::string::npos);
-  EXPECT_EQ(VL_SP_ControllerBatteryStatus, VL_SP_Korv4xxControllerBatteryStatus);
-  EXPECT_EQ(protocol::find_enumeration("VL_None"), nullptr);
 }
 
 }  // namespace

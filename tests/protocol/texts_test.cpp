@@ -41,7 +41,7 @@ TEST(StatusText, GivesEveryNumberAText) {
       {-1, unexpected},
       {INT_MIN, unexpected},
   };
-  for (const auto& [status, text] : cases) EXPECT_EQ(StatusText(status), text) << status;
+  for (const auto& [status, text] : cases) EXPECT_EQ(status_text(status), text) << status;
 }
 
 TEST(CommandText, NamesEveryCommandAndWhatIsNone) {
@@ -59,42 +59,42 @@ TEST(CommandText, NamesEveryCommandAndWhatIsNone) {
       {145, u"Unknown command (unexpected)"},
       {-1, u"Unknown command (unexpected)"},
   };
-  for (const auto& [command, text] : cases) EXPECT_EQ(CommandText(command), text) << command;
+  for (const auto& [command, text] : cases) EXPECT_EQ(command_text(command), text) << command;
 }
 
 TEST(CommandText, EndsInANul) {
   for (std::int32_t command = -1; command <= 145; ++command) {
-    const std::u16string_view text = CommandText(command);
+    const std::u16string_view text = command_text(command);
     EXPECT_EQ(text.data()[text.size()], u'\0') << command;
   }
 }
 
 TEST(SendFailureText, NamesTheCommandAndItsCode) {
-  EXPECT_EQ(SendFailureText(7), u"Invoking command \"Initialize\" [7] failed!");
-  EXPECT_EQ(SendFailureText(-5), u"Invoking command \"Unknown command (unexpected)\" [-5] failed!");
+  EXPECT_EQ(send_failure_text(7), u"Invoking command \"Initialize\" [7] failed!");
+  EXPECT_EQ(send_failure_text(-5), u"Invoking command \"Unknown command (unexpected)\" [-5] failed!");
 }
 
-TEST(StatusToWarningRow, KnowsTheSixAcceptedParametersOnly) {
+TEST(WarningRow, KnowsTheSixAcceptedParametersOnly) {
   const std::map<std::int32_t, std::int32_t> rows{{11, 517}, {13, 518}, {15, 519}, {17, 520}, {19, 521}, {21, 522}};
   for (std::int32_t status = -2; status < 30; ++status) {
-    EXPECT_EQ(StatusToWarningRow(status), rows.contains(status) ? rows.at(status) : 0) << status;
+    EXPECT_EQ(warning_row(status), rows.contains(status) ? rows.at(status) : 0) << status;
   }
-  EXPECT_EQ(LoadStringResource(520), u"Warning: Parameter 4 out of range but still accepted");
+  EXPECT_EQ(table_text(520), u"Warning: Parameter 4 out of range but still accepted");
 }
 
-TEST(LoadStringResource, GivesNothingForARowThatIsNotThere) {
-  EXPECT_EQ(LoadStringResource(524), u"");
-  EXPECT_EQ(LoadStringResource(0), u"");
-  EXPECT_EQ(LoadStringResource(-1), u"");
-  EXPECT_EQ(LoadStringResource(514), u"Object already connected to server\n");
+TEST(TableText, GivesNothingForARowThatIsNotThere) {
+  EXPECT_EQ(table_text(524), u"");
+  EXPECT_EQ(table_text(0), u"");
+  EXPECT_EQ(table_text(-1), u"");
+  EXPECT_EQ(table_text(514), u"Object already connected to server\n");
 }
 
 TEST(Errors, PointToTheTextThatSaysWhatHappened) {
   EXPECT_EQ(error::kPendingAnswer.number, 40001);
-  EXPECT_EQ(LoadStringResource(error::kPendingAnswer.row), u"Command failed due to pending synchronous answer");
+  EXPECT_EQ(table_text(error::kPendingAnswer.row), u"Command failed due to pending synchronous answer");
   EXPECT_EQ(error::kSendFailed.row, 0);
-  EXPECT_EQ(LoadStringResource(error::kWrongConstant.row), u"Wrong Parameter");
-  EXPECT_EQ(LoadStringResource(text_row::kTrackerError), u"TRK #");
+  EXPECT_EQ(table_text(error::kWrongConstant.row), u"Wrong Parameter");
+  EXPECT_EQ(table_text(text_row::kTrackerError), u"TRK #");
 }
 
 }  // namespace

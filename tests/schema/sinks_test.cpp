@@ -147,7 +147,7 @@ TEST(TypedMethods, PackTheirParametersInOrder) {
   recorder.look = [](const commands::Argument* arguments) {
     EXPECT_EQ(arguments[0].f64, 1.0);
     EXPECT_EQ(arguments[2].f64, 3.0);
-    EXPECT_EQ(arguments[3].boolean, -1);
+    EXPECT_EQ(arguments[3].i32, -1);
   };
   EXPECT_EQ(recorder.GoPosition(1, 2, 3, VARIANT_TRUE), S_FALSE);
   EXPECT_EQ(recorder.called, 9);

@@ -9,21 +9,20 @@ namespace kestrine::simulator {
 namespace {
 
 using protocol::CommandRow;
-using protocol::Field;
-using protocol::FieldType;
+using protocol::Value;
+using protocol::ValueType;
 
 // A request with a value in every parameter that is probably fine: the last of an enumeration, else the number.
 protocol::Request filled_request(const CommandRow& row, double number) {
   protocol::Request request(row.code, row.request_size);
-  for (const Field& field : row.parameters) {
-    const protocol::EnumRow* values = protocol::find_enumeration(field.type_name);
-    if (field.type == FieldType::kDouble) {
+  for (const Value& field : row.parameters) {
+    if (field.type == ValueType::kDouble) {
       request.put_double(field.offset, number);
-    } else if (field.type == FieldType::kBool32) {
+    } else if (field.type == ValueType::kFlag) {
       request.put_bool(field.offset, 1);
     } else {
       const auto integer = static_cast<std::int32_t>(std::isnan(number) ? INT32_MIN : number);
-      request.put_int32(field.offset, values ? values->values.back().value : integer);
+      request.put_int32(field.offset, field.named ? field.named->values.back().value : integer);
     }
   }
   return request;
@@ -79,12 +78,12 @@ protocol::Request setting_request(const CommandRow& row) {
   };
   protocol::Request request = filled_request(row, 0);
   std::size_t index = 0;
-  for (const Field& field : row.parameters) {
+  for (const Value& field : row.parameters) {
     const auto found = special.find(row.code);
     const double value = found == special.end() ? 0.123 + static_cast<double>(index) : found->second[index];
     ++index;
-    if (field.type == FieldType::kDouble) request.put_double(field.offset, value);
-    if (field.type == FieldType::kInt32 && !protocol::find_enumeration(field.type_name))
+    if (field.type == ValueType::kDouble) request.put_double(field.offset, value);
+    if (field.type == ValueType::kInt32 && !field.named)
       request.put_int32(field.offset, static_cast<std::int32_t>(found == special.end() ? value + 4 : value));
   }
   return request;

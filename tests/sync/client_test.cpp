@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "events/event_rows.h"
 #include "kestrine/error.h"
 #include "platform/profile.h"
+#include "protocol/catalogue.h"
 
 namespace kestrine::test {
 namespace {
@@ -26,7 +26,7 @@ HRESULT Listener::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DI
   EXPECT_TRUE(reserved == IID_NULL && locale == LOCALE_USER_DEFAULT && flags == DISPATCH_METHOD);
   EXPECT_TRUE(arguments->rgdispidNamedArgs == nullptr && arguments->cNamedArgs == 0);
   EXPECT_TRUE(result == nullptr && exception == nullptr && bad_argument == nullptr);
-  const auto rows = events_ == DIID__ILTCommandSyncEvents ? events::sync_events() : events::async_events();
+  const auto rows = events_ == DIID__ILTCommandSyncEvents ? protocol::sync_events() : protocol::async_events();
   std::string line = name_ + " " + rows[static_cast<std::size_t>(id) - 1].name;
   for (UINT i = arguments->cArgs; i > 0; --i) line.append(" ").append(words(arguments->rgvarg[i - 1]));
   lines_.push_back(line);

@@ -6,25 +6,14 @@
 namespace kestrine::test {
 namespace {
 
-using commands::WaitClass;
 using sync::Timeouts;
-
-constexpr WaitClass kOrder[] = {WaitClass::kStandard,
-                                WaitClass::kExtended,
-                                WaitClass::kTrackerInit,
-                                WaitClass::kMeasurementAdditional,
-                                WaitClass::kFind,
-                                WaitClass::kTransformation,
-                                WaitClass::kOrientToGravity,
-                                WaitClass::kIntermediateCompensation,
-                                WaitClass::kAtrCompensation};
 
 class TimeoutSettings : public ClientTest {
  protected:
   TimeoutSettings() { set_timeout(u"StandardWaitTime", 10000); }
   static std::vector<std::int32_t> values(const Timeouts& timeouts) {
     std::vector<std::int32_t> all;
-    for (const WaitClass wait : kOrder) all.push_back(timeouts[wait]);
+    for (const protocol::WaitRow& wait : protocol::wait_classes()) all.push_back(timeouts[wait]);
     return all;
   }
 };

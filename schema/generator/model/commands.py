@@ -1,14 +1,21 @@
-"""Commands with their requests, and what lies in packets of each data type."""
+"""Commands: code, names, and the layouts of request and answer. Their members and events are read elsewhere."""
 
 from dataclasses import dataclass, field
 
 from ..errors import Where, require
 from ..source import Source, Table
 from .enums import Enum, EnumValue
-from .names import Scope
-from .records import Leaf, Record, Records
+from .names import Scope, display_text
+from .quantities import QUANTITIES
+from .records import FIELD_SHAPES, Field, Layout, Leaf, Record, Records, check_place
 
 REQUEST_PREFIX = 12  # packet size, data type, command
+BASIC_ANSWER = "BasicCommandRT"
+_PREFIX = "VL_C_"
+_MEMBER_KEYS = ("name", "ids", "wait", "result", "waits_for_result", "outputs_when_good", "outputs", "mode", "speed",
+                "mirror", "ended_by", "ex_parameter", "doc", "ex_doc")
+_KEYS = ("code", "text", "sent", "aliases", "request", "request_size", "answer", "answer_size", "series", "event",
+         "values", "sync_names", "second_event", "status_test")
 
 
 @dataclass
@@ -16,17 +23,18 @@ class Command:
     code: int
     name: str  # empty: the code is no command
     text: str
-    request_size: int  # 0: never sent
-    answer: Record | None
-    series: bool
     where: Where
-    aliases: list[str] = field(default_factory=list)
-    record: Record | None = None
+    table: Table
+    aliases: list[str]
+    request_size: int = 0  # 0: never sent
+    answer: Record | None = None
+    series: bool = False  # one answer packet an item, each with the total
+    record: Record | None = None  # what the request's parameters are laid out as
     parameters: list[Leaf] = field(default_factory=list)
 
     @property
     def method_name(self) -> str:
-        return self.name.removeprefix("VL_C_")
+        return self.name.removeprefix(_PREFIX)
 
 
 @dataclass(frozen=True)
@@ -35,81 +43,87 @@ class Packet:
     record: Record
 
 
-_SHAPES = ((int, str, str, int, str), (int, str, str, int, str, str))
+def load_commands(source: Source) -> dict[str, Command]:
+    """All commands in the order of their codes, still without their layouts."""
+    commands = []
+    codes, names = Scope("the command code"), Scope("the command")
+    for table in source.tables("command"):
+        table.allow(_KEYS + _MEMBER_KEYS, ("member",))
+        for member in table.parts("member"):
+            member.allow(_MEMBER_KEYS)
+        code, name = table.take("code", int), table.take("name", str)
+        codes.claim(code, table.at("code"))
+        names.claim(name, table.at("name"))
+        text = table.take("text", str, display_text(name))
+        aliases = [_PREFIX + alias for alias in table.words("aliases") or []]
+        commands.append(Command(code, name and _PREFIX + name, text, table.where, table, aliases,
+                                series=table.take("series", bool, False)))
+    return {command.name or str(command.code): command for command in sorted(commands, key=lambda each: each.code)}
 
 
-def load_command_names(source: Source, global_names: Scope) -> Enum:
-    """The enumeration of the commands, which records and parameters refer to before the commands are complete."""
-    rows = source.rows("commands", *_SHAPES)
-    aliases = source.rows("aliases", (str, str))
-    values = []
-    for row in rows:
-        if not row[1]:
-            continue
-        values.append(EnumValue(row[0], row[1], None, row.where))
-        values += [EnumValue(row[0], alias[0], None, alias.where) for alias in aliases if alias[1] == row[1]]
-    names = {value.name for value in values}
-    for alias in aliases:
-        require(alias[1] in names, alias.where, f"{alias[1]} is no command")
-    where = rows[0].where if rows else Where("commands.toml", 1)
-    global_names.claim_name("VL_Command", where)
+def command_enum(commands: dict[str, Command], global_names: Scope) -> Enum:
+    values = [EnumValue(command.code, name, None, command.table.at("name")) for command in commands.values()
+              for name in [command.name, *command.aliases] if name]
+    global_names.claim_name("VL_Command", values[0].where if values else Where("schema", 1))
     return Enum("VL_Command", "The commands of the server.", values)
 
 
-def load_commands(source: Source, records: Records) -> dict[str, Command]:
-    commands = {}
-    codes = Scope("the command code")
-    for row in source.rows("commands", *_SHAPES):
-        codes.claim(row[0], row.where)
-        require(row[5:] in ([], ["series"]), row.where, f"{row[-1]} is not known here")
-        answer = records.get(row[4], row.where) if row[4] else None
-        require((answer is None) == (row[3] == 0), row.where, "what is sent has an answer, and nothing else")
-        command = Command(row[0], row[1], row[2], row[3], answer, len(row) > 5, row.where)
-        commands[command.name or str(command.code)] = command
-    for row in source.rows("aliases", (str, str)):
-        commands[row[1]].aliases.append(row[0])
-    asked = Scope("the request of")
-    for table in source.tables("request"):
-        name = table.take("command", str)
-        require(name in commands, table.where, f"{name} is no command")
-        asked.claim(name, table.where)
-        _add_request(commands[name], table, records)
+def answer_layouts(commands: dict[str, Command]) -> list[Layout]:
+    """The record of an answer is named like its command and begins like all answers."""
+    layouts = []
     for command in commands.values():
-        end = command.parameters[-1].offset + command.parameters[-1].size if command.parameters else REQUEST_PREFIX
-        if command.request_size:
-            require(command.request_size == end, command.where,
-                    f"{command.name} is said to have {command.request_size} bytes, but its parameters end at {end}")
-        else:
-            require(not command.parameters, command.where, f"{command.name} is never sent and has parameters")
-    return commands
+        if rows := command.table.rows("answer", *FIELD_SHAPES):
+            head = type(rows[0])([0, "packetInfo", BASIC_ANSWER], command.table.at("answer"))
+            size = command.table.take("answer_size", int) if "answer_size" in command.table else None
+            layouts.append(Layout(command.method_name + "RT", command.table.at("answer"), [head, *rows], size,
+                                  command.table.at("answer_size")))
+    return layouts
 
 
-def _add_request(command: Command, table: Table, records: Records) -> None:
-    table.allow("command", "record", "parameters")
-    names = Scope(f"in {command.name} the parameter")
+def resolve_commands(commands: dict[str, Command], records: Records) -> None:
+    for command in commands.values():
+        table = command.table
+        if not table.take("sent", bool, True):
+            for key in ("request", "answer", "series", "ids"):
+                require(key not in table, table.at(key), f"{command.name} is never sent and has {key}")
+            continue
+        own = command.method_name + "RT" if "answer" in table else BASIC_ANSWER
+        command.answer = records.get(own, table.at("answer"))
+        require("answer" in table or not command.series, table.at("series"), "a series has an answer")
+        for alias in command.aliases:
+            if own in records.all and own != BASIC_ANSWER:
+                records.add_alias(alias.removeprefix(_PREFIX) + "RT", own, table.at("aliases"))
+        _add_request(command, records)
+
+
+def _add_request(command: Command, records: Records) -> None:
+    table = command.table
+    if isinstance(table.get("request"), str):
+        command.record = records.get(table.take("request", str), table.at("request"))
+        command.parameters = [Leaf(leaf.public, leaf.type, leaf.offset + REQUEST_PREFIX, leaf.quantity, leaf.public)
+                              for leaf in command.record.leaves]
+    names = Scope(f"in the request of {command.method_name} the parameter")
     end = REQUEST_PREFIX
-    for row in table.rows("parameters", (int, str, str)):
-        leaf = Leaf(row[1], row[2], row[0])
-        names.claim_name(leaf.name, row.where)
-        require(not records.is_record(leaf.type), row.where, f"{leaf.type} must be told value by value")
-        records.size_of(leaf.type, row.where)
-        require(leaf.kind in ("kInt32", "kBool32", "kDouble"), row.where, f"{leaf.type} cannot be sent")
-        require(leaf.offset == end, row.where, f"{leaf.name} is at {leaf.offset}, but what is before it ends at {end}")
+    for row in [] if command.record else table.rows("request", (int, str, str)):
+        entry = Field.of(row)
+        names.claim_name(entry.name, row.where)
+        require(not records.is_record(entry.type), row.where, f"{entry.type} must be laid out value by value")
+        records.size_of(entry.type, row.where)
+        leaf = Leaf(entry.name, entry.type, entry.offset, entry.quantity, entry.name)
+        require(leaf.kind in ("kInt32", "kBool32", "kDouble"), row.where,
+                f"{entry.type} cannot be sent; there are: int32, bool32, double, {', '.join(QUANTITIES)}, enumerations")
+        check_place(entry, end)
         end += leaf.size
         command.parameters.append(leaf)
-    if "record" in table:
-        command.record = records.get(table.take("record", str), table.where)
-        told = [(leaf.type, leaf.offset) for leaf in command.parameters]
-        held = [(leaf.type, leaf.offset + REQUEST_PREFIX) for leaf in command.record.leaves]
-        require(told == held, table.where, f"the parameters of {command.name} are not those of {command.record.name}")
+    for leaf in command.parameters[-1:]:
+        end = leaf.offset + leaf.size
+    sized = "request_size" in table or (command.parameters and not command.record)
+    stated = table.take("request_size", int) if sized else end
+    require(stated == end, table.at("request_size"),
+            f"the request of {command.method_name} is said to have {stated} bytes, but its parameters end at {end}")
+    command.request_size = end
 
 
-def load_packets(source: Source, enums: dict[str, Enum], records: Records) -> list[Packet]:
-    packets = []
-    seen = Scope("the data type")
-    for row in source.rows("packets", (str, str)):
-        seen.claim(row[0], row.where)
-        value = next((value for value in enums["VL_DataType"].values if value.name == row[0]), None)
-        require(value is not None, row.where, f"{row[0]} is no data type")
-        packets.append(Packet(value, records.get(row[1], row.where)))
-    return packets
+def load_packets(records: Records) -> list[Packet]:
+    packets = [Packet(record.packet, record) for record in records.all.values() if record.packet]
+    return sorted(packets, key=lambda packet: packet.value.value)

@@ -13,6 +13,7 @@ class EnumValue:
     name: str
     text: str | None  # result statuses only; a second name of a status has none
     where: Where
+    warning: int | None = None  # result statuses that are warnings: the text row that says so
 
 
 @dataclass(frozen=True)
@@ -29,16 +30,17 @@ _KNOWN_BY_NAME = ("VL_DataType", "VL_ResultStatus")
 def load_enums(source: Source, global_names: Scope) -> dict[str, Enum]:
     enums = {}
     for table in source.tables("enum"):
-        table.allow("name", "doc", "values")
+        table.allow(("name", "doc", "values"))
         name = table.take("name", str)
         global_names.claim_name(name, table.where)
         values = []
-        for row in table.rows("values", (int, str), (int, str, str)):
-            values.append(EnumValue(row[0], row[1], row[2] if len(row) > 2 else None, row.where))
+        for row in table.rows("values", (int, str), (int, str, str), (int, str, str, int)):
+            text, warning = [*row[2:], None, None][:2]
+            values.append(EnumValue(row[0], row[1], text, row.where, warning))
         require(bool(values), table.where, f"{name} has no values")
         enums[name] = Enum(name, table.take("doc", str, ""), values)
     for name in _KNOWN_BY_NAME:
-        require(name in enums, Where("enums.toml", 1), f"the enumeration {name} is missing")
+        require(name in enums, Where("schema", 1), f"the enumeration {name} is missing")
     return enums
 
 

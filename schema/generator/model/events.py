@@ -2,19 +2,25 @@
 
 from dataclasses import dataclass
 
-from ..errors import require
-from ..source import Source
-from .commands import Command
-from .names import Scope
-from .values import Value, ValueList, ValueLists
+from ..errors import require, require_known
+from ..source import Source, Table
+from .commands import BASIC_ANSWER, Command
+from .enums import Enum
+from .interfaces import identifiers, single_parameters
+from .names import Numbers
+from .records import Record, Records, record_tables
+from .values import Value, all_values, chosen_values
+
+_VERBS = ("Get", "Call")
+_TESTS = ("once", "none", "each")
 
 
 @dataclass(frozen=True)
 class Event:
     dispid: int
     name: str
-    source: ValueList
-    values: list[Value]  # those of the source, some under another name
+    records: list[Record]  # that it is made from; empty: from no packet
+    values: list[Value]
 
 
 @dataclass(frozen=True)
@@ -27,47 +33,73 @@ class Answer:
     tested_twice: bool
 
 
-_BASIC_ANSWER = "BasicCommandRT"
+class Events:
+    """Both sides by name, in the order of their identifiers, and what the answers fire in the order of their codes."""
+
+    def __init__(self, source: Source, commands: dict[str, Command], records: Records, enums: dict[str, Enum]):
+        self._numbers = {"async": Numbers("the asynchronous event"), "sync": Numbers("the synchronous event")}
+        self._found: dict[str, list[Event]] = {"async": [], "sync": []}
+        for table in record_tables(source):
+            for part in table.parts("event"):
+                self._add_of_packet(part, records.get(table.take("name", str), table.where), records)
+        for table in source.tables("event"):
+            table.allow(("name", "ids", "arguments"))
+            given = single_parameters(table.take("arguments", str), False, enums, table.at("arguments"))
+            self._add(table, table.take("name", str), identifiers(table, ("async", "sync")), [],
+                      [Value(each.name, each.type, None) for each in given])
+        self.answers = [self._answer(command) for command in commands.values() if command.answer]
+        for numbers in self._numbers.values():
+            numbers.check_complete()
+        self.asynchronous, self.synchronous = ({event.name: event for event in sorted(found, key=lambda e: e.dispid)}
+                                               for found in self._found.values())
+
+    def _add_of_packet(self, table: Table, record: Record, records: Records) -> None:
+        table.allow(("name", "ids", "values", "also_from"))
+        sources = [record] + [records.get(name, table.at("also_from")) for name in table.words("also_from") or []]
+        words = table.words("values")
+        values = chosen_values(sources, words, table.at("values")) if words else all_values(record, False)
+        self._add(table, table.take("name", str), identifiers(table, ("async", "sync")), sources, values)
+
+    def _add(self, table: Table, name: str, ids: dict[str, int], records: list[Record],
+             values: list[Value]) -> list[Event]:
+        require(all(value.type != "variant" for value in values), table.where, f"{name}: an event carries no variant")
+        made = []
+        for side, dispid in ids.items():
+            self._numbers[side].claim(dispid, name, table.at("ids"))
+            renamed = table.take("sync_names", dict, {}) if side == "sync" else {}
+            for old in renamed:
+                require_known(old, [value.name for value in values], table.at("sync_names"), f"value of {name}")
+            own = [Value(renamed.get(value.name, value.name), value.type, value.leaf) for value in values]
+            made.append(Event(dispid, name, records, own))
+            self._found[side].append(made[-1])
+        return made
+
+    def _answer(self, command: Command) -> Answer:
+        table = command.table
+        if command.answer.name == BASIC_ANSWER:
+            for key in ("event", "values", "second_event", "status_test"):
+                require(key not in table, table.at(key), f"an answer without data has no {key}")
+            return Answer(command, None, None, None, True, False)
+        ids = identifiers(table, None)
+        require("event" in ids, table.at("ids"), f"nothing says what the answer to {command.method_name} fires")
+        require(("sync_event" in ids) == command.series, table.at("ids"), "a series has a sync_event, and nothing else")
+        words = table.words("values")
+        values = chosen_values([command.answer], words, table.at("values")) if words else \
+            all_values(command.answer, command.series)
+        sides = {"async": ids["event"]} | ({"sync": ids["sync_event"]} if command.series else {})
+        events = self._add(table, table.take("event", str, event_name(command)), sides, [command.answer], values)
+        second = None
+        require(("second_event" in table) == ("second_event" in ids), table.at("second_event"),
+                "a second event has a name and an identifier")
+        if "second_event" in table:
+            second, = self._add(table, table.take("second_event", str), {"async": ids["second_event"]},
+                                [command.answer], values)
+        test = table.take("status_test", str, "once")
+        require_known(test, _TESTS, table.at("status_test"), "test of the status")
+        return Answer(command, events[0], second, events[1] if command.series else None, test != "none", test == "each")
 
 
-def load_events(source: Source, kind: str, lists: ValueLists) -> dict[str, Event]:
-    names = Scope("the event")
-    renames = {(row[0], row[1]): row for row in source.rows(f"{kind}_renames", (str, str, str))}
-    events = {}
-    for row in source.rows(f"{kind}_events", (int, str), (int, str, str)):
-        names.claim_name(row[1], row.where)
-        require(row[0] == len(events) + 1, row.where, f"the identifier of {row[1]} must be {len(events) + 1}")
-        from_list = lists.get(row[-1], row.where)
-        require(all(value.type != "variant" for value in from_list.values), row.where, "an event carries no variant")
-        values = []
-        for value in from_list.values:
-            rename = renames.pop((row[1], value.name), None)
-            values.append(Value(rename[2], value.type, value.leaf) if rename else value)
-        events[row[1]] = Event(row[0], row[1], from_list, values)
-    for rename in renames.values():
-        require(False, rename.where, f"{rename[0]} has no parameter {rename[1]}")
-    return events
-
-
-def load_answers(source: Source, commands: dict[str, Command], async_events: dict[str, Event],
-                 sync_events: dict[str, Event]) -> list[Answer]:
-    answers = {command.name: Answer(command, None, None, None, True, False) for command in commands.values()
-               if command.answer and command.answer.name == _BASIC_ANSWER}
-    for row in source.rows("answers", (str, str, str, str)):
-        name, first, second, test = row
-        require(name in commands, row.where, f"{name} is no command")
-        require(name not in answers, row.where, f"{name} is answered already, or without data")
-        require(test in ("tested", "untested", "each"), row.where, f"{test} is not known here")
-        command = commands[name]
-        for event in (first, second) if second else (first,):
-            require(event in async_events, row.where, f"{event} is no asynchronous event")
-            require(command.answer in async_events[event].source.records, row.where,
-                    f"{event} is not made from the answer to {name}")
-        if command.series:
-            require(first in sync_events, row.where, f"{first} is no synchronous event")
-        answers[name] = Answer(command, async_events[first], async_events.get(second),
-                               sync_events[first] if command.series else None, test != "untested", test == "each")
-    for command in commands.values():
-        require(command.answer is None or command.name in answers, command.where,
-                f"nothing says what the answer to {command.name} fires")
-    return sorted(answers.values(), key=lambda answer: answer.command.code)
+def event_name(command: Command) -> str:
+    """UnitsData of GetUnits."""
+    name = command.method_name
+    return next((name.removeprefix(verb) for verb in _VERBS if name.startswith(verb)), name) + "Data"

@@ -2,126 +2,163 @@
 
 from dataclasses import dataclass
 
-from ..errors import Where, require
-from ..source import Row, Source
-from .commands import REQUEST_PREFIX, Command, Packet
+from ..errors import require, require_known
+from ..source import Source, Table
+from .commands import REQUEST_PREFIX, Command
 from .enums import Enum
-from .interfaces import Member, Parameter, check_row, distinct, single_parameters
-from .names import Scope
+from .events import Answer, Events
+from .interfaces import (Member, Parameter, distinct, identifiers, output_parameters, record_parameter,
+                         single_parameters)
+from .names import Numbers
 from .records import Record, Records
-from .values import ValueLists
+from .values import chosen_values, value_type
+from .waits import NO_WAIT, WaitClass, parse_wait
 
-WAITS = ("none", "standard", "extended", "tracker init", "measurement additional", "find", "transformation",
-         "orient to gravity", "intermediate compensation", "ATR compensation")
-# Families and the buffer that their outputs are read from.
-FAMILIES = {"plain": "answer", "send-only": "answer", "move": "answer", "continuous-point-start": "answer",
-            "continuous-probe-start": "answer", "stationary-point": "measurement", "stationary-probe": "measurement",
-            "go-and-measure": "measurement", "set-measurement-mode": "answer", "set-stationary-time": "answer",
-            "still-image": "answer", "tiltra": "tiltra", "property": "answer"}
-_TESTED_FOR_RESULT_TYPE = ("stationary-point", "go-and-measure")
-_INTERFACE_TYPES = {"int32": "long", "bool32": "bool"}
+# The buffers that results are kept in, by the type of their packet.
+_RESULT_BUFFERS = {"VL_DT_SingleMeasResult": "measurement", "VL_DT_SingleMeasResult2": "measurement",
+                   "VL_DT_StationaryProbeMeasResult": "measurement", "VL_DT_TiltraResult": "tiltra"}
+MODES = {"continuous point": "continuous-point-start", "continuous probe": "continuous-probe-start",
+         "stationary point": "stationary-point", "stationary probe": "stationary-probe"}
+SPEEDS = ("given", "left", "right", "up", "down", "stop")
+MIRRORS = {"measurement mode": "set-measurement-mode", "stationary time": "set-stationary-time"}
+FAMILIES = ("plain", "send-only", "move", *MODES.values(), "go-and-measure",
+            *MIRRORS.values(), "still-image", "tiltra", "property")
+_COMPLETION = "CommandCompletedData"
 
 
 @dataclass(frozen=True)
 class Method(Member):
+    """An operation and its departures from the common pattern: checks, sends, waits for the answer, hands it out."""
+
     command: Command | None
-    wait: str
-    adds_measure_time: bool
-    family: str
-    source: str  # none, answer, measurement, tiltra
-    result_type: int
+    side: str  # sync or async
+    wait: str = NO_WAIT
+    adds_measure_time: bool = False
+    source: str = "none"  # the buffer that the outputs are read from: none, answer, measurement, tiltra
+    result_type: int = -1  # the data type that the result must have, where that is looked at
+    mode: str = ""  # refused in a measurement mode that is not of this kind
+    speed: str = ""  # how it changes the speeds that the head is driven with
+    mirror: str = ""  # what the connection remembers of the request
+    waits_for_result: bool = False  # the answer does not end the call, the result does
+    outputs_when_good: bool = False  # outputs are written for status 0 only
+    ends: tuple[str, ...] = ()  # asynchronous ones: the events that end it
+
+    @property
+    def sends_only(self) -> bool:
+        return self.side == "sync" and self.kind == "method" and self.wait == NO_WAIT
+
+    @property
+    def still_image(self) -> bool:
+        return self.source == "answer" and any(each.type == "variant" for each in self.parameters)
+
+    @property
+    def family(self) -> str:
+        named = {"property": self.kind == "put", "move": bool(self.speed), "send-only": self.sends_only,
+                 MODES.get(self.mode): bool(self.mode), MIRRORS.get(self.mirror): bool(self.mirror),
+                 "still-image": self.still_image, "tiltra": self.source == "tiltra",
+                 "go-and-measure": self.waits_for_result and not self.mode}
+        return next((family for family, is_so in named.items() if is_so), "plain")
 
 
 class Methods:
-    def __init__(self, records: Records, enums: dict[str, Enum], commands: dict[str, Command], packets: list[Packet],
-                 lists: ValueLists):
-        self._records, self._enums, self._commands, self._lists = records, enums, commands, lists
-        self._types = {packet.record.name: packet.value.value for packet in packets}
+    """The operations of both sides in the order of their identifiers."""
 
-    def load(self, source: Source) -> list[Method]:
-        names, methods = Scope("the method"), []
-        notes = {row[0]: row for row in source.rows("notes", (str, str))}
-        texts = (str,) * 5
-        for row in source.rows("methods", (int, *texts), (int, *texts, str)):
-            check_row(row, names, len(methods))
-            note = notes.pop(row[1], ("", ""))
-            methods.append(self._method(row, note[1]))
-        for note in notes.values():
-            require(False, note.where, f"there is no method {note[0]}")
-        return methods
+    def __init__(self, source: Source, commands: dict[str, Command], records: Records, enums: dict[str, Enum],
+                 events: Events, waits: list[WaitClass]):
+        self._records, self._events, self._waits = records, events, waits
+        self._answers = {answer.command.name: answer for answer in events.answers}
+        self._numbers = {"sync": Numbers("the synchronous member"), "async": Numbers("the asynchronous member")}
+        self._found: dict[str, list[Method]] = {"sync": [], "async": []}
+        for command in commands.values():
+            if {"sync", "ex", "async"} & set(identifiers(command.table, None)):
+                self._add(command.table, command, command.method_name)
+            for member in command.table.parts("member"):
+                self._add(member, command, member.take("name", str))
+        for table in source.tables("property"):
+            table.allow(("name", "ids", "value", "doc"))
+            value = single_parameters(table.take("value", str), False, enums, table.at("value"))
+            require(len(value) == 1, table.at("value"), "a property has one value")
+            self._put(table, Method(identifiers(table, ("sync",)).get("sync", 0), table.take("name", str), "put",
+                                    value, table.take("doc", str, ""), None, "sync"))
+        for numbers in self._numbers.values():
+            numbers.check_complete()
+        self.synchronous, self.asynchronous = (sorted(self._found[side], key=lambda method: method.dispid)
+                                               for side in ("sync", "async"))
 
-    def load_senders(self, source: Source) -> list[Method]:
-        names, senders = Scope("the sender"), []
-        for row in source.rows("senders", (int, str), (int, str, str, str, str)):
-            check_row(row, names, len(senders))
-            senders.append(self._sender(row))
-        return senders
+    def _put(self, table: Table, method: Method) -> None:
+        distinct(method.parameters, method.name, table.where)
+        self._numbers[method.side].claim(method.dispid, method.name, table.at("ids"))
+        self._found[method.side].append(method)
 
-    def _sender(self, row: Row) -> Method:
-        dispid, name = row[:2]
-        command_name, inputs, family = row[2:] if len(row) > 2 else (f"VL_C_{name}", "request", "plain")
-        require(family in FAMILIES, row.where, f"{family} is no family")
-        require(command_name in self._commands, row.where, f"there is no command {command_name}")
-        command = self._commands[command_name]
-        given = self._inputs(command, family, inputs, row.where)
-        return Method(dispid, name, "method", distinct(given, row), "", command, "none", False, family, "none", -1)
+    def _add(self, table: Table, command: Command, name: str) -> None:
+        ids = identifiers(table, None if table is command.table else ("sync", "ex", "async"))
+        given = self._inputs(table, command)
+        common = {"mode": _word(table, "mode", MODES, "mode"), "speed": _word(table, "speed", SPEEDS, "speed"),
+                  "mirror": _word(table, "mirror", MIRRORS, "thing that the connection remembers")}
+        if "async" in ids:
+            self._put(table, Method(ids["async"], name, "method", given, "", command, "async", **common,
+                                    ends=self._ends(table, command)))
+        wait, adds = parse_wait(table.take("wait", str, "standard"), self._waits, table.at("wait"))
+        common |= {"wait": wait, "adds_measure_time": adds,
+                   "waits_for_result": table.take("waits_for_result", bool, False),
+                   "outputs_when_good": table.take("outputs_when_good", bool, False)}
+        result, read, source = self._outputs(table, command)
+        common["result_type"] = result.packet.value if result and common["outputs_when_good"] else -1
+        for key in ("waits_for_result", "outputs_when_good"):
+            require(result is not None or not common[key], table.at(key), f"{key}, but there is no result")
+        require(wait != NO_WAIT or not read, table.at("wait"), f"{name} waits for nothing and has outputs")
+        if "sync" in ids:
+            self._put(table, Method(ids["sync"], name, "method", given + read, table.take("doc", str, ""), command,
+                                    "sync", source=source if read else "none", **common))
+        if "ex" in ids:
+            whole = self._whole(table, command, result, given)
+            self._put(table, Method(ids["ex"], name + "Ex", "method", whole, table.take("ex_doc", str, ""), command,
+                                    "sync", source=source if whole[-1].out else "none", **common))
 
-    def _method(self, row: Row, note: str) -> Method:
-        dispid, name, command_name, wait, inputs, outputs = row[:6]
-        family = row[6] if len(row) > 6 else "plain"
-        require(family in FAMILIES, row.where, f"{family} is no family")
-        require(not command_name if family == "property" else command_name in self._commands, row.where,
-                f"{command_name!r} is no command that {family} can send")
-        command = self._commands.get(command_name)
-        adds_measure_time = wait.startswith("measure time + ")
-        wait = wait.removeprefix("measure time + ")
-        require(wait in WAITS, row.where, f"{wait} is no wait class")
-        require((wait == "none") == (family in ("send-only", "property")), row.where,
-                f"{family} cannot wait for {wait}")
-        given = self._inputs(command, family, inputs, row.where)
-        read, record = self._outputs(command, family, outputs, row.where)
-        source = FAMILIES[family] if read else "none"
-        tested = family in _TESTED_FOR_RESULT_TYPE
-        require(bool(read) or FAMILIES[family] == "answer", row.where, f"{family} has outputs")
-        require(not read or family != "property", row.where, "a property that is put has no outputs")
-        kind = "put" if family == "property" else "method"
-        return Method(dispid, name, kind, distinct(given + read, row), note, command, wait, adds_measure_time, family,
-                      source, self._types[record.name] if tested else -1)
+    def _inputs(self, table: Table, command: Command) -> list[Parameter]:
+        if table.get("speed", "given") != "given":
+            return []
+        return [Parameter(leaf.name, value_type(leaf), False, leaf.offset, 0, False, leaf.quantity)
+                for leaf in command.parameters]
 
-    def _inputs(self, command: Command | None, family: str, text: str, where: Where) -> list[Parameter]:
-        wanted = command.parameters if command and family != "move" else []
-        if command and text == "request":
-            return [Parameter(leaf.name, _INTERFACE_TYPES.get(leaf.type, leaf.type), False, leaf.offset)
-                    for leaf in command.parameters]
-        name, _, kind = text.partition(": ")
-        if command and text:
-            require(command.record is not None and command.record.name == kind, where,
-                    f"{kind} is not the record of the request")
-            return [Parameter(name, kind, False, REQUEST_PREFIX, command.record.size, True)]
-        require(not wanted, where, f"nothing says where the parameters of {command.name if command else ''} come from")
-        return single_parameters(text, False, self._enums, where)
+    def _outputs(self, table: Table, command: Command) -> tuple[Record | None, list[Parameter], str]:
+        """The record of a result that the outputs are read from, the outputs, and the buffer that holds them."""
+        if "result" in table:
+            name = table.take("result", str)
+            require_known(name, self._events.asynchronous, table.at("result"), "event")
+            event = self._events.asynchronous[name]
+            packet = event.records[0].packet if event.records else None
+            require(packet is not None, table.at("result"), f"{name} is made from no result packet")
+            require_known(packet.name, _RESULT_BUFFERS, table.at("result"), "packet that calls take results from")
+            return event.records[0], output_parameters(event.values), _RESULT_BUFFERS[packet.name]
+        if words := table.words("outputs"):
+            return None, output_parameters(chosen_values([command.answer], words, table.at("outputs"))), "answer"
+        answer: Answer = self._answers[command.name]
+        values = answer.async_event.values if answer.async_event and not command.series else []
+        return None, output_parameters(values), "answer"
 
-    def _outputs(self, command: Command | None, family: str, text: str,
-                 where: Where) -> tuple[list[Parameter], Record | None]:
-        if not text or command is None:
-            return single_parameters(text, True, self._enums, where), None
-        name, _, kind = text.partition(": ")
-        if kind:
-            record = self._records.get(kind, where)
-            if FAMILIES[family] != "answer":
-                self._check_source(command, family, [record], where)
-                return [Parameter(name, kind, True, 0, record.size, True)], record
-            inside = [field for field in command.answer.fields if field.type == kind]
-            require(len(inside) == 1, where, f"{command.answer.name} does not have one {kind}")
-            return [Parameter(name, kind, True, inside[0].offset, record.size, True)], record
-        values = self._lists.get(name, where)
-        self._check_source(command, family, values.records, where)
-        return [Parameter(value.name, value.type, True, value.leaf.offset, value.leaf.units)
-                for value in values.values], values.records[0]
+    def _whole(self, table: Table, command: Command, result: Record | None,
+               given: list[Parameter]) -> list[Parameter]:
+        """The parameters of the member that gives or takes a record instead of single values."""
+        name = table.take("ex_parameter", str, "result" if result else "data")
+        if result:
+            return [*given, record_parameter(name, result, True, 0)]
+        if command.record:
+            return [record_parameter(name, command.record, False, REQUEST_PREFIX)]
+        inside = [field for field in command.answer.fields[1:] if self._records.is_record(field.type)]
+        require(len(inside) == 1, table.at("ids"), f"neither request nor answer of {command.method_name} is a record")
+        return [record_parameter(name, self._records.get(inside[0].type, table.where), True, inside[0].offset)]
 
-    def _check_source(self, command: Command, family: str, records: list[Record], where: Where) -> None:
-        if FAMILIES[family] == "answer":
-            require(command.answer in records, where, f"the outputs are not read from {command.answer.name}")
-        else:
-            require(len(records) == 1 and records[0].name in self._types, where,
-                    "the outputs are not read from one packet")
+    def _ends(self, table: Table, command: Command) -> tuple[str, ...]:
+        event = self._answers[command.name].async_event
+        names = table.words("ended_by") or [table.get("result", event.name if event else _COMPLETION)]
+        for name in names:
+            require_known(name, [_COMPLETION, *self._events.asynchronous], table.at("ended_by"), "event")
+        return tuple(names)
+
+
+def _word(table: Table, key: str, known, what: str) -> str:
+    if key not in table:
+        return ""
+    require_known(table.take(key, str), known, table.at(key), what)
+    return table[key]

@@ -3,13 +3,17 @@
 from dataclasses import dataclass, field
 
 from ..errors import Where, require
-from ..source import Source, Table
-from .enums import Enum
-from .names import Scope
+from ..source import Row, Source, Table
+from .enums import Enum, EnumValue
+from .names import Scope, public_name
+from .quantities import QUANTITIES, wire_type
 
 SCALARS = {"int32": 4, "bool32": 4, "double": 8, "byte": 1, "text32": 64, "text128": 256}
 KINDS = {"int32": "kInt32", "bool32": "kBool32", "double": "kDouble", "byte": "kByte", "text32": "kText",
          "text128": "kText"}
+# The fields that hold what packets have in common, which is not handed out as a part of their own.
+_HEADS = ("packetHeader", "packetInfo")
+FIELD_SHAPES = ((int, str, str), (int, str, str, str))
 
 
 @dataclass(frozen=True)
@@ -19,6 +23,8 @@ class Leaf:
     name: str
     type: str
     offset: int
+    quantity: str = ""  # empty: a pure number, a text, an enumeration
+    public: str = ""  # the name under which the value is handed out
 
     @property
     def kind(self) -> str:
@@ -39,6 +45,14 @@ class Field:
     name: str
     type: str
     where: Where
+    quantity: str = ""
+    public: str = ""
+
+    @staticmethod
+    def of(row: Row) -> "Field":
+        quantity = row[2] if row[2] in QUANTITIES else ""
+        return Field(row[0], row[1], wire_type(row[2]), row.where, quantity,
+                     row[3] if len(row) > 3 else public_name(row[1]))
 
 
 @dataclass
@@ -49,6 +63,7 @@ class Record:
     element: "Record | None"
     doc: str
     leaves: list[Leaf] = field(default_factory=list)
+    packet: EnumValue | None = None  # the type of the packets that are laid out so
 
     @property
     def header_size(self) -> int:
@@ -59,30 +74,45 @@ class Record:
         """The fields before the elements, which is all of them where there are none."""
         return self.fields[:-1] if self.element else self.fields
 
+    @property
+    def content(self) -> list[Leaf]:
+        """The values behind what packets have in common."""
+        return [leaf for leaf in self.leaves if leaf.name.split(".")[0] not in _HEADS]
+
     def leaf(self, path: str) -> Leaf | None:
         return next((leaf for leaf in self.leaves if leaf.name == path), None)
+
+
+@dataclass(frozen=True)
+class Layout:
+    """A record before it is resolved. Without a size, that of its only nested record decides."""
+
+    name: str
+    where: Where
+    rows: list[Row]
+    size: int | None
+    size_at: Where
+    doc: str = ""
+    packet: EnumValue | None = None
 
 
 class Records:
     """All records by name, a record always after those that it consists of."""
 
-    def __init__(self, source: Source, enums: dict[str, Enum], global_names: Scope):
+    def __init__(self, layouts: list[Layout], enums: dict[str, Enum], global_names: Scope):
         self.all: dict[str, Record] = {}
         self.aliases: dict[str, Record] = {}
-        self._enums = enums
-        self._waiting: dict[str, Table] = {}
-        for table in source.tables("record"):
-            table.allow("name", "doc", "size", "fields")
-            name = table.take("name", str)
-            global_names.claim_name(name, table.where)
-            self._waiting[name] = table
-        for name, table in list(self._waiting.items()):
-            self.get(name, table.where)
-        for table in source.tables("alias"):
-            table.allow("name", "record")
-            name = table.take("name", str)
-            global_names.claim_name(name, table.where)
-            self.aliases[name] = self.get(table.take("record", str), table.where)
+        self._enums, self._names = enums, global_names
+        self._waiting: dict[str, Layout] = {}
+        for layout in layouts:
+            global_names.claim_name(layout.name, layout.where)
+            self._waiting[layout.name] = layout
+        for layout in layouts:
+            self.get(layout.name, layout.where)
+
+    def add_alias(self, name: str, record: str, where: Where) -> None:
+        self._names.claim_name(name, where)
+        self.aliases[name] = self.get(record, where)
 
     def get(self, name: str, where: Where) -> Record:
         if name in self._waiting:
@@ -99,20 +129,19 @@ class Records:
             return SCALARS[type_name]
         if type_name in self._enums:
             return 4
-        require(type_name[:1].isupper(), where, f"{type_name} is no type")
+        require(type_name[:1].isupper(), where, f"{type_name} is no type; there are: "
+                f"{', '.join([*SCALARS, *QUANTITIES])}, enumerations and records")
         return self.get(type_name, where).size
 
-    def _add(self, table: Table) -> None:
-        fields = [Field(row[0], row[1], row[2], row.where) for row in table.rows("fields", (int, str, str))]
-        record = Record(table.take("name", str), table.take("size", int), fields, None,
-                        table.take("doc", str, ""))
-        require(bool(fields), table.where, f"{record.name} has no fields")
+    def _add(self, layout: Layout) -> None:
+        fields = [Field.of(row) for row in layout.rows]
+        record = Record(layout.name, 0, fields, None, layout.doc, packet=layout.packet)
+        require(bool(fields), layout.where, f"{record.name} has no fields")
         names = Scope(f"in {record.name} the field")
         end = 0
         for entry in fields:
             names.claim_name(entry.name, entry.where)
-            require(entry.offset == end, entry.where,
-                    f"{entry.name} is at {entry.offset}, but what is before it ends at {end}")
+            check_place(entry, end)
             require(record.element is None, entry.where, f"{entry.name} follows the elements")
             if entry.type.endswith("[]"):
                 record.element = self.get(entry.type[:-2], entry.where)
@@ -121,14 +150,44 @@ class Records:
             end += self.size_of(entry.type, entry.where)
             record.leaves += self._flatten(entry)
         # The declared size rounds up to the packing of 4; only a record that ends in a single byte is affected.
-        whole = (end + 3) // 4 * 4
-        require(record.size == whole, table.where,
-                f"{record.name} is said to have {record.size} bytes, but its fields take {whole}")
+        record.size = (end + 3) // 4 * 4
+        require(layout.size is not None or self.is_record(fields[-1].type), layout.where,
+                f"the size of {record.name} must be stated")
+        require(layout.size in (None, record.size), layout.size_at,
+                f"{record.name} is said to have {layout.size} bytes, but its fields take {record.size}")
         self.all[record.name] = record
 
     def _flatten(self, entry: Field) -> list[Leaf]:
         if not self.is_record(entry.type):
-            return [Leaf(entry.name, entry.type, entry.offset)]
+            return [Leaf(entry.name, entry.type, entry.offset, entry.quantity, entry.public)]
         nested = self.get(entry.type, entry.where)
         require(nested.element is None, entry.where, f"{entry.type} has elements and cannot be nested")
-        return [Leaf(f"{entry.name}.{leaf.name}", leaf.type, entry.offset + leaf.offset) for leaf in nested.leaves]
+        return [Leaf(f"{entry.name}.{leaf.name}", leaf.type, entry.offset + leaf.offset, leaf.quantity, leaf.public)
+                for leaf in nested.leaves]
+
+
+def check_place(entry: Field, end: int) -> None:
+    require(entry.offset == end, entry.where,
+            f"{entry.name} is at {entry.offset}, but what is before it ends at {end}")
+
+
+def record_tables(source: Source) -> list[Table]:
+    for table in source.tables("record"):
+        table.allow(("name", "doc", "size", "fields", "packet"), ("event",))
+    return source.tables("record")
+
+
+def load_layouts(source: Source, types: Enum) -> list[Layout]:
+    """The records that stand for themselves. What a packet of a data type is laid out as names that type."""
+    layouts, seen = [], Scope("the data type")
+    values = {value.name: value for value in types.values}
+    for table in record_tables(source):
+        packet = None
+        if "packet" in table:
+            name = table.take("packet", str)
+            require(name in values, table.at("packet"), f"{name} is no data type; there are: {', '.join(values)}")
+            seen.claim(name, table.at("packet"))
+            packet = values[name]
+        layouts.append(Layout(table.take("name", str), table.at("name"), table.rows("fields", *FIELD_SHAPES),
+                              table.take("size", int), table.at("size"), table.take("doc", str, ""), packet))
+    return layouts

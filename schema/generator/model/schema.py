@@ -3,17 +3,17 @@
 from pathlib import Path
 
 from ..source import Source
-from .commands import load_command_names, load_commands, load_packets
+from .commands import answer_layouts, command_enum, load_commands, load_packets, resolve_commands
 from .constants import load_constants
 from .enums import check_values, load_enums
-from .events import load_answers, load_events
-from .identifiers import load_identifiers
+from .events import Events
 from .interfaces import load_members
+from .library import load_library
 from .methods import Methods
 from .names import Scope
-from .records import Records
-from .texts import load_errors, load_texts
-from .values import ValueLists
+from .records import Records, load_layouts
+from .texts import load_errors, load_texts, load_warnings
+from .waits import load_waits
 
 
 class Schema:
@@ -21,22 +21,23 @@ class Schema:
         source = Source(folder)
         names = Scope("the name")
         self.enums = load_enums(source, names)
-        self.enums["VL_Command"] = load_command_names(source, names)
+        self.commands = load_commands(source)
+        self.enums["VL_Command"] = command_enum(self.commands, names)
         check_values(self.enums, names)
-        self.records = Records(source, self.enums, names)
-        self.commands = load_commands(source, self.records)
-        self.packets = load_packets(source, self.enums, self.records)
+        layouts = answer_layouts(self.commands) + load_layouts(source, self.enums["VL_DataType"])
+        self.records = Records(layouts, self.enums, names)
+        resolve_commands(self.commands, self.records)
+        self.packets = load_packets(self.records)
         self.texts = load_texts(source)
         self.errors = load_errors(source, self.texts)
+        self.warnings = load_warnings(self.enums["VL_ResultStatus"], self.texts)
         self.constants = load_constants(source, self.enums.get("KR_Constant"))
-        lists = ValueLists(source, self.records, self.enums)
-        self.async_events = load_events(source, "async", lists)
-        self.sync_events = load_events(source, "sync", lists)
-        self.answers = load_answers(source, self.commands, self.async_events, self.sync_events)
-        self.connect_members = load_members(source, self.enums, lists)
-        methods = Methods(self.records, self.enums, self.commands, self.packets, lists)
-        self.sync_methods = methods.load(source)
-        self.async_methods = methods.load_senders(source)
-        lists.check_all_used()
-        self.identifiers = load_identifiers(source)
+        events = Events(source, self.commands, self.records, self.enums)
+        self.async_events, self.sync_events, self.answers = events.asynchronous, events.synchronous, events.answers
+        self.connect_members = load_members(source, self.enums, self.records)
+        self.waits = load_waits(source)
+        methods = Methods(source, self.commands, self.records, self.enums, events, self.waits)
+        self.sync_methods, self.async_methods = methods.synchronous, methods.asynchronous
+        self.library = load_library(source)
+        self.identifiers = self.library.identifiers
         source.check_all_read()

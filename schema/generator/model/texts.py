@@ -4,6 +4,7 @@ from dataclasses import dataclass
 
 from ..errors import require
 from ..source import Source
+from .enums import Enum
 from .names import Scope
 
 
@@ -39,3 +40,11 @@ def load_errors(source: Source, texts: list[TextRow]) -> list[Error]:
         require(row[2] == 0 or row[2] in rows, row.where, f"there is no text row {row[2]}")
         errors.append(Error(*row))
     return errors
+
+
+def load_warnings(statuses: Enum, texts: list[TextRow]) -> dict[int, int]:
+    """The statuses that are warnings, and the text row of each."""
+    rows = {text.row for text in texts}
+    for value in statuses.values:
+        require(value.warning in (None, *rows), value.where, f"there is no text row {value.warning}")
+    return {value.value: value.warning for value in statuses.values if value.warning is not None}

@@ -1,16 +1,14 @@
-"""Lists of values: what is handed out of a record, under which names and as which types."""
+"""What is handed out of a record: in which order, under which names and as which types."""
 
 from dataclasses import dataclass
 
-from ..errors import Where, require
-from ..source import Source, Table
+from ..errors import Where, require, require_known
 from .enums import Enum
 from .names import Scope
-from .records import Leaf, Record, Records
+from .records import Leaf, Record
 
-# What a field of a record can be handed out as; an enumeration only as itself.
-_FITTING = {"long": ("int32",), "double": ("double",), "bool": ("bool32",), "text": ("text32", "text128"),
-            "variant": ("byte",)}
+_TYPES = {"int32": "long", "double": "double", "bool32": "bool", "text32": "text", "text128": "text",
+          "byte": "variant"}
 
 
 @dataclass(frozen=True)
@@ -19,61 +17,51 @@ class Value:
     type: str
     leaf: Leaf | None  # None where the value comes from no packet
 
-
-@dataclass(frozen=True)
-class ValueList:
-    name: str
-    records: list[Record]
-    values: list[Value]
+    @property
+    def quantity(self) -> str:
+        return self.leaf.quantity if self.leaf else ""
 
 
-class ValueLists:
-    """All lists by name. A list that nothing refers to is a mistake in the schema."""
-
-    def __init__(self, source: Source, records: Records, enums: dict[str, Enum]):
-        names = Scope("the list")
-        self._lists: dict[str, ValueList] = {}
-        self._unused: dict[str, Where] = {}
-        for table in source.tables("values"):
-            table.allow("name", "records", "rows")
-            name = table.take("name", str)
-            names.claim_name(name, table.where)
-            self._lists[name] = _load_list(name, table, records, enums)
-            self._unused[name] = table.where
-
-    def get(self, name: str, where: Where) -> ValueList:
-        require(name in self._lists, where, f"there is no list of values {name}")
-        self._unused.pop(name, None)
-        return self._lists[name]
-
-    def check_all_used(self) -> None:
-        for name, where in self._unused.items():
-            require(False, where, f"nothing refers to the list {name}")
+def value_type(leaf: Leaf) -> str:
+    return _TYPES.get(leaf.type, leaf.type)
 
 
-def _load_list(name: str, table: Table, records: Records, enums: dict[str, Enum]) -> ValueList:
-    from_records = [records.get(record, table.where) for record in table.take("records", list, [])]
-    parameters = Scope(f"in {name} the parameter")
-    values = []
-    for row in table.rows("rows", (str, str, str)):
-        parameter, kind, path = row
-        parameters.claim_name(parameter, row.where)
-        check_type(kind, enums, row.where)
-        require(bool(path) == bool(from_records), row.where, "a field belongs to a record, and a record to every field")
-        leaves = [_find(record, path, row.where) for record in from_records]
-        require(len(set(leaves)) <= 1, row.where, f"{path} differs between the records")
-        for leaf in leaves:
-            require(leaf.type in _FITTING.get(kind, (kind,)), row.where,
-                    f"{path} is of type {leaf.type} and cannot be handed out as {kind}")
-        values.append(Value(parameter, kind, leaves[0] if leaves else None))
-    return ValueList(name, from_records, values)
+def all_values(record: Record, total_last: bool) -> list[Value]:
+    """Everything behind what packets have in common; in a series the total, which stands first, comes last."""
+    content = record.content
+    return [_value(leaf.public, leaf) for leaf in (content[1:] + content[:1] if total_last else content)]
 
 
-def check_type(kind: str, enums: dict[str, Enum], where: Where) -> None:
-    require(kind in _FITTING or kind in enums, where, f"{kind} is no type of a parameter")
+def chosen_values(records: list[Record], words: list[str], where: Where) -> list[Value]:
+    """The values that the words name: "val1", "val1..val3" (as they follow one another in the record), or
+    "name = field" for one that goes by another name here. All records must have them in common."""
+    values, names = [], Scope("the value")
+    for word in words:
+        name, _, field = word.partition(" = ")
+        first, _, last = (field or name).partition("..")
+        for leaf in _slice(records[0], first, last or first, where):
+            for record in records[1:]:
+                require(leaf in record.leaves, where, f"{leaf.name} differs between {records[0].name} and {record.name}")
+            values.append(_value(name if field else leaf.public, leaf))
+            names.claim_name(values[-1].name, where)
+    return values
 
 
-def _find(record: Record, path: str, where: Where) -> Leaf:
-    leaf = record.leaf(path)
-    require(leaf is not None, where, f"{record.name} has no field {path}")
-    return leaf
+def _value(name: str, leaf: Leaf) -> Value:
+    return Value(name, value_type(leaf), leaf)
+
+
+def _slice(record: Record, first: str, last: str, where: Where) -> list[Leaf]:
+    publics = [leaf.public for leaf in record.content]
+    if first not in publics and (leaf := record.leaf(first)):
+        return [leaf]
+    for word in (first, last):
+        require(word in publics, where, f"{record.name} has no value {word}; there are: {', '.join(publics)}")
+    start, end = publics.index(first), publics.index(last)
+    require(start <= end, where, f"{last} stands before {first}")
+    return record.content[start:end + 1]
+
+
+def check_type(kind: str, enums: dict[str, Enum], where: Where, others: tuple[str, ...] = ()) -> None:
+    if kind not in enums:
+        require_known(kind, [*dict.fromkeys(_TYPES.values()), *others], where, "type of a parameter or enumeration")

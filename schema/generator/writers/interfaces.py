@@ -2,17 +2,13 @@
 
 from uuid import UUID
 
-from ..model.identifiers import Identifier
+from ..model.library import Identifier
 from ..model.interfaces import Member
 from ..model.methods import Method
 from ..model.schema import Schema
 from .members import signature
 from .text import header, wrapped
 
-_TIMES = {"standard": "StandardWaitTime", "extended": "ExtendedWaitTime", "tracker init": "TrackerInitWaitTime",
-          "measurement additional": "MeasurementAdditionalTime", "find": "FindWaitTime",
-          "transformation": "TransformationWaitTime", "orient to gravity": "OrientToGravityWaitTime",
-          "intermediate compensation": "IntermedCompensationWaitTime", "ATR compensation": "ATRCompensationWaitTime"}
 _COMMENT = """The interfaces of the library and the identifiers of its classes. Every operation returns a status code:
 // S_OK, S_FALSE for a warning, or a failure that the thread's error information describes. In texts and records stay
 // the caller's, out texts and arrays become the caller's."""
@@ -31,7 +27,7 @@ _CONNECT_COMMENT = """// The connection to the server. The member number is the 
 def write(schema: Schema) -> str:
     parts = [_identifier(identifier) for identifier in schema.identifiers]
     parts += ["", _interfaces("ILTConnect", _CONNECT_COMMENT, [(each, each.doc) for each in schema.connect_members]),
-              _interfaces("ILTCommandSync", _SYNC_COMMENT, [(each, _sync_doc(each)) for each in schema.sync_methods]),
+              _interfaces("ILTCommandSync", _SYNC_COMMENT, _sync_docs(schema)),
               _interfaces("ILTCommandAsync", _ASYNC_COMMENT, _async_docs(schema)), "namespace kestrine {\n"]
     parts += [_interface_id(name + suffix) for name in ("ILTConnect", "ILTCommandSync", "ILTCommandAsync")
               for suffix in ("", "2")]
@@ -67,10 +63,15 @@ def _slot(member: Member, doc: str) -> str:
     return f"  // {member.dispid}. {doc}\n{declared}" if doc else declared
 
 
-def _sync_doc(member: Method) -> str:
+def _sync_docs(schema: Schema) -> list[tuple[Method, str]]:
+    keys = {wait.name: wait.key for wait in schema.waits}
+    return [(each, _sync_doc(each, keys)) for each in schema.sync_methods]
+
+
+def _sync_doc(member: Method, keys: dict[str, str]) -> str:
     parts = []
     if member.command:
-        wait = _TIMES.get(member.wait, "sends only; the items arrive as events")
+        wait = keys.get(member.wait, "sends only; the items arrive as events")
         parts += [f'"{member.command.text}" ({member.command.code}); {wait}'
                   + (" + measure time." if member.adds_measure_time else ".")]
     parts += {"measurement": ["Outputs are those of the result packet."],

@@ -11,12 +11,6 @@ _TYPES = {"long": "int", "int32": "int", "bool32": "bool", "double": "float", "b
 _DEFAULTS = {"int": "0", "bool": "False", "float": "0.0", "str": '""', "bytes": 'b""'}
 _NUMPY = {"int32": "<i4", "bool32": "<i4", "double": "<f8", "byte": "u1"}
 
-_POINTS = ["StationaryPointMeasData", "StationaryPoint2MeasData", "CenterPointData", "CenterPoint2Data"]
-_PROBE_POINTS = ["StationaryProbeMeasData", "CenterPointProbeData"]
-# Measurements are acknowledged first; the call is over with the result.
-_RESULTS = {"MeasureStationaryPoint": _POINTS, "GoAndMeasureStationaryPoint": _POINTS + _PROBE_POINTS,
-            "MeasureStationaryProbeData": _PROBE_POINTS, "StartTiltraMeasurement": ["TiltraMeasurementData"]}
-
 
 def write_enumerations(schema: Schema) -> str:
     parts = ['"""The enumerations of the interfaces. A value that none of them has stays a plain int."""\n\n'
@@ -43,7 +37,7 @@ def write_records(schema: Schema) -> str:
 
 def write_tables(schema: Schema) -> str:
     answers = {answer.command.name: answer for answer in schema.answers}
-    calls = "".join(f"    {method.name!r}: ({method.command.code}, {_ends(method, answers)!r}, "
+    calls = "".join(f"    {method.name!r}: ({method.command.code}, {list(method.ends)!r}, "
                     f"{_total(method, answers)}),\n" for method in schema.async_methods)
     blocks = "".join(f"    {packet.value.value}: {_block(packet.record)!r},\n"
                      for packet in schema.packets if packet.record.element)
@@ -62,8 +56,7 @@ def write_stubs(schema: Schema) -> str:
              "from ._object import Object\nfrom .enumerations import *"]
     parts += [_class(f"{name}(Object)", "", [_member(schema, member) for member in members])
               for name, members in interfaces.items()]
-    answers = {answer.command.name: answer for answer in schema.answers}
-    parts.append(_class("AwaitableCommands", "", [_awaitable(schema, each, answers) for each in schema.async_methods]))
+    parts.append(_class("AwaitableCommands", "", [_awaitable(schema, each) for each in schema.async_methods]))
     for name, events in (("SyncEvents", schema.sync_events), ("AsyncEvents", schema.async_events)):
         rows = [f"def On{event.name}(self{_inputs(schema, event.values)}) -> None: ..." for event in events.values()]
         parts.append(_class(name, "", rows))
@@ -87,13 +80,6 @@ def _field(schema: Schema, entry: Field) -> str:
 def _zero(enum: Enum) -> str:
     name = next((value.name for value in enum.values if value.value == 0), None)
     return f"{enum.name}.{name}" if name else "0  # type: ignore[assignment]"
-
-
-def _ends(method: Method, answers: dict) -> list[str]:
-    if method.name in _RESULTS:
-        return _RESULTS[method.name]
-    event = answers[method.command.name].async_event
-    return [event.name if event else "CommandCompletedData"]
 
 
 def _total(method: Method, answers: dict) -> int | None:
@@ -138,8 +124,8 @@ def _member(schema: Schema, member: Member) -> str:
     return f'{head}\n        """{doc}"""' if doc else f"{head} ..."
 
 
-def _awaitable(schema: Schema, method: Method, answers: dict) -> str:
-    event = _ends(method, answers)[0]
+def _awaitable(schema: Schema, method: Method) -> str:
+    event = method.ends[0]
     result = "None" if event == "CommandCompletedData" else _result(schema, schema.async_events[event].values)
     if method.command.series:
         result = f"list[{result}]"

@@ -1,4 +1,4 @@
-"""src/protocol/requests.h"""
+"""tests/protocol/requests.h"""
 
 from ..model.commands import Command
 from ..model.records import Leaf
@@ -12,7 +12,7 @@ _PUT = {"kInt32": "put_int32", "kBool32": "put_bool", "kDouble": "put_double"}
 def write(schema: Schema) -> str:
     body = "\n".join(_builder(command) for command in schema.commands.values() if command.request_size)
     return header("One builder for each command that is sent. Flags are sent as 0 or 1, whatever they are given as.",
-                  ["<cstdint>", "", '"kestrine/enums.h"', '"protocol/request.h"'], body, "kestrine::protocol")
+                  ["<cstdint>", "", '"kestrine/enums.h"', '"protocol/codec.h"'], body, "kestrine::protocol")
 
 
 def _builder(command: Command) -> str:

@@ -1,32 +1,10 @@
-"""src/protocol/text_rows.cpp and src/protocol/errors.h"""
+"""src/protocol/errors.h"""
 
 from ..model.schema import Schema
-from .text import header, literal, source
+from .text import header
 
 
-def write_rows(schema: Schema) -> str:
-    statuses = [(value.value, value.text) for value in schema.enums["VL_ResultStatus"].values if value.text is not None]
-    rows = [(text.row, text.text) for text in schema.texts]
-    body = f"""namespace {{
-
-{_rows("kStatusTexts", statuses)}
-{_rows("kStringTable", rows)}
-}}  // namespace
-
-std::span<const TextRow> status_texts() {{ return kStatusTexts; }}
-
-std::span<const TextRow> string_table() {{ return kStringTable; }}
-"""
-    return source("The texts of statuses and of the string table.", ['"protocol/text_rows.h"'], body,
-                  "kestrine::protocol")
-
-
-def _rows(name: str, rows: list[tuple[int, str]]) -> str:
-    lines = "".join(f"    {{{number}, {literal(text, 'u')}}},\n" for number, text in sorted(rows))
-    return f"constexpr TextRow {name}[] = {{\n{lines}}};\n"
-
-
-def write_errors(schema: Schema) -> str:
+def write(schema: Schema) -> str:
     texts = "".join(f"inline constexpr std::int32_t k{text.name} = {text.row};\n" for text in schema.texts if text.name)
     errors = "".join(f"inline constexpr Error k{error.name}{{{error.number}, {error.row}}};\n"
                      for error in schema.errors)

@@ -1,0 +1,61 @@
+#include "commands/arguments.h"
+
+#include "connection/byte_arrays.h"
+#include "dispatch/variant_value.h"
+
+namespace kestrine::commands {
+
+using protocol::MemberRow, protocol::Value, protocol::ValueType;
+
+namespace {
+
+// Their number stands before them.
+bool write_bytes(const Value& value, const std::uint8_t* packet, std::int32_t capacity, VARIANT& bytes) {
+  const std::int32_t size = wire::load_i32(packet + value.offset - 4);
+  if (size < 0 || size > capacity - value.offset) return false;
+  SAFEARRAY* array = connection::make_byte_array({packet + value.offset, static_cast<std::size_t>(size)});
+  if (array == nullptr) return false;
+  VariantInit(&bytes);
+  bytes.vt = VT_ARRAY | VT_UI1;
+  bytes.parray = array;
+  return true;
+}
+
+}  // namespace
+
+protocol::Request build_request(const MemberRow& row, const Argument* arguments, const DriveSpeeds& stored) {
+  protocol::Request request(row.command->code, row.command->request_size);
+  if (row.speed != protocol::Speed::kNone) {
+    const DriveSpeeds speeds = stored.to_send(row.speed, arguments);
+    request.put_int32(row.command->parameters[0].offset, speeds.horizontal);
+    request.put_int32(row.command->parameters[1].offset, speeds.vertical);
+    return request;
+  }
+  for (std::size_t i = 0; i < row.values.size(); ++i) {
+    const Value& value = row.values[i];
+    if (value.out) continue;
+    const void* host = value.type == ValueType::kRecord ? arguments[i].record : &arguments[i];
+    protocol::encode(value, host, &request.bytes[value.offset]);
+  }
+  return request;
+}
+
+bool has_all_outputs(const MemberRow& row, const Argument* arguments) {
+  for (std::size_t i = 0; i < row.values.size(); ++i) {
+    if (row.values[i].out && arguments[i].out == nullptr) return false;
+  }
+  return true;
+}
+
+bool write_outputs(const MemberRow& row, const std::uint8_t* packet, std::int32_t capacity, const Argument* arguments) {
+  for (std::size_t i = 0; i < row.values.size(); ++i) {
+    const Value& value = row.values[i];
+    if (!value.out) continue;
+    dispatch::write_argument(value, packet + value.offset, arguments[i].out);
+    if (value.type != ValueType::kBytes) continue;
+    if (!write_bytes(value, packet, capacity, *static_cast<VARIANT*>(arguments[i].out))) return false;
+  }
+  return true;
+}
+
+}  // namespace kestrine::commands

@@ -1,0 +1,174 @@
+#include "scripting/call_arguments.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "dispatch/variant_value.h"
+#include "kestrine/text.h"
+#include "kestrine/type_info.h"
+#include "scripting/record_info.h"
+
+namespace kestrine::scripting {
+namespace {
+
+VARIANTARG& referred(VARIANTARG& given) {
+  return given.vt == (VT_BYREF | VT_VARIANT) && given.pvarVal != nullptr ? *given.pvarVal : given;
+}
+
+// The memory of a record, when the variant holds one of that type.
+void* record_in(const VARIANTARG& given, const TypeRow& type) {
+  if ((given.vt & ~VT_BYREF) != VT_RECORD || given.record.pRecInfo == nullptr) return nullptr;
+  Text name;
+  ULONG size = 0;
+  IRecordInfo& info = *given.record.pRecInfo;
+  if (FAILED(info.GetName(name.put())) || FAILED(info.GetSize(&size))) return nullptr;
+  return std::ranges::equal(name.view(), std::string_view(type.name)) && size == type.size ? given.record.pvRecord
+                                                                                           : nullptr;
+}
+
+HRESULT create_record(const TypeRow& type, VARIANT& held) {
+  IRecordInfo* info = nullptr;
+  if (const HRESULT made = make_record_info(type, &info); FAILED(made)) return made;
+  held.record = {info->RecordCreate(), info};
+  held.vt = VT_RECORD;  // clearing it lets go of both
+  return held.record.pvRecord == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+// Scripts can do nothing with an object that cannot be called by name.
+void prefer_dispatch(VARIANT& held) {
+  IDispatch* object = nullptr;
+  if (held.punkVal == nullptr) return;
+  if (FAILED(held.punkVal->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&object)))) return;
+  held.punkVal->Release();
+  held.pdispVal = object;
+  held.vt = VT_DISPATCH;
+}
+
+}  // namespace
+
+DispatchArguments::~DispatchArguments() {
+  for (std::size_t i = 0; i < bound_; ++i) VariantClear(&places_[i].held);
+}
+
+HRESULT DispatchArguments::bind(const DISPPARAMS& given, VARIANT* result, UINT* bad) {
+  if (member_.kind == MemberKind::kGet) {
+    if (given.cArgs != 0) return DISP_E_BADPARAMCOUNT;
+    return hold_output(member_.values[0], result, bound_++);
+  }
+  std::array<VARIANTARG*, kMost> found;
+  if (const HRESULT matched = match(given, found, bad); FAILED(matched)) return matched;
+  for (std::size_t i = 0; i < member_.values.size(); ++i) {
+    const Value& param = member_.values[i];
+    places_[bound_++] = {};
+    const HRESULT fits = param.out ? bind_output(param, *found[i], i) : bind_input(param, *found[i], i);
+    if (SUCCEEDED(fits)) continue;
+    if (bad != nullptr) *bad = static_cast<UINT>(found[i] - given.rgvarg);
+    return fits;
+  }
+  return S_OK;
+}
+
+// Positional arguments come last one first, behind the named ones.
+HRESULT DispatchArguments::match(const DISPPARAMS& given, std::array<VARIANTARG*, kMost>& found, UINT* bad) const {
+  const std::size_t count = member_.values.size();
+  UINT named = given.cNamedArgs;
+  if (member_.kind == MemberKind::kPut && named == 1 && given.rgdispidNamedArgs[0] == DISPID_PROPERTYPUT) named = 0;
+  if (given.cArgs > count || named > given.cArgs) return DISP_E_BADPARAMCOUNT;
+  found.fill(nullptr);
+  for (UINT i = 0; i < given.cArgs - named; ++i) found[i] = &given.rgvarg[given.cArgs - 1 - i];
+  for (UINT i = 0; i < named; ++i) {
+    const DISPID id = given.rgdispidNamedArgs[i];
+    if (id < 0 || static_cast<std::size_t>(id) >= count || found[static_cast<std::size_t>(id)] != nullptr) {
+      if (bad != nullptr) *bad = i;
+      return DISP_E_PARAMNOTFOUND;
+    }
+    found[static_cast<std::size_t>(id)] = &given.rgvarg[i];
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    if (found[i] == nullptr) return named == 0 ? DISP_E_BADPARAMCOUNT : DISP_E_PARAMNOTOPTIONAL;
+    if (found[i]->vt != VT_ERROR || found[i]->scode != DISP_E_PARAMNOTFOUND) continue;
+    if (bad != nullptr) *bad = static_cast<UINT>(found[i] - given.rgvarg);
+    return DISP_E_PARAMNOTOPTIONAL;
+  }
+  return S_OK;
+}
+
+HRESULT DispatchArguments::bind_input(const Value& param, VARIANTARG& given, std::size_t i) {
+  commands::Argument& value = values_[i];
+  const VARTYPE type = dispatch::argument_type(param.type);
+  if (type == VT_VARIANT) {
+    value.variant = &referred(given);
+    return S_OK;
+  }
+  if (type == VT_RECORD) {
+    value.record = record_in(referred(given), *param.named);
+    return value.record == nullptr ? DISP_E_TYPEMISMATCH : S_OK;
+  }
+  const VARIANT* from = &given;
+  if (given.vt != type) {
+    from = &places_[i].held;
+    if (const HRESULT result = VariantChangeType(&places_[i].held, &given, 0, type); FAILED(result)) return result;
+  }
+  if (type == VT_BOOL) {
+    value.i32 = from->boolVal;
+  } else {
+    std::memcpy(&value, &from->llVal, sizeof value);  // both are unions of the same values
+  }
+  return S_OK;
+}
+
+HRESULT DispatchArguments::bind_output(const Value& param, VARIANTARG& given, std::size_t i) {
+  const VARTYPE type = dispatch::argument_type(param.type);
+  if (given.vt == (VT_BYREF | VT_VARIANT)) {
+    if (given.pvarVal == nullptr) return E_POINTER;
+    // A variant that holds a record of the right type has it filled; any other is replaced.
+    if (type != VT_RECORD || record_in(*given.pvarVal, *param.named) == nullptr) {
+      return hold_output(param, given.pvarVal, i);
+    }
+  }
+  if (type == VT_RECORD) {
+    values_[i].out = record_in(referred(given), *param.named);
+    return values_[i].out == nullptr ? DISP_E_TYPEMISMATCH : S_OK;
+  }
+  if (given.vt != (VT_BYREF | type) && !(type == VT_I4 && given.vt == (VT_BYREF | VT_INT))) return DISP_E_TYPEMISMATCH;
+  if (given.byref == nullptr) return E_POINTER;
+  if (type == VT_BSTR) {  // what the caller had there goes when the call is over
+    places_[i].held.bstrVal = *given.pbstrVal;
+    places_[i].held.vt = VT_BSTR;
+    *given.pbstrVal = nullptr;
+  }
+  values_[i].out = given.byref;
+  return S_OK;
+}
+
+HRESULT DispatchArguments::hold_output(const Value& param, VARIANT* target, std::size_t i) {
+  Place& place = places_[i];
+  place = {};
+  place.target = target;
+  const VARTYPE type = dispatch::argument_type(param.type);
+  if (type == VT_RECORD) {
+    const HRESULT result = create_record(*param.named, place.held);
+    values_[i].out = place.held.record.pvRecord;
+    return result;
+  }
+  if (type == VT_VARIANT) {
+    values_[i].out = &place.held;
+    return S_OK;
+  }
+  place.held.vt = type;  // its value is 0 until the member sets it
+  values_[i].out = &place.held.llVal;
+  return S_OK;
+}
+
+void DispatchArguments::hand_out() {
+  for (std::size_t i = 0; i < bound_; ++i) {
+    Place& place = places_[i];
+    if (place.target == nullptr) continue;
+    if (place.held.vt == VT_UNKNOWN) prefer_dispatch(place.held);
+    VariantClear(place.target);
+    *place.target = place.held;
+    place.held.vt = VT_EMPTY;
+  }
+}
+
+}  // namespace kestrine::scripting
