@@ -5,13 +5,12 @@
 #include "component/type_info.h"
 #include "component/type_names.h"
 #include "kestrine/interfaces.h"
+#include "platform/library_version.h"
 
 namespace kestrine::component {
 namespace {
 
 constexpr char16_t kName[] = u"KESTRINELib";
-constexpr WORD kMajor = 8;
-constexpr WORD kMinor = 3;
 
 HRESULT type_at(UINT index, ITypeInfo** info) {
   if (info == nullptr) return E_POINTER;
@@ -53,7 +52,9 @@ class TypeLibrary final : public ITypeLib {
 
   HRESULT GetLibAttr(TLIBATTR** attributes) override {
     if (attributes == nullptr) return E_POINTER;
-    *attributes = new (std::nothrow) TLIBATTR{LIBID_KESTRINELib, 0, SYS_WIN64, kMajor, kMinor, LIBFLAG_FHASDISKIMAGE};
+    *attributes = new (std::nothrow)
+        TLIBATTR{LIBID_KESTRINELib,    0, SYS_WIN64, platform::kTypeLibraryMajor, platform::kTypeLibraryMinor,
+                 LIBFLAG_FHASDISKIMAGE};
     return *attributes != nullptr ? S_OK : E_OUTOFMEMORY;
   }
   void ReleaseTLibAttr(TLIBATTR* attributes) override { delete attributes; }

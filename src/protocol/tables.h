@@ -16,6 +16,27 @@ enum class FieldType : std::uint8_t {
   kByte,    // one byte, the first of many
 };
 
+// What a number measures. Lengths, angles, temperatures and pressures travel in the units that are set.
+enum class Quantity : std::uint8_t {
+  kNone,  // a pure number, or none
+  kLength,
+  kSquaredLength,
+  kAngle,
+  kSquaredAngle,
+  kPosition,    // one of three neighbours that together are a point in the coordinate system set
+  kDeviation,   // of a coordinate, in its unit
+  kCovariance,  // of two coordinates, in the product of their units
+  kTemperature,
+  kPressure,
+  kHumidity,  // relative, in percent
+  kCount,
+  kHours,
+  kMinutes,
+  kSeconds,
+  kMilliseconds,
+  kMicroseconds,
+};
+
 // One leaf of a record or one parameter of a request. Nested records are laid out flat: "packetInfo.status".
 struct Field {
   const char* name;       // the whole path, dots between
@@ -23,6 +44,7 @@ struct Field {
   FieldType type;
   std::uint16_t offset;  // from the start of the record, or of the packet for request parameters
   std::uint16_t units;   // texts only, else 0
+  Quantity quantity;
 };
 
 struct RecordRow {

@@ -11,8 +11,14 @@ struct TextRow {
   const char16_t* text;
 };
 
-// Both in ascending order of their numbers.
+struct WarningRow {
+  std::int32_t status;
+  std::int32_t text_row;
+};
+
+// All in ascending order of their numbers.
 std::span<const TextRow> status_texts();
 std::span<const TextRow> string_table();
+std::span<const WarningRow> warnings();
 
 }  // namespace kestrine::protocol

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <span>
 
-#include "kestrine/enums.h"
 #include "protocol/errors.h"
 #include "protocol/tables.h"
 #include "protocol/text_rows.h"
@@ -44,9 +43,8 @@ std::u16string SendFailureText(std::int32_t command) {
 }
 
 std::int32_t StatusToWarningRow(std::int32_t status) {
-  const bool accepted = status >= VL_RS_Parameter1OutOfRangeOK && status <= VL_RS_Parameter6OutOfRangeOK &&
-                        (status - VL_RS_Parameter1OutOfRangeOK) % 2 == 0;
-  return accepted ? text_row::kParameter1OutOfRange + (status - VL_RS_Parameter1OutOfRangeOK) / 2 : 0;
+  const auto found = std::ranges::find(warnings(), status, &WarningRow::status);
+  return found != warnings().end() ? found->text_row : 0;
 }
 
 std::u16string_view LoadStringResource(std::int32_t row) {

@@ -3,9 +3,12 @@
 from ..model.events import Answer, Event
 from ..model.schema import Schema
 from ..model.values import Value
-from .members import cpp_type
+from .members import UNITS, comment, cpp_type, units_note
 from .text import array, flag, header, literal, source, wrapped
 
+_SINKS_COMMENT = """Typed sinks: derive from one, override what you want to hear of, and subscribe it (subscription.h).
+//
+// """ + UNITS
 _TYPES = {"long": "kLong", "double": "kDouble", "bool": "kBool", "text": "kText"}
 
 
@@ -99,8 +102,7 @@ def _answer(answer: Answer) -> str:
 def write_sinks(schema: Schema) -> str:
     body = _sink("SyncEvents", schema.sync_events) + "\n" + _sink("AsyncEvents", schema.async_events)
     includes = ["<cstdint>", "", '"kestrine/enums.h"', '"kestrine/interfaces.h"', '"kestrine/sink.h"']
-    return header("Typed sinks: derive from one, override what you want to hear of, and subscribe it (subscription.h).",
-                  includes, body, "kestrine")
+    return header(_SINKS_COMMENT, includes, body, "kestrine")
 
 
 def _sink(name: str, events: dict[str, Event]) -> str:
@@ -139,4 +141,4 @@ def _case(name: str, event: Event) -> str:
 
 def _handler(event: Event) -> str:
     parameters = [f"{cpp_type(value.type)} /*{value.name}*/" for value in event.values]
-    return wrapped(f"  virtual void {event.name}(", parameters, ") {}")
+    return comment(units_note(event.values), "  ") + wrapped(f"  virtual void {event.name}(", parameters, ") {}")

@@ -3,7 +3,7 @@
 from ..model.commands import Command
 from ..model.records import Leaf, Record
 from ..model.schema import Schema
-from .text import array, flag, literal, source
+from .text import array, constant, flag, literal, source
 
 
 def write(schema: Schema) -> str:
@@ -40,7 +40,8 @@ std::span<const PacketRow> packets() { return kPackets; }
 
 def _fields(name: str, leaves: list[Leaf]) -> str:
     return array("Field", name, [
-        f"{{{literal(leaf.name)}, {literal(leaf.type)}, FieldType::{leaf.kind}, {leaf.offset}, {leaf.units}}}"
+        f"{{{literal(leaf.name)}, {literal(leaf.type)}, FieldType::{leaf.kind}, {leaf.offset}, {leaf.units}, "
+        f"Quantity::{constant(leaf.quantity or 'none')}}}"
         for leaf in leaves])
 
 

@@ -1,21 +1,25 @@
 """src/protocol/text_rows.cpp and src/protocol/errors.h"""
 
 from ..model.schema import Schema
-from .text import header, literal, source
+from .text import array, header, literal, source
 
 
 def write_rows(schema: Schema) -> str:
     statuses = [(value.value, value.text) for value in schema.enums["VL_ResultStatus"].values if value.text is not None]
     rows = [(text.row, text.text) for text in schema.texts]
+    warnings = [f"{{{status}, {row}}}" for status, row in sorted(schema.warnings.items())]
     body = f"""namespace {{
 
 {_rows("kStatusTexts", statuses)}
 {_rows("kStringTable", rows)}
+{array("WarningRow", "kWarnings", warnings)}
 }}  // namespace
 
 std::span<const TextRow> status_texts() {{ return kStatusTexts; }}
 
 std::span<const TextRow> string_table() {{ return kStringTable; }}
+
+std::span<const WarningRow> warnings() {{ return kWarnings; }}
 """
     return source("The texts of statuses and of the string table.", ['"protocol/text_rows.h"'], body,
                   "kestrine::protocol")
