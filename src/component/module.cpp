@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "component/class_object.h"
+#include "component/class_rows.h"
 #include "component/command_objects.h"
 #include "component/connect_object.h"
 
@@ -16,9 +17,9 @@ const transport::Identity kFirstGeneration{
     IID_ILTCommandAsync,
     DIID__ILTCommandSyncEvents,
     DIID__ILTCommandAsyncEvents,
-    u"Kestrine.LTConnect.1",
-    u"Kestrine.LTCommandSync.1",
-    u"Kestrine.LTCommandAsync.1",
+    class_named(u"LTConnect").versioned_program,
+    class_named(u"LTCommandSync").versioned_program,
+    class_named(u"LTCommandAsync").versioned_program,
 };
 
 const transport::Identity kSecondGeneration{
@@ -28,9 +29,9 @@ const transport::Identity kSecondGeneration{
     IID_ILTCommandAsync2,
     DIID__ILTCommandSync2Events,
     DIID__ILTCommandAsync2Events,
-    u"Kestrine.LTConnect2.1",
-    u"Kestrine.LTCommandSync2.1",
-    u"Kestrine.LTCommandAsync2.1",
+    class_named(u"LTConnect2").versioned_program,
+    class_named(u"LTCommandSync2").versioned_program,
+    class_named(u"LTCommandAsync2").versioned_program,
 };
 
 namespace {

@@ -1,6 +1,6 @@
 """One entry for each generated file."""
 
-from . import catalogue, enums, events, interfaces, methods, proxies, python, readers, records, requests, texts
+from . import catalogue, enums, events, interfaces, library, methods, proxies, python, readers, records, requests, texts
 
 WRITERS = {
     "python/kestrine/_interfaces.pyi": python.write_stubs,
@@ -12,8 +12,10 @@ WRITERS = {
     "include/kestrine/interfaces.h": interfaces.write,
     "include/kestrine/records.h": records.write,
     "src/commands/typed_methods.h": methods.write,
+    "src/component/class_rows.h": library.write_classes,
     "src/data/packet_readers.h": readers.write,
     "src/events/proxies.h": proxies.write,
+    "src/platform/library_version.h": library.write_version,
     "src/protocol/catalogue_rows.cpp": catalogue.write_rows,
     "src/protocol/errors.h": texts.write,
     "src/protocol/event_numbers.h": catalogue.write_event_numbers,
