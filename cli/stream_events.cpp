@@ -33,21 +33,6 @@ class ReceivedPacket {
   void* bytes_ = nullptr;
 };
 
-// Done all the same, with a value that is unusual.
-bool is_warning(VL_ResultStatus status) {
-  switch (status) {
-    case VL_RS_Parameter1OutOfRangeOK:
-    case VL_RS_Parameter2OutOfRangeOK:
-    case VL_RS_Parameter3OutOfRangeOK:
-    case VL_RS_Parameter4OutOfRangeOK:
-    case VL_RS_Parameter5OutOfRangeOK:
-    case VL_RS_Parameter6OutOfRangeOK:
-      return true;
-    default:
-      return false;
-  }
-}
-
 std::string utf8_of(BSTR text) {
   return to_utf8({text, SysStringLen(text)});
 }

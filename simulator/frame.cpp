@@ -5,7 +5,6 @@
 
 #include "kestrine/wire.h"
 #include "simulator/marks.h"
-#include "simulator/quantities.h"
 
 namespace kestrine::simulator {
 namespace {
@@ -17,7 +16,7 @@ double sense(VL_CoordinateSystemType type) {
 bool same_units(Quantity quantity, const Frame& a, const Frame& b) {
   switch (quantity) {
     case Quantity::kLength:
-    case Quantity::kLengthSquared:
+    case Quantity::kSquaredLength:
       return a.length == b.length;
     case Quantity::kAngle:
       return a.angle == b.angle;
@@ -132,17 +131,18 @@ void convert(const protocol::TypeRow& record, std::uint8_t* packet, const Frame&
   if (from == to) return;
   const SystemUnitsDataT from_set = from.units();
   const SystemUnitsDataT to_set = to.units();
-  for (const protocol::Leaf& field : protocol::leaves_of(record)) {
-    if (field.type != protocol::ValueType::kDouble) continue;
-    const Quantity quantity = quantity_of(field.path);
-    if (same_units(quantity, from, to)) continue;
+  const auto fields = protocol::leaves_of(record);
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const protocol::Value& field = fields[i];
     std::uint8_t* at = packet + field.offset;
-    if (quantity != Quantity::kPosition && is_approximate(wire::load_f64(at))) continue;
-    if (quantity == Quantity::kPosition) {
-      store_vector(at, to.to_outside(from.to_inside(load_vector(at))));
-    } else {
-      wire::store_f64(at, to_units(quantity, from_units(quantity, wire::load_f64(at), from_set), to_set));
+    if (field.quantity == Quantity::kPosition) {
+      if (!same_units(field.quantity, from, to)) store_vector(at, to.to_outside(from.to_inside(load_vector(at))));
+      i += 2;
+      continue;
     }
+    if (field.type != protocol::ValueType::kDouble || same_units(field.quantity, from, to)) continue;
+    if (is_approximate(wire::load_f64(at))) continue;
+    wire::store_f64(at, to_units(field.quantity, from_units(field.quantity, wire::load_f64(at), from_set), to_set));
   }
 }
 

@@ -124,9 +124,7 @@ VL_ResultStatus out_of_range_but_accepted(int number) {
 }
 
 bool is_accepted(VL_ResultStatus status) {
-  const bool is_warning = status >= VL_RS_Parameter1OutOfRangeOK && status <= VL_RS_Parameter6OutOfRangeOK &&
-                          (status - VL_RS_Parameter1OutOfRangeOK) % 2 == 0;
-  return status == VL_RS_AllOK || is_warning;
+  return status == VL_RS_AllOK || is_warning(status);
 }
 
 VL_ResultStatus check_parameters(const Request& request) {

@@ -54,7 +54,7 @@ double to_units(Quantity quantity, double value, const SystemUnitsDataT& units) 
   switch (quantity) {
     case Quantity::kLength:
       return value * length;
-    case Quantity::kLengthSquared:
+    case Quantity::kSquaredLength:
       return value * length * length;
     case Quantity::kAngle:
       return value * angle_factor(units.angUnitType);
@@ -72,7 +72,7 @@ double from_units(Quantity quantity, double value, const SystemUnitsDataT& units
   switch (quantity) {
     case Quantity::kLength:
       return value / length;
-    case Quantity::kLengthSquared:
+    case Quantity::kSquaredLength:
       return value / (length * length);
     case Quantity::kAngle:
       return value / angle_factor(units.angUnitType);

@@ -4,18 +4,11 @@
 
 #include "kestrine/enums.h"
 #include "kestrine/records.h"
+#include "protocol/catalogue.h"
 
 namespace kestrine::simulator {
 
-enum class Quantity {
-  kNone,  // the same in every unit
-  kLength,
-  kLengthSquared,
-  kAngle,
-  kTemperature,
-  kPressure,
-  kPosition,  // the first of three neighbours that together are a point in the coordinate system set
-};
+using protocol::Quantity;
 
 // One base unit, expressed in the unit; unknown units count as the base unit.
 double length_factor(VL_LengthUnit unit);

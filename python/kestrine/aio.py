@@ -18,7 +18,7 @@ from ._constants import constants
 from ._errors import com_error
 from ._events import connect
 from ._object import Object
-from ._tables import CALLS
+from ._tables import CALLS, PROGRAMS
 from ._types import CONVERTERS
 
 if TYPE_CHECKING:
@@ -29,7 +29,7 @@ else:
 _DISP_E_EXCEPTION, _E_FAIL = -2147352567, -2147467259
 _START_MEASUREMENT = constants.VL_C_StartMeasurement
 _ENDS_OF_LINK = (constants.VL_SSC_ServerClosing, constants.VL_SSC_TPConnectionClosing)
-_SOURCE = "Kestrine.LTCommandAsync2.1"
+_SOURCE = PROGRAMS["LTCommandAsync2"]
 
 
 class Event(NamedTuple):

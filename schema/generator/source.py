@@ -87,27 +87,28 @@ class Source:
 
     def __init__(self, folder: Path):
         self._tables: dict[str, list[Table]] = {}
-        self._asked: set[str] = {""}
+        self._kinds: set[str] = set()  # of the tables and the lists that anybody has asked for
+        self._lists: set[str] = set()
         self._root = folder.absolute().parent
         for path in sorted(folder.absolute().rglob("*.toml")):
             self._read(path)
 
     def tables(self, kind: str) -> list[Table]:
-        self._asked.add(kind)
+        self._kinds.add(kind)
         return self._tables.get(kind, [])
 
     def rows(self, key: str, *shapes: tuple[type, ...]) -> list[Row]:
         """The rows of a list that stands before the first table of some file."""
-        self._asked.add(key)
-        return [row for table in self.tables("") if key in table for row in table.rows(key, *shapes)]
+        self._lists.add(key)
+        return [row for table in self._tables.get("", []) if key in table for row in table.rows(key, *shapes)]
 
     def check_all_read(self) -> None:
         """What nobody has asked for is misspelt."""
-        known = sorted(self._asked - {""})
         for kind, tables in self._tables.items():
-            require_known(kind, ["", *known], tables[0].where, "table")
-        for table in self.tables(""):
-            table.allow(tuple(known))
+            if kind:
+                require_known(kind, sorted(self._kinds), tables[0].where, "table")
+        for table in self._tables.get("", []):
+            table.allow(tuple(sorted(self._lists)))
 
     def _read(self, path: Path) -> None:
         text, name = path.read_text(encoding="utf-8"), str(path.relative_to(self._root))

@@ -19,7 +19,7 @@ void set_argument(VARIANT& argument, const protocol::Value& value, const std::ui
   argument.vt = argument_type(value.type);
 }
 
-void set_argument(VARIANT& argument, const Argument& given) {
+void set_argument(VARIANT& argument, const EventArgument& given) {
   argument = given.value;
   if (given.value.vt != VT_BSTR) return;
   argument.bstrVal = copy_text(given.text.data(), given.text.size());
@@ -87,7 +87,7 @@ HRESULT EventSource::fire(const protocol::MemberRow& event, const std::uint8_t* 
                       [&](VARIANT& value, std::size_t n) { set_argument(value, event.values[n], packet); });
 }
 
-HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<Argument> arguments) {
+HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<EventArgument> arguments) {
   return fire_to_each(dispid, arguments.size(),
                       [&](VARIANT& value, std::size_t n) { set_argument(value, arguments.begin()[n]); });
 }

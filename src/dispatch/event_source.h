@@ -12,11 +12,11 @@
 namespace kestrine::dispatch {
 
 // One argument on its way to the sinks, each of which gets a text of its own. Enumerations travel as numbers.
-struct Argument {
-  Argument(std::int32_t number) { value.vt = VT_I4, value.lVal = number; }
-  Argument(double number) { value.vt = VT_R8, value.dblVal = number; }
-  Argument(VARIANT_BOOL flag) { value.vt = VT_BOOL, value.boolVal = flag; }  // as given: 1 stays 1
-  Argument(const char16_t* zero_terminated) : text(zero_terminated) { value.vt = VT_BSTR; }
+struct EventArgument {
+  EventArgument(std::int32_t number) { value.vt = VT_I4, value.lVal = number; }
+  EventArgument(double number) { value.vt = VT_R8, value.dblVal = number; }
+  EventArgument(VARIANT_BOOL flag) { value.vt = VT_BOOL, value.boolVal = flag; }  // as given: 1 stays 1
+  EventArgument(const char16_t* zero_terminated) : text(zero_terminated) { value.vt = VT_BSTR; }
 
   VARIANT value{};
   std::u16string_view text;
@@ -37,7 +37,7 @@ class EventSource : public IConnectionPoint {
 
   // The result of the last sink called, S_OK without one. Throws std::bad_alloc when a text cannot be copied.
   HRESULT fire(const protocol::MemberRow& event, const std::uint8_t* packet);  // arguments from the packet's fields
-  HRESULT fire(std::int32_t dispid, std::initializer_list<Argument> arguments);
+  HRESULT fire(std::int32_t dispid, std::initializer_list<EventArgument> arguments);
 
   HRESULT QueryInterface(const IID& iid, void** object) override;
   ULONG AddRef() override { return container_.AddRef(); }

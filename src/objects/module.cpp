@@ -1,5 +1,6 @@
 #include "objects/module.h"
 
+#include "objects/class_names.h"
 #include "objects/command_classes.h"
 #include "objects/connect_class.h"
 
@@ -9,10 +10,10 @@ namespace {
 using dispatch::Generation, dispatch::Identity;
 
 const Identity kIdentities[] = {
-    {1, IID_ILTConnect, IID_ILTCommandSync, IID_ILTCommandAsync, u"Kestrine.LTConnect.1", u"Kestrine.LTCommandSync.1",
-     u"Kestrine.LTCommandAsync.1"},
-    {2, IID_ILTConnect2, IID_ILTCommandSync2, IID_ILTCommandAsync2, u"Kestrine.LTConnect2.1",
-     u"Kestrine.LTCommandSync2.1", u"Kestrine.LTCommandAsync2.1"},
+    {1, IID_ILTConnect, IID_ILTCommandSync, IID_ILTCommandAsync, class_named(u"LTConnect").versioned_program,
+     class_named(u"LTCommandSync").versioned_program, class_named(u"LTCommandAsync").versioned_program},
+    {2, IID_ILTConnect2, IID_ILTCommandSync2, IID_ILTCommandAsync2, class_named(u"LTConnect2").versioned_program,
+     class_named(u"LTCommandSync2").versioned_program, class_named(u"LTCommandAsync2").versioned_program},
 };
 
 using Sync = CommandSync<ILTCommandSync, DIID__ILTCommandSyncEvents>;

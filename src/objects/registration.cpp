@@ -6,7 +6,9 @@
 
 #include "kestrine/interfaces.h"
 #include "kestrine/loader.h"
+#include "objects/class_names.h"
 #include "platform/library_path.h"
+#include "platform/library_version.h"
 #include "platform/registry.h"
 
 namespace kestrine::objects {
@@ -31,15 +33,15 @@ struct Row {
 };
 
 constexpr Row kClassScript[] = {
-    {Tree::kOwn, u"Kestrine.%CLASS%.1", u"", u"%CLASS% Class"},
-    {Tree::kPart, u"Kestrine.%CLASS%.1\\CLSID", u"", u"%CLSID%"},
-    {Tree::kOwn, u"Kestrine.%CLASS%", u"", u"%CLASS% Class"},
-    {Tree::kPart, u"Kestrine.%CLASS%\\CLSID", u"", u"%CLSID%"},
-    {Tree::kPart, u"Kestrine.%CLASS%\\CurVer", u"", u"Kestrine.%CLASS%.1"},
+    {Tree::kOwn, u"%VERSIONED%", u"", u"%CLASS% Class"},
+    {Tree::kPart, u"%VERSIONED%\\CLSID", u"", u"%CLSID%"},
+    {Tree::kOwn, u"%PROGRAM%", u"", u"%CLASS% Class"},
+    {Tree::kPart, u"%PROGRAM%\\CLSID", u"", u"%CLSID%"},
+    {Tree::kPart, u"%PROGRAM%\\CurVer", u"", u"%VERSIONED%"},
     {Tree::kRewritten, u"CLSID\\%CLSID%", u"", u"%CLASS% Class"},
     {Tree::kPart, u"CLSID\\%CLSID%", u"AppID", u"%APPID%"},
-    {Tree::kPart, u"CLSID\\%CLSID%\\ProgID", u"", u"Kestrine.%CLASS%.1"},
-    {Tree::kPart, u"CLSID\\%CLSID%\\VersionIndependentProgID", u"", u"Kestrine.%CLASS%"},
+    {Tree::kPart, u"CLSID\\%CLSID%\\ProgID", u"", u"%VERSIONED%"},
+    {Tree::kPart, u"CLSID\\%CLSID%\\VersionIndependentProgID", u"", u"%PROGRAM%"},
     {Tree::kPart, u"CLSID\\%CLSID%\\InprocServer32", u"", u"%MODULE%"},
     {Tree::kPart, u"CLSID\\%CLSID%\\InprocServer32", u"ThreadingModel", u"Apartment"},
     {Tree::kPart, u"CLSID\\%CLSID%\\TypeLib", u"", u"%LIBID%"},
@@ -55,23 +57,11 @@ constexpr Row kApplicationScript[] = {
     {Tree::kOwn, u"AppID\\Kestrine.DLL", u"AppID", u"%APPID%"},
 };
 
-// The version 8.3; neutral as to language.
+// Neutral as to language.
 constexpr Row kTypeLibraryScript[] = {
-    {Tree::kOwn, u"TypeLib\\%LIBID%\\8.3", u"", u"KESTRINELib"},
-    {Tree::kPart, u"TypeLib\\%LIBID%\\8.3\\0\\linux64", u"", u"%MODULE%"},
-    {Tree::kPart, u"TypeLib\\%LIBID%\\8.3\\FLAGS", u"", u"0"},
-};
-
-struct Class {
-  const char16_t* name;
-  const CLSID& clsid;
-  bool dispatch;
-};
-
-constexpr Class kClasses[] = {
-    {u"LTCommandSync", CLSID_LTCommandSync, false},   {u"LTCommandSync2", CLSID_LTCommandSync2, true},
-    {u"LTCommandAsync", CLSID_LTCommandAsync, false}, {u"LTCommandAsync2", CLSID_LTCommandAsync2, true},
-    {u"LTConnect", CLSID_LTConnect, false},           {u"LTConnect2", CLSID_LTConnect2, true},
+    {Tree::kOwn, u"TypeLib\\%LIBID%\\%LIBVER%", u"", u"KESTRINELib"},
+    {Tree::kPart, u"TypeLib\\%LIBID%\\%LIBVER%\\0\\linux64", u"", u"%MODULE%"},
+    {Tree::kPart, u"TypeLib\\%LIBID%\\%LIBVER%\\FLAGS", u"", u"0"},
 };
 
 std::u16string to_text(const GUID& id) {
@@ -86,14 +76,14 @@ class Registrar {
   Registrar(bool entering, std::u16string module) : entering_(entering), module_(std::move(module)) {}
 
   template <std::size_t kRows>
-  void run(const Row (&script)[kRows], const Class& of = {u"", GUID_NULL, false}) {
+  void run(const Row (&script)[kRows], const ClassName& of = {u"", u"", u"", GUID_NULL, false}) {
     for (const Row& row : script) add(row, of);
   }
 
   HRESULT commit() const { return platform::edit_registry(edits_); }
 
  private:
-  void add(const Row& row, const Class& of) {
+  void add(const Row& row, const ClassName& of) {
     const std::u16string key = filled(row.key, of);
     if (row.tree == Tree::kRewritten || (row.tree == Tree::kOwn && !entering_)) {
       edits_.push_back({RegistryEdit::Kind::kRemoveTree, key, {}, {}});
@@ -106,7 +96,7 @@ class Registrar {
     }
   }
 
-  std::u16string filled(std::u16string_view text, const Class& of) const {
+  std::u16string filled(std::u16string_view text, const ClassName& of) const {
     std::u16string out;
     for (bool word = false;; word = !word) {
       const std::size_t end = text.find(u'%');
@@ -116,11 +106,14 @@ class Registrar {
     }
   }
 
-  std::u16string meaning(std::u16string_view word, const Class& of) const {
+  std::u16string meaning(std::u16string_view word, const ClassName& of) const {
     if (word == u"CLASS") return of.name;
+    if (word == u"PROGRAM") return of.program;
+    if (word == u"VERSIONED") return of.versioned_program;
     if (word == u"CLSID") return to_text(of.clsid);
     if (word == u"APPID") return to_text(APPID_Kestrine);
     if (word == u"LIBID") return to_text(LIBID_KESTRINELib);
+    if (word == u"LIBVER") return std::u16string(platform::kTypeLibraryVersion);
     return module_;
   }
 
@@ -134,9 +127,9 @@ HRESULT run_scripts(bool entering) {
   if (module.empty()) return E_FAIL;
   Registrar registrar(entering, module);
   registrar.run(kTypeLibraryScript);
-  for (const Class& each : kClasses) {
+  for (const ClassName& each : kClassNames) {
     registrar.run(kClassScript, each);
-    if (each.dispatch) registrar.run(kDispatchScript, each);
+    if (each.for_scripts) registrar.run(kDispatchScript, each);
   }
   registrar.run(kApplicationScript);
   return registrar.commit();

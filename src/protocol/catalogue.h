@@ -165,6 +165,12 @@ struct TextRow {
   const char16_t* text;
 };
 
+// A status that accepts a parameter out of its range, and the row of the string table that says so.
+struct WarningRow {
+  std::int32_t status;
+  std::int32_t text_row;
+};
+
 struct ConstantRow {
   std::int32_t constant;
   double value;
@@ -174,8 +180,9 @@ std::span<const TypeRow> types();        // enumerations, records, interfaces, e
 std::span<const CommandRow> commands();  // in code order, 50 included as no command
 std::span<const PacketRow> packets();
 std::span<const WaitRow> wait_classes();  // in the order of reading; those that are read again first
-std::span<const TextRow> status_texts();  // these two in ascending order of their numbers
+std::span<const TextRow> status_texts();  // these three in ascending order of their numbers
 std::span<const TextRow> string_table();
+std::span<const WarningRow> warnings();
 std::span<const ConstantRow> constants();
 // Members in the order of their identifiers, which begin with 1.
 std::span<const MemberRow> sync_methods();

@@ -47,9 +47,8 @@ std::u16string_view table_text(std::int32_t row) {
 }
 
 std::int32_t warning_row(std::int32_t status) {
-  const bool accepted = status >= VL_RS_Parameter1OutOfRangeOK && status <= VL_RS_Parameter6OutOfRangeOK &&
-                        (status - VL_RS_Parameter1OutOfRangeOK) % 2 == 0;
-  return accepted ? text_row::kParameter1OutOfRange + (status - VL_RS_Parameter1OutOfRangeOK) / 2 : 0;
+  const auto found = std::ranges::find(warnings(), status, &WarningRow::status);
+  return found != warnings().end() ? found->text_row : 0;
 }
 
 std::u16string send_failure_text(std::int32_t command) {

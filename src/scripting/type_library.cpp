@@ -3,14 +3,13 @@
 #include <new>
 
 #include "kestrine/interfaces.h"
+#include "platform/library_version.h"
 #include "scripting/type_info.h"
 
 namespace kestrine::scripting {
 namespace {
 
 constexpr char kName[] = "KESTRINELib";
-constexpr WORD kMajor = 8;
-constexpr WORD kMinor = 3;
 
 HRESULT type_at(UINT index, ITypeInfo** info) {
   if (info == nullptr) return E_POINTER;
@@ -52,7 +51,9 @@ class TypeLibrary final : public ITypeLib {
 
   HRESULT GetLibAttr(TLIBATTR** attributes) override {
     if (attributes == nullptr) return E_POINTER;
-    *attributes = new (std::nothrow) TLIBATTR{LIBID_KESTRINELib, 0, SYS_WIN64, kMajor, kMinor, LIBFLAG_FHASDISKIMAGE};
+    *attributes = new (std::nothrow)
+        TLIBATTR{LIBID_KESTRINELib,    0, SYS_WIN64, platform::kTypeLibraryMajor, platform::kTypeLibraryMinor,
+                 LIBFLAG_FHASDISKIMAGE};
     return *attributes != nullptr ? S_OK : E_OUTOFMEMORY;
   }
   void ReleaseTLibAttr(TLIBATTR* attributes) override { delete attributes; }

@@ -31,11 +31,13 @@ def test_calls_end_with_what_their_events_bring(early_wake, connection, peer, di
 
 
 @pytest.mark.parametrize("count", [1, 3])
-def test_a_series_is_a_list(connection, peer, dice, count):
-    items = [filled(SCHEMA.records.all["GetReflectorsRT"], dice, COMMAND, 42, 0, count) for _ in range(count)]
+@pytest.mark.parametrize(("command", "name", "field", "place"), [(42, "GetReflectors", "cReflectorName", 1),
+                                                                (75, "GetTransformedPoints", "dVal1", 0)])
+def test_a_series_is_a_list(connection, peer, dice, count, command, name, field, place):
+    items = [filled(SCHEMA.records.all[f"{name}RT"], dice, COMMAND, command, 0, count) for _ in range(count)]
     peer.reply = lambda request: b"".join(packet for packet, _ in items)
-    told = run(connection, lambda tracker: tracker.GetReflectors())
-    assert [item[1] for item in told] == [values["cReflectorName"] for _, values in items]
+    told = run(connection, lambda tracker: getattr(tracker, name)())
+    assert [item[place] for item in told] == [values[field] for _, values in items]
 
 
 def test_a_refusal_raises_in_the_call_it_belongs_to(connection, peer):

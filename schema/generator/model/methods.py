@@ -53,11 +53,17 @@ class Method(Member):
 
     @property
     def family(self) -> str:
-        named = {"property": self.kind == "put", "move": bool(self.speed), "send-only": self.sends_only,
-                 MODES.get(self.mode): bool(self.mode), MIRRORS.get(self.mirror): bool(self.mirror),
-                 "still-image": self.still_image, "tiltra": self.source == "tiltra",
-                 "go-and-measure": self.waits_for_result and not self.mode}
-        return next((family for family, is_so in named.items() if is_so), "plain")
+        if self.kind == "put":
+            return "property"
+        if self.speed:
+            return "move"
+        if self.sends_only:
+            return "send-only"
+        if self.mode or self.mirror:
+            return MODES.get(self.mode) or MIRRORS[self.mirror]
+        if self.still_image or self.source == "tiltra":
+            return "still-image" if self.still_image else "tiltra"
+        return "go-and-measure" if self.waits_for_result else "plain"
 
 
 class Methods:

@@ -64,4 +64,5 @@ class Numbers:
 
     def check_complete(self) -> None:
         for expected, (number, (name, where)) in enumerate(sorted(self._rows.items()), 1):
-            require(number == expected, where, f"{self._what} {name} has the identifier {number}, but none has {expected}")
+            require(number == expected, where,
+                    f"{self._what} {name} has the identifier {number}, but none has {expected}")

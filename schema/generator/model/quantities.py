@@ -5,7 +5,7 @@ from typing import NamedTuple
 
 class Quantity(NamedTuple):
     type: str
-    unit: str  # as comments say it
+    unit: str  # as comments say it, where the name does not
 
 
 QUANTITIES = {
@@ -16,12 +16,12 @@ QUANTITIES = {
     # Of a point, in the coordinate system set; three fields that follow one another.
     "position": Quantity("double", "coordinate"),
     # Of a coordinate, in its unit; and of two, in the product of their units.
-    "deviation": Quantity("double", "deviation of a coordinate"),
-    "covariance": Quantity("double", "covariance of coordinates"),
+    "deviation": Quantity("double", "deviation"),
+    "covariance": Quantity("double", "covariance"),
     "temperature": Quantity("double", "temperature"),
     "pressure": Quantity("double", "pressure"),
-    "humidity": Quantity("double", "relative humidity, %"),
-    "count": Quantity("int32", "count"),
+    "humidity": Quantity("double", "humidity"),
+    "count": Quantity("int32", ""),
     "hours": Quantity("int32", "h"),
     "minutes": Quantity("int32", "min"),
     "seconds": Quantity("int32", "s"),
@@ -33,3 +33,9 @@ QUANTITIES = {
 def wire_type(word: str) -> str:
     """The type of a cell that names a type or a quantity."""
     return QUANTITIES[word].type if word in QUANTITIES else word
+
+
+def unit_of(quantity: str, name: str) -> str:
+    """What a comment says of a value: nothing where its name says it."""
+    unit = QUANTITIES[quantity].unit if quantity else ""
+    return "" if unit in name.lower() else unit

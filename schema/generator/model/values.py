@@ -41,7 +41,8 @@ def chosen_values(records: list[Record], words: list[str], where: Where) -> list
         first, _, last = (field or name).partition("..")
         for leaf in _slice(records[0], first, last or first, where):
             for record in records[1:]:
-                require(leaf in record.leaves, where, f"{leaf.name} differs between {records[0].name} and {record.name}")
+                require(leaf in record.leaves, where,
+                        f"{leaf.name} differs between {records[0].name} and {record.name}")
             values.append(_value(name if field else leaf.public, leaf))
             names.claim_name(values[-1].name, where)
     return values

@@ -58,14 +58,14 @@ class _Catalogue:
         statuses = [(each.value, each.text) for each in schema.enums["VL_ResultStatus"].values if each.text is not None]
         for name, rows in (("StatusTexts", statuses), ("StringTable", [(text.row, text.text) for text in schema.texts])):
             self._array("TextRow", name, [f"{{{number}, {literal(text, 'u')}}}" for number, text in sorted(rows)])
+        self._array("WarningRow", "Warnings", [f"{{{status}, {row}}}" for status, row in sorted(schema.warnings.items())])
         self._array("ConstantRow", "Constants", [
             f"{{{each.name.name}, {each.expression.replace('pi', 'std::numbers::pi')}}}" for each in schema.constants])
         self._add_types()
         declared = f"extern const TypeRow kTypes[{len(self._types)}];\n\n"
-        self._parts.append(array("TypeRow", "kTypes", self._types).removeprefix("constexpr "))
-        self._parts[-1] = "const " + self._parts[-1]
+        self._parts.append(array("TypeRow", "kTypes", self._types).replace("constexpr", "constinit const", 1))
         access = [("TypeRow", "Types"), ("CommandRow", "Commands"), ("WaitRow", "WaitClasses"), ("PacketRow", "Packets"),
-                  ("TextRow", "StatusTexts"), ("TextRow", "StringTable"), ("ConstantRow", "Constants"),
+                  ("TextRow", "StatusTexts"), ("TextRow", "StringTable"), ("WarningRow", "Warnings"), ("ConstantRow", "Constants"),
                   ("MemberRow", "SyncMethods"), ("MemberRow", "AsyncMethods"), ("MemberRow", "SyncEvents"),
                   ("MemberRow", "AsyncEvents")]
         return "namespace {\n\n" + declared + "\n".join(self._parts) + "\n}  // namespace\n\n" + "\n".join(

@@ -11,7 +11,24 @@ _COMMENT = """The enumerations of the protocol and of the library. All travel as
 
 def write(schema: Schema) -> str:
     body = "\n\n".join(_enum(enum) for enum in schema.enums.values())
-    return header(_COMMENT, ["<cstdint>"], body)
+    return header(_COMMENT, ["<cstdint>"], f"{body}\n\n{_warnings(schema)}")
+
+
+def _warnings(schema: Schema) -> str:
+    cases = "".join(f"    case {value.name}:\n" for value in schema.enums["VL_ResultStatus"].values
+                    if value.warning is not None)
+    return f"""namespace kestrine {{
+
+// Whether the server has done what it was asked for all the same.
+constexpr bool is_warning(std::int32_t status) {{
+  switch (status) {{
+{cases}      return true;
+    default:
+      return false;
+  }}
+}}
+
+}}  // namespace kestrine"""
 
 
 def _enum(enum: Enum) -> str:

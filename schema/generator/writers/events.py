@@ -2,15 +2,18 @@
 
 from ..model.events import Event
 from ..model.schema import Schema
-from .members import cpp_type
+from .members import UNITS, comment, cpp_type, units_note
 from .text import header, literal, wrapped
+
+_SINKS_COMMENT = """Typed sinks: derive from one, override what you want to hear of, and subscribe it (subscription.h).
+//
+// """ + UNITS
 
 
 def write(schema: Schema) -> str:
     body = _sink("SyncEvents", schema.sync_events) + "\n" + _sink("AsyncEvents", schema.async_events)
     includes = ["<cstdint>", "", '"kestrine/enums.h"', '"kestrine/interfaces.h"', '"kestrine/sink.h"']
-    return header("Typed sinks: derive from one, override what you want to hear of, and subscribe it (subscription.h).",
-                  includes, body, "kestrine")
+    return header(_SINKS_COMMENT, includes, body, "kestrine")
 
 
 def _sink(name: str, events: dict[str, Event]) -> str:
@@ -49,4 +52,4 @@ def _case(name: str, event: Event) -> str:
 
 def _handler(event: Event) -> str:
     parameters = [f"{cpp_type(value.type)} /*{value.name}*/" for value in event.values]
-    return wrapped(f"  virtual void {event.name}(", parameters, ") {}")
+    return comment(units_note(event.values), "  ") + wrapped(f"  virtual void {event.name}(", parameters, ") {}")

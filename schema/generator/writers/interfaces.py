@@ -6,12 +6,14 @@ from ..model.library import Identifier
 from ..model.interfaces import Member
 from ..model.methods import Method
 from ..model.schema import Schema
-from .members import signature
+from .members import UNITS, comment, signature, units_note
 from .text import header, wrapped
 
 _COMMENT = """The interfaces of the library and the identifiers of its classes. Every operation returns a status code:
 // S_OK, S_FALSE for a warning, or a failure that the thread's error information describes. In texts and records stay
-// the caller's, out texts and arrays become the caller's."""
+// the caller's, out texts and arrays become the caller's.
+//
+// """ + UNITS
 _SYNC_COMMENT = """\
 // The blocking command set. Every operation sends one command and waits for its answer, for as long as the setting
 // that is named with it, "+ measure time" where the stationary measure time is added; meanwhile the thread's messages
@@ -60,7 +62,7 @@ def _interface(name: str, comment: str, base: str, slots: str) -> str:
 def _slot(member: Member, doc: str) -> str:
     start, parameters = signature(member)
     declared = wrapped(f"  virtual {start}", parameters, ") = 0;")
-    return f"  // {member.dispid}. {doc}\n{declared}" if doc else declared
+    return f"  // {member.dispid}. {doc}\n{comment(units_note(member.parameters), '  ')}{declared}" if doc else declared
 
 
 def _sync_docs(schema: Schema) -> list[tuple[Method, str]]:

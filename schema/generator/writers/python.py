@@ -1,10 +1,13 @@
 """The parts of the Python package that are facts of the schema: enumerations, records, tables and stubs."""
 
 from ..model.enums import Enum
+from ..model.events import Event
 from ..model.interfaces import Member, Parameter
 from ..model.methods import Method
+from ..model.quantities import unit_of
 from ..model.records import Field, Record
 from ..model.schema import Schema
+from .members import units_note
 
 _TYPES = {"long": "int", "int32": "int", "bool32": "bool", "double": "float", "bool": "bool", "text": "str",
           "text32": "str", "text128": "str", "byte": "bytes", "variant": "bytes", "bytes": "bytes"}
@@ -41,12 +44,15 @@ def write_tables(schema: Schema) -> str:
                     f"{_total(method, answers)}),\n" for method in schema.async_methods)
     blocks = "".join(f"    {packet.value.value}: {_block(packet.record)!r},\n"
                      for packet in schema.packets if packet.record.element)
+    programs = "".join(f"    {each.name!r}: {f'{each.program}.1'!r},\n" for each in schema.library.classes)
     return ('"""Facts that the type library does not tell."""\n\n'
             "# Of an asynchronous call: its command, the events that end it, and which of the event's values says how\n"
             "# many items there are, where each comes with an event of its own.\n"
             f"CALLS = {{\n{calls}}}\n\n"
             "# Of a continuous packet, by its type: bytes before the first element, their number, size, fields.\n"
-            f"BLOCKS = {{\n{blocks}}}\n")
+            f"BLOCKS = {{\n{blocks}}}\n\n"
+            "# The program identifiers of the classes, with their version.\n"
+            f"PROGRAMS = {{\n{programs}}}\n")
 
 
 def write_stubs(schema: Schema) -> str:
@@ -58,7 +64,7 @@ def write_stubs(schema: Schema) -> str:
               for name, members in interfaces.items()]
     parts.append(_class("AwaitableCommands", "", [_awaitable(schema, each) for each in schema.async_methods]))
     for name, events in (("SyncEvents", schema.sync_events), ("AsyncEvents", schema.async_events)):
-        rows = [f"def On{event.name}(self{_inputs(schema, event.values)}) -> None: ..." for event in events.values()]
+        rows = [_handler(schema, event) for event in events.values()]
         parts.append(_class(name, "", rows))
     return "\n\n\n".join(parts) + "\n"
 
@@ -71,7 +77,8 @@ def _class(head: str, doc: str, rows: list[str]) -> str:
 def _field(schema: Schema, entry: Field) -> str:
     kind = _TYPES.get(entry.type, entry.type)
     if kind in _DEFAULTS:
-        return f"{kind} = {_DEFAULTS[kind]}"
+        unit = unit_of(entry.quantity, entry.name)
+        return f"{kind} = {_DEFAULTS[kind]}" + (f"  # {unit}" if unit else "")
     if kind in schema.enums:
         return f"{kind} = {_zero(schema.enums[kind])}"
     return f"{kind} = field(default_factory={kind})"
@@ -85,14 +92,19 @@ def _zero(enum: Enum) -> str:
 def _total(method: Method, answers: dict) -> int | None:
     if not method.command.series:
         return None
-    values = answers[method.command.name].async_event.values
-    return max(place for place, value in enumerate(values) if value.name.endswith("Total"))
+    total = method.command.answer.content[0]
+    return [value.leaf for value in answers[method.command.name].async_event.values].index(total)
 
 
 def _block(record: Record) -> tuple:
     count = next(entry.offset for entry in record.fields if entry.name.startswith("lNumber"))
     fields = [(entry.name, _NUMPY.get(entry.type, "<i4"), entry.offset) for entry in record.element.fields]
     return record.header_size, count, record.element.size, fields
+
+
+def _units(values: list) -> str:
+    note = units_note(values)
+    return f"Units: {note}." if note else ""
 
 
 def _python_type(schema: Schema, kind: str) -> str:
@@ -119,8 +131,14 @@ def _member(schema: Schema, member: Member) -> str:
         result = f"{member.name}2" if outputs[0].type == "unknown" else _result(schema, outputs)
         return f"@property\n    def {member.name}(self) -> {result}: ..."
     doc = "\n        ".join(filter(None, [member.doc, "Returns " + ", ".join(out.name for out in outputs) + "."
-                                          if outputs else ""]))
+                                          if outputs else "", _units(member.parameters)]))
     head = f"def {member.name}(self{_inputs(schema, member.parameters)}) -> {_result(schema, outputs)}:"
+    return f'{head}\n        """{doc}"""' if doc else f"{head} ..."
+
+
+def _handler(schema: Schema, event: Event) -> str:
+    doc = _units(event.values)
+    head = f"def On{event.name}(self{_inputs(schema, event.values)}) -> None:"
     return f'{head}\n        """{doc}"""' if doc else f"{head} ..."
 
 

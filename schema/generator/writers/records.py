@@ -1,14 +1,19 @@
 """include/kestrine/records.h"""
 
+from ..model.quantities import unit_of
 from ..model.records import SCALARS, Field, Record
 from ..model.schema import Schema
+from .members import UNITS
 from .text import header
 
 _CPP = {"int32": "std::int32_t", "bool32": "std::int32_t", "double": "double", "byte": "std::uint8_t"}
 _COMMENT = """The records of the protocol, laid out in memory as on the wire: packed to 4 bytes, nothing in between. The
 // readers and writers take the wire's byte order for what it is, whatever the host's own.
 //
-// A double can lie at an address that is a multiple of 4 only: copy the field, do not bind a reference to it."""
+// A double can lie at an address that is a multiple of 4 only: copy the field, do not bind a reference to it.
+//
+// A comment behind a field says what it measures, where the name does not.
+// """ + UNITS
 
 
 def write(schema: Schema) -> str:
@@ -83,7 +88,8 @@ def _member(field: Field) -> str:
         return f"char16_t {field.name}[{SCALARS[field.type] // 2}] = {{}};"
     if field.type.endswith("[]"):
         return f"{field.type[:-2]} {field.name}[1] = {{}};"
-    return f"{_CPP.get(field.type, field.type)} {field.name} = {{}};"
+    unit = unit_of(field.quantity, field.name)
+    return f"{_CPP.get(field.type, field.type)} {field.name} = {{}};" + (f"  // {unit}" if unit else "")
 
 
 def _asserts(record: Record) -> str:
