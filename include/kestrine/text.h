@@ -1,6 +1,7 @@
 // Texts on their way in and out of the interfaces.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <new>
 #include <string>
@@ -64,6 +65,27 @@ inline std::u16string to_utf16(std::string_view text) {
   }
   return out;
 }
+
+namespace detail {
+
+template <class One, class Other>
+bool same_in_any_case(const One& one, const Other& other) {
+  const auto lower = [](char16_t unit) { return unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit + 0; };
+  return std::ranges::equal(one, other, {}, lower, lower);
+}
+
+// Whether two names are the same in any case of letters, of which only those of ASCII have one here.
+inline bool same_name(std::u16string_view one, std::u16string_view other) {
+  return same_in_any_case(one, other);
+}
+inline bool same_name(std::u16string_view one, std::string_view other) {
+  return same_in_any_case(one, other);
+}
+inline bool same_name(std::string_view one, std::string_view other) {
+  return same_in_any_case(one, other);
+}
+
+}  // namespace detail
 
 // Owns a text of the interfaces: pass it where a BSTR goes in, put() where one comes out.
 class Text {

@@ -1,9 +1,9 @@
 #include "component/error_reporting.h"
 
+#include "component_types/error_info.h"
 #include "kestrine/com_error.h"
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
-#include "platform/error_info.h"
 #include "protocol/report.h"
 #include "protocol/texts.h"
 #include "transport/connection.h"
@@ -21,7 +21,7 @@ HRESULT ErrorReporting::RaiseError(transport::CLTConnectBase* connection, std::u
   if (connection != nullptr && connection->fires_async_events() && slots_.current_async != nullptr) {
     slots_.current_async->event_source().Fire_ExceptionEvent(number, std::u16string(text).c_str());
   }
-  const auto info = platform::set_error_info(text, slots_.identity.connect_source, iid, number);
+  const auto info = component_types::set_error_info(text, slots_.identity.connect_source, iid, number);
   if (throws) throw _com_error(code, info);
   return code;
 }
@@ -47,7 +47,7 @@ HRESULT ErrorReporting::ReportAsyncAnswerError(transport::AsyncCommands& object,
 
 void ErrorReporting::set_error_information(std::u16string_view text, std::u16string_view source, const IID& iid,
                                            std::int32_t number) {
-  platform::set_error_info(text, source, iid, number);
+  component_types::set_error_info(text, source, iid, number);
 }
 
 }  // namespace kestrine::component

@@ -9,7 +9,7 @@
 #include "component/type_description.h"
 #include "component/type_library.h"
 #include "component/type_names.h"
-#include "platform/record_source.h"
+#include "component_types/record_source.h"
 
 namespace kestrine::component {
 namespace {
@@ -63,7 +63,7 @@ HRESULT guarded(Action action) {
 
 // One form of one type. It describes rows that never change, so it lives as long as the module and is not counted:
 // threads may share it, and asking for it costs nothing.
-class TypeInfo final : public ITypeInfo, public platform::IRecordSource {
+class TypeInfo final : public ITypeInfo, public component_types::IRecordSource {
  public:
   TypeInfo(const TypeRow& row, Form form) : row_(&row), form_(form) {}
 
@@ -74,8 +74,8 @@ class TypeInfo final : public ITypeInfo, public platform::IRecordSource {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     if (iid == IID_IUnknown || iid == IID_ITypeInfo) *object = static_cast<ITypeInfo*>(this);
-    if (iid == platform::IID_IRecordSource && row_->kind == TypeKind::kRecord) {
-      *object = static_cast<platform::IRecordSource*>(this);
+    if (iid == component_types::IID_IRecordSource && row_->kind == TypeKind::kRecord) {
+      *object = static_cast<component_types::IRecordSource*>(this);
     }
     return *object != nullptr ? S_OK : E_NOINTERFACE;
   }

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/variant_types.h"
+#include "component_types/variant_types.h"
 
-namespace kestrine::platform {
+namespace kestrine::component_types {
 namespace {
 
 // A number on its way from one type to another, in the widest form of its kind.
@@ -276,9 +276,9 @@ HRESULT convert(const VARIANT& from, USHORT flags, VARIANT& to) {
 }
 
 }  // namespace
-}  // namespace kestrine::platform
+}  // namespace kestrine::component_types
 
-using namespace kestrine::platform;
+using namespace kestrine::component_types;
 
 HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, USHORT flags, VARTYPE type) {
   return VariantChangeTypeEx(to, from, LOCALE_USER_DEFAULT, flags, type);

@@ -1,9 +1,9 @@
 #include <cstring>
 
+#include "component_types/variant_types.h"
 #include "kestrine/type_info.h"
-#include "platform/linux/variant_types.h"
 
-namespace kestrine::platform {
+namespace kestrine::component_types {
 namespace {
 
 // Makes the bits copied from another variant a value of its own.
@@ -84,9 +84,9 @@ HRESULT replace(VARIANT& to, VARIANT value) {
   return S_OK;
 }
 
-}  // namespace kestrine::platform
+}  // namespace kestrine::component_types
 
-using namespace kestrine::platform;
+using namespace kestrine::component_types;
 
 void VariantInit(VARIANT* variant) {
   if (variant != nullptr) *variant = VARIANT{};

@@ -3,7 +3,7 @@
 
 #include "kestrine/component.h"
 
-namespace kestrine::platform {
+namespace kestrine::component_types {
 
 // Bytes that a value takes in an array or behind a pointer; 0 for what has no size of its own.
 constexpr ULONG value_size(VARTYPE type) {
@@ -47,4 +47,4 @@ HRESULT look_at(const VARIANT& from, VARIANT& value);
 // Gives `to` the value, which it owns from then on, for the one that it has. On failure the value is cleared.
 HRESULT replace(VARIANT& to, VARIANT value);
 
-}  // namespace kestrine::platform
+}  // namespace kestrine::component_types

@@ -4,11 +4,11 @@
 #include <iterator>
 #include <limits>
 
-#include "platform/linux/variant_types.h"
+#include "component_types/variant_types.h"
 
 namespace {
 
-using kestrine::platform::value_size;
+using kestrine::component_types::value_size;
 
 constexpr UINT kMostDimensions = 64;
 constexpr std::uint64_t kMostBytes = 0x7FFFFFFF;
