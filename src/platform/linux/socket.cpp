@@ -134,7 +134,7 @@ std::optional<AddressWord> resolve_host_name(const std::string& name) {
 int connect_socket(SocketHandle socket, AddressWord address, std::uint16_t port) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
-  switch (settle_connect(socket, *record)) {
+  switch (update_phase(socket, *record)) {
     case SocketPhase::kConnected:
       return fail_with(kErrorAlreadyConnected);
     case SocketPhase::kConnecting:
@@ -176,7 +176,7 @@ int receive(SocketHandle socket, void* into, int bytes, bool peek) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
   if (ThreadLoop* loop = ThreadLoop::existing()) loop->rearm_socket(socket);
-  if (settle_connect(socket, *record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
+  if (update_phase(socket, *record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
   if (bytes <= 0) return bytes == 0 ? 0 : fail_with(kErrorInvalidArgument);
   ssize_t count;
   do {
@@ -187,14 +187,16 @@ int receive(SocketHandle socket, void* into, int bytes, bool peek) {
 
 void nap_for_bytes(SocketHandle socket, std::uint32_t milliseconds) {
   if (!host::early_wake() || find_socket(socket) == nullptr) return sleep_ms(milliseconds);
+  const std::chrono::milliseconds wait(milliseconds);
   pollfd look{descriptor_of(socket), POLLIN, 0};
-  ::poll(&look, 1, static_cast<int>(milliseconds));
+  const auto in_kernel = std::chrono::ceil<std::chrono::milliseconds>(kernel_part(wait));
+  if (::poll(&look, 1, static_cast<int>(in_kernel.count())) == 0) finish_wait(wait);
 }
 
 int send_bytes(SocketHandle socket, const void* from, int bytes) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
-  if (settle_connect(socket, *record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
+  if (update_phase(socket, *record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
   if (bytes < 0) return fail_with(kErrorInvalidArgument);
   ssize_t count;
   do {
