@@ -8,54 +8,37 @@ namespace kestrine {
 template <class Interface>
 struct InterfaceId;  // specialised beside each interface: static constexpr const IID& value
 
+template <const IID& Id>
+struct InterfaceIdIs {
+  static constexpr const IID& value = Id;
+};
+
 template <class Interface>
 constexpr const IID& interface_id() {
   return InterfaceId<Interface>::value;
 }
 
 template <>
-struct InterfaceId<IUnknown> {
-  static constexpr const IID& value = IID_IUnknown;
-};
+struct InterfaceId<IUnknown> : InterfaceIdIs<IID_IUnknown> {};
 template <>
-struct InterfaceId<IClassFactory> {
-  static constexpr const IID& value = IID_IClassFactory;
-};
+struct InterfaceId<IClassFactory> : InterfaceIdIs<IID_IClassFactory> {};
 template <>
-struct InterfaceId<IDispatch> {
-  static constexpr const IID& value = IID_IDispatch;
-};
+struct InterfaceId<IDispatch> : InterfaceIdIs<IID_IDispatch> {};
 template <>
-struct InterfaceId<IErrorInfo> {
-  static constexpr const IID& value = IID_IErrorInfo;
-};
+struct InterfaceId<IErrorInfo> : InterfaceIdIs<IID_IErrorInfo> {};
 template <>
-struct InterfaceId<ISupportErrorInfo> {
-  static constexpr const IID& value = IID_ISupportErrorInfo;
-};
+struct InterfaceId<ISupportErrorInfo> : InterfaceIdIs<IID_ISupportErrorInfo> {};
 template <>
-struct InterfaceId<IConnectionPoint> {
-  static constexpr const IID& value = IID_IConnectionPoint;
-};
+struct InterfaceId<IConnectionPoint> : InterfaceIdIs<IID_IConnectionPoint> {};
 template <>
-struct InterfaceId<IConnectionPointContainer> {
-  static constexpr const IID& value = IID_IConnectionPointContainer;
-};
+struct InterfaceId<IConnectionPointContainer> : InterfaceIdIs<IID_IConnectionPointContainer> {};
 template <>
-struct InterfaceId<IEnumConnections> {
-  static constexpr const IID& value = IID_IEnumConnections;
-};
+struct InterfaceId<IEnumConnections> : InterfaceIdIs<IID_IEnumConnections> {};
 template <>
-struct InterfaceId<IEnumConnectionPoints> {
-  static constexpr const IID& value = IID_IEnumConnectionPoints;
-};
+struct InterfaceId<IEnumConnectionPoints> : InterfaceIdIs<IID_IEnumConnectionPoints> {};
 template <>
-struct InterfaceId<IProvideClassInfo> {
-  static constexpr const IID& value = IID_IProvideClassInfo;
-};
+struct InterfaceId<IProvideClassInfo> : InterfaceIdIs<IID_IProvideClassInfo> {};
 template <>
-struct InterfaceId<IProvideClassInfo2> {
-  static constexpr const IID& value = IID_IProvideClassInfo2;
-};
+struct InterfaceId<IProvideClassInfo2> : InterfaceIdIs<IID_IProvideClassInfo2> {};
 
 }  // namespace kestrine

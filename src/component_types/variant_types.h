@@ -41,6 +41,9 @@ constexpr ULONG value_size(VARTYPE type) {
 // Whether a variant can be of that type.
 bool is_variant_type(VARTYPE type);
 
+// Makes the bits copied from another variant a value of its own. On failure it owns nothing.
+HRESULT own(VARIANT& copy);
+
 // The value that `from` holds or points at, without a copy of its own: nothing to clear.
 HRESULT look_at(const VARIANT& from, VARIANT& value);
 
