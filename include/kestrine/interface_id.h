@@ -8,10 +8,14 @@ namespace kestrine {
 template <class Interface>
 struct InterfaceId;  // specialised beside each interface: static constexpr const IID& value
 
+namespace detail {
+
 template <const IID& Id>
-struct InterfaceIdIs {
+struct IdentifiedBy {
   static constexpr const IID& value = Id;
 };
+
+}  // namespace detail
 
 template <class Interface>
 constexpr const IID& interface_id() {
@@ -19,26 +23,26 @@ constexpr const IID& interface_id() {
 }
 
 template <>
-struct InterfaceId<IUnknown> : InterfaceIdIs<IID_IUnknown> {};
+struct InterfaceId<IUnknown> : detail::IdentifiedBy<IID_IUnknown> {};
 template <>
-struct InterfaceId<IClassFactory> : InterfaceIdIs<IID_IClassFactory> {};
+struct InterfaceId<IClassFactory> : detail::IdentifiedBy<IID_IClassFactory> {};
 template <>
-struct InterfaceId<IDispatch> : InterfaceIdIs<IID_IDispatch> {};
+struct InterfaceId<IDispatch> : detail::IdentifiedBy<IID_IDispatch> {};
 template <>
-struct InterfaceId<IErrorInfo> : InterfaceIdIs<IID_IErrorInfo> {};
+struct InterfaceId<IErrorInfo> : detail::IdentifiedBy<IID_IErrorInfo> {};
 template <>
-struct InterfaceId<ISupportErrorInfo> : InterfaceIdIs<IID_ISupportErrorInfo> {};
+struct InterfaceId<ISupportErrorInfo> : detail::IdentifiedBy<IID_ISupportErrorInfo> {};
 template <>
-struct InterfaceId<IConnectionPoint> : InterfaceIdIs<IID_IConnectionPoint> {};
+struct InterfaceId<IConnectionPoint> : detail::IdentifiedBy<IID_IConnectionPoint> {};
 template <>
-struct InterfaceId<IConnectionPointContainer> : InterfaceIdIs<IID_IConnectionPointContainer> {};
+struct InterfaceId<IConnectionPointContainer> : detail::IdentifiedBy<IID_IConnectionPointContainer> {};
 template <>
-struct InterfaceId<IEnumConnections> : InterfaceIdIs<IID_IEnumConnections> {};
+struct InterfaceId<IEnumConnections> : detail::IdentifiedBy<IID_IEnumConnections> {};
 template <>
-struct InterfaceId<IEnumConnectionPoints> : InterfaceIdIs<IID_IEnumConnectionPoints> {};
+struct InterfaceId<IEnumConnectionPoints> : detail::IdentifiedBy<IID_IEnumConnectionPoints> {};
 template <>
-struct InterfaceId<IProvideClassInfo> : InterfaceIdIs<IID_IProvideClassInfo> {};
+struct InterfaceId<IProvideClassInfo> : detail::IdentifiedBy<IID_IProvideClassInfo> {};
 template <>
-struct InterfaceId<IProvideClassInfo2> : InterfaceIdIs<IID_IProvideClassInfo2> {};
+struct InterfaceId<IProvideClassInfo2> : detail::IdentifiedBy<IID_IProvideClassInfo2> {};
 
 }  // namespace kestrine

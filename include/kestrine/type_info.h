@@ -297,10 +297,10 @@ KESTRINE_HOST_API HRESULT GetRecordInfoFromTypeInfo(ITypeInfo* info, IRecordInfo
 namespace kestrine {
 
 template <>
-struct InterfaceId<ITypeInfo> : InterfaceIdIs<IID_ITypeInfo> {};
+struct InterfaceId<ITypeInfo> : detail::IdentifiedBy<IID_ITypeInfo> {};
 template <>
-struct InterfaceId<ITypeLib> : InterfaceIdIs<IID_ITypeLib> {};
+struct InterfaceId<ITypeLib> : detail::IdentifiedBy<IID_ITypeLib> {};
 template <>
-struct InterfaceId<IRecordInfo> : InterfaceIdIs<IID_IRecordInfo> {};
+struct InterfaceId<IRecordInfo> : detail::IdentifiedBy<IID_IRecordInfo> {};
 
 }  // namespace kestrine

@@ -20,6 +20,6 @@ struct IRecordSource : IUnknown {
 namespace kestrine {
 
 template <>
-struct InterfaceId<component_types::IRecordSource> : InterfaceIdIs<component_types::IID_IRecordSource> {};
+struct InterfaceId<component_types::IRecordSource> : detail::IdentifiedBy<component_types::IID_IRecordSource> {};
 
 }  // namespace kestrine

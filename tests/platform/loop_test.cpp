@@ -33,8 +33,7 @@ TEST_F(LoopTest, DeliversPostedMessagesThenQuitThenTimers) {
 
   Message timer;
   ASSERT_TRUE(get_message(timer));
-  EXPECT_EQ(timer.id, kTimerMessage);
-  EXPECT_EQ(timer.wparam, 7U);
+  EXPECT_EQ(std::pair(timer.id, timer.wparam), std::pair(kTimerMessage, std::uint64_t{7}));
 }
 
 TEST_F(LoopTest, TakingTheQuitMessageConsumesIt) {
@@ -43,8 +42,7 @@ TEST_F(LoopTest, TakingTheQuitMessageConsumesIt) {
   EXPECT_TRUE(peek_message());
   Message message;
   EXPECT_FALSE(get_message(message));
-  EXPECT_EQ(message.id, kQuitMessage);
-  EXPECT_EQ(message.wparam, 3U);
+  EXPECT_EQ(std::pair(message.id, message.wparam), std::pair(kQuitMessage, std::uint64_t{3}));
   EXPECT_FALSE(peek_message());
 }
 
