@@ -22,9 +22,7 @@ inline constexpr IID IID_IErrorNumber = {0x5be0a6f1, 0x3c87, 0x4c2e, {0x9a, 0x41
 namespace kestrine {
 
 template <>
-struct InterfaceId<IErrorNumber> {
-  static constexpr const IID& value = IID_IErrorNumber;
-};
+struct InterfaceId<IErrorNumber> : detail::IdentifiedBy<IID_IErrorNumber> {};
 
 class Error : public std::exception {
  public:

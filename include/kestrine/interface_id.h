@@ -8,54 +8,41 @@ namespace kestrine {
 template <class Interface>
 struct InterfaceId;  // specialised beside each interface: static constexpr const IID& value
 
+namespace detail {
+
+template <const IID& Id>
+struct IdentifiedBy {
+  static constexpr const IID& value = Id;
+};
+
+}  // namespace detail
+
 template <class Interface>
 constexpr const IID& interface_id() {
   return InterfaceId<Interface>::value;
 }
 
 template <>
-struct InterfaceId<IUnknown> {
-  static constexpr const IID& value = IID_IUnknown;
-};
+struct InterfaceId<IUnknown> : detail::IdentifiedBy<IID_IUnknown> {};
 template <>
-struct InterfaceId<IClassFactory> {
-  static constexpr const IID& value = IID_IClassFactory;
-};
+struct InterfaceId<IClassFactory> : detail::IdentifiedBy<IID_IClassFactory> {};
 template <>
-struct InterfaceId<IDispatch> {
-  static constexpr const IID& value = IID_IDispatch;
-};
+struct InterfaceId<IDispatch> : detail::IdentifiedBy<IID_IDispatch> {};
 template <>
-struct InterfaceId<IErrorInfo> {
-  static constexpr const IID& value = IID_IErrorInfo;
-};
+struct InterfaceId<IErrorInfo> : detail::IdentifiedBy<IID_IErrorInfo> {};
 template <>
-struct InterfaceId<ISupportErrorInfo> {
-  static constexpr const IID& value = IID_ISupportErrorInfo;
-};
+struct InterfaceId<ISupportErrorInfo> : detail::IdentifiedBy<IID_ISupportErrorInfo> {};
 template <>
-struct InterfaceId<IConnectionPoint> {
-  static constexpr const IID& value = IID_IConnectionPoint;
-};
+struct InterfaceId<IConnectionPoint> : detail::IdentifiedBy<IID_IConnectionPoint> {};
 template <>
-struct InterfaceId<IConnectionPointContainer> {
-  static constexpr const IID& value = IID_IConnectionPointContainer;
-};
+struct InterfaceId<IConnectionPointContainer> : detail::IdentifiedBy<IID_IConnectionPointContainer> {};
 template <>
-struct InterfaceId<IEnumConnections> {
-  static constexpr const IID& value = IID_IEnumConnections;
-};
+struct InterfaceId<IEnumConnections> : detail::IdentifiedBy<IID_IEnumConnections> {};
 template <>
-struct InterfaceId<IEnumConnectionPoints> {
-  static constexpr const IID& value = IID_IEnumConnectionPoints;
-};
+struct InterfaceId<IEnumConnectionPoints> : detail::IdentifiedBy<IID_IEnumConnectionPoints> {};
 template <>
-struct InterfaceId<IProvideClassInfo> {
-  static constexpr const IID& value = IID_IProvideClassInfo;
-};
+struct InterfaceId<IProvideClassInfo> : detail::IdentifiedBy<IID_IProvideClassInfo> {};
 template <>
-struct InterfaceId<IProvideClassInfo2> {
-  static constexpr const IID& value = IID_IProvideClassInfo2;
-};
+struct InterfaceId<IProvideClassInfo2> : detail::IdentifiedBy<IID_IProvideClassInfo2> {};
 
 }  // namespace kestrine

@@ -10,6 +10,7 @@
 
 #include "kestrine/component.h"
 #include "kestrine/object.h"
+#include "kestrine/text.h"
 
 namespace kestrine {
 
@@ -94,18 +95,9 @@ class Sink : public Object<IDispatch> {
 
   DISPID find_name(const OLECHAR* name) const {
     for (std::size_t i = 0; name != nullptr && i < names_.size(); ++i) {
-      if (same_name(name, names_[i])) return static_cast<DISPID>(i + 1);
+      if (detail::same_name(name, names_[i])) return static_cast<DISPID>(i + 1);
     }
     return DISPID_UNKNOWN;
-  }
-
-  static bool same_name(std::u16string_view name, std::string_view known) {
-    const auto lower = [](char16_t unit) { return unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit + 0; };
-    if (name.size() != known.size()) return false;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-      if (lower(name[i]) != lower(static_cast<unsigned char>(known[i]))) return false;
-    }
-    return true;
   }
 
   const IID& first_;

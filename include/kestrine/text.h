@@ -1,6 +1,7 @@
 // Texts on their way in and out of the interfaces.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <new>
 #include <string>
@@ -14,7 +15,6 @@ namespace kestrine {
 // UTF-8 of a UTF-16 text; an unpaired surrogate becomes U+FFFD.
 inline std::string to_utf8(std::u16string_view text) {
   std::string out;
-  const auto put = [&out](std::uint32_t byte) { out.push_back(static_cast<char>(byte)); };
   for (std::size_t i = 0; i < text.size(); ++i) {
     std::uint32_t code = text[i];
     const bool high = code >= 0xD800 && code < 0xDC00;
@@ -23,16 +23,10 @@ inline std::string to_utf8(std::u16string_view text) {
     } else if (code >= 0xD800 && code < 0xE000) {
       code = 0xFFFD;
     }
-    if (code < 0x80) {
-      put(code);
-    } else if (code < 0x800) {
-      put(0xC0 | code >> 6), put(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-      put(0xE0 | code >> 12), put(0x80 | (code >> 6 & 0x3F)), put(0x80 | (code & 0x3F));
-    } else {
-      put(0xF0 | code >> 18), put(0x80 | (code >> 12 & 0x3F)), put(0x80 | (code >> 6 & 0x3F));
-      put(0x80 | (code & 0x3F));
-    }
+    constexpr std::uint32_t kLeads[] = {0, 0xC0, 0xE0, 0xF0};
+    int more = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+    out.push_back(static_cast<char>(kLeads[more] | code >> 6 * more));
+    while (more-- > 0) out.push_back(static_cast<char>(0x80 | (code >> 6 * more & 0x3F)));
   }
   return out;
 }
@@ -64,6 +58,27 @@ inline std::u16string to_utf16(std::string_view text) {
   }
   return out;
 }
+
+namespace detail {
+
+template <class One, class Other>
+bool same_in_any_case(const One& one, const Other& other) {
+  const auto lower = [](char16_t unit) { return unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit + 0; };
+  return std::ranges::equal(one, other, {}, lower, lower);
+}
+
+// Whether two names are the same in any case of letters, of which only those of ASCII have one here.
+inline bool same_name(std::u16string_view one, std::u16string_view other) {
+  return same_in_any_case(one, other);
+}
+inline bool same_name(std::u16string_view one, std::string_view other) {
+  return same_in_any_case(one, other);
+}
+inline bool same_name(std::string_view one, std::string_view other) {
+  return same_in_any_case(one, other);
+}
+
+}  // namespace detail
 
 // Owns a text of the interfaces: pass it where a BSTR goes in, put() where one comes out.
 class Text {

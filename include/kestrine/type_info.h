@@ -297,16 +297,10 @@ KESTRINE_HOST_API HRESULT GetRecordInfoFromTypeInfo(ITypeInfo* info, IRecordInfo
 namespace kestrine {
 
 template <>
-struct InterfaceId<ITypeInfo> {
-  static constexpr const IID& value = IID_ITypeInfo;
-};
+struct InterfaceId<ITypeInfo> : detail::IdentifiedBy<IID_ITypeInfo> {};
 template <>
-struct InterfaceId<ITypeLib> {
-  static constexpr const IID& value = IID_ITypeLib;
-};
+struct InterfaceId<ITypeLib> : detail::IdentifiedBy<IID_ITypeLib> {};
 template <>
-struct InterfaceId<IRecordInfo> {
-  static constexpr const IID& value = IID_IRecordInfo;
-};
+struct InterfaceId<IRecordInfo> : detail::IdentifiedBy<IID_IRecordInfo> {};
 
 }  // namespace kestrine

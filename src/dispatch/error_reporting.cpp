@@ -1,10 +1,10 @@
 #include "dispatch/error_reporting.h"
 
+#include "component_types/error_info.h"
 #include "dispatch/generation.h"
 #include "kestrine/com_error.h"
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
-#include "platform/error_info.h"
 #include "protocol/texts.h"
 
 namespace kestrine::dispatch {
@@ -30,7 +30,7 @@ HRESULT ErrorReporting::raise(connection::Connection* connection, std::u16string
   if (connection != nullptr && connection->fires_events_to(CommandSet::kAsync) && objects.async() != nullptr) {
     objects.async()->event_source().Fire_ExceptionEvent(number, std::u16string(text).c_str());
   }
-  const auto info = platform::set_error_info(text, generation_.identity().connect_source, iid, number);
+  const auto info = component_types::set_error_info(text, generation_.identity().connect_source, iid, number);
   if (throws) throw _com_error(code, info);
   return code;
 }
@@ -47,13 +47,13 @@ void ErrorReporting::report_async_answer(AsyncCommands& object, std::int32_t com
     if (status == protocol::kHorizontalLimitStatus) object.clear_horizontal_speed();
   }
   const Identity& identity = generation_.identity();
-  platform::set_error_info(text_of(status, protocol::bad_answer_text(command, status)), identity.async_source,
-                           identity.async, status);
+  component_types::set_error_info(text_of(status, protocol::bad_answer_text(command, status)), identity.async_source,
+                                  identity.async, status);
 }
 
 void ErrorReporting::report_sync_status(std::int32_t status, std::u16string_view text) {
   const Identity& identity = generation_.identity();
-  platform::set_error_info(text_of(status, text), identity.sync_source, identity.sync, status);
+  component_types::set_error_info(text_of(status, text), identity.sync_source, identity.sync, status);
 }
 
 }  // namespace kestrine::dispatch

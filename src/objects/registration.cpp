@@ -4,10 +4,11 @@
 #include <string_view>
 #include <vector>
 
+#include "component_types/error_info.h"
 #include "kestrine/interfaces.h"
 #include "kestrine/loader.h"
 #include "objects/class_names.h"
-#include "platform/library_path.h"
+#include "platform/library.h"
 #include "platform/library_version.h"
 #include "platform/registry.h"
 
@@ -80,7 +81,10 @@ class Registrar {
     for (const Row& row : script) add(row, of);
   }
 
-  HRESULT commit() const { return platform::edit_registry(edits_); }
+  HRESULT commit() const {
+    const platform::RegistryResult result = platform::edit_registry(edits_);
+    return FAILED(result.status) ? component_types::fail(result.status, result.reason) : result.status;
+  }
 
  private:
   void add(const Row& row, const ClassName& of) {

@@ -30,7 +30,7 @@ struct Message {
 inline constexpr std::uint32_t kQuitMessage = 0x0012;
 inline constexpr std::uint32_t kTimerMessage = 0x0113;  // wparam: the timer's identifier
 
-// Events of a socket notification: a mask when asked for, a single value in the low word of lparam when told.
+// Events of a socket notification: a mask when asked for, a single value in the low word of lparam when delivered.
 inline constexpr std::int32_t kSocketReadable = 0x01;
 inline constexpr std::int32_t kSocketClosed = 0x20;
 
@@ -68,8 +68,7 @@ KESTRINE_HOST_API int select_notifications(SocketHandle socket, WindowHandle win
 
 // True when a message is due now. Never waits.
 KESTRINE_HOST_API bool peek_message();
-// The same without a look at what the sockets have to say since the last one: for a caller that is about to wait
-// again anyhow, and saves a system call.
+// The same without polling the sockets: saves a system call for a caller that is about to wait again anyhow.
 KESTRINE_HOST_API bool is_message_queued();
 // Waits for the next message and takes it. False for the quit message, which is consumed by being taken.
 KESTRINE_HOST_API bool get_message(Message& message);

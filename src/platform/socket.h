@@ -42,7 +42,7 @@ inline constexpr AddressWord kAddressNone = 0xFFFFFFFF;
 KESTRINE_HOST_API AddressWord parse_dotted_address(const std::string& text);  // kAddressNone when it is none
 KESTRINE_HOST_API std::optional<AddressWord> resolve_host_name(const std::string& name);  // the first address
 
-// On a non-blocking socket the first call never tells the outcome: it reports kErrorWouldBlock. A later one does:
+// On a non-blocking socket the first call always reports kErrorWouldBlock, a later one the outcome:
 // kErrorAlready while the connect is under way, kErrorAlreadyConnected once it has succeeded, or the error that it
 // ended on; the call after that one tries anew.
 KESTRINE_HOST_API int connect_socket(SocketHandle socket, AddressWord address, std::uint16_t port);
@@ -52,7 +52,7 @@ KESTRINE_HOST_API int set_receive_buffer(SocketHandle socket, std::int32_t bytes
 // The number of bytes taken (with `peek`: looked at), 0 when the peer has closed, or -1. While a connect is
 // under way the error is kErrorNotConnected. Arms the socket's readable notification again.
 KESTRINE_HOST_API int receive(SocketHandle socket, void* into, int bytes, bool peek = false);
-// A nap for whoever waits for the rest of something. With early wake (host.h) it ends as soon as the socket can be
+// A pause in a wait for the rest of something. With early wake (host.h) it ends as soon as the socket can be
 // read, or has come to its end.
 KESTRINE_HOST_API void nap_for_bytes(SocketHandle socket, std::uint32_t milliseconds);
 // One write. The number of bytes taken over by the system, or -1; a closed peer is an error, never a signal.

@@ -4,7 +4,7 @@
 #include <new>
 #include <vector>
 
-#include "platform/record_source.h"
+#include "component_types/record_source.h"
 #include "scripting/call_by_name.h"
 #include "scripting/record_info.h"
 #include "scripting/type_description.h"
@@ -62,7 +62,7 @@ HRESULT guarded(Action action) {
 
 // One form of one type. It describes rows that never change, so it lives as long as the module and is not counted:
 // threads may share it, and asking for it costs nothing.
-class TypeInfo final : public ITypeInfo, public platform::IRecordSource {
+class TypeInfo final : public ITypeInfo, public component_types::IRecordSource {
  public:
   TypeInfo(const TypeRow& row, Form form) : row_(&row), form_(form) {}
 
@@ -73,8 +73,8 @@ class TypeInfo final : public ITypeInfo, public platform::IRecordSource {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     if (iid == IID_IUnknown || iid == IID_ITypeInfo) *object = static_cast<ITypeInfo*>(this);
-    if (iid == platform::IID_IRecordSource && row_->kind == TypeKind::kRecord) {
-      *object = static_cast<platform::IRecordSource*>(this);
+    if (iid == component_types::IID_IRecordSource && row_->kind == TypeKind::kRecord) {
+      *object = static_cast<component_types::IRecordSource*>(this);
     }
     return *object != nullptr ? S_OK : E_NOINTERFACE;
   }

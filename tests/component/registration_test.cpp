@@ -25,7 +25,7 @@ class RegistrationTest : public RegistryTest {
 };
 
 HRESULT set(const std::u16string& key, const std::u16string& name, const std::u16string& value) {
-  return edit_registry({{Kind::kSetValue, key, name, value}});
+  return edit_registry({{Kind::kSetValue, key, name, value}}).status;
 }
 
 TEST_F(RegistrationTest, EntersTheKeysOfSixClassesTheApplicationAndTheTypeLibraryAndNothingElse) {
@@ -139,7 +139,7 @@ TEST_F(RegistrationTest, RefusesTextsThatWouldNotReadBack) {
       {Kind::kAddKey, u"K\r", u"", u""},
   };
   for (const RegistryEdit& edit : cases) {
-    EXPECT_EQ(edit_registry({{Kind::kSetValue, u"Good", u"", u"1"}, edit}), REGDB_E_INVALIDVALUE);
+    EXPECT_EQ(edit_registry({{Kind::kSetValue, u"Good", u"", u"1"}, edit}).status, REGDB_E_INVALIDVALUE);
     EXPECT_EQ(text(), kForeign) << "all edits or none";
   }
   EXPECT_EQ(set(u"\u00C4]=[;", u"\u20AC", u"[=]; \U0001F600"), S_OK);

@@ -18,7 +18,7 @@ class Reader final : public WindowProcedure {
 
 TEST(AllocationTest, MessagesTimersAndNotificationsAllocateNothingOnceWarm) {
   ASSERT_EQ(socket_startup(0x0101), 0);
-  Peer peer;
+  test::ScriptedPeer peer;
   Reader reader;
   const WindowHandle window = create_window(reader, u"reader");
   const SocketHandle socket = open_socket();
@@ -26,10 +26,9 @@ TEST(AllocationTest, MessagesTimersAndNotificationsAllocateNothingOnceWarm) {
   ASSERT_EQ(select_notifications(socket, window, 2025, kSocketReadable | kSocketClosed), 0);
   peer.accept();
   host::set_early_wake(true);
-  const std::string byte = "x";
   const auto round = [&] {
     const int before = reader.total;
-    peer.send(byte);
+    send(peer, "x");
     set_timer(window, 9, 60'000);
     for (int i = 0; i < 5; ++i) post_message(window, 1, 0, 0);
     while (reader.total < before + 6) {

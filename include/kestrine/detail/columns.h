@@ -1,20 +1,20 @@
 // Fields of consecutive elements, sorted into one array a field.
 //
 // What such a copy costs is its loads and stores: fields taken one by one need one each. So it sorts several elements
-// at a time in vectors, which are gcc's and clang's own. Stores past the cache and wider vectors are taken where the
-// processor has them.
+// at a time in vectors, which are gcc's and clang's own. Stores past the cache and, by way of the library, wider
+// vectors are taken where the processor has them.
 #pragma once
 
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <type_traits>
 
 #include "kestrine/detail/column_places.h"
 #include "kestrine/detail/columns_narrow.h"
-#include "kestrine/detail/columns_of_doubles.h"
-#include "kestrine/detail/columns_wide.h"
+#include "kestrine/export.h"
 #include "kestrine/wire.h"
 
 namespace kestrine::detail {
@@ -37,6 +37,11 @@ auto columns_of(typename Fields::Type*... to) {
   return columns;
 }
 
+// The copy by vectors of a whole cache line, of `places` in the order of the record into as many columns. False, and
+// nothing is done, where the processor has no such vectors or narrow ones are faster.
+KESTRINE_HOST_API bool copy_by_cache_lines(const std::uint8_t* from, std::size_t count, std::size_t stride,
+                                           std::span<const Place> places, std::uint8_t* const* to);
+
 // The fields of `count` elements that lie `Stride` bytes apart. Past the cache is faster into arrays that have no place
 // in it, and slower into all others.
 template <std::size_t Stride, class... Fields>
@@ -57,13 +62,7 @@ void copy_columns(const std::uint8_t* from, std::size_t count, bool past_cache, 
       return narrow::copy<Stride, kFields, true>(from + *few * Stride, count - *few, columns);
     }
   }
-#ifdef __x86_64__
-  if constexpr (Stride < wide::kVector) {
-    if (wide::is_faster(count)) return wide::copy<Stride, kFields>(from, count, columns);
-  } else {
-    if (doubles::is_faster(count)) return doubles::copy<Stride, kFields>(from, count, columns);
-  }
-#endif
+  if (copy_by_cache_lines(from, count, Stride, kFields, columns.data())) return;
   narrow::copy<Stride, kFields, false>(from, count, columns);
 }
 

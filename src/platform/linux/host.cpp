@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 
+#include "platform/clock.h"
 #include "platform/linux/thread_loop.h"
 #include "platform/loop.h"
 
@@ -11,7 +12,6 @@ namespace kestrine::host {
 namespace {
 
 using platform::ThreadLoop;
-using Clock = std::chrono::steady_clock;
 
 // How many messages dispatch() delivers beyond those that waited when it was called.
 constexpr std::size_t kFollowUps = 256;
@@ -48,14 +48,14 @@ bool run_for(std::chrono::milliseconds duration) {
   ThreadLoop* loop = ThreadLoop::current();
   if (loop == nullptr) return false;
   // Longer than anybody waits, and short of where a deadline would overflow.
-  const auto until = Clock::now() + std::min<std::chrono::milliseconds>(duration, std::chrono::hours(24 * 365));
+  const auto until = platform::now() + std::min<std::chrono::milliseconds>(duration, std::chrono::hours(24 * 365));
   for (std::size_t delivered = 1;; ++delivered) {
     platform::Message message;
     const ThreadLoop::Next next = loop->next(message, until);
     if (next == ThreadLoop::Next::kQuit || next == ThreadLoop::Next::kInterrupted) return false;
     if (next == ThreadLoop::Next::kTimeout) break;
     platform::dispatch_message(message);
-    if (delivered % kMessagesBetweenClocks == 0 && Clock::now() >= until) break;
+    if (delivered % kMessagesBetweenClocks == 0 && platform::now() >= until) break;
   }
   // Messages that kept the thread busy beyond the end may have left others waiting, and a quit among them.
   dispatch();

@@ -60,12 +60,12 @@ int select_notifications(SocketHandle socket, WindowHandle window, std::uint32_t
 
 bool peek_message() {
   ThreadLoop* loop = ThreadLoop::current();
-  return loop != nullptr && loop->something_due();
+  return loop != nullptr && loop->is_due_after_poll();
 }
 
 bool is_message_queued() {
   ThreadLoop* loop = ThreadLoop::existing();
-  return loop != nullptr && loop->due_without_look();
+  return loop != nullptr && loop->is_due();
 }
 
 bool get_message(Message& message) {
@@ -94,7 +94,7 @@ void post_quit_message(int exit_code) {
 void wait_slice() {
   ThreadLoop* loop = host::early_wake() ? ThreadLoop::current() : nullptr;
   if (loop == nullptr) return sleep_ms(kSliceMilliseconds);
-  loop->wait_for_dues(std::chrono::milliseconds(kSliceMilliseconds));
+  loop->wait_until_due(std::chrono::milliseconds(kSliceMilliseconds));
 }
 
 }  // namespace kestrine::platform

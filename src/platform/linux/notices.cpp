@@ -8,7 +8,7 @@
 #include <string>
 
 #include "kestrine/host.h"
-#include "platform/linux/utf8.h"
+#include "kestrine/text.h"
 
 namespace kestrine {
 namespace {

@@ -12,9 +12,8 @@ namespace kestrine::platform {
 namespace {
 
 // Whole milliseconds, rounded up: a wait that ended before its deadline would have to be taken up again.
-int to_timeout(std::optional<std::chrono::nanoseconds> time) {
-  if (!time) return -1;
-  const auto whole = std::chrono::ceil<std::chrono::milliseconds>(*time).count();
+int to_timeout(std::chrono::nanoseconds time) {
+  const auto whole = std::chrono::ceil<std::chrono::milliseconds>(time).count();
   return static_cast<int>(std::clamp<std::int64_t>(whole, 0, std::numeric_limits<int>::max()));
 }
 
@@ -45,11 +44,12 @@ bool Poller::watch(int fd, std::uint32_t events) {
 }
 
 std::span<const epoll_event> Poller::wait(std::optional<std::chrono::nanoseconds> timeout, bool& interrupted) {
+  const int most = timeout ? to_timeout(kernel_part(*timeout)) : -1;
   // Without a set (no descriptors left in the process) there is still time to be waited for.
-  const int count = open()
-                        ? epoll_wait(epoll_.get(), ready_.data(), static_cast<int>(ready_.size()), to_timeout(timeout))
-                        : ::poll(nullptr, 0, to_timeout(timeout));
+  const int count = open() ? epoll_wait(epoll_.get(), ready_.data(), static_cast<int>(ready_.size()), most)
+                           : ::poll(nullptr, 0, most);
   interrupted = count < 0 && errno == EINTR;
+  if (count == 0 && timeout) finish_wait(*timeout);
   return {ready_.data(), static_cast<std::size_t>(std::max(count, 0))};
 }
 
@@ -66,17 +66,18 @@ int Poller::host_fd() {
   return message_due_.valid() && timer_due_.valid() ? epoll_.get() : -1;
 }
 
-void Poller::mirror(bool message_due, std::optional<TimePoint> next_timer) {
-  if (message_due_.valid() && message_due != mirrored_message_) {
+void Poller::update_host_fd(bool message_due, std::optional<TimePoint> next_timer) {
+  if (message_due_.valid() && message_due != shown_message_) {
     eventfd_t count = 1;
     if (message_due) {
       eventfd_write(message_due_.get(), count);
     } else {
       eventfd_read(message_due_.get(), &count);
     }
-    mirrored_message_ = message_due;
+    shown_message_ = message_due;
   }
-  if (timer_due_.valid() && next_timer != mirrored_timer_) {
+  if (next_timer) next_timer = kernel_time(*next_timer);
+  if (timer_due_.valid() && next_timer != shown_timer_) {
     itimerspec at{};  // all zeros disarm
     if (next_timer) {
       // A deadline of zero would disarm as well.
@@ -86,7 +87,7 @@ void Poller::mirror(bool message_due, std::optional<TimePoint> next_timer) {
       at.it_value.tv_nsec = std::chrono::nanoseconds(since_start - seconds).count();
     }
     timerfd_settime(timer_due_.get(), TFD_TIMER_ABSTIME, &at, nullptr);
-    mirrored_timer_ = next_timer;
+    shown_timer_ = next_timer;
   }
 }
 

@@ -10,8 +10,8 @@
 #include <optional>
 #include <span>
 
+#include "platform/clock.h"
 #include "platform/linux/descriptor.h"
-#include "platform/linux/timer_set.h"
 
 namespace kestrine::platform {
 
@@ -24,15 +24,15 @@ class Poller {
   // `interrupted` tells when a signal handler ended the wait. The result holds until the next call.
   std::span<const epoll_event> wait(std::optional<std::chrono::nanoseconds> timeout, bool& interrupted);
 
-  // Whether anything but the host's own descriptor is in the set, which is to say whether a look can find anything.
+  // Whether anything but the host's own descriptor is in the set, which is to say whether a poll can find anything.
   bool watches_anything() const { return watched_ != 0; }
 
-  // The epoll set itself, for the host to poll; -1 when it cannot be made. From now on mirror() counts.
+  // The epoll set itself, for the host to poll; -1 when it cannot be made. From now on update_host_fd() counts.
   int host_fd();
   bool has_host() const { return message_due_.valid() || timer_due_.valid(); }
   // For a polling host: dues that the kernel does not know of make the set readable. Costs system calls only on a
   // change.
-  void mirror(bool message_due, std::optional<TimePoint> next_timer);
+  void update_host_fd(bool message_due, std::optional<TimePoint> next_timer);
 
  private:
   bool open();
@@ -40,8 +40,8 @@ class Poller {
   Descriptor epoll_;
   Descriptor message_due_;  // an eventfd, readable while messages wait; made with the first host_fd()
   Descriptor timer_due_;    // a timerfd at the earliest deadline; likewise
-  bool mirrored_message_ = false;
-  std::optional<TimePoint> mirrored_timer_;
+  bool shown_message_ = false;
+  std::optional<TimePoint> shown_timer_;
   std::size_t watched_ = 0;
   std::array<epoll_event, 16> ready_;
 };

@@ -13,8 +13,6 @@
 #include "kestrine/host.h"
 #include "kestrine/loader.h"
 #include "kestrine/text.h"
-#include "platform/linux/failure.h"
-#include "platform/linux/registry_files.h"
 #include "platform/linux/text_file.h"
 
 namespace kestrine::platform {
@@ -61,61 +59,50 @@ path without_links(const path& file) {
   return failed ? file : target;
 }
 
-HRESULT cannot_write(const path& file) {
-  const int reason = errno;
-  const bool denied = reason == EACCES || reason == EPERM || reason == EROFS;
-  return fail(denied ? E_ACCESSDENIED : REGDB_E_WRITEREGDB,
-              "cannot write " + file.string() + ": " + std::generic_category().message(reason));
+std::string reason_of(int error) {
+  return std::generic_category().message(error);
 }
 
-HRESULT apply(const std::vector<RegistryEdit>& edits, RegistryText& text) {
+RegistryResult cannot_write(const path& file) {
+  const int error = errno;
+  const bool denied = error == EACCES || error == EPERM || error == EROFS;
+  return {denied ? E_ACCESSDENIED : REGDB_E_WRITEREGDB, "cannot write " + file.string() + ": " + reason_of(error)};
+}
+
+RegistryResult apply(const std::vector<RegistryEdit>& edits, RegistryText& text) {
   for (const RegistryEdit& edit : edits) {
-    const std::string key = to_utf8(edit.key);
-    bool taken = true;
-    switch (edit.kind) {
-      case RegistryEdit::Kind::kAddKey:
-        taken = text.add_key(key);
-        break;
-      case RegistryEdit::Kind::kSetValue:
-        taken = text.set_value(key, to_utf8(edit.name), to_utf8(edit.value));
-        break;
-      case RegistryEdit::Kind::kRemoveTree:
-        text.remove_tree(key);
-        break;
-    }
-    if (!taken)
-      return fail(REGDB_E_INVALIDVALUE, "cannot register what has line breaks, or blanks at its ends: " + key);
+    if (text.apply(edit)) continue;
+    return {REGDB_E_INVALIDVALUE, "cannot register what has line breaks, or blanks at its ends: " + to_utf8(edit.key)};
   }
-  return S_OK;
+  return {};
 }
 
-HRESULT read(const path& file, TextFile& content, RegistryText& text) {
+RegistryResult read(const path& file, TextFile& content, RegistryText& text) {
   auto found = read_text_file(file);
   if (!found && errno == ENOTDIR) found.emplace();
-  if (!found) {
-    return fail(REGDB_E_READREGDB, "cannot read " + file.string() + ": " + std::generic_category().message(errno));
-  }
+  if (!found) return {REGDB_E_READREGDB, "cannot read " + file.string() + ": " + reason_of(errno)};
   std::size_t bad_line = 0;
   auto parsed = RegistryText::parse(found->text, bad_line);
   if (!parsed) {
-    return fail(REGDB_E_READREGDB, "line " + std::to_string(bad_line) + " of " + file.string() + " makes no sense");
+    return {REGDB_E_READREGDB, "line " + std::to_string(bad_line) + " of " + file.string() + " makes no sense"};
   }
   content = *std::move(found);
   text = *std::move(parsed);
-  return S_OK;
+  return {};
 }
 
-HRESULT edit_file(const path& file, const std::vector<RegistryEdit>& edits) {
+RegistryResult edit_file(const path& file, const std::vector<RegistryEdit>& edits) {
   const DirectoryLock lock(file.parent_path());
   if (!lock.held()) return cannot_write(file);
   TextFile content;
   RegistryText text;
-  HRESULT status = read(file, content, text);
-  if (SUCCEEDED(status)) status = apply(edits, text);
-  if (FAILED(status)) return status;
-  if (text.empty()) return ::unlink(file.c_str()) == 0 || errno == ENOENT ? S_OK : cannot_write(file);
+  RegistryResult result = read(file, content, text);
+  if (SUCCEEDED(result.status)) result = apply(edits, text);
+  if (FAILED(result.status)) return result;
   content.text = text.text();
-  return replace_text_file(file, content, true) ? S_OK : cannot_write(file);
+  const bool written =
+      text.empty() ? ::unlink(file.c_str()) == 0 || errno == ENOENT : replace_text_file(file, content, true);
+  return written ? RegistryResult{} : cannot_write(file);
 }
 
 }  // namespace
@@ -126,21 +113,21 @@ std::vector<path> registry_files() {
   return files;
 }
 
-HRESULT read_registry(const path& file, RegistryText& text) {
+RegistryResult read_registry(const path& file, RegistryText& text) {
   TextFile content;
   return read(file, content, text);
 }
 
-HRESULT edit_registry(const std::vector<RegistryEdit>& edits) {
+RegistryResult edit_registry(const std::vector<RegistryEdit>& edits) {
   if (captured != nullptr) return apply(edits, *captured);
   const path file = without_links(file_to_edit());
-  if (file.empty()) return fail(REGDB_E_WRITEREGDB, "there is no directory for registered classes: HOME is not set");
+  if (file.empty()) return {REGDB_E_WRITEREGDB, "there is no directory for registered classes: HOME is not set"};
   std::error_code failed;
   if (!std::filesystem::exists(file.parent_path(), failed)) {
     // Where nothing was registered, taking out leaves no trace either.
     RegistryText text;
-    const HRESULT status = apply(edits, text);
-    if (FAILED(status) || text.empty()) return status;
+    const RegistryResult result = apply(edits, text);
+    if (FAILED(result.status) || text.empty()) return result;
     std::filesystem::create_directories(file.parent_path(), failed);
     if (failed) {
       errno = failed.value();

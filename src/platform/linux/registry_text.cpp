@@ -1,13 +1,14 @@
-#include "platform/linux/registry_text.h"
-
 #include <algorithm>
 #include <utility>
 
 #include "kestrine/text.h"
-#include "platform/linux/same_name.h"
+#include "platform/linux/text_file.h"
+#include "platform/registry.h"
 
 namespace kestrine::platform {
 namespace {
+
+using detail::same_name;
 
 constexpr std::string_view kDefaultName = "@";
 
@@ -70,13 +71,6 @@ const RegistryText::Key* RegistryText::find(std::string_view path) const {
   return found == keys_.end() ? nullptr : &*found;
 }
 
-RegistryText::Key& RegistryText::find_or_add(std::string_view path) {
-  Key* key = const_cast<Key*>(find(path));
-  if (key == nullptr) key = &keys_.emplace_back(Key{std::string(path), {}});
-  key->removed = false;
-  return *key;
-}
-
 std::optional<std::string> RegistryText::value(std::string_view key, std::string_view name) const {
   const Key* const found = find(key);
   if (found == nullptr) return std::nullopt;
@@ -97,28 +91,40 @@ std::vector<std::string> RegistryText::subkeys(std::string_view key) const {
   return names;
 }
 
-bool RegistryText::set_value(std::string_view key, std::string_view name, std::string_view value) {
-  if (!is_name(name) || !is_plain(value) || !add_key(key)) return false;
-  std::vector<std::string>& lines = find_or_add(key).lines;
-  std::string line = std::string(name_in_file(name)) + "=" + std::string(value);
-  const auto at = std::ranges::find_if(lines, [&](const std::string& known) { return holds(known, name); });
-  if (at == lines.end()) {
-    lines.push_back(std::move(line));
-  } else {
-    *at = std::move(line);
+bool RegistryText::apply(const RegistryEdit& edit) {
+  const std::string key = to_utf8(edit.key);
+  switch (edit.kind) {
+    case RegistryEdit::Kind::kAddKey:
+      return add_key(key) != nullptr;
+    case RegistryEdit::Kind::kSetValue:
+      return set_value(key, to_utf8(edit.name), to_utf8(edit.value));
+    case RegistryEdit::Kind::kRemoveTree:
+      remove_tree(key);
   }
   return true;
 }
 
-bool RegistryText::add_key(std::string_view key) {
-  if (key.empty() || !is_plain(key)) return false;
-  find_or_add(key);
+RegistryText::Key* RegistryText::add_key(std::string_view path) {
+  if (path.empty() || !is_plain(path)) return nullptr;
+  Key* key = const_cast<Key*>(find(path));
+  if (key == nullptr) key = &keys_.emplace_back(Key{std::string(path), {}});
+  key->removed = false;
+  return key;
+}
+
+bool RegistryText::set_value(std::string_view path, std::string_view name, std::string_view value) {
+  if (!is_name(name) || !is_plain(value)) return false;
+  Key* const key = add_key(path);
+  if (key == nullptr) return false;
+  const auto at = std::ranges::find_if(key->lines, [&](const std::string& known) { return holds(known, name); });
+  std::string& line = at == key->lines.end() ? key->lines.emplace_back() : *at;
+  line = std::string(name_in_file(name)) + "=" + std::string(value);
   return true;
 }
 
-void RegistryText::remove_tree(std::string_view key) {
+void RegistryText::remove_tree(std::string_view path) {
   for (Key& other : keys_) {
-    if (!same_name(other.path, key) && below(other.path, key).empty()) continue;
+    if (!same_name(other.path, path) && below(other.path, path).empty()) continue;
     other.removed = true;
     other.lines.clear();
   }

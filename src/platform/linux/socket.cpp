@@ -48,12 +48,28 @@ int above_standard_streams(int fd) {
   return moved;
 }
 
+int fail_with_errno() {
+  return fail_with(error_number_of(errno));
+}
+
+// Takes bytes from the system or gives it some, whichever `call` does with the descriptor.
+template <typename Call>
+int transfer(SocketHandle socket, SocketRecord& record, int bytes, Call call) {
+  if (update_phase(socket, record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
+  if (bytes < 0) return fail_with(kErrorInvalidArgument);
+  ssize_t count;
+  do {
+    count = call(descriptor_of(socket), static_cast<std::size_t>(bytes));
+  } while (count < 0 && errno == EINTR);
+  return count >= 0 ? static_cast<int>(count) : fail_with_errno();
+}
+
 int connect_blocking(int fd, const sockaddr_in& peer, SocketRecord& record) {
   int result;
   do {
     result = ::connect(fd, reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
   } while (result != 0 && errno == EINTR);
-  if (result != 0) return fail_with(error_number_of(errno));
+  if (result != 0) return fail_with_errno();
   record.phase = SocketPhase::kConnected;
   return 0;
 }
@@ -87,19 +103,13 @@ void socket_cleanup() {
 }
 
 SocketHandle open_socket() {
-  if (startups == 0) {
-    fail_with(kErrorNotStarted);
-    return kInvalidSocket;
-  }
+  const auto none = [](int error) { return fail_with(error), kInvalidSocket; };
+  if (startups == 0) return none(kErrorNotStarted);
   const int fd = above_standard_streams(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (fd < 0) {
-    fail_with(error_number_of(errno));
-    return kInvalidSocket;
-  }
+  if (fd < 0) return none(error_number_of(errno));
   if (add_socket(fd) == nullptr) {
     ::close(fd);
-    fail_with(kErrorTooManySockets);
-    return kInvalidSocket;
+    return none(kErrorTooManySockets);
   }
   configure(fd);
   return static_cast<SocketHandle>(fd);
@@ -134,7 +144,7 @@ std::optional<AddressWord> resolve_host_name(const std::string& name) {
 int connect_socket(SocketHandle socket, AddressWord address, std::uint16_t port) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
-  switch (settle_connect(socket, *record)) {
+  switch (update_phase(socket, *record)) {
     case SocketPhase::kConnected:
       return fail_with(kErrorAlreadyConnected);
     case SocketPhase::kConnecting:
@@ -161,7 +171,7 @@ int set_non_blocking(SocketHandle socket, bool on) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
   int value = on ? 1 : 0;
-  if (::ioctl(descriptor_of(socket), FIONBIO, &value) != 0) return fail_with(error_number_of(errno));
+  if (::ioctl(descriptor_of(socket), FIONBIO, &value) != 0) return fail_with_errno();
   record->non_blocking = on;
   return 0;
 }
@@ -169,38 +179,31 @@ int set_non_blocking(SocketHandle socket, bool on) {
 int set_receive_buffer(SocketHandle socket, std::int32_t bytes) {
   if (find_socket(socket) == nullptr) return -1;
   if (::setsockopt(descriptor_of(socket), SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes) == 0) return 0;
-  return fail_with(error_number_of(errno));
+  return fail_with_errno();
 }
 
 int receive(SocketHandle socket, void* into, int bytes, bool peek) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
   if (ThreadLoop* loop = ThreadLoop::existing()) loop->rearm_socket(socket);
-  if (settle_connect(socket, *record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
-  if (bytes <= 0) return bytes == 0 ? 0 : fail_with(kErrorInvalidArgument);
-  ssize_t count;
-  do {
-    count = ::recv(descriptor_of(socket), into, static_cast<std::size_t>(bytes), peek ? MSG_PEEK : 0);
-  } while (count < 0 && errno == EINTR);
-  return count >= 0 ? static_cast<int>(count) : fail_with(error_number_of(errno));
+  return transfer(socket, *record, bytes, [&](int fd, std::size_t most) {
+    return most == 0 ? 0 : ::recv(fd, into, most, peek ? MSG_PEEK : 0);
+  });
 }
 
 void nap_for_bytes(SocketHandle socket, std::uint32_t milliseconds) {
   if (!host::early_wake() || find_socket(socket) == nullptr) return sleep_ms(milliseconds);
+  const std::chrono::milliseconds wait(milliseconds);
   pollfd look{descriptor_of(socket), POLLIN, 0};
-  ::poll(&look, 1, static_cast<int>(milliseconds));
+  const auto in_kernel = std::chrono::ceil<std::chrono::milliseconds>(kernel_part(wait));
+  if (::poll(&look, 1, static_cast<int>(in_kernel.count())) == 0) finish_wait(wait);
 }
 
 int send_bytes(SocketHandle socket, const void* from, int bytes) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
-  if (settle_connect(socket, *record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
-  if (bytes < 0) return fail_with(kErrorInvalidArgument);
-  ssize_t count;
-  do {
-    count = ::send(descriptor_of(socket), from, static_cast<std::size_t>(bytes), MSG_NOSIGNAL);
-  } while (count < 0 && errno == EINTR);
-  return count >= 0 ? static_cast<int>(count) : fail_with(error_number_of(errno));
+  return transfer(socket, *record, bytes,
+                  [&](int fd, std::size_t count) { return ::send(fd, from, count, MSG_NOSIGNAL); });
 }
 
 }  // namespace kestrine::platform

@@ -83,7 +83,7 @@ SocketRecord* add_socket(int fd) {
   return &table[index];
 }
 
-SocketPhase settle_connect(SocketHandle socket, SocketRecord& record) {
+SocketPhase update_phase(SocketHandle socket, SocketRecord& record) {
   if (record.phase != SocketPhase::kConnecting) return record.phase;
   const int fd = descriptor_of(socket);
   sockaddr_in peer{};

@@ -12,16 +12,16 @@ inline constexpr int kErrorTooManySockets = 10024;
 
 enum class SocketPhase : std::uint8_t {
   kClosed,      // not a socket of ours
-  kIdle,        // never connected, or told that it could not be
+  kIdle,        // never connected, or its failure has been reported
   kConnecting,  // the kernel is at it
-  kFailed,      // the connect has failed; the next call to connect_socket() tells
+  kFailed,      // the connect has failed; the next connect_socket() reports it
   kConnected,
 };
 
 struct SocketRecord {
   SocketPhase phase = SocketPhase::kClosed;
   bool non_blocking = false;
-  std::uint16_t failure = 0;  // the error number to be told, in phase kFailed
+  std::uint16_t failure = 0;  // the error number to be reported, in phase kFailed
 };
 
 // Null, with the error set, for a handle that is not an open socket. A socket belongs to one thread at a time.
@@ -33,8 +33,8 @@ inline int descriptor_of(SocketHandle socket) {
   return static_cast<int>(socket);
 }
 
-// The phase after a look at how a connect under way has come out.
-SocketPhase settle_connect(SocketHandle socket, SocketRecord& record);
+// The phase, brought up to date when a connect is under way.
+SocketPhase update_phase(SocketHandle socket, SocketRecord& record);
 
 // The number that the original system gives to this error of the host.
 int error_number_of(int host_error);

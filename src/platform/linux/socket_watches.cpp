@@ -48,7 +48,7 @@ void SocketWatches::rearm(SocketHandle socket) {
   Watch* watch = find(socket);
   if (watch == nullptr) return;
   watch->armed = true;
-  if (!watch->in_set && !watch->close_told) resume(*watch);
+  if (!watch->in_set && !watch->close_notified) resume(*watch);
 }
 
 void SocketWatches::note_delivery(SocketHandle socket) {
@@ -58,40 +58,40 @@ void SocketWatches::note_delivery(SocketHandle socket) {
 void SocketWatches::on_ready(const epoll_event& event) {
   Watch* watch = find(static_cast<SocketHandle>(event.data.fd));
   // A message about this socket still waits; with it in the queue no wait blocks, so nothing spins, and the socket
-  // is looked at again once the queue has run dry.
+  // is polled again once the queue has run dry.
   if (watch == nullptr || watch->readable_queued) return;
   SocketRecord* record = find_socket(watch->socket);
-  const SocketPhase phase = record != nullptr ? settle_connect(watch->socket, *record) : SocketPhase::kClosed;
+  const SocketPhase phase = record != nullptr ? update_phase(watch->socket, *record) : SocketPhase::kClosed;
   const bool ended = (event.events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
   // With an end in sight, "readable" may mean the end itself.
   const bool unread = ended ? has_unread_bytes(event.data.fd) : (event.events & EPOLLIN) != 0;
   if (phase == SocketPhase::kConnected && unread && watch->armed && (watch->events & kSocketReadable) != 0) {
-    tell_readable(*watch);
+    notify_readable(*watch);
     return;
   }
   suspend(*watch);
   if (phase == SocketPhase::kConnected && ended && !unread && (watch->events & kSocketClosed) != 0) {
-    watch->close_told = true;
-    tell(*watch, kSocketClosed);
+    watch->close_notified = true;
+    notify(*watch, kSocketClosed);
   }
 }
 
-bool SocketWatches::look_again() {
-  Watch* watch = find(told_last_);
+bool SocketWatches::poll_last_notified() {
+  Watch* watch = find(last_notified_);
   if (watch == nullptr || !watch->in_set || !watch->armed || watch->readable_queued) return false;
   if ((watch->events & kSocketReadable) == 0 || !has_unread_bytes(descriptor_of(watch->socket))) return false;
-  tell_readable(*watch);
+  notify_readable(*watch);
   return true;
 }
 
-void SocketWatches::tell_readable(Watch& watch) {
+void SocketWatches::notify_readable(Watch& watch) {
   watch.armed = false;
   watch.readable_queued = true;
-  told_last_ = watch.socket;
-  tell(watch, kSocketReadable);
+  last_notified_ = watch.socket;
+  notify(watch, kSocketReadable);
 }
 
-void SocketWatches::tell(const Watch& watch, std::int32_t event) {
+void SocketWatches::notify(const Watch& watch, std::int32_t event) {
   queue_.push({.message = {.window = watch.window, .id = watch.id, .wparam = watch.socket, .lparam = event},
                .from_socket = true});
 }

@@ -11,8 +11,8 @@
 namespace kestrine::platform {
 
 // The kernel's notices are level-triggered. As long as messages are read as they come, a socket simply stays in the
-// epoll set; it is taken out only when the kernel has something to say that must not be told now (bytes that nobody
-// reads, a closing that has been told), and put back by the next receive(), so that no wait spins on it.
+// epoll set; it is taken out only when the kernel has something to say that must not be reported now (bytes that
+// nobody reads, a closing that has been reported), and put back by the next receive(), so that no wait spins on it.
 class SocketWatches {
  public:
   SocketWatches(MessageQueue& queue, Poller& poller) : queue_(queue), poller_(poller) {}
@@ -27,9 +27,9 @@ class SocketWatches {
   // A readable notification has been taken out of the queue.
   void note_delivery(SocketHandle socket);
   void on_ready(const epoll_event& event);
-  // Asks only the socket that was told of last whether it has more, which costs less than a look at all of them.
+  // Asks only the socket that was reported last whether it has more, which costs less than to poll all of them.
   // True when that made a message.
-  bool look_again();
+  bool poll_last_notified();
 
  private:
   struct Watch {
@@ -37,22 +37,22 @@ class SocketWatches {
     WindowHandle window = 0;
     std::uint32_t id = 0;
     std::int32_t events = 0;
-    bool armed = true;             // nothing told since the last receive()
-    bool readable_queued = false;  // told, but not delivered yet
-    bool close_told = false;
+    bool armed = true;             // nothing reported since the last receive()
+    bool readable_queued = false;  // reported, but not delivered yet
+    bool close_notified = false;
     bool in_set = false;
   };
 
   Watch* find(SocketHandle socket);
-  void tell(const Watch& watch, std::int32_t event);
-  void tell_readable(Watch& watch);
+  void notify(const Watch& watch, std::int32_t event);
+  void notify_readable(Watch& watch);
   bool resume(Watch& watch);
   void suspend(Watch& watch);
 
   MessageQueue& queue_;
   Poller& poller_;
   std::vector<Watch> watches_;  // one or two
-  SocketHandle told_last_ = kInvalidSocket;
+  SocketHandle last_notified_ = kInvalidSocket;
 };
 
 }  // namespace kestrine::platform

@@ -6,10 +6,18 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/linux/descriptor.h"
 
 namespace kestrine::platform {
+
+inline std::string_view trim(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
 
 // The value of an environment variable that holds an absolute path; empty otherwise.
 std::filesystem::path path_from_environment(const char* name);

@@ -7,11 +7,9 @@
 namespace kestrine::platform {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-// Messages taken before the sockets get a look although the queue has not run dry: a handler that keeps posting
+// Messages taken before the sockets are polled although the queue has not run dry: a handler that keeps posting
 // must not shut them out.
-constexpr int kMessagesBetweenLooks = 64;
+constexpr int kMessagesBetweenPolls = 64;
 
 // The same for timers: a stream that never pauses must not keep a command's timeout from ending its wait.
 constexpr int kMessagesBetweenTimers = 64;
@@ -54,7 +52,7 @@ bool ThreadLoop::destroy_window(WindowHandle window) {
   timers_.drop_window(window);
   watches_.drop_window(window);
   queue_.erase_if([&](const MessageQueue::Entry& entry) { return entry.message.window == window; });
-  mirror();
+  update_host_fd();
   return true;
 }
 
@@ -66,7 +64,7 @@ WindowProcedure* ThreadLoop::procedure_of(WindowHandle window) const {
 bool ThreadLoop::post(const Message& message) {
   if (procedure_of(message.window) == nullptr) return false;
   queue_.push({.message = message});
-  mirror();
+  update_host_fd();
   return true;
 }
 
@@ -76,68 +74,68 @@ void ThreadLoop::post_quit(int exit_code) {
 
 bool ThreadLoop::set_timer(WindowHandle window, std::uint64_t id, std::uint32_t milliseconds) {
   if (procedure_of(window) == nullptr) return false;
-  timers_.set(window, id, milliseconds, Clock::now());
-  mirror();
+  timers_.set(window, id, milliseconds);
+  update_host_fd();
   return true;
 }
 
 bool ThreadLoop::kill_timer(WindowHandle window, std::uint64_t id) {
   if (!timers_.kill(window, id)) return false;
-  mirror();
+  update_host_fd();
   return true;
 }
 
 bool ThreadLoop::watch_socket(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events) {
   const bool watched = watches_.add(socket, window, id, events);
-  mirror();
+  update_host_fd();
   return watched;
 }
 
 void ThreadLoop::drop_socket(SocketHandle socket) {
   watches_.drop(socket);
-  mirror();
+  update_host_fd();
 }
 
-bool ThreadLoop::due_without_look() const {
+bool ThreadLoop::is_due() const {
   if (!queue_.empty() || quit_code_) return true;
   const auto timer = timers_.earliest();
-  return timer && *timer <= Clock::now();
+  return timer && *timer <= now();
 }
 
-bool ThreadLoop::something_due() {
-  if (queue_.empty()) look(std::chrono::nanoseconds(0));
-  return due_without_look();
+bool ThreadLoop::is_due_after_poll() {
+  if (queue_.empty()) poll(std::chrono::nanoseconds(0));
+  return is_due();
 }
 
 ThreadLoop::Next ThreadLoop::next(Message& message, std::optional<TimePoint> until) {
   for (;;) {
-    if (wants_look() && !look_or_wait(until)) return Next::kInterrupted;
+    if (must_poll() && !poll_or_wait(until)) return Next::kInterrupted;
     if (take_late_timer(message) || take_queued(message)) return Next::kMessage;
     if (const auto quit = take_quit()) {
       message = {.id = kQuitMessage, .wparam = static_cast<std::uint64_t>(*quit)};
       return Next::kQuit;
     }
     if (take_timer(message)) return Next::kMessage;
-    if (until && *until <= Clock::now()) return Next::kTimeout;
+    if (until && *until <= now()) return Next::kTimeout;
   }
 }
 
 bool ThreadLoop::next_due(Message& message) {
-  if (wants_look()) look(std::chrono::nanoseconds(0));
+  if (must_poll()) poll(std::chrono::nanoseconds(0));
   return take_late_timer(message) || take_queued(message) || take_timer(message);
 }
 
-bool ThreadLoop::wants_look() const {
-  return queue_.empty() || taken_since_look_ >= kMessagesBetweenLooks;
+bool ThreadLoop::must_poll() const {
+  return queue_.empty() || taken_since_poll_ >= kMessagesBetweenPolls;
 }
 
 bool ThreadLoop::take_queued(Message& message) {
   if (queue_.empty()) return false;
   const MessageQueue::Entry entry = queue_.pop();
-  ++taken_since_look_;
+  ++taken_since_poll_;
   ++taken_since_timer_;
   if (entry.from_socket) watches_.note_delivery(entry.message.wparam);
-  mirror();
+  update_host_fd();
   message = entry.message;
   return true;
 }
@@ -148,15 +146,15 @@ bool ThreadLoop::take_late_timer(Message& message) {
 
 bool ThreadLoop::take_timer(Message& message) {
   taken_since_timer_ = 0;
-  const auto timer = timers_.take_due(Clock::now());
+  const auto timer = timers_.take_due();
   if (!timer) return false;
-  mirror();
+  update_host_fd();
   message = *timer;
   return true;
 }
 
-void ThreadLoop::wait_for_dues(std::chrono::milliseconds at_most) {
-  if (!due_without_look()) look(time_to_wait(Clock::now() + at_most));
+void ThreadLoop::wait_until_due(std::chrono::milliseconds at_most) {
+  if (!is_due()) poll(time_to_wait(now() + at_most));
 }
 
 std::optional<std::chrono::nanoseconds> ThreadLoop::time_to_wait(std::optional<TimePoint> until) const {
@@ -164,38 +162,38 @@ std::optional<std::chrono::nanoseconds> ThreadLoop::time_to_wait(std::optional<T
   const auto timer = timers_.earliest();
   if (timer && (!until || *timer < *until)) until = timer;
   if (!until) return std::nullopt;
-  return std::max<std::chrono::nanoseconds>(*until - Clock::now(), std::chrono::nanoseconds(0));
+  return std::max<std::chrono::nanoseconds>(*until - now(), std::chrono::nanoseconds(0));
 }
 
 // A stream is found without waiting. A wait with an end costs looks at the clock here and in the kernel, more than a
 // small packet takes to be read, so it comes only when there is nothing to be found.
-bool ThreadLoop::look_or_wait(std::optional<TimePoint> until) {
-  if (found_something_ && looks_again_++ < kMessagesBetweenLooks && watches_.look_again()) {
-    taken_since_look_ = 0;
+bool ThreadLoop::poll_or_wait(std::optional<TimePoint> until) {
+  if (poll_found_some_ && polls_of_one_++ < kMessagesBetweenPolls && watches_.poll_last_notified()) {
+    taken_since_poll_ = 0;
     return true;
   }
-  if (found_something_ && (until || timers_.earliest())) {
-    look(std::chrono::nanoseconds(0));
+  if (poll_found_some_ && (until || timers_.earliest())) {
+    poll(std::chrono::nanoseconds(0));
     if (!queue_.empty()) return true;
   }
-  return look(time_to_wait(until));
+  return poll(time_to_wait(until));
 }
 
-bool ThreadLoop::look(std::optional<std::chrono::nanoseconds> wait) {
-  taken_since_look_ = 0;
+bool ThreadLoop::poll(std::optional<std::chrono::nanoseconds> wait) {
+  taken_since_poll_ = 0;
   const bool waits = !wait || wait->count() != 0;
   if (!waits && !poller_.watches_anything()) return true;
   bool interrupted = false;
   for (const epoll_event& event : poller_.wait(wait, interrupted)) watches_.on_ready(event);
-  found_something_ = !queue_.empty();
-  looks_again_ = 0;
-  mirror();
+  poll_found_some_ = !queue_.empty();
+  polls_of_one_ = 0;
+  update_host_fd();
   return !(interrupted && waits);
 }
 
 int ThreadLoop::host_fd() {
   const int fd = poller_.host_fd();
-  mirror();
+  update_host_fd();
   return fd;
 }
 

@@ -41,14 +41,14 @@ class ThreadLoop {
   void drop_socket(SocketHandle socket);
   void rearm_socket(SocketHandle socket) { watches_.rearm(socket); }
 
-  bool something_due();
-  bool due_without_look() const;
+  bool is_due_after_poll();
+  bool is_due() const;
   // Takes what is due, waiting for it until then (none: for as long as it takes). The quit message is consumed.
   Next next(Message& message, std::optional<TimePoint> until);
   // Takes what is due without waiting, past a quit message, which stays. False when nothing is.
   bool next_due(Message& message);
   // Waits until something is due, a signal handler has run, or the time is over. Takes nothing.
-  void wait_for_dues(std::chrono::milliseconds at_most);
+  void wait_until_due(std::chrono::milliseconds at_most);
 
   std::size_t queued() const { return queue_.size(); }
   std::optional<int> take_quit() { return std::exchange(quit_code_, std::nullopt); }
@@ -60,16 +60,16 @@ class ThreadLoop {
     WindowProcedure* procedure;
   };
 
-  bool wants_look() const;
+  bool must_poll() const;
   bool take_queued(Message& message);
   bool take_timer(Message& message);
   bool take_late_timer(Message& message);
   // Moves what the kernel has to say into the queue. False when a signal handler ended the wait.
-  bool look(std::optional<std::chrono::nanoseconds> wait);
-  bool look_or_wait(std::optional<TimePoint> until);
+  bool poll(std::optional<std::chrono::nanoseconds> wait);
+  bool poll_or_wait(std::optional<TimePoint> until);
   std::optional<std::chrono::nanoseconds> time_to_wait(std::optional<TimePoint> until) const;
-  void mirror() {
-    if (poller_.has_host()) poller_.mirror(!queue_.empty(), timers_.earliest());
+  void update_host_fd() {
+    if (poller_.has_host()) poller_.update_host_fd(!queue_.empty(), timers_.earliest());
   }
 
   std::vector<Window> windows_;  // handles only grow, so this is in their order
@@ -78,9 +78,9 @@ class ThreadLoop {
   Poller poller_;
   SocketWatches watches_{queue_, poller_};
   std::optional<int> quit_code_;
-  bool found_something_ = false;  // with the latest look
-  int looks_again_ = 0;           // since then, at one socket only
-  int taken_since_look_ = 0;
+  bool poll_found_some_ = false;  // the latest poll of all
+  int polls_of_one_ = 0;          // since then, at one socket only
+  int taken_since_poll_ = 0;
   int taken_since_timer_ = 0;
 };
 

@@ -2,17 +2,22 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "kestrine/component.h"
 #include "kestrine/export.h"
 #include "kestrine/pointer.h"
 
-namespace kestrine::platform {
+namespace kestrine::component_types {
 
 // Sets the calling thread's error information and returns it. It answers IErrorNumber
 // (kestrine/error.h) as well; the number is 0 where there is none. Throws std::bad_alloc when it cannot be made.
 KESTRINE_HOST_API Pointer<IErrorInfo> set_error_info(std::u16string_view text, std::u16string_view source,
                                                      const IID& iid, std::int32_t number);
 
-}  // namespace kestrine::platform
+// For a failure of a service of the system: leaves the reason in the thread's error information and in the host's log.
+// Returns the status.
+KESTRINE_HOST_API HRESULT fail(HRESULT status, const std::string& reason);
+
+}  // namespace kestrine::component_types

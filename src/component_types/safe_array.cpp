@@ -4,11 +4,11 @@
 #include <iterator>
 #include <limits>
 
-#include "platform/linux/variant_types.h"
+#include "component_types/variant_types.h"
+
+using namespace kestrine::component_types;
 
 namespace {
-
-using kestrine::platform::value_size;
 
 constexpr UINT kMostDimensions = 64;
 constexpr std::uint64_t kMostBytes = 0x7FFFFFFF;
@@ -85,69 +85,43 @@ SAFEARRAY* create(VARTYPE type, UINT dimensions, const SAFEARRAYBOUND* bounds) {
   return array;
 }
 
-// Calls `action` with every element of an array whose elements own something.
-template <typename Element, typename Action>
-void for_each_element(const SAFEARRAY* array, Action action) {
-  auto* elements = static_cast<Element*>(array->pvData);
-  std::for_each_n(elements, count_of(array), action);
-}
-
-void release_elements(const SAFEARRAY* array) {
-  switch (type_of(array)) {
-    case VT_BSTR:
-      for_each_element<BSTR>(array, SysFreeString);
-      break;
-    case VT_UNKNOWN:
-    case VT_DISPATCH:
-      for_each_element<IUnknown*>(array, [](IUnknown* object) {
-        if (object != nullptr) object->Release();
-      });
-      break;
-    case VT_VARIANT:
-      for_each_element<VARIANT>(array, [](VARIANT& variant) { VariantClear(&variant); });
-      break;
-    default:
-      break;
+// Calls `action` with every element that owns something, as a variant that may be changed.
+template <typename Action>
+void for_each_owner(const SAFEARRAY* array, Action action) {
+  const VARTYPE type = type_of(array);
+  if (features_of(type) == FADF_HAVEVARTYPE) return;
+  auto* place = static_cast<char*>(array->pvData);
+  for (std::uint64_t left = count_of(array); left > 0; --left, place += array->cbElements) {
+    if (type == VT_VARIANT) {
+      action(*reinterpret_cast<VARIANT*>(place));
+      continue;
+    }
+    VARIANT element{};
+    element.vt = type;
+    std::memcpy(&element.llVal, place, sizeof element.llVal);
+    action(element);
+    std::memcpy(place, &element.llVal, sizeof element.llVal);
   }
 }
 
 // False when there is no memory; what has been copied until then belongs to the copy.
 bool copy_elements(const SAFEARRAY* array, SAFEARRAY* copy) {
-  const std::uint64_t count = count_of(array);
-  switch (type_of(array)) {
-    case VT_BSTR: {
-      auto* to = static_cast<BSTR*>(copy->pvData);
-      bool complete = true;
-      for_each_element<BSTR>(array, [&](BSTR text) {
-        if (text != nullptr) *to = SysAllocStringLen(text, SysStringLen(text));
-        complete = complete && (text == nullptr || *to != nullptr);
-        ++to;
-      });
-      return complete;
-    }
-    case VT_VARIANT: {
-      auto* to = static_cast<VARIANT*>(copy->pvData);
-      bool complete = true;
-      for_each_element<VARIANT>(
-          array, [&](const VARIANT& variant) { complete = SUCCEEDED(VariantCopy(to++, &variant)) && complete; });
-      return complete;
-    }
-    case VT_UNKNOWN:
-    case VT_DISPATCH:
-      for_each_element<IUnknown*>(array, [](IUnknown* object) {
-        if (object != nullptr) object->AddRef();
-      });
-      [[fallthrough]];
-    default:
-      std::memcpy(copy->pvData, array->pvData, count * array->cbElements);
-      return true;
-  }
+  std::memcpy(copy->pvData, array->pvData, count_of(array) * array->cbElements);
+  bool complete = true;
+  for_each_owner(copy, [&](VARIANT& element) {
+    if (is_variant_type(element.vt) && SUCCEEDED(own(element))) return;
+    VariantInit(&element);
+    complete = false;
+  });
+  return complete;
 }
 
-// Null when the dimension does not exist.
-const SAFEARRAYBOUND* bound_of(const SAFEARRAY* array, UINT dimension) {
-  if (dimension == 0 || dimension > array->cDims) return nullptr;
-  return &bounds_of(array)[array->cDims - dimension];
+HRESULT get_bound(const SAFEARRAY* array, UINT dimension, LONG* bound, bool upper) {
+  if (array == nullptr || bound == nullptr) return E_INVALIDARG;
+  if (dimension == 0 || dimension > array->cDims) return DISP_E_BADINDEX;
+  const auto [elements, lowest] = bounds_of(array)[array->cDims - dimension];
+  *bound = upper ? static_cast<LONG>(std::int64_t{lowest} + elements - 1) : lowest;
+  return S_OK;
 }
 
 }  // namespace
@@ -167,7 +141,7 @@ SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower_bound, ULONG elements)
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {
   if (array == nullptr) return S_OK;
   if (array->cLocks != 0) return DISP_E_ARRAYISLOCKED;
-  release_elements(array);
+  for_each_owner(array, [](VARIANT& element) { VariantClear(&element); });
   std::free(array->pvData);
   std::free(prefix_of(array));
   return S_OK;
@@ -207,19 +181,11 @@ UINT SafeArrayGetElemsize(SAFEARRAY* array) {
 }
 
 HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
-  if (array == nullptr || bound == nullptr) return E_INVALIDARG;
-  const SAFEARRAYBOUND* place = bound_of(array, dimension);
-  if (place == nullptr) return DISP_E_BADINDEX;
-  *bound = place->lLbound;
-  return S_OK;
+  return get_bound(array, dimension, bound, false);
 }
 
 HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
-  if (array == nullptr || bound == nullptr) return E_INVALIDARG;
-  const SAFEARRAYBOUND* place = bound_of(array, dimension);
-  if (place == nullptr) return DISP_E_BADINDEX;
-  *bound = static_cast<LONG>(std::int64_t{place->lLbound} + place->cElements - 1);
-  return S_OK;
+  return get_bound(array, dimension, bound, true);
 }
 
 HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {

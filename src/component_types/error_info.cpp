@@ -1,10 +1,12 @@
-#include "platform/error_info.h"
+#include "component_types/error_info.h"
 
-#include <string>
 #include <utility>
 
+#include "kestrine/com_error.h"
 #include "kestrine/error.h"
 #include "kestrine/object.h"
+#include "kestrine/text.h"
+#include "platform/notices.h"
 
 namespace {
 
@@ -41,7 +43,7 @@ HRESULT GetErrorInfo(ULONG reserved, IErrorInfo** info) {
   return *info != nullptr ? S_OK : S_FALSE;
 }
 
-namespace kestrine::platform {
+namespace kestrine::component_types {
 namespace {
 
 HRESULT copy_out(std::u16string_view text, BSTR* out) {
@@ -94,4 +96,15 @@ Pointer<IErrorInfo> set_error_info(std::u16string_view text, std::u16string_view
   return info;
 }
 
-}  // namespace kestrine::platform
+HRESULT fail(HRESULT status, const std::string& reason) {
+  platform::log_line(reason);
+  set_error_info(to_utf16(reason), u"Kestrine", GUID_NULL, 0);
+  return status;
+}
+
+}  // namespace kestrine::component_types
+
+// Here and not in the header, so that both libraries and the application share one type to throw and to catch.
+const char* _com_error::what() const noexcept {
+  return "the library reported a failure";
+}

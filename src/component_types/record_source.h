@@ -3,7 +3,7 @@
 
 #include "kestrine/type_info.h"
 
-namespace kestrine::platform {
+namespace kestrine::component_types {
 
 inline constexpr IID IID_IRecordSource{0x3E6C1F52, 0x8D07, 0x4A6B, {0x9B, 0x41, 0x27, 0xD0, 0x5E, 0x8A, 0xC3, 0x19}};
 
@@ -15,13 +15,11 @@ struct IRecordSource : IUnknown {
   ~IRecordSource() = default;
 };
 
-}  // namespace kestrine::platform
+}  // namespace kestrine::component_types
 
 namespace kestrine {
 
 template <>
-struct InterfaceId<platform::IRecordSource> {
-  static constexpr const IID& value = platform::IID_IRecordSource;
-};
+struct InterfaceId<component_types::IRecordSource> : detail::IdentifiedBy<component_types::IID_IRecordSource> {};
 
 }  // namespace kestrine

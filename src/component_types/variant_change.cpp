@@ -6,63 +6,77 @@
 #include <limits>
 #include <optional>
 #include <string_view>
+#include <type_traits>
 #include <utility>
+#include <variant>
 
-#include "platform/linux/variant_types.h"
+#include "component_types/variant_types.h"
 
-namespace kestrine::platform {
+namespace kestrine::component_types {
 namespace {
 
 // A number on its way from one type to another, in the widest form of its kind.
-struct Number {
-  enum class Kind { kSigned, kUnsigned, kSingle, kDouble };
+using Number = std::variant<std::int64_t, std::uint64_t, float, double>;
 
-  Kind kind = Kind::kSigned;
-  std::int64_t i64 = 0;
-  std::uint64_t u64 = 0;
-  double f64 = 0;
-
-  static Number of(std::int64_t value) { return {Kind::kSigned, value, 0, 0}; }
-  static Number of_unsigned(std::uint64_t value) { return {Kind::kUnsigned, 0, value, 0}; }
-  static Number of(double value) { return {Kind::kDouble, 0, 0, value}; }
-
-  double real() const {
-    if (kind == Kind::kSigned) return static_cast<double>(i64);
-    return kind == Kind::kUnsigned ? static_cast<double>(u64) : f64;
-  }
-  bool is_zero() const { return i64 == 0 && u64 == 0 && f64 == 0; }
-};
-
-std::optional<Number> number_in(const VARIANT& value) {
+// Calls `use` with the member that holds the value of a numeric type. False for any other type.
+template <class Variant, class Use>
+bool use_number(Variant& value, Use use) {
   switch (value.vt) {
-    case VT_EMPTY:
-      return Number{};
     case VT_I1:
-      return Number::of(std::int64_t{static_cast<signed char>(value.cVal)});
+      use(value.cVal);
+      return true;
     case VT_I2:
-    case VT_BOOL:
-      return Number::of(std::int64_t{value.iVal});
+      use(value.iVal);
+      return true;
     case VT_I4:
     case VT_INT:
-      return Number::of(std::int64_t{value.lVal});
+      use(value.lVal);
+      return true;
     case VT_I8:
-      return Number::of(value.llVal);
+      use(value.llVal);
+      return true;
     case VT_UI1:
-      return Number::of_unsigned(value.bVal);
+      use(value.bVal);
+      return true;
     case VT_UI2:
-      return Number::of_unsigned(value.uiVal);
+      use(value.uiVal);
+      return true;
     case VT_UI4:
     case VT_UINT:
-      return Number::of_unsigned(value.ulVal);
+      use(value.ulVal);
+      return true;
     case VT_UI8:
-      return Number::of_unsigned(value.ullVal);
+      use(value.ullVal);
+      return true;
     case VT_R4:
-      return Number{Number::Kind::kSingle, 0, 0, double{value.fltVal}};
+      use(value.fltVal);
+      return true;
     case VT_R8:
-      return Number::of(value.dblVal);
+      use(value.dblVal);
+      return true;
     default:
-      return std::nullopt;
+      return false;
   }
+}
+
+// A char is a number with a sign, whatever it is to the compiler.
+template <class Member>
+using NumberIn = std::conditional_t<std::is_same_v<Member, CHAR>, signed char, Member>;
+
+std::optional<Number> number_in(const VARIANT& value) {
+  if (value.vt == VT_EMPTY) return std::int64_t{0};
+  if (value.vt == VT_BOOL) return std::int64_t{value.boolVal};
+  Number number;
+  const bool is_number = use_number(value, [&]<class Member>(Member member) {
+    using Value = NumberIn<Member>;
+    if constexpr (std::is_floating_point_v<Value>) {
+      number = member;
+    } else {
+      number = static_cast<std::conditional_t<std::is_signed_v<Value>, std::int64_t, std::uint64_t>>(
+          static_cast<Value>(member));
+    }
+  });
+  return is_number ? std::optional(number) : std::nullopt;
 }
 
 // The text in ASCII without the blanks around it; empty when it is none or too long for a number.
@@ -104,12 +118,13 @@ HRESULT read_number(std::string_view text, Number& number) {
   }
   // Neither "inf" nor "nan" is a number.
   if (text.find_first_not_of("0123456789+-.e") != std::string_view::npos) return DISP_E_TYPEMISMATCH;
-  number = Number::of(std::int64_t{0});
-  if (parse(text, number.i64) == std::errc()) return S_OK;
-  number = Number::of_unsigned(0);
-  if (parse(text, number.u64) == std::errc()) return S_OK;
-  number = Number::of(0.0);
-  const std::errc error = parse(text, number.f64);
+  std::int64_t whole = 0;
+  std::uint64_t large = 0;
+  double real = 0;
+  if (parse(text, whole) == std::errc()) return number = whole, S_OK;
+  if (parse(text, large) == std::errc()) return number = large, S_OK;
+  const std::errc error = parse(text, real);
+  number = real;
   if (error == std::errc::result_out_of_range) return DISP_E_OVERFLOW;
   return error == std::errc() ? S_OK : DISP_E_TYPEMISMATCH;
 }
@@ -122,28 +137,23 @@ double round_half_even(double value) {
   return up ? below + 1 : below;
 }
 
-template <class Integer>
-HRESULT store(const Number& number, Integer& place) {
-  using Limits = std::numeric_limits<Integer>;
-  if (number.kind == Number::Kind::kSigned || number.kind == Number::Kind::kUnsigned) {
-    const bool fits =
-        number.kind == Number::Kind::kSigned ? std::in_range<Integer>(number.i64) : std::in_range<Integer>(number.u64);
-    if (!fits) return DISP_E_OVERFLOW;
-    place = number.kind == Number::Kind::kSigned ? static_cast<Integer>(number.i64) : static_cast<Integer>(number.u64);
+template <class To, class From>
+HRESULT store(From value, To& place) {
+  using Limits = std::numeric_limits<NumberIn<To>>;
+  if constexpr (std::is_integral_v<To> && std::is_integral_v<From>) {
+    if (!std::in_range<NumberIn<To>>(value)) return DISP_E_OVERFLOW;
+  } else if constexpr (std::is_integral_v<To>) {
+    // The largest one plus one is a power of two, which a double holds exactly.
+    const double beyond = std::ldexp(1.0, Limits::digits);
+    const double rounded = round_half_even(value);
+    if (!(rounded < beyond && rounded >= (Limits::is_signed ? -beyond : 0.0))) return DISP_E_OVERFLOW;
+    place = static_cast<To>(rounded);
     return S_OK;
+  } else if constexpr (std::is_same_v<To, float>) {
+    const auto real = static_cast<double>(value);
+    if (std::isfinite(real) && std::abs(real) > double{Limits::max()}) return DISP_E_OVERFLOW;
   }
-  // The largest one plus one is a power of two, which a double holds exactly.
-  const double beyond = std::ldexp(1.0, Limits::digits);
-  const double rounded = round_half_even(number.f64);
-  if (!(rounded < beyond && rounded >= (Limits::is_signed ? -beyond : 0.0))) return DISP_E_OVERFLOW;
-  place = static_cast<Integer>(rounded);
-  return S_OK;
-}
-
-HRESULT store_single(const Number& number, float& place) {
-  const double value = number.real();
-  if (std::isfinite(value) && std::abs(value) > double{std::numeric_limits<float>::max()}) return DISP_E_OVERFLOW;
-  place = static_cast<float>(value);
+  place = static_cast<To>(value);
   return S_OK;
 }
 
@@ -156,84 +166,44 @@ HRESULT store_text(std::string_view text, VARIANT& to) {
 }
 
 HRESULT store_text(const Number& number, VARIANT& to) {
+  constexpr auto kGeneral = std::chars_format::general;
   constexpr int kSingleDigits = 7;
   constexpr int kDoubleDigits = 15;  // what survives the way to a text of this many digits and back
   std::array<char, 32> text;
-  char* const end = text.data() + text.size();
-  const auto written = [&] {
-    switch (number.kind) {
-      case Number::Kind::kSigned:
-        return std::to_chars(text.data(), end, number.i64);
-      case Number::Kind::kUnsigned:
-        return std::to_chars(text.data(), end, number.u64);
-      case Number::Kind::kSingle:
-        return std::to_chars(text.data(), end, number.f64, std::chars_format::general, kSingleDigits);
-      case Number::Kind::kDouble:
-        break;
+  const auto write = [&, end = text.data() + text.size()](auto value) {
+    if constexpr (std::is_integral_v<decltype(value)>) {
+      return std::to_chars(text.data(), end, value).ptr;
+    } else {
+      constexpr int kDigits = std::is_same_v<decltype(value), float> ? kSingleDigits : kDoubleDigits;
+      return std::to_chars(text.data(), end, double{value}, kGeneral, kDigits).ptr;
     }
-    return std::to_chars(text.data(), end, number.f64, std::chars_format::general, kDoubleDigits);
-  }();
-  return store_text(std::string_view(text.data(), written.ptr), to);
+  };
+  return store_text(std::string_view(text.data(), std::visit(write, number)), to);
+}
+
+HRESULT store_number(const Number& number, VARIANT& to) {
+  if (to.vt == VT_BSTR) return store_text(number, to);
+  HRESULT result = S_OK;
+  if (to.vt == VT_BOOL) {
+    to.boolVal = std::visit([](auto value) { return value == 0; }, number) ? VARIANT_FALSE : VARIANT_TRUE;
+    return S_OK;
+  }
+  const auto store_in = [&](auto& place) {
+    result = std::visit([&](auto value) { return store(value, place); }, number);
+  };
+  return use_number(to, store_in) ? result : DISP_E_TYPEMISMATCH;
 }
 
 // An unsigned type takes the boolean's bits: true is the largest value.
 HRESULT store_boolean(VARIANT_BOOL value, VARIANT& to) {
-  switch (to.vt) {
-    case VT_UI1:
-      to.bVal = static_cast<BYTE>(value);
-      return S_OK;
-    case VT_UI2:
-      to.uiVal = static_cast<USHORT>(value);
-      return S_OK;
-    case VT_UI4:
-    case VT_UINT:
-      to.ulVal = static_cast<ULONG>(value);
-      return S_OK;
-    case VT_UI8:
-      to.ullVal = static_cast<ULONGLONG>(value);
-      return S_OK;
-    default:
-      return S_FALSE;
-  }
-}
-
-HRESULT store_number(const Number& number, VARIANT& to) {
-  switch (to.vt) {
-    case VT_I1: {
-      signed char narrow = 0;
-      const HRESULT result = store(number, narrow);
-      to.cVal = static_cast<CHAR>(narrow);
-      return result;
+  bool stored = false;
+  use_number(to, [&]<class Member>(Member& place) {
+    if constexpr (std::is_unsigned_v<NumberIn<Member>>) {
+      place = static_cast<Member>(value);
+      stored = true;
     }
-    case VT_I2:
-      return store(number, to.iVal);
-    case VT_I4:
-    case VT_INT:
-      return store(number, to.lVal);
-    case VT_I8:
-      return store(number, to.llVal);
-    case VT_UI1:
-      return store(number, to.bVal);
-    case VT_UI2:
-      return store(number, to.uiVal);
-    case VT_UI4:
-    case VT_UINT:
-      return store(number, to.ulVal);
-    case VT_UI8:
-      return store(number, to.ullVal);
-    case VT_R4:
-      return store_single(number, to.fltVal);
-    case VT_R8:
-      to.dblVal = number.real();
-      return S_OK;
-    case VT_BOOL:
-      to.boolVal = number.is_zero() ? VARIANT_FALSE : VARIANT_TRUE;
-      return S_OK;
-    case VT_BSTR:
-      return store_text(number, to);
-    default:
-      return DISP_E_TYPEMISMATCH;
-  }
+  });
+  return stored ? S_OK : store_number(std::int64_t{value}, to);
 }
 
 HRESULT convert_text(BSTR text, VARIANT& to) {
@@ -269,16 +239,16 @@ HRESULT convert(const VARIANT& from, USHORT flags, VARIANT& to) {
       to.bstrVal = SysAllocString(from.boolVal != VARIANT_FALSE ? u"True" : u"False");
       return to.bstrVal != nullptr ? S_OK : E_OUTOFMEMORY;
     }
-    if (const HRESULT result = store_boolean(from.boolVal, to); result != S_FALSE) return result;
+    return store_boolean(from.boolVal, to);
   }
   const std::optional<Number> number = number_in(from);
   return number ? store_number(*number, to) : DISP_E_TYPEMISMATCH;
 }
 
 }  // namespace
-}  // namespace kestrine::platform
+}  // namespace kestrine::component_types
 
-using namespace kestrine::platform;
+using namespace kestrine::component_types;
 
 HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, USHORT flags, VARTYPE type) {
   return VariantChangeTypeEx(to, from, LOCALE_USER_DEFAULT, flags, type);

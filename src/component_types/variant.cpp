@@ -1,12 +1,17 @@
 #include <cstring>
 
+#include "component_types/variant_types.h"
 #include "kestrine/type_info.h"
-#include "platform/linux/variant_types.h"
 
-namespace kestrine::platform {
-namespace {
+namespace kestrine::component_types {
+bool is_variant_type(VARTYPE type) {
+  constexpr VARTYPE kFlags = VT_ARRAY | VT_BYREF;
+  const int base = type & ~kFlags;
+  if (base == VT_VARIANT) return (type & kFlags) != 0;
+  if (base == VT_RECORD) return (type & VT_ARRAY) == 0;
+  return base <= VT_UNKNOWN || (base >= VT_I1 && base <= VT_UINT);
+}
 
-// Makes the bits copied from another variant a value of its own.
 HRESULT own(VARIANT& copy) {
   if ((copy.vt & VT_BYREF) != 0) return S_OK;
   if ((copy.vt & VT_ARRAY) != 0) return SafeArrayCopy(copy.parray, &copy.parray);
@@ -16,10 +21,8 @@ HRESULT own(VARIANT& copy) {
       copy.bstrVal = SysAllocStringLen(copy.bstrVal, SysStringLen(copy.bstrVal));
       return copy.bstrVal != nullptr ? S_OK : E_OUTOFMEMORY;
     case VT_UNKNOWN:
+    case VT_DISPATCH:  // begins with an IUnknown
       if (copy.punkVal != nullptr) copy.punkVal->AddRef();
-      return S_OK;
-    case VT_DISPATCH:
-      if (copy.pdispVal != nullptr) copy.pdispVal->AddRef();
       return S_OK;
     case VT_RECORD: {
       const RecordValue from = copy.record;
@@ -35,22 +38,6 @@ HRESULT own(VARIANT& copy) {
     default:
       return S_OK;
   }
-}
-
-void let_go(const RecordValue& held) {
-  if (held.pRecInfo == nullptr) return;
-  if (held.pvRecord != nullptr) held.pRecInfo->RecordDestroy(held.pvRecord);
-  held.pRecInfo->Release();
-}
-
-}  // namespace
-
-bool is_variant_type(VARTYPE type) {
-  constexpr VARTYPE kFlags = VT_ARRAY | VT_BYREF;
-  const int base = type & ~kFlags;
-  if (base == VT_VARIANT) return (type & kFlags) != 0;
-  if (base == VT_RECORD) return (type & VT_ARRAY) == 0;
-  return base <= VT_UNKNOWN || (base >= VT_I1 && base <= VT_UINT);
 }
 
 HRESULT look_at(const VARIANT& from, VARIANT& value) {
@@ -84,9 +71,9 @@ HRESULT replace(VARIANT& to, VARIANT value) {
   return S_OK;
 }
 
-}  // namespace kestrine::platform
+}  // namespace kestrine::component_types
 
-using namespace kestrine::platform;
+using namespace kestrine::component_types;
 
 void VariantInit(VARIANT* variant) {
   if (variant != nullptr) *variant = VARIANT{};
@@ -106,13 +93,13 @@ HRESULT VariantClear(VARIANT* variant) {
       SysFreeString(held.bstrVal);
       break;
     case VT_UNKNOWN:
+    case VT_DISPATCH:  // begins with an IUnknown
       if (held.punkVal != nullptr) held.punkVal->Release();
       break;
-    case VT_DISPATCH:
-      if (held.pdispVal != nullptr) held.pdispVal->Release();
-      break;
     case VT_RECORD:
-      let_go(held.record);
+      if (held.record.pRecInfo == nullptr) break;
+      if (held.record.pvRecord != nullptr) held.record.pRecInfo->RecordDestroy(held.record.pvRecord);
+      held.record.pRecInfo->Release();
       break;
     default:
       break;

@@ -1,36 +1,33 @@
-// The copy of columns.h by vectors of a whole cache line: for processors that shuffle the words of two such vectors in
-// any order, and for elements that are smaller, so that a load brings more than one.
+// The copy of columns by vectors of a whole cache line: for processors that shuffle the words of two such vectors in
+// any order, and for elements that are smaller, so that a load brings more than one. It is compiled here, and not where
+// an application includes it, so that only this file holds instructions that not every processor has.
 //
 // The bytes of four elements are loaded as they lie. Shuffles pick the values of neighbouring columns out of them, as
 // many columns as a vector has room for, and then join what belongs to one column: of 4 elements, of 8, of 16.
-#pragma once
-
-#ifdef __x86_64__
-
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <utility>
 
-#include "kestrine/detail/column_places.h"
-#include "kestrine/detail/line_vectors.h"
+#include "kestrine/detail/columns.h"
+#include "kestrine/records.h"
 
-namespace kestrine::detail::wide {
+#ifdef __x86_64__
 
-inline constexpr std::size_t kVector = 64;
-inline constexpr std::size_t kWords = kVector / sizeof(std::int32_t);
-inline constexpr std::size_t kTogether = kWords;  // elements in one step
-inline constexpr std::size_t kLoaded = 4;         // elements that are loaded as they lie
-inline constexpr std::size_t kColumnsAtOnce = 6;  // as many as there are registers for
+namespace kestrine::detail {
+namespace {
+
+constexpr std::size_t kVector = 64;
+constexpr std::size_t kWords = kVector / sizeof(std::int32_t);
+constexpr std::size_t kTogether = kWords;  // elements in one step
+constexpr std::size_t kLoaded = 4;         // elements that are loaded as they lie
+constexpr std::size_t kColumnsAtOnce = 6;  // as many as there are registers for
 using Words [[gnu::vector_size(kVector)]] = std::int32_t;
 using Order = std::array<int, kWords>;  // words of two vectors, one behind the other; -1 where nothing is wanted
-
-// From so many elements on it is faster than by narrow vectors.
-inline bool is_faster(std::size_t count) {
-  return count >= 4 * kTogether && has_line_vectors();
-}
 
 // --- Which words go where
 
@@ -132,7 +129,7 @@ struct Batch {
 //
 // Vectors are handed on by reference only: by value they would be a matter of calling conventions.
 
-#define KESTRINE_WIDE [[KESTRINE_LINE_VECTORS, gnu::always_inline]] inline
+#define KESTRINE_WIDE [[gnu::target("avx512f"), gnu::always_inline]] inline
 
 template <const auto& Order, std::size_t... Word>
 KESTRINE_WIDE void shuffle(const Words& low, const Words& high, Words& to, std::index_sequence<Word...>) {
@@ -209,7 +206,7 @@ KESTRINE_WIDE void copy_together(const std::uint8_t* from, const auto& to, std::
 
 // At least sixteen elements.
 template <std::size_t Stride, const auto& Places>
-[[KESTRINE_LINE_VECTORS]] void copy(const std::uint8_t* from, std::size_t count, Columns<Places> to) {
+[[gnu::target("avx512f")]] void copy(const std::uint8_t* from, std::size_t count, Columns<Places> to) {
   std::size_t at = 0;
   for (; at + kTogether <= count; at += kTogether) {
     prefetch<kTogether * Stride>(from + at * Stride, (count - at) * Stride);
@@ -221,6 +218,64 @@ template <std::size_t Stride, const auto& Places>
 
 #undef KESTRINE_WIDE
 
-}  // namespace kestrine::detail::wide
+// The fields of a point, of which a set has one bit each.
+using V = MeasValueT;
+constexpr auto& kPointPlaces = kPlaces<Field<&V::status>, Field<&V::lTime1>, Field<&V::lTime2>, Field<&V::dVal1>,
+                                       Field<&V::dVal2>, Field<&V::dVal3>>;
+constexpr std::size_t kSets = std::size_t{1} << kPointPlaces.size();
+constexpr std::size_t kStride = RecordTraits<V>::size;
+
+template <std::size_t Set>
+constexpr auto kPlacesOf = [] {
+  std::array<Place, std::popcount(Set)> places{};
+  std::size_t many = 0;
+  for (std::size_t i = 0; i < kPointPlaces.size(); ++i) {
+    if ((Set >> i & 1) != 0) places[many++] = kPointPlaces[i];
+  }
+  return places;
+}();
+
+using Copy = void (*)(const std::uint8_t* from, std::size_t count, std::uint8_t* const* to);
+
+template <std::size_t Set>
+constexpr Copy copy_of() {
+  return [](const std::uint8_t* from, std::size_t count, std::uint8_t* const* to) {
+    Columns<kPlacesOf<Set>> columns;
+    std::copy_n(to, columns.size(), columns.begin());
+    copy<kStride, kPlacesOf<Set>>(from, count, columns);
+  };
+}
+
+template <std::size_t... Set>
+constexpr std::array<Copy, kSets> copies_of(std::index_sequence<Set...>) {
+  return {nullptr, copy_of<Set + 1>()...};
+}
+constexpr auto kCopies = copies_of(std::make_index_sequence<kSets - 1>());
+
+}  // namespace
+
+bool copy_by_cache_lines(const std::uint8_t* from, std::size_t count, std::size_t stride, std::span<const Place> places,
+                         std::uint8_t* const* to) {
+  // Of fewer elements the narrow copy is faster.
+  if (stride != kStride || count < 4 * kTogether || !__builtin_cpu_supports("avx512f")) return false;
+  std::size_t set = 0;
+  for (const Place& place : places) {
+    const auto at = std::ranges::find(kPointPlaces, place.offset, &Place::offset);
+    const std::size_t bit = std::size_t{1} << (at - kPointPlaces.begin());
+    if ((set & bit) != 0) return false;
+    set |= bit;
+  }
+  kCopies[set](from, count, to);
+  return true;
+}
+
+}  // namespace kestrine::detail
+
+#else
+
+bool kestrine::detail::copy_by_cache_lines(const std::uint8_t*, std::size_t, std::size_t, std::span<const Place>,
+                                           std::uint8_t* const*) {
+  return false;
+}
 
 #endif

@@ -3,7 +3,7 @@
 
 #include "kestrine/component.h"
 
-namespace kestrine::platform {
+namespace kestrine::component_types {
 
 // Bytes that a value takes in an array or behind a pointer; 0 for what has no size of its own.
 constexpr ULONG value_size(VARTYPE type) {
@@ -41,10 +41,13 @@ constexpr ULONG value_size(VARTYPE type) {
 // Whether a variant can be of that type.
 bool is_variant_type(VARTYPE type);
 
+// Makes the bits copied from another variant a value of its own. On failure it owns nothing.
+HRESULT own(VARIANT& copy);
+
 // The value that `from` holds or points at, without a copy of its own: nothing to clear.
 HRESULT look_at(const VARIANT& from, VARIANT& value);
 
 // Gives `to` the value, which it owns from then on, for the one that it has. On failure the value is cleared.
 HRESULT replace(VARIANT& to, VARIANT value);
 
-}  // namespace kestrine::platform
+}  // namespace kestrine::component_types

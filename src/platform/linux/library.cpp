@@ -1,4 +1,4 @@
-#include "platform/library_path.h"
+#include "platform/library.h"
 
 #include <dlfcn.h>
 
@@ -18,6 +18,18 @@ std::u16string library_path(const void* inside) {
   const auto directory = std::filesystem::canonical(named.parent_path(), failed);
   // Whoever may not look into a folder on the way has to do with the path as it was given.
   return to_utf16((failed ? named.lexically_normal() : directory / named.filename()).string());
+}
+
+void* load_library(const std::string& file, std::string& reason) {
+  void* const library = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library != nullptr) return library;
+  const char* const said = ::dlerror();
+  reason = said != nullptr ? said : "cannot load " + file;
+  return nullptr;
+}
+
+void* find_symbol(void* library, const char* name) {
+  return ::dlsym(library, name);
 }
 
 }  // namespace kestrine::platform
