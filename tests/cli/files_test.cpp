@@ -7,9 +7,9 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "cli/failure.h"
-#include "cli/output_file.h"
-#include "cli/point_files.h"
+#include "cli/common/failure.h"
+#include "cli/output/files.h"
+#include "cli/output/point_files.h"
 #include "points.h"
 
 namespace kestrine::cli {
