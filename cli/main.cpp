@@ -6,9 +6,7 @@
 #include "cli/common/failure.h"
 #include "cli/common/terminal.h"
 #include "cli/verbs/command_line.h"
-#include "cli/verbs/measure.h"
-#include "cli/verbs/registration.h"
-#include "cli/verbs/stream.h"
+#include "cli/verbs/verbs.h"
 
 namespace {
 
@@ -23,7 +21,7 @@ int fail(const std::string& text, int status) {
   return status;
 }
 
-int status_of(const auto& command) {
+int status_of(const Command& command) {
   try {
     return command() == Outcome::kStopped ? kStopped : 0;
   } catch (const kestrine::Error& error) {
@@ -41,12 +39,10 @@ int main(int argc, char** argv) {
   application.formatter(help_formatter());
   application.footer("\nkestrine COMMAND --help tells more.");
   application.require_subcommand(1);
-  MeasureOptions measure_options;
-  StreamOptions stream_options;
-  RegistrationOptions registration;
-  add_measure_command(application, measure_options);
-  const CLI::App* const streams = add_stream_command(application, stream_options);
-  add_registration_commands(application, registration);
+  Command chosen;
+  add_measure(application, chosen);
+  add_stream(application, chosen);
+  add_registration(application, chosen);
   try {
     application.parse(argc, argv);
   } catch (const CLI::Success& wish) {
@@ -56,12 +52,5 @@ int main(int argc, char** argv) {
     const std::string command = named.empty() ? "" : " " + named.front()->get_name();
     return fail(std::string(error.what()) + " (see kestrine" + command + " --help)", kWrongUsage);
   }
-  if (registration.action != RegistrationOptions::Action::kNone) {
-    return status_of([&] {
-      run(registration, std::cout);
-      return Outcome::kComplete;
-    });
-  }
-  if (streams->parsed()) return status_of([&] { return stream(stream_options); });
-  return status_of([&] { return measure(measure_options); });
+  return status_of(chosen);
 }

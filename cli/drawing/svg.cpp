@@ -1,6 +1,8 @@
 #include "cli/drawing/svg.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "cli/common/format.h"
@@ -14,23 +16,15 @@ std::string number(double value) {
 
 // Control characters have no place in XML at all, not even escaped.
 std::string escaped(std::string_view text) {
+  constexpr std::pair<char, const char*> kEntities[] = {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}};
   std::string result;
   for (const char c : text) {
-    switch (c) {
-      case '&':
-        result += "&amp;";
-        break;
-      case '<':
-        result += "&lt;";
-        break;
-      case '>':
-        result += "&gt;";
-        break;
-      case '"':
-        result += "&quot;";
-        break;
-      default:
-        result += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+    const auto* entity =
+        std::find_if(std::begin(kEntities), std::end(kEntities), [c](auto& e) { return e.first == c; });
+    if (entity != std::end(kEntities)) {
+      result += entity->second;
+    } else {
+      result += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
     }
   }
   return result;

@@ -44,55 +44,46 @@ CLI::Validator number_between(double low, double high) {
 }
 
 void add_tracker_options(CLI::App& command, CommonOptions& options) {
-  auto* host =
-      command
-          .add_option("--host", options.server.host, "The tracker's server: a dotted address, or a name without dots")
-          ->check(CLI::Validator(check_host, ""))
-          ->type_name("HOST")
-          ->group("Tracker");
-  auto* port = command.add_option("--port", options.server.port, "The server's port")
-                   ->type_name("PORT")
-                   ->check(CLI::Range(1, 65535))
-                   ->needs(host)
-                   ->group("Tracker");
+  command.option_defaults()->group("Tracker");
+  auto* host = command.add_option("--host", options.server.host,
+                                  "The tracker's server: a dotted address, or a name without dots");
+  host->check(CLI::Validator(check_host, ""))->type_name("HOST");
+  auto* port = command.add_option("--port", options.server.port, "The server's port");
+  port->check(CLI::Range(1, 65535))->type_name("PORT")->needs(host);
   host->needs(port);
-  auto* simulate = command.add_flag("--simulate", options.simulate, "Measure with a simulated tracker instead")
-                       ->excludes(host)
-                       ->group("Tracker");
+  auto* simulate = command.add_flag("--simulate", options.simulate, "Measure with a simulated tracker instead");
+  simulate->excludes(host);
   command.add_option("--seed", options.seed, "Seed of the simulated noise; the same one gives the same points")
       ->type_name("N")
       ->capture_default_str()
-      ->needs(simulate)
-      ->group("Tracker");
+      ->needs(simulate);
   command.add_option("--speed", options.speed, "How many times faster than a real tracker the simulated one is")
       ->type_name("X")
       ->capture_default_str()
       ->check(number_between(0.1, 1000))
-      ->needs(simulate)
-      ->group("Tracker");
+      ->needs(simulate);
+  command.option_defaults()->group("Measurement");
 }
 
 CLI::Option* add_unit_options(CLI::App& command, CommonOptions& options) {
   command.add_option("--length-unit", options.length_unit, "Unit of all lengths: mm, m, um, in, ft or yd")
       ->type_name("UNIT")
       ->default_val("mm")
-      ->check(CLI::IsMember(length_unit_names()))
-      ->group(kMeasurementGroup);
-  return command.add_flag("--extended", options.extended, "Also covariances, and in a stream deviations")
-      ->group(kMeasurementGroup);
+      ->check(CLI::IsMember(length_unit_names()));
+  return command.add_flag("--extended", options.extended, "Also covariances, and in a stream deviations");
 }
 
 void add_output_options(CLI::App& command, CommonOptions& options) {
+  command.option_defaults()->group("Output");
   const auto add_file = [&](const char* name, std::string& file, const char* purpose) {
     command.add_option(name, file, purpose)
         ->check([](const std::string& text) { return text.empty() ? std::string("names no file") : std::string(); })
-        ->type_name("FILE")
-        ->group("Output");
+        ->type_name("FILE");
   };
   add_file("--csv", options.csv_file, "Write the points as CSV");
   add_file("--json", options.json_file, "Write the points as JSON, one object a line");
   add_file("--svg", options.svg_file, "Draw the points: top view, and what happens over time");
-  command.add_flag("-q,--quiet", options.quiet, "Print nothing but errors")->group("Output");
+  command.add_flag("-q,--quiet", options.quiet, "Print nothing but errors");
 }
 
 void check_common_options(const CommonOptions& options) {

@@ -8,9 +8,8 @@
 
 namespace kestrine::cli {
 
-inline constexpr const char* kMeasurementGroup = "Measurement";
-
-// Parsing fills the options, which must outlive the command.
+// Parsing fills the options, which must outlive the command. What is added after those of the tracker is listed with
+// the measurement, what is added last with the output.
 void add_tracker_options(CLI::App& command, CommonOptions& options);
 // Returns the flag for covariances and deviations.
 CLI::Option* add_unit_options(CLI::App& command, CommonOptions& options);

@@ -1,6 +1,6 @@
-#include "cli/verbs/measure.h"
-
+#include <cstdint>
 #include <iostream>
+#include <memory>
 #include <string>
 
 #include "cli/common/terminal.h"
@@ -8,6 +8,7 @@
 #include "cli/output/report.h"
 #include "cli/verbs/command_line.h"
 #include "cli/verbs/stationary_session.h"
+#include "cli/verbs/verbs.h"
 
 namespace kestrine::cli {
 namespace {
@@ -24,6 +25,12 @@ constexpr const char* kFooter =
     "  kestrine measure --host 192.168.0.1 --port 7000 --length-unit in --json points.jsonl\n\n"
     "Ctrl-C stops a measurement; what was measured until then is kept.\n"
     "Exit status: 0 done, 1 failed, 2 wrong usage, 130 stopped by Ctrl-C.";
+
+struct MeasureOptions {
+  CommonOptions common;
+  std::size_t points = 10;
+  std::int32_t measure_time = 0;  // milliseconds for each point
+};
 
 void measure_series(StationarySession& session, const MeasureOptions& options, std::ostream& out,
                     Measurement& measurement) {
@@ -48,28 +55,6 @@ void measure_series(StationarySession& session, const MeasureOptions& options, s
   }
 }
 
-}  // namespace
-
-CLI::App* add_measure_command(CLI::App& application, MeasureOptions& options) {
-  auto* command = application.add_subcommand("measure", kDescription);
-  command->footer(kFooter);
-  add_tracker_options(*command, options.common);
-  command->add_option("--points", options.points, "How many points")
-      ->capture_default_str()
-      ->type_name("N")
-      ->check(CLI::Range(1, kMostPoints))
-      ->group(kMeasurementGroup);
-  command->add_option("--measure-time", options.measure_time, "Milliseconds for each point")
-      ->default_val(500)
-      ->type_name("MS")
-      ->check(CLI::Range(1, kLongestMeasureTime))
-      ->group(kMeasurementGroup);
-  add_unit_options(*command, options.common);
-  add_output_options(*command, options.common);
-  command->final_callback([&options] { check_common_options(options.common); });
-  return command;
-}
-
 Outcome measure(const MeasureOptions& options) {
   const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement) {
     StationarySession session(endpoint);
@@ -81,6 +66,29 @@ Outcome measure(const MeasureOptions& options) {
     }
   };
   return run(options.common, Kind::kStationary, {take, print_table_foot});
+}
+
+}  // namespace
+
+void add_measure(CLI::App& application, Command& chosen) {
+  auto* command = application.add_subcommand("measure", kDescription);
+  const auto options = std::make_shared<MeasureOptions>();
+  command->footer(kFooter);
+  add_tracker_options(*command, options->common);
+  command->add_option("--points", options->points, "How many points")
+      ->capture_default_str()
+      ->type_name("N")
+      ->check(CLI::Range(1, kMostPoints));
+  command->add_option("--measure-time", options->measure_time, "Milliseconds for each point")
+      ->default_val(500)
+      ->type_name("MS")
+      ->check(CLI::Range(1, kLongestMeasureTime));
+  add_unit_options(*command, options->common);
+  add_output_options(*command, options->common);
+  command->final_callback([&chosen, options] {
+    check_common_options(options->common);
+    chosen = [options] { return measure(*options); };
+  });
 }
 
 }  // namespace kestrine::cli

@@ -1,5 +1,3 @@
-#include "cli/verbs/stream.h"
-
 #include <array>
 #include <cmath>
 #include <optional>
@@ -13,6 +11,7 @@
 #include "cli/output/report.h"
 #include "cli/streaming/stream.h"
 #include "cli/verbs/command_line.h"
+#include "cli/verbs/verbs.h"
 
 namespace kestrine::cli {
 namespace {
@@ -89,21 +88,42 @@ std::string manner_of(const StreamOptions& options) {
   return manner + (options.probe ? ", with the probe" : "");
 }
 
+Outcome stream(const StreamOptions& options) {
+  std::optional<Completeness> completeness;  // since the stream was started
+  const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement) {
+    measurement.manner = manner_of(options);
+    measurement.spaced = options.mode->spacing != Spacing::kTime;
+    measurement.extended |= options.probe;
+    StreamSession session(endpoint, measurement);
+    session.prepare();
+    print_tracker(out, measurement.tracker, *measurement.unit);
+    measure_stream(session, options, measurement, completeness);
+  };
+  const auto summarise = [&](std::ostream& out, const Measurement& measurement) {
+    if (!measurement.points.empty()) {
+      options.mode->is_centre ? print_centre(out, measurement) : print_stream_summary(out, measurement);
+    }
+    if (completeness) print_completeness(out, measurement, *completeness);
+  };
+  return run(options.common, options.mode->is_centre ? Kind::kCentre : Kind::kStream, {take, summarise});
+}
+
 }  // namespace
 
-CLI::App* add_stream_command(CLI::App& application, StreamOptions& options) {
+void add_stream(CLI::App& application, Command& chosen) {
+  const auto owned = std::make_shared<StreamOptions>();
+  StreamOptions& options = *owned;
   auto* command = application.add_subcommand("stream", kDescription);
   command->footer(kFooter);
   add_tracker_options(*command, options.common);
   const auto add = [&](const char* name, auto& value, const char* purpose, const char* type) {
-    return command->add_option(name, value, purpose)->type_name(type)->group(kMeasurementGroup);
+    return command->add_option(name, value, purpose)->type_name(type);
   };
   const auto mode = std::make_shared<std::string>();
   add("--mode", *mode, "time, distance, grid, sphere-center or circle-center", "MODE")
       ->default_val("time")
       ->check(CLI::IsMember(stream_mode_names()));
-  auto* probe = command->add_flag("--probe", options.probe, "Measure the probe's tip, and how the probe is held")
-                    ->group(kMeasurementGroup);
+  auto* probe = command->add_flag("--probe", options.probe, "Measure the probe's tip, and how the probe is held");
   add("--count", options.count, "End after that many points (of a centre: 100)", "N")->check(CLI::Range(1, 10'000'000));
   add("--duration", options.duration, "End after that many seconds (default: 5, unless there is a count)", "S")
       ->check(number_between(0.01, kLongestSeconds));
@@ -125,28 +145,10 @@ CLI::App* add_stream_command(CLI::App& application, StreamOptions& options) {
   // Results of the probe always have them.
   add_unit_options(*command, options.common)->excludes(probe);
   add_output_options(*command, options.common);
-  command->final_callback([&options, mode, cell, mode_options] { complete(options, *mode, *cell, mode_options); });
-  return command;
-}
-
-Outcome stream(const StreamOptions& options) {
-  std::optional<Completeness> completeness;  // since the stream was started
-  const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement) {
-    measurement.manner = manner_of(options);
-    measurement.spaced = options.mode->spacing != Spacing::kTime;
-    measurement.extended |= options.probe;
-    StreamSession session(endpoint, measurement);
-    session.prepare();
-    print_tracker(out, measurement.tracker, *measurement.unit);
-    measure_stream(session, options, measurement, completeness);
-  };
-  const auto summarise = [&](std::ostream& out, const Measurement& measurement) {
-    if (!measurement.points.empty()) {
-      options.mode->is_centre ? print_centre(out, measurement) : print_stream_summary(out, measurement);
-    }
-    if (completeness) print_completeness(out, measurement, *completeness);
-  };
-  return run(options.common, options.mode->is_centre ? Kind::kCentre : Kind::kStream, {take, summarise});
+  command->final_callback([&chosen, owned, mode, cell, mode_options] {
+    complete(*owned, *mode, *cell, mode_options);
+    chosen = [owned] { return stream(*owned); };
+  });
 }
 
 }  // namespace kestrine::cli
