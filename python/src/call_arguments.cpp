@@ -39,7 +39,7 @@ CallArguments::~CallArguments() {
 void CallArguments::bind(IDispatch& object, const py::tuple& positional, const py::dict& named) {
   arguments_.reserve(member_.parameters.size() + positional.size() + named.size());
   if (member_.kind == DISPATCH_PROPERTYGET || member_.kind == DISPATCH_PROPERTYPUT) {
-    bind_property(positional);
+    if (member_.kind == DISPATCH_PROPERTYPUT) add_named(DISPID_PROPERTYPUT, positional[0]);
   } else if (named.empty()) {
     bind_positional(positional);
   } else {
@@ -48,17 +48,13 @@ void CallArguments::bind(IDispatch& object, const py::tuple& positional, const p
   parameters_ = {arguments_.data(), ids_.data(), static_cast<UINT>(arguments_.size()), static_cast<UINT>(ids_.size())};
 }
 
-void CallArguments::bind_property(const py::tuple& positional) {
-  if (member_.kind == DISPATCH_PROPERTYPUT) add_named(DISPID_PROPERTYPUT, positional[0]);
-}
-
 void CallArguments::bind_positional(const py::tuple& positional) {
   const std::vector<int>& inputs = member_.inputs;
   std::size_t next = 0;
   const auto take_next = [&] {
     const auto place = static_cast<std::size_t>(inputs[next]);
     arguments_.push_back(empty());
-    take(positional[next++], place, arguments_.back());
+    to_variant(positional[next++], member_.parameters[place], arguments_.back());
   };
   if (positional.size() < inputs.size()) {
     while (next < positional.size()) take_next();
@@ -85,12 +81,8 @@ void CallArguments::bind_named(IDispatch& object, const py::tuple& positional, c
 void CallArguments::add_named(DISPID id, const py::handle& value) {
   const auto place = static_cast<std::size_t>(std::max(id, 0));
   arguments_.push_back(empty());
-  take(value, std::min(place, member_.parameters.size() - 1), arguments_.back());
+  to_variant(value, member_.parameters[std::min(place, member_.parameters.size() - 1)], arguments_.back());
   ids_.push_back(id);
-}
-
-void CallArguments::take(const py::handle& value, std::size_t place, VARIANT& into) const {
-  to_variant(value, member_.parameters[place], into);
 }
 
 VARIANT CallArguments::reference_to(std::size_t place) {

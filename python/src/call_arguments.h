@@ -31,9 +31,7 @@ class CallArguments {
  private:
   void bind_positional(const pybind11::tuple& positional);
   void bind_named(IDispatch& object, const pybind11::tuple& positional, const pybind11::dict& named);
-  void bind_property(const pybind11::tuple& positional);
   void add_named(DISPID id, const pybind11::handle& value);
-  void take(const pybind11::handle& value, std::size_t place, VARIANT& into) const;
   VARIANT reference_to(std::size_t place);
 
   const Member& member_;

@@ -6,9 +6,9 @@
 
 #include "kestrine/host.h"
 #include "python/src/com_object.h"
+#include "python/src/deferred.h"
 #include "python/src/event_sink.h"
 #include "python/src/failure.h"
-#include "python/src/interrupts.h"
 #include "python/src/loop.h"
 
 namespace py = pybind11;
