@@ -16,6 +16,7 @@ kin, or from a loop of its own that watches fileno(); asyncio programs use kestr
 """
 
 from . import aio, enumerations, records
+from ._constants import constants
 from ._errors import NoticeWarning, ServerWarning, com_error
 from ._events import DispatchWithEvents, WithEvents
 from ._kestrine import early_wake, set_early_wake
@@ -23,7 +24,6 @@ from ._loop import PostQuitMessage, PumpEvents, PumpMessages, PumpWaitingMessage
 from ._object import Dispatch, Object
 from ._points import points
 from ._simulator import Simulator
-from ._types import constants
 from .enumerations import *
 
 set_early_wake(True)

@@ -14,11 +14,12 @@ import weakref
 from typing import TYPE_CHECKING, Any, NamedTuple
 
 from . import _kestrine
+from ._constants import constants
 from ._errors import com_error
 from ._events import connect
 from ._object import Object
 from ._tables import CALLS
-from ._types import CONVERTERS, constants
+from ._types import CONVERTERS
 
 if TYPE_CHECKING:
     from ._interfaces import AwaitableCommands, ILTConnect2

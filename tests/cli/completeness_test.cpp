@@ -24,7 +24,7 @@ std::string missing(const Reception& reception, const Expectation& expectation, 
 
 constexpr Reception kAll{.announced = 2, .announced_points = 10, .packets = 2, .points = 10, .bytes = 456};
 
-TEST(Completeness, is_told_only_of_what_was_looked_at) {
+TEST(Completeness, is_stated_only_of_what_was_looked_at) {
   const auto points = row_of(10);
   const struct {
     Expectation expectation;

@@ -52,7 +52,7 @@ class RegistrationTest(unittest.TestCase):
         (self.folder / "copy.so").unlink()
         self.assertEqual(self.run_tool("classes").count("copy.so (missing)\n"), 6)
 
-    def test_failures_are_told_in_one_line(self):
+    def test_failures_are_one_line_each(self):
         text = self.folder / "text.so"
         text.write_text("no library")
         damaged = self.file("system")

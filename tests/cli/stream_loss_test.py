@@ -118,14 +118,14 @@ class StreamLossTest(ToolCase):
                 self.assertRegex(run.stdout, rf"received +nothing\n{missing}\n\Z")
                 self.assertEqual(list(self.folder.iterdir()), [])
 
-    def test_what_comes_after_the_word_that_all_is_measured_still_counts(self):
+    def test_what_comes_after_the_count_is_said_to_be_reached_still_counts(self):
         for arguments, types in ((["--mode", "sphere-center"], CENTERS), (["--count", "1000"], BLOCKS)):
             with self.subTest(arguments):
                 run = self.stream(*arguments, types=types, count_reached_first=True)
                 self.assertEqual((run.returncode, run.stderr), (0, ""))
                 self.assertRegex(run.stdout, r"missing +none\n")
 
-    def test_a_server_that_goes_away_is_told_and_what_it_owes_is_missing(self):
+    def test_a_server_that_goes_away_is_named_and_what_it_owes_is_missing(self):
         for arguments, shown, missing in (
             (["--count", "100000"], "[1-9]\\d* of 100000 points ", r"\d+ of 100000 points asked for"),
             (["--duration", "3600"], "[1-9]\\d* points ", r"everything after \d+\.\d+ s"),
