@@ -19,7 +19,6 @@ class Panel {
 
   Spot at(double x, double y) const;
   double pixels_per_unit() const { return box_.width / x_.span(); }
-  const Box& box() const { return box_; }
 
   void draw_frame(Svg& svg, std::string_view x_name, std::string_view y_name) const;
   void draw_zero_line(Svg& svg) const;

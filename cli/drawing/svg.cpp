@@ -70,10 +70,8 @@ void Svg::circle(Spot centre, double radius, std::string_view css) {
            attribute("class", css) + "/>\n";
 }
 
-void Svg::rectangle(const Box& box, std::string_view css, double corner) {
-  body_ += "<rect" + box_attributes(box) + attribute("class", css);
-  if (corner > 0) body_ += attribute("rx", corner);
-  body_ += "/>\n";
+void Svg::rectangle(const Box& box, std::string_view css) {
+  body_ += "<rect" + box_attributes(box) + attribute("class", css) + "/>\n";
 }
 
 void Svg::cross(Spot centre, double reach, std::string_view css) {

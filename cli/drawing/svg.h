@@ -27,7 +27,7 @@ class Svg {
   void line(Spot from, Spot to, std::string_view css);
   void polyline(const std::vector<Spot>& spots, std::string_view css);
   void circle(Spot centre, double radius, std::string_view css);
-  void rectangle(const Box& box, std::string_view css, double corner = 0);
+  void rectangle(const Box& box, std::string_view css);
   void cross(Spot centre, double reach, std::string_view css);
   // One path for many small squares: a fraction of the size of as many elements.
   void dots(const std::vector<Spot>& spots, double size, std::string_view css);

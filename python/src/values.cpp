@@ -18,10 +18,14 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::numeric_limits<std::int32_t>::max();
 
+// What the interpreter has made, or its exception.
+py::object checked(PyObject* made) {
+  if (made == nullptr) throw py::error_already_set();
+  return py::reinterpret_steal<py::object>(made);
+}
+
 BSTR to_text(const py::handle& value) {
-  const auto utf16 =
-      py::reinterpret_steal<py::bytes>(PyUnicode_AsEncodedString(value.ptr(), "utf-16-le", "surrogatepass"));
-  if (!utf16) throw py::error_already_set();
+  const py::bytes utf16 = checked(PyUnicode_AsEncodedString(value.ptr(), "utf-16-le", "surrogatepass"));
   const std::string_view bytes = utf16;
   if (bytes.size() > kMostBytes) raise_com_error(DISP_E_OVERFLOW);
   BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(bytes.size() / sizeof(OLECHAR)));
@@ -32,16 +36,13 @@ BSTR to_text(const py::handle& value) {
 
 py::object from_text(BSTR text) {
   int little_endian = -1;
-  PyObject* made =
-      PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(text),
-                            static_cast<Py_ssize_t>(SysStringLen(text) * sizeof(OLECHAR)), "replace", &little_endian);
-  if (made == nullptr) throw py::error_already_set();
-  return py::reinterpret_steal<py::object>(made);
+  return checked(PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(text),
+                                       static_cast<Py_ssize_t>(SysStringLen(text) * sizeof(OLECHAR)), "replace",
+                                       &little_endian));
 }
 
 void put_integer(const py::handle& value, VARIANT& variant) {
-  const auto number = py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr()));
-  if (!number) throw py::error_already_set();
+  const py::object number = checked(PyNumber_Index(value.ptr()));
   variant.llVal = PyLong_AsLongLong(number.ptr());
   if (PyErr_Occurred() != nullptr) {
     PyErr_Clear();
@@ -78,8 +79,7 @@ py::object from_array(SAFEARRAY* array) {
   require(SafeArrayAccessData(array, &data));
   PyObject* made = PyBytes_FromStringAndSize(static_cast<const char*>(data), high - low + 1);
   SafeArrayUnaccessData(array);
-  if (made == nullptr) throw py::error_already_set();
-  return py::reinterpret_steal<py::object>(made);
+  return checked(made);
 }
 
 py::object from_number(long long number, const py::object& convert) {
