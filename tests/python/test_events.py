@@ -6,19 +6,11 @@ import sys
 import weakref
 
 import pytest
-from peer import COMMAND, ERROR, SCHEMA, TYPES, answer, code_of, filled, packet, status_change
+from peer import COMMAND, ERROR, SCHEMA, TYPES, Log, answer, code_of, filled, packet, status_change
 
 import kestrine
 
 READY = kestrine.constants.VL_SSC_MeasStatus_Ready
-
-
-class Log:
-    def __init__(self):
-        self.heard = []
-
-    def OnStatusChangeEvent(self, statusChange):
-        self.heard.append(statusChange)
 
 
 def recorder(events):

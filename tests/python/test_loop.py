@@ -7,19 +7,11 @@ import threading
 import time
 
 import pytest
-from peer import answer, code_of, status_change
+from peer import Log, answer, code_of, status_change
 
 import kestrine
 
 READY = kestrine.constants.VL_SSC_MeasStatus_Ready
-
-
-class Log:
-    def __init__(self):
-        self.heard = []
-
-    def OnStatusChangeEvent(self, change):
-        self.heard.append(change)
 
 
 def test_ctrl_c_ends_a_waiting_call_and_the_object_stays_usable(early_wake, tracker, peer):
