@@ -10,7 +10,7 @@ namespace kestrine::bench {
 namespace {
 
 Pointer<ILTConnect2> second_generation() {
-  host::set_message_box_hook([](const auto&, const auto&, auto) {});  // the other benches use the first one
+  host::set_message_box_hook([](const auto&, const auto&, auto) {});  // it warns: the other benches use the first one
   return create<ILTConnect2>(CLSID_LTConnect2);
 }
 

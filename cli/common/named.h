@@ -10,7 +10,7 @@
 
 namespace kestrine::cli {
 
-// Throws Failure, with `what` a row is, for a name that is none.
+// Throws Failure when no row has that name; `what` says in its text what a row is.
 const auto& find_named(const auto& table, std::string_view name, const std::string& what) {
   const auto found = std::find_if(table.begin(), table.end(), [&](const auto& row) { return row.name == name; });
   if (found == table.end()) throw Failure("no such " + what + ": " + std::string(name));

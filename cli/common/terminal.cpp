@@ -30,7 +30,7 @@ void print_error(std::string text) {
 void watch_for_stop() {
   struct sigaction action {};
   action.sa_handler = [](int) { asked = true; };
-  // Waits must end when it comes, so nothing is restarted; and a user who asks twice is not to be kept waiting.
+  // No SA_RESTART, so that waits end; and the second signal ends the process.
   action.sa_flags = static_cast<int>(SA_RESETHAND);
   sigemptyset(&action.sa_mask);
   sigaction(SIGINT, &action, nullptr);

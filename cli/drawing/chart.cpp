@@ -71,7 +71,7 @@ void draw_cloud(Svg& svg, const std::vector<Spot>& spots) {
   }
 }
 
-// One around the single point for each standard deviation, as its covariance bends them.
+// The ellipses of one, two and three standard deviations around the single point, from its covariance.
 void draw_sigmas(Svg& svg, const Figure& figure, const Panel& panel) {
   const Point& point = figure.measurement.points.front();
   const auto& unit = *figure.measurement.unit;
@@ -93,7 +93,7 @@ void draw_sigmas(Svg& svg, const Figure& figure, const Panel& panel) {
   svg.circle(panel.at(0, 0), 3.5, coloured("dot", 0));
 }
 
-// Where the points were taken matters when they follow the way.
+// Single points are marked where the way of the target, not the clock, decided when they were taken.
 void draw_path(Svg& svg, const Figure& figure, const std::vector<Spot>& spots) {
   svg.polyline(thinned_path(spots), coloured(figure.measurement.spaced ? "line thin" : "line", 0));
   if (figure.measurement.spaced) svg.dots(thinned_cloud(spots), 4, coloured("dot", 0));

@@ -25,7 +25,7 @@ class Column {
     svg_.text({right_, y_}, "value right", with_minus(value));
     y_ += kLineHeight;
   }
-  // Names a thing in the picture; returns the middle of the room for its sample, 24 wide.
+  // One line of the legend; returns the middle of the space for its sample, which is 24 pixels wide.
   Spot legend(std::string_view words) {
     svg_.text({left_ + 34, y_}, "key", words);
     const Spot sample{left_ + 12, y_ - 4};

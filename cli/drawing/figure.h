@@ -30,7 +30,7 @@ struct Series {
   std::vector<double> values;
 };
 
-// Things of one unit, to be drawn together over the points' time. A series that is shorter lacks the first points.
+// Series of one unit, to be drawn together over the points' time. A series that is shorter lacks the first points.
 struct Curves {
   std::string heading;
   std::string quantity;  // on the axis, before its unit

@@ -24,7 +24,7 @@ struct Expectation {
   double seconds = 0;          // from each point to the next
   double distance = 0;         // likewise, in the unit of the points
   Vector cell{};               // sides of a grid's cells, likewise; an axis of 0 does not count
-  double fastest_seconds = 0;  // in which the tracker can measure a next point; with a distance or cells
+  double fastest_seconds = 0;  // in which the tracker can measure the next point; only for a distance or cells
   bool cut_short = false;      // more should have come: neither the user nor what was asked for ended it
 };
 
@@ -32,12 +32,12 @@ struct Completeness {
   Reception reception;
   std::vector<std::string> missing;  // each a thing that is missing, in words
   std::vector<std::string> checked;  // what was looked at and found whole
-  std::string verdict;               // when nothing is: what that says, in words, and which loss would not have shown
+  std::string verdict;               // when nothing is missing: how sure that is, and which loss would not show
 };
 
 Completeness check_completeness(const Reception& reception, const Expectation& expectation,
                                 std::span<const Point> points, const LengthUnit& unit);
-// Of a measurement that brings a single point, unless it was `given_up` before there could be one.
+// For a measurement of a single point; none is expected when it was `given_up` early.
 Completeness check_centre(const Reception& reception, bool given_up);
 
 }  // namespace kestrine::cli

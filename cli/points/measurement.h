@@ -39,7 +39,7 @@ struct Attitude {
   std::int32_t trigger = 0;  // 1 while the probe's button is pressed
 };
 
-// Positions that are no numbers, or lie farther off than any tracker sees in any unit, are none.
+// Coordinates that are not numbers, or farther off than a tracker measures in any unit, are no position.
 constexpr double kFarthestPosition = 1e12;
 
 inline bool has_position(const Point& point) {

@@ -14,8 +14,8 @@ struct StreamBlock {
   std::vector<Attitude> attitudes;  // one for each point of the probe, none otherwise
 };
 
-// Throws Failure for a packet that is none of these or that does not hold the points it announces, or whose points
-// have no positions.
+// Throws Failure for any other packet, for one that does not hold the points it announces, and for points without a
+// position.
 StreamBlock read_stream_block(std::span<const std::uint8_t> packet);
 
 }  // namespace kestrine::cli

@@ -54,7 +54,7 @@ void StreamSession::prepare() {
   ask_for_unsolicited_messages();
 }
 
-// That it has measured all that it was asked for, a tracker tells only those who want its unsolicited messages.
+// Only who asks for unsolicited messages is sent the one that all points have been measured.
 void StreamSession::ask_for_unsolicited_messages() {
   call(VL_C_GetSystemSettings, commands_->GetSystemSettings());
   if (events_->system_settings.bSendUnsolicitedMessages != 0) return;
@@ -84,7 +84,7 @@ HRESULT StreamSession::set_unsolicited_messages(bool wanted) {
 void StreamSession::set_mode(const StreamOptions& options) {
   const auto statistics = options.common.extended ? VL_SM_Extended : VL_SM_Standard;
   call(VL_C_SetStatisticMode, commands_->SetStatisticMode(statistics, statistics));
-  // The camera sees the probe only while it is not used to look around.
+  // The camera measures the probe only in this mode, not while it shows an overview.
   if (options.probe) {
     call(VL_C_SetMeasurementCameraMode, commands_->SetMeasurementCameraMode(VL_MCM_Measure));
   }
@@ -93,7 +93,7 @@ void StreamSession::set_mode(const StreamOptions& options) {
   set_spacing(options);
 }
 
-// A mode of the probe has the parameters of its like for a reflector.
+// The probe's modes take the parameters of the modes for a reflector.
 void StreamSession::set_spacing(const StreamOptions& options) {
   const auto count = static_cast<std::int32_t>(options.count);
   const VARIANT_BOOL fixed = options.radius > 0 ? VARIANT_TRUE : VARIANT_FALSE;

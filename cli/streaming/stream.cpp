@@ -15,11 +15,11 @@ namespace kestrine::cli {
 namespace {
 
 constexpr std::chrono::milliseconds kSlice{50};
-// Points by the clock that stay away for so long, and for so many of their own steps, will not come any more. A target
-// that is measured by its way may rest as long as it likes, until the tracker says that it has all.
+// A stream by time without a new point for both of these has broken off. One by distance or by a grid may rest as long
+// as its target does.
 constexpr double kLongestSilence = 5;  // seconds
 constexpr double kLongestSilenceSteps = 3;
-constexpr double kLongestRest = 2;  // seconds, for what is on its way when the tracker says so
+constexpr double kLongestRest = 2;  // seconds, for the points still on their way once the count is reached
 
 enum class Ending {
   kComplete,    // all that was asked for came

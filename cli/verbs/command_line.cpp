@@ -8,14 +8,14 @@ namespace {
 
 constexpr std::size_t kColumn = 28;
 
-// An option's line says what it takes and its default; ranges and what excludes what are said when it goes wrong.
+// An option's line shows its type and its default; ranges, and which options exclude which, are left to error messages.
 class HelpFormatter : public CLI::Formatter {
  public:
   HelpFormatter() { column_width(kColumn); }
 
   std::string make_option_opts(const CLI::Option* option) const override {
     if (option->get_type_size() == 0) return {};
-    const std::string type = option->get_type_name();  // and what it is checked for, after a colon
+    const std::string type = option->get_type_name();  // followed by its checks, after a colon
     return " " + type.substr(0, type.find(':'));
   }
 

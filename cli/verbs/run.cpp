@@ -35,7 +35,7 @@ std::exception_ptr collect(const CommonOptions& options, const Task& task, std::
 }
 
 // For a user who has stopped the measurement.
-std::string farewell(const Measurement& measurement) {
+std::string stopped_text(const Measurement& measurement) {
   const auto& points = measurement.points;
   if (measurement.kind == Kind::kCentre) {
     return points.empty() ? "stopped before there was a centre"
@@ -62,7 +62,7 @@ Outcome run(const CommonOptions& options, Kind kind, const Task& task) {
   task.summarise(out, measurement);
   if (!measurement.points.empty()) files.write(out, measurement);
   if (failure) std::rethrow_exception(failure);
-  if (stopped) out << farewell(measurement) << std::endl;
+  if (stopped) out << stopped_text(measurement) << std::endl;
   if (!stopped && measurement.points.empty()) throw Failure("the tracker sent no points");
   if (!options.quiet && !out) throw Failure("cannot write to standard output");
   return stopped ? Outcome::kStopped : Outcome::kComplete;

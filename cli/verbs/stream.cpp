@@ -142,7 +142,7 @@ void add_stream(CLI::App& application, Command& chosen) {
       {add("--radius", options.radius, "Known radius of the sphere or circle (centers; default: it is found)", "LENGTH")
            ->check(number_between(1e-6, kFarthest)),
        [](const StreamMode& m) { return m.is_centre; }}};
-  // Results of the probe always have them.
+  // The probe's results always have deviations and covariances.
   add_unit_options(*command, options.common)->excludes(probe);
   add_output_options(*command, options.common);
   command->final_callback([&chosen, owned, mode, cell, mode_options] {

@@ -93,7 +93,7 @@ void EventConnection::close() {
   if (home_ == std::this_thread::get_id()) {
     point->Unadvise(cookie_);
   } else {
-    release_on(home_, point.detach());  // its handlers have gone, so the sink hears nothing
+    release_on(home_, point.detach());  // its handlers have gone, so it does nothing until then
   }
 }
 

@@ -15,7 +15,7 @@ namespace kestrine::python {
 
 class ComObject;
 
-// What hears an event: `method` gives the handler or, when its owner has gone, None.
+// The handler of an event: `method` returns it or, when its owner has gone, None.
 struct Handler {
   pybind11::object method;
   std::vector<pybind11::object> converters;  // one for each argument
@@ -25,7 +25,7 @@ struct Handler {
 // unraisable, save what is to end the program, which is raised once the library has returned.
 class EventSink final : public Sink {
  public:
-  // `handlers` by dispatch identifier; an empty method for events that nobody wants to hear of.
+  // `handlers` by dispatch identifier; an empty method for events without a handler.
   EventSink(const GUID& events, std::vector<Handler> handlers)
       : Sink(events_, events_, {}), events_(events), handlers_(std::move(handlers)) {}
 
@@ -42,7 +42,7 @@ class EventSink final : public Sink {
 // A sink's connection to an object, until close() or its end.
 class EventConnection {
  public:
-  // `handlers` maps the names of events to what gives the handler.
+  // `handlers` maps the names of events to functions that return the handler, or None.
   EventConnection(const ComObject& source, const pybind11::dict& handlers, const pybind11::dict& converters);
   ~EventConnection() { close(); }
   EventConnection(const EventConnection&) = delete;
