@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
 
 #include "cli/common/failure.h"
+#include "cli/output/point_files.h"
 #include "kestrine/records.h"
+#include "points.h"
 
 namespace kestrine::cli {
 namespace {
@@ -25,54 +28,42 @@ std::vector<std::uint8_t> block_of(VL_DataType type, const std::vector<Element>&
   return bytes;
 }
 
-TEST(StreamBlocks, give_their_points_in_order_with_the_trackers_time) {
-  const std::vector<MeasValueT> values{{VL_MS_AllOK, 12, 250000, 1, 2, 3}, {VL_MS_SpeedWarning, 13, 1, 4, 5, 6}};
-  const auto [points, attitudes] = read_stream_block(block_of<MultiMeasResultT>(VL_DT_MultiMeasResult, values, 2));
-  ASSERT_EQ(points.size(), 2u);
-  EXPECT_TRUE(attitudes.empty());
-  EXPECT_DOUBLE_EQ(points[0].seconds, 12.25);
-  EXPECT_EQ(points[0].position, (Vector{1, 2, 3}));
-  EXPECT_EQ(points[0].temperature, 21);
-  EXPECT_DOUBLE_EQ(points[1].seconds, 13.000001);
-  EXPECT_EQ(points[1].position, (Vector{4, 5, 6}));
-  EXPECT_EQ(points[1].status, VL_MS_SpeedWarning);
+// All figures of all points, one row each.
+std::string rows_of(const std::vector<std::uint8_t>& packet) {
+  const auto [points, attitudes] = read_stream_block(packet);
+  auto measurement = measurement_of(Kind::kStream, points);
+  measurement.extended = true;
+  measurement.attitudes = attitudes;
+  std::ostringstream text;
+  write_csv(text, measurement);
+  return text.str().substr(text.str().find('\n') + 1);
 }
 
-TEST(StreamBlocks, of_the_second_layout_bring_deviations_and_covariances) {
-  const std::vector<MeasValue2T> values{{VL_MS_AllOK, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}};
-  const auto points = read_stream_block(block_of<MultiMeasResult2T>(VL_DT_MultiMeasResult2, values, 1)).points;
-  ASSERT_EQ(points.size(), 1u);
-  EXPECT_EQ(points[0].deviation, (Vector{4, 5, 6}));
-  EXPECT_EQ(points[0].deviation_total, 7);
-  EXPECT_EQ(points[0].covariance, (Vector{8, 9, 10}));
-}
-
-TEST(StreamBlocks, of_the_probe_bring_its_attitude) {
-  ProbeMeasValueT value{};
-  value.triggerStatus = VL_TS_TriggerPressed;
-  value.lRotationStatus = 4;
-  value.lTime1 = 7;
-  value.dPosition3 = 3;
-  value.dCovarPosition23 = 23;
-  value.dQuaternion0 = 1;
-  value.dQuaternion3 = 0.25;
-  value.dRotationAngleY = -90;
-  value.dStdDevRotationAngleZ = 0.01;
-  value.dStdDevRotationAngleTotal = 0.02;
-  const auto [points, attitudes] = read_stream_block(block_of<ProbeContinuousResultT>(
-      VL_DT_ContinuousProbeMeasResult, std::vector<ProbeMeasValueT>{ProbeMeasValueT{}, value}, 2));
-  ASSERT_EQ(points.size(), 2u);
-  ASSERT_EQ(attitudes.size(), 2u);
-  EXPECT_EQ(points[1].seconds, 7);
-  EXPECT_EQ(points[1].position, (Vector{0, 0, 3}));
-  EXPECT_EQ(points[1].covariance, (Vector{0, 0, 23}));
-  EXPECT_EQ(points[1].temperature, 21);
-  EXPECT_EQ(attitudes[1].quaternion, (std::array<double, 4>{1, 0, 0, 0.25}));
-  EXPECT_EQ(attitudes[1].angles, (Vector{0, -90, 0}));
-  EXPECT_EQ(attitudes[1].deviation, (Vector{0, 0, 0.01}));
-  EXPECT_EQ(attitudes[1].deviation_total, 0.02);
-  EXPECT_EQ(attitudes[1].rotation_status, 4);
-  EXPECT_EQ(attitudes[1].trigger, 1);
+TEST(StreamBlocks, give_all_figures_of_their_points_in_order_with_the_trackers_time) {
+  const std::vector<MeasValueT> first{{VL_MS_AllOK, 12, 250000, 1, 2, 3}, {VL_MS_SpeedWarning, 13, 1, 4, 5, 6}};
+  EXPECT_EQ(rows_of(block_of<MultiMeasResultT>(VL_DT_MultiMeasResult, first, 2)),
+            "1,12.25,1,2,3,0,0,0,0,0,0,0,21,0,0,0\n2,13.000001,4,5,6,0,0,0,0,0,0,0,21,0,0,1\n");
+  const std::vector<MeasValue2T> second{{VL_MS_AllOK, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}};
+  EXPECT_EQ(rows_of(block_of<MultiMeasResult2T>(VL_DT_MultiMeasResult2, second, 1)),
+            "1,0,1,2,3,4,5,6,7,8,9,10,21,0,0,0\n");
+  const std::vector<ProbeMeasValueT> probe{{}, {VL_MS_AllOK, VL_TS_TriggerPressed,
+                                                4,           7,
+                                                0,           1,
+                                                2,           3,
+                                                4,           5,
+                                                6,           7,
+                                                8,           9,
+                                                10,          11,
+                                                12,          13,
+                                                14,          15,
+                                                16,          17,
+                                                18,          19,
+                                                20,          21,
+                                                22,          23,
+                                                24}};
+  EXPECT_EQ(rows_of(block_of<ProbeContinuousResultT>(VL_DT_ContinuousProbeMeasResult, probe, 2)),
+            "1,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,21,0,0,0\n"
+            "2,7,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,4,1,21,0,0,0\n");
 }
 
 TEST(StreamBlocks, that_hold_less_than_they_announce_or_something_else_are_refused) {
