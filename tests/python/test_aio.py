@@ -25,8 +25,8 @@ def test_calls_end_with_what_their_events_bring(early_wake, connection, peer, di
 
     async def work(tracker):
         return await asyncio.gather(tracker.getunits(), tracker.ReleaseMotors(), tracker.GetTemperatureRange())
-    got, nothing, one = run(connection, work)
-    assert got[0] == values["unitsSettings.lenUnitType"] and len(got) == 5
+    told, nothing, one = run(connection, work)
+    assert told[0] == values["unitsSettings.lenUnitType"] and len(told) == 5
     assert nothing is None and isinstance(one, kestrine.VL_TrackerTemperatureRange)
 
 
@@ -34,8 +34,8 @@ def test_calls_end_with_what_their_events_bring(early_wake, connection, peer, di
 def test_a_series_is_a_list(connection, peer, dice, count):
     items = [filled(SCHEMA.records.all["GetReflectorsRT"], dice, COMMAND, 42, 0, count) for _ in range(count)]
     peer.reply = lambda request: b"".join(packet for packet, _ in items)
-    got = run(connection, lambda tracker: tracker.GetReflectors())
-    assert [item[1] for item in got] == [values["cReflectorName"] for _, values in items]
+    told = run(connection, lambda tracker: tracker.GetReflectors())
+    assert [item[1] for item in told] == [values["cReflectorName"] for _, values in items]
 
 
 def test_a_refusal_raises_in_the_call_it_belongs_to(connection, peer):
@@ -66,8 +66,8 @@ def test_events_are_a_stream_that_ends_with_the_tracker(connection, peer):
                 events = tracker.events()
                 await tracker.Park()
             return [event async for event in events]
-    got = asyncio.run(main())
-    assert got[0] == ("StatusChangeEvent", (READY,)) and got[1].name == "CommandCompletedData"
+    told = asyncio.run(main())
+    assert told[0] == ("StatusChangeEvent", (READY,)) and told[1].name == "CommandCompletedData"
 
 
 def test_a_measurement_with_the_simulator():
