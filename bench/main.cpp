@@ -77,13 +77,10 @@ class RatioReporter final : public benchmark::ConsoleReporter {
 int main(int argc, char** argv) {
   kestrine::bench::pin_to_one_core();
   std::vector<char*> arguments(argv, argv + argc);
-  std::string interleaved = "--benchmark_enable_random_interleaving=true";
-  std::string repetitions = "--benchmark_repetitions=25";
-  std::string aggregates = "--benchmark_report_aggregates_only=true";
-  std::string shortest = "--benchmark_min_time=0.05";
-  for (std::string* option : {&interleaved, &repetitions, &aggregates, &shortest}) {
-    arguments.insert(arguments.begin() + 1, option->data());  // before the caller's own, which win
-  }
+  std::string options[] = {"--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=25",
+                           "--benchmark_report_aggregates_only=true", "--benchmark_min_time=0.05"};
+  // Before the caller's own, which win.
+  for (std::string& option : options) arguments.insert(arguments.begin() + 1, option.data());
   auto count = static_cast<int>(arguments.size());
   benchmark::Initialize(&count, arguments.data());
   if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;

@@ -36,15 +36,12 @@ class NormalEquations {
   Eigen::Vector3d right_ = Eigen::Vector3d::Zero();
 };
 
-struct Planar {
-  double x;
-  double y;
-};
+using Planar = Eigen::Vector2d;
 
 // The circle whose equation x² + y² = 2ax + 2by + c fits best: close, and found in one step.
 std::optional<Circle> algebraic_circle(const std::vector<Planar>& points) {
   NormalEquations equations;
-  for (const auto& p : points) equations.add({p.x, p.y, 1}, p.x * p.x + p.y * p.y);
+  for (const auto& p : points) equations.add({p.x(), p.y(), 1}, p.squaredNorm());
   const auto solution = equations.solve();
   if (!solution) return std::nullopt;
   Circle circle;
@@ -59,11 +56,10 @@ bool refine(Circle& circle, const std::vector<Planar>& points) {
   for (int step = 0; step < kMostSteps; ++step) {
     NormalEquations equations;
     for (const auto& p : points) {
-      const double dx = p.x - circle.x;
-      const double dy = p.y - circle.y;
-      const double distance = std::hypot(dx, dy);
+      const Planar off = p - Planar(circle.x, circle.y);
+      const double distance = off.norm();
       if (distance == 0) return false;
-      equations.add({dx / distance, dy / distance, 1}, distance - circle.radius);
+      equations.add({off.x() / distance, off.y() / distance, 1}, distance - circle.radius);
     }
     const auto change = equations.solve();
     if (!change) return false;
@@ -79,7 +75,7 @@ bool refine(Circle& circle, const std::vector<Planar>& points) {
 double covered_arc(const Circle& circle, const std::vector<Planar>& points) {
   std::vector<double> angles;
   angles.reserve(points.size());
-  for (const auto& p : points) angles.push_back(std::atan2(p.y - circle.y, p.x - circle.x));
+  for (const auto& p : points) angles.push_back(std::atan2(p.y() - circle.y, p.x() - circle.x));
   std::sort(angles.begin(), angles.end());
   double gap = angles.front() + 2 * std::numbers::pi - angles.back();
   for (std::size_t i = 1; i < angles.size(); ++i) gap = std::max(gap, angles[i] - angles[i - 1]);
@@ -136,14 +132,14 @@ std::optional<Circle> fit_circle(std::span<const Point> points) {
   std::vector<Planar> planar;
   planar.reserve(points.size());
   for (const auto& point : points) {
-    planar.push_back({(point.position[0] - summary.mean[0]) / scale, (point.position[1] - summary.mean[1]) / scale});
+    planar.emplace_back((point.position[0] - summary.mean[0]) / scale, (point.position[1] - summary.mean[1]) / scale);
   }
   auto circle = algebraic_circle(planar);
   if (!circle || !std::isfinite(circle->radius) || !refine(*circle, planar)) return std::nullopt;
 
   double squares = 0;
   for (const auto& p : planar) {
-    const double off = std::hypot(p.x - circle->x, p.y - circle->y) - circle->radius;
+    const double off = (p - Planar(circle->x, circle->y)).norm() - circle->radius;
     squares += off * off;
   }
   circle->rms = std::sqrt(squares / static_cast<double>(planar.size()));

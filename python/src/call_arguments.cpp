@@ -11,12 +11,6 @@ namespace py = pybind11;
 namespace kestrine::python {
 namespace {
 
-VARIANT empty() {
-  VARIANT variant;
-  VariantInit(&variant);
-  return variant;
-}
-
 // Names are looked up by the object, which knows them in any case of letters.
 DISPID id_of_argument(IDispatch& object, const Member& member, const py::handle& name) {
   Text member_name(member.name), argument(py::cast<std::string>(name));
@@ -29,7 +23,7 @@ DISPID id_of_argument(IDispatch& object, const Member& member, const py::handle&
 
 }  // namespace
 
-CallArguments::CallArguments(const Member& member) : member_(member), held_(member.parameters.size(), empty()) {}
+CallArguments::CallArguments(const Member& member) : member_(member), held_(member.parameters.size()) {}
 
 CallArguments::~CallArguments() {
   for (VARIANT& argument : arguments_) VariantClear(&argument);
@@ -53,7 +47,7 @@ void CallArguments::bind_positional(const py::tuple& positional) {
   std::size_t next = 0;
   const auto take_next = [&] {
     const auto place = static_cast<std::size_t>(inputs[next]);
-    arguments_.push_back(empty());
+    arguments_.emplace_back();
     to_variant(positional[next++], member_.parameters[place], arguments_.back());
   };
   if (positional.size() < inputs.size()) {
@@ -62,7 +56,7 @@ void CallArguments::bind_positional(const py::tuple& positional) {
     for (std::size_t i = 0; i < member_.parameters.size(); ++i) {
       member_.parameters[i].out ? arguments_.push_back(reference_to(i)) : take_next();
     }
-    arguments_.resize(arguments_.size() + positional.size() - inputs.size(), empty());
+    arguments_.resize(arguments_.size() + positional.size() - inputs.size());
   }
   std::ranges::reverse(arguments_);
 }
@@ -80,13 +74,13 @@ void CallArguments::bind_named(IDispatch& object, const py::tuple& positional, c
 
 void CallArguments::add_named(DISPID id, const py::handle& value) {
   const auto place = static_cast<std::size_t>(std::max(id, 0));
-  arguments_.push_back(empty());
+  arguments_.emplace_back();
   to_variant(value, member_.parameters[std::min(place, member_.parameters.size() - 1)], arguments_.back());
   ids_.push_back(id);
 }
 
 VARIANT CallArguments::reference_to(std::size_t place) {
-  VARIANT reference = empty();
+  VARIANT reference{};
   reference.vt = VT_BYREF | VT_VARIANT;
   reference.pvarVal = &held_[place];
   return reference;
