@@ -6,8 +6,7 @@
 #include <tuple>
 #include <vector>
 
-#include "kestrine/continuous.h"
-#include "kestrine/kestrine.h"
+#include "bench/packets.h"
 
 namespace kestrine::bench {
 namespace {
@@ -18,22 +17,12 @@ constexpr std::size_t kPoints = kElements * kBlocks;
 using Points = ContinuousLayout<MultiMeasResultT>;
 constexpr std::size_t kBlock = Points::first + kElements * Points::size;
 
-template <class Packet>
-std::vector<std::uint8_t> block_of(std::size_t elements = kElements) {
-  using Layout = ContinuousLayout<Packet>;
-  std::vector<std::uint8_t> bytes(Layout::first + elements * Layout::size);
-  wire::store_i32(bytes.data(), static_cast<std::int32_t>(bytes.size()));
-  wire::store_i32(&bytes[4], Layout::type);
-  wire::store_i32(&bytes[Layout::count], static_cast<std::int32_t>(elements));
-  return bytes;
-}
-
 // --- One element a call
 
 // The fields as a program without the library would take them: one load each.
 template <class Packet>
 void loads(benchmark::State& state) {
-  const std::vector<std::uint8_t> bytes = block_of<Packet>();
+  const std::vector<std::uint8_t> bytes = block_of<Packet>(kElements);
   for (auto _ : state) {
     for (std::size_t i = 0; i < kElements; ++i) {
       auto element = read_element<Packet>(bytes.data(), i);
@@ -42,42 +31,10 @@ void loads(benchmark::State& state) {
   }
 }
 
-template <class Packet, class... Outputs>
-void calls(benchmark::State& state, HRESULT (ILTConnect::*reader)(VARIANT*, std::int32_t, Outputs*...)) {
-  const std::vector<std::uint8_t> bytes = block_of<Packet>();
+template <class Packet, auto Reader>
+void calls(benchmark::State& state) {
   const auto connection = create<ILTConnect>(CLSID_LTConnect);
-  VARIANT data{};
-  data.vt = VT_ARRAY | VT_UI1;
-  data.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
-  std::memcpy(data.parray->pvData, bytes.data(), bytes.size());
-  std::tuple<Outputs...> outputs;
-  const auto read = [&](Outputs&... output) {
-    for (std::size_t i = 0; i < kElements; ++i) {
-      check((connection.get()->*reader)(&data, static_cast<std::int32_t>(i), &output...));
-      benchmark::DoNotOptimize(outputs);
-    }
-  };
-  for (auto _ : state) std::apply(read, outputs);
-  VariantClear(&data);
-}
-
-void BM_PointLoads(benchmark::State& state) {
-  loads<MultiMeasResultT>(state);
-}
-void BM_PointCalls(benchmark::State& state) {
-  calls<MultiMeasResultT>(state, &ILTConnect::ContinuousPointGetAt);
-}
-void BM_Point2Loads(benchmark::State& state) {
-  loads<MultiMeasResult2T>(state);
-}
-void BM_Point2Calls(benchmark::State& state) {
-  calls<MultiMeasResult2T>(state, &ILTConnect::ContinuousPoint2GetAt);
-}
-void BM_ProbeLoads(benchmark::State& state) {
-  loads<ProbeContinuousResultT>(state);
-}
-void BM_ProbeCalls(benchmark::State& state) {
-  calls<ProbeContinuousResultT>(state, &ILTConnect::ContinuousProbeDataGetAt);
+  read_by_calls<Packet>(state, *connection, kElements, Reader);
 }
 
 // --- Whole columns
@@ -85,7 +42,7 @@ void BM_ProbeCalls(benchmark::State& state) {
 // A million points as they arrive, block behind block.
 const std::vector<std::uint8_t>& recording() {
   static const auto bytes = [] {
-    const std::vector<std::uint8_t> block = block_of<MultiMeasResultT>();
+    const std::vector<std::uint8_t> block = block_of<MultiMeasResultT>(kElements);
     std::vector<std::uint8_t> all;
     for (std::size_t i = 0; i < kBlocks; ++i) all.insert(all.end(), block.begin(), block.end());
     return all;
@@ -143,7 +100,7 @@ using ProbeColumns =
             &P::dCovarRotationAngleXY, &P::dCovarRotationAngleXZ, &P::dCovarRotationAngleYZ>;
 
 // The same block over and over, from the cache into the cache.
-template <class Taker, class Packet, std::size_t Elements>
+template <class Packet, class Taker, std::size_t Elements>
 void one_block(benchmark::State& state) {
   const std::vector<std::uint8_t> block = block_of<Packet>(Elements);
   Taker taker(Elements);
@@ -152,22 +109,9 @@ void one_block(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-template <class Taker>
-void BM_PointBlock(benchmark::State& state) {
-  one_block<Taker, MultiMeasResultT, kElements>(state);
-}
-template <class Taker>
-void BM_Point2Block(benchmark::State& state) {
-  one_block<Taker, MultiMeasResult2T, kElements>(state);
-}
-template <class Taker>
-void BM_ProbeBlock(benchmark::State& state) {
-  one_block<Taker, ProbeContinuousResultT, 600>(state);  // for more the buffers of a connection have no room
-}
-
 // Block after block from memory, each into the same arrays.
 template <class Taker>
-void BM_Recording(benchmark::State& state) {
+void recording_read(benchmark::State& state) {
   Taker taker(kElements);
   for (auto _ : state) {
     for (std::size_t i = 0; i < kBlocks; ++i) taker.take({&recording()[i * kBlock], kBlock}, 0);
@@ -177,7 +121,7 @@ void BM_Recording(benchmark::State& state) {
 
 // Blocks that just came, each behind the last in arrays for a million points.
 template <class Taker>
-void BM_Collected(benchmark::State& state) {
+void recording_collected(benchmark::State& state) {
   Taker taker(kPoints);
   for (auto _ : state) {
     for (std::size_t i = 0; i < kBlocks; ++i) taker.take({recording().data(), kBlock}, i * kElements);
@@ -185,22 +129,24 @@ void BM_Collected(benchmark::State& state) {
   }
 }
 
-BENCHMARK(BM_PointLoads);
-BENCHMARK(BM_PointCalls);
-BENCHMARK(BM_Point2Loads);
-BENCHMARK(BM_Point2Calls);
-BENCHMARK(BM_ProbeLoads);
-BENCHMARK(BM_ProbeCalls);
-BENCHMARK(BM_PointBlock<PointCopy>);
-BENCHMARK(BM_PointBlock<PointColumns>);
-BENCHMARK(BM_Point2Block<Point2Copy>);
-BENCHMARK(BM_Point2Block<Point2Columns>);
-BENCHMARK(BM_ProbeBlock<ProbeCopy>);
-BENCHMARK(BM_ProbeBlock<ProbeColumns>);
-BENCHMARK(BM_Recording<PointCopy>);
-BENCHMARK(BM_Recording<PointColumns>);
-BENCHMARK(BM_Collected<PointCopy>);
-BENCHMARK(BM_Collected<PointColumns>);
+constexpr std::size_t kProbeElements = 600;  // for more the buffers of a connection have no room
+
+BENCHMARK(loads<MultiMeasResultT>)->Name("BM_PointLoads");
+BENCHMARK(loads<MultiMeasResult2T>)->Name("BM_Point2Loads");
+BENCHMARK(loads<ProbeContinuousResultT>)->Name("BM_ProbeLoads");
+BENCHMARK(calls<MultiMeasResultT, &ILTConnect::ContinuousPointGetAt>)->Name("BM_PointCalls");
+BENCHMARK(calls<MultiMeasResult2T, &ILTConnect::ContinuousPoint2GetAt>)->Name("BM_Point2Calls");
+BENCHMARK(calls<ProbeContinuousResultT, &ILTConnect::ContinuousProbeDataGetAt>)->Name("BM_ProbeCalls");
+BENCHMARK(one_block<MultiMeasResultT, PointCopy, kElements>)->Name("BM_PointBlockCopy");
+BENCHMARK(one_block<MultiMeasResultT, PointColumns, kElements>)->Name("BM_PointBlockColumns");
+BENCHMARK(one_block<MultiMeasResult2T, Point2Copy, kElements>)->Name("BM_Point2BlockCopy");
+BENCHMARK(one_block<MultiMeasResult2T, Point2Columns, kElements>)->Name("BM_Point2BlockColumns");
+BENCHMARK(one_block<ProbeContinuousResultT, ProbeCopy, kProbeElements>)->Name("BM_ProbeBlockCopy");
+BENCHMARK(one_block<ProbeContinuousResultT, ProbeColumns, kProbeElements>)->Name("BM_ProbeBlockColumns");
+BENCHMARK(recording_read<PointCopy>)->Name("BM_RecordingCopy");
+BENCHMARK(recording_read<PointColumns>)->Name("BM_RecordingColumns");
+BENCHMARK(recording_collected<PointCopy>)->Name("BM_CollectedCopy");
+BENCHMARK(recording_collected<PointColumns>)->Name("BM_CollectedColumns");
 
 }  // namespace
 }  // namespace kestrine::bench

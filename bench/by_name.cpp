@@ -1,19 +1,16 @@
 // Calls by name beside the typed calls of the same members, with names looked up every time as a script does.
 #include <benchmark/benchmark.h>
 
-#include <array>
-#include <cstring>
 #include <string>
 #include <vector>
 
-#include "kestrine/continuous.h"
-#include "kestrine/kestrine.h"
+#include "bench/packets.h"
 
 namespace kestrine::bench {
 namespace {
 
 Pointer<ILTConnect2> second_generation() {
-  host::set_message_box_hook([](const auto&, const auto&, auto) {});  // the other benches use the first one
+  host::set_message_box_hook([](const auto&, const auto&, auto) {});  // it warns: the other benches use the first one
   return create<ILTConnect2>(CLSID_LTConnect2);
 }
 
@@ -71,42 +68,18 @@ void BM_ConstantByName(benchmark::State& state) {
   for (auto _ : state) call.run();
 }
 
-// The members with the most outputs of those that wait for nobody.
-struct ProbeBlock {
-  ProbeBlock() {
-    std::vector<std::uint8_t> bytes(sizeof(ProbeContinuousResultT));
-    wire::store_i32(&bytes[4], VL_DT_ContinuousProbeMeasResult);
-    wire::store_i32(&bytes[ContinuousLayout<ProbeContinuousResultT>::count], 1);
-    data.vt = VT_ARRAY | VT_UI1;
-    data.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
-    std::memcpy(data.parray->pvData, bytes.data(), bytes.size());
-  }
-  ~ProbeBlock() { VariantClear(&data); }
-  VARIANT data{};
-};
-
+// The member with the most outputs of those that wait for nobody.
 void BM_ProbeTyped(benchmark::State& state) {
   const auto connection = second_generation();
-  ProbeBlock block;
-  std::array<double, 24> d{};
-  VL_MeasurementStatus status{};
-  VL_TriggerStatus trigger{};
-  std::array<std::int32_t, 3> n{};
-  for (auto _ : state) {
-    check(connection->ContinuousProbeDataGetAt(&block.data, 0, &status, &trigger, &n[0], &n[1], &n[2], &d[0], &d[1],
-                                               &d[2], &d[3], &d[4], &d[5], &d[6], &d[7], &d[8], &d[9], &d[10], &d[11],
-                                               &d[12], &d[13], &d[14], &d[15], &d[16], &d[17], &d[18], &d[19], &d[20],
-                                               &d[21], &d[22], &d[23]));
-    benchmark::DoNotOptimize(d);
-  }
+  read_by_calls<ProbeContinuousResultT>(state, *connection, 1, &ILTConnect2::ContinuousProbeDataGetAt);
 }
 
 void BM_ProbeByName(benchmark::State& state) {
   const auto connection = second_generation();
-  ProbeBlock block;
+  ByteVariant block(block_of<ProbeContinuousResultT>(1));
   VARIANT data{};
   data.vt = VT_BYREF | VT_VARIANT;
-  data.pvarVal = &block.data;
+  data.pvarVal = &block;
   CallByName call(*connection, u"ContinuousProbeDataGetAt", {data, number(0)}, 29);
   for (auto _ : state) call.run();
 }

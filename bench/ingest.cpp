@@ -11,16 +11,6 @@ namespace {
 constexpr std::size_t kPositions = 20'000;
 constexpr std::size_t kBlocks = 400;
 
-Server& position_server() {
-  static Server instance(position_burst(kPositions));
-  return instance;
-}
-
-Server& block_server() {
-  static Server instance(block_burst(kBlocks));
-  return instance;
-}
-
 class Counter final : public SyncEvents {
  public:
   void ReflectorPositionData(double, double, double) override { ++seen; }
@@ -29,8 +19,18 @@ class Counter final : public SyncEvents {
   std::size_t seen = 0;
 };
 
-void by_hand(benchmark::State& state, Server& server, std::size_t packets) {
-  const int client = connect_to(server.port());
+// The servers stay for all rounds of a bench.
+Server& positions() {
+  static Server instance(position_burst(kPositions));
+  return instance;
+}
+Server& blocks() {
+  static Server instance(block_burst(kBlocks));
+  return instance;
+}
+
+void by_hand(benchmark::State& state, Server& (*server)(), std::size_t packets) {
+  const int client = connect_to(server().port());
   PacketReader reader(client);
   for (auto _ : state) {
     send_request(client, VL_C_StartMeasurement);
@@ -40,8 +40,8 @@ void by_hand(benchmark::State& state, Server& server, std::size_t packets) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(packets));
 }
 
-void to_handler(benchmark::State& state, Server& server, std::size_t packets) {
-  LibraryClient client(server.port(), true);
+void to_handler(benchmark::State& state, Server& (*server)(), std::size_t packets) {
+  LibraryClient client(server().port(), true);
   check(client.sync->SetMeasurementMode(VL_MM_ContinuousTime));
   const auto counter = Pointer<Counter>::adopt(new Counter);
   const Subscription subscription(*client.sync, DIID__ILTCommandSyncEvents, *counter);
@@ -53,23 +53,12 @@ void to_handler(benchmark::State& state, Server& server, std::size_t packets) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(packets));
 }
 
-void BM_PositionsByHand(benchmark::State& state) {
-  by_hand(state, position_server(), kPositions);
-}
-void BM_PositionsToHandler(benchmark::State& state) {
-  to_handler(state, position_server(), kPositions);
-}
-void BM_BlocksByHand(benchmark::State& state) {
-  by_hand(state, block_server(), kBlocks);
-}
-void BM_BlocksToHandler(benchmark::State& state) {
-  to_handler(state, block_server(), kBlocks);
-}
+const auto in_real_time = [](auto* bench) { bench->UseRealTime()->Unit(benchmark::kMillisecond); };
 
-BENCHMARK(BM_PositionsByHand)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_PositionsToHandler)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_BlocksByHand)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_BlocksToHandler)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(by_hand, positions, positions, kPositions)->Name("BM_PositionsByHand")->Apply(in_real_time);
+BENCHMARK_CAPTURE(to_handler, positions, positions, kPositions)->Name("BM_PositionsToHandler")->Apply(in_real_time);
+BENCHMARK_CAPTURE(by_hand, blocks, blocks, kBlocks)->Name("BM_BlocksByHand")->Apply(in_real_time);
+BENCHMARK_CAPTURE(to_handler, blocks, blocks, kBlocks)->Name("BM_BlocksToHandler")->Apply(in_real_time);
 
 }  // namespace
 }  // namespace kestrine::bench

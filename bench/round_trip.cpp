@@ -40,18 +40,10 @@ void round_trips(benchmark::State& state, bool early_wake) {
   for (auto _ : state) check(client.sync->ReleaseMotors());
 }
 
-void BM_RoundTripEarlyWake(benchmark::State& state) {
-  round_trips(state, true);
-}
-
-void BM_RoundTripSlices(benchmark::State& state) {
-  round_trips(state, false);
-}
-
 BENCHMARK(BM_RoundTripRaw)->UseRealTime();
 BENCHMARK(BM_RoundTripByHand)->UseRealTime();
-BENCHMARK(BM_RoundTripEarlyWake)->UseRealTime();
-BENCHMARK(BM_RoundTripSlices)->UseRealTime()->Iterations(20);
+BENCHMARK_CAPTURE(round_trips, early_wake, true)->Name("BM_RoundTripEarlyWake")->UseRealTime();
+BENCHMARK_CAPTURE(round_trips, slices, false)->Name("BM_RoundTripSlices")->UseRealTime()->Iterations(20);
 
 }  // namespace
 }  // namespace kestrine::bench

@@ -33,6 +33,14 @@ void no_delay(int socket) {
   setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }
 
+sockaddr_in loopback(std::uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  return address;
+}
+
 bool send_all(int socket, const std::uint8_t* from, std::size_t bytes) {
   while (bytes > 0) {
     const ssize_t sent = send(socket, from, bytes, MSG_NOSIGNAL);
@@ -80,9 +88,7 @@ Burst block_burst(std::size_t count) {
 }
 
 Server::Server(Burst burst) : burst_(std::move(burst)), listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  sockaddr_in address = loopback(0);
   socklen_t size = sizeof address;
   auto* generic = reinterpret_cast<sockaddr*>(&address);
   if (bind(listener_, generic, size) != 0 || listen(listener_, 4) != 0) give_up("listening");
@@ -127,11 +133,8 @@ void Server::serve_client(int client) {
 
 int connect_to(std::uint16_t port) {
   const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(port);
-  if (connect(client, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) give_up("connecting");
+  const sockaddr_in address = loopback(port);
+  if (connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) give_up("connecting");
   no_delay(client);
   const int receive_buffer = 256 * 1024;  // as the library has it
   setsockopt(client, SOL_SOCKET, SO_RCVBUF, &receive_buffer, sizeof receive_buffer);

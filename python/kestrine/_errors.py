@@ -64,4 +64,4 @@ class ServerWarning(UserWarning):
 
 
 class NoticeWarning(RuntimeWarning):
-    """What the library tells a user in a message box."""
+    """What the library shows a user in a message box."""

@@ -1,4 +1,4 @@
-"""Objects that are called by name. Their classes are made from what they tell about their types."""
+"""Objects that are called by name. Their classes are made from their type information."""
 
 import inspect
 import warnings

@@ -66,11 +66,11 @@ class _Call:
         self._items: list[tuple] = []
 
     def fails_with(self, command: int) -> bool:
-        # A result that is bad is told as a failure to start the measurement, whatever asked for it.
+        # A bad result comes as a failure to start the measurement, whatever asked for it.
         return command == self.command or (command == _START_MEASUREMENT and self.ends[0].endswith("MeasData"))
 
     def is_ended_by(self, event: Event) -> bool:
-        """Takes the event if it belongs to the call, and tells whether it was the last one."""
+        """Takes an event of the call; True when it was the last one."""
         if event.name == "CommandCompletedData":
             self._end(None)
         elif self.total is None:
@@ -168,7 +168,7 @@ class Tracker(AwaitableCommands):
         """The packet received last, as bytes."""
         return self._connection.GetData()
 
-    def _hear(self, event: Event) -> None:
+    def _take_event(self, event: Event) -> None:
         for stream in self._streams:
             stream.put(event)
         if event.name == "ErrorEvent":
@@ -197,11 +197,11 @@ def _listener(commands: Object, tracker: Tracker) -> object:
     known = weakref.ref(tracker)
 
     def handler(name: str) -> Any:
-        def hear(_self: object, *values: Any) -> None:
+        def take(_self: object, *values: Any) -> None:
             target = known()
             if target is not None:
-                target._hear(Event(name, values))
-        return hear
+                target._take_event(Event(name, values))
+        return take
 
     methods = {"On" + event.name: handler(event.name) for event in commands._com.events(CONVERTERS)}
     return type("Listener", (), methods)()

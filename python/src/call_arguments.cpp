@@ -11,12 +11,6 @@ namespace py = pybind11;
 namespace kestrine::python {
 namespace {
 
-VARIANT empty() {
-  VARIANT variant;
-  VariantInit(&variant);
-  return variant;
-}
-
 // Names are looked up by the object, which knows them in any case of letters.
 DISPID id_of_argument(IDispatch& object, const Member& member, const py::handle& name) {
   Text member_name(member.name), argument(py::cast<std::string>(name));
@@ -29,7 +23,7 @@ DISPID id_of_argument(IDispatch& object, const Member& member, const py::handle&
 
 }  // namespace
 
-CallArguments::CallArguments(const Member& member) : member_(member), held_(member.parameters.size(), empty()) {}
+CallArguments::CallArguments(const Member& member) : member_(member), held_(member.parameters.size()) {}
 
 CallArguments::~CallArguments() {
   for (VARIANT& argument : arguments_) VariantClear(&argument);
@@ -39,7 +33,7 @@ CallArguments::~CallArguments() {
 void CallArguments::bind(IDispatch& object, const py::tuple& positional, const py::dict& named) {
   arguments_.reserve(member_.parameters.size() + positional.size() + named.size());
   if (member_.kind == DISPATCH_PROPERTYGET || member_.kind == DISPATCH_PROPERTYPUT) {
-    bind_property(positional);
+    if (member_.kind == DISPATCH_PROPERTYPUT) add_named(DISPID_PROPERTYPUT, positional[0]);
   } else if (named.empty()) {
     bind_positional(positional);
   } else {
@@ -48,17 +42,13 @@ void CallArguments::bind(IDispatch& object, const py::tuple& positional, const p
   parameters_ = {arguments_.data(), ids_.data(), static_cast<UINT>(arguments_.size()), static_cast<UINT>(ids_.size())};
 }
 
-void CallArguments::bind_property(const py::tuple& positional) {
-  if (member_.kind == DISPATCH_PROPERTYPUT) add_named(DISPID_PROPERTYPUT, positional[0]);
-}
-
 void CallArguments::bind_positional(const py::tuple& positional) {
   const std::vector<int>& inputs = member_.inputs;
   std::size_t next = 0;
   const auto take_next = [&] {
     const auto place = static_cast<std::size_t>(inputs[next]);
-    arguments_.push_back(empty());
-    take(positional[next++], place, arguments_.back());
+    arguments_.emplace_back();
+    to_variant(positional[next++], member_.parameters[place], arguments_.back());
   };
   if (positional.size() < inputs.size()) {
     while (next < positional.size()) take_next();
@@ -66,7 +56,7 @@ void CallArguments::bind_positional(const py::tuple& positional) {
     for (std::size_t i = 0; i < member_.parameters.size(); ++i) {
       member_.parameters[i].out ? arguments_.push_back(reference_to(i)) : take_next();
     }
-    arguments_.resize(arguments_.size() + positional.size() - inputs.size(), empty());
+    arguments_.resize(arguments_.size() + positional.size() - inputs.size());
   }
   std::ranges::reverse(arguments_);
 }
@@ -84,17 +74,13 @@ void CallArguments::bind_named(IDispatch& object, const py::tuple& positional, c
 
 void CallArguments::add_named(DISPID id, const py::handle& value) {
   const auto place = static_cast<std::size_t>(std::max(id, 0));
-  arguments_.push_back(empty());
-  take(value, std::min(place, member_.parameters.size() - 1), arguments_.back());
+  arguments_.emplace_back();
+  to_variant(value, member_.parameters[std::min(place, member_.parameters.size() - 1)], arguments_.back());
   ids_.push_back(id);
 }
 
-void CallArguments::take(const py::handle& value, std::size_t place, VARIANT& into) const {
-  to_variant(value, member_.parameters[place], into);
-}
-
 VARIANT CallArguments::reference_to(std::size_t place) {
-  VARIANT reference = empty();
+  VARIANT reference{};
   reference.vt = VT_BYREF | VT_VARIANT;
   reference.pvarVal = &held_[place];
   return reference;

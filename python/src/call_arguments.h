@@ -18,8 +18,8 @@ class CallArguments {
   CallArguments(const CallArguments&) = delete;
   CallArguments& operator=(const CallArguments&) = delete;
 
-  // Callers give inputs only; a place for each output is added. Names of arguments are the object's to know. Too few
-  // and too many are handed on: it is the object that refuses them.
+  // Callers give inputs only; a place for each output is added. The object resolves the names of arguments, and it is
+  // the object that refuses too few and too many.
   void bind(IDispatch& object, const pybind11::tuple& positional, const pybind11::dict& named);
   DISPPARAMS* given() { return &parameters_; }
   VARIANT* result() { return member_.kind == DISPATCH_PROPERTYGET ? &held_[0] : nullptr; }
@@ -31,9 +31,7 @@ class CallArguments {
  private:
   void bind_positional(const pybind11::tuple& positional);
   void bind_named(IDispatch& object, const pybind11::tuple& positional, const pybind11::dict& named);
-  void bind_property(const pybind11::tuple& positional);
   void add_named(DISPID id, const pybind11::handle& value);
-  void take(const pybind11::handle& value, std::size_t place, VARIANT& into) const;
   VARIANT reference_to(std::size_t place);
 
   const Member& member_;

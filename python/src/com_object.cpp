@@ -3,19 +3,18 @@
 #include "kestrine/loader.h"
 #include "kestrine/text.h"
 #include "python/src/call_arguments.h"
-#include "python/src/interrupts.h"
-#include "python/src/objects_home.h"
+#include "python/src/deferred.h"
 
 namespace py = pybind11;
 
 namespace kestrine::python {
 
 ComObject::~ComObject() {
-  release_at_home(object_.detach(), home_);
+  release_on(home_, object_.detach());
 }
 
 std::unique_ptr<ComObject> ComObject::create(const std::string& name) {
-  release_left_behind();
+  release_deferred();
   CLSID clsid{};
   Pointer<IDispatch> object;
   SetErrorInfo(0, nullptr);
@@ -23,14 +22,14 @@ std::unique_ptr<ComObject> ComObject::create(const std::string& name) {
   if (SUCCEEDED(code)) {
     code = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.put_void());
   }
-  show_notices();
+  raise_deferred();
   if (FAILED(code)) raise_com_error_with_report(code);
   return std::make_unique<ComObject>(std::move(object));
 }
 
 IDispatch& ComObject::checked() const {
   if (home_ != std::this_thread::get_id()) raise_com_error(RPC_E_WRONG_THREAD);
-  release_left_behind();
+  release_deferred();
   return *object_;
 }
 
@@ -54,8 +53,7 @@ py::object ComObject::invoke(const Member& member, const py::tuple& positional, 
   }
   last_status_ = code == DISP_E_EXCEPTION ? exception.scode : code;
   warning_ = code == S_OK || FAILED(code) ? std::nullopt : take_report();
-  raise_kept();
-  show_notices();
+  raise_deferred();
   if (code == DISP_E_EXCEPTION) raise_com_error(exception);
   if (FAILED(code)) raise_com_error(code, arguments.place_of(code, bad));
   return arguments.outputs();

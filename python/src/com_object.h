@@ -52,7 +52,7 @@ class ComObject {
   Pointer<IDispatch> object_;
   std::thread::id home_ = std::this_thread::get_id();
   HRESULT last_status_ = S_OK;
-  std::optional<Report> warning_;
+  std::optional<Error> warning_;
 };
 
 }  // namespace kestrine::python

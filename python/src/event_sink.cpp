@@ -3,9 +3,8 @@
 #include <utility>
 
 #include "python/src/com_object.h"
+#include "python/src/deferred.h"
 #include "python/src/failure.h"
-#include "python/src/interrupts.h"
-#include "python/src/objects_home.h"
 #include "python/src/values.h"
 
 namespace py = pybind11;
@@ -58,26 +57,6 @@ EventSink::~EventSink() {
   handlers_.clear();
 }
 
-void* EventSink::find_interface(const IID& iid) {
-  return iid == events_ ? static_cast<IDispatch*>(this) : Object::find_interface(iid);
-}
-
-HRESULT EventSink::GetTypeInfoCount(UINT* count) {
-  if (count == nullptr) return E_POINTER;
-  *count = 0;
-  return S_OK;
-}
-
-HRESULT EventSink::GetTypeInfo(UINT, LCID, ITypeInfo** info) {
-  if (info != nullptr) *info = nullptr;
-  return DISP_E_BADINDEX;
-}
-
-HRESULT EventSink::GetIDsOfNames(REFIID, LPOLESTR*, UINT count, LCID, DISPID* ids) {
-  for (UINT i = 0; ids != nullptr && i < count; ++i) ids[i] = DISPID_UNKNOWN;
-  return DISP_E_UNKNOWNNAME;
-}
-
 HRESULT EventSink::Invoke(DISPID member, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT*, EXCEPINFO*, UINT*) {
   if (arguments == nullptr) return E_POINTER;
   if (member < 0 || static_cast<std::size_t>(member) >= handlers_.size()) return DISP_E_MEMBERNOTFOUND;
@@ -114,7 +93,7 @@ void EventConnection::close() {
   if (home_ == std::this_thread::get_id()) {
     point->Unadvise(cookie_);
   } else {
-    release_at_home(point.detach(), home_);  // its handlers have gone, so the sink hears nothing
+    release_on(home_, point.detach());  // its handlers have gone, so it does nothing until then
   }
 }
 

@@ -7,15 +7,15 @@
 #include <thread>
 #include <vector>
 
-#include "kestrine/object.h"
 #include "kestrine/pointer.h"
+#include "kestrine/sink.h"
 #include "python/src/members.h"
 
 namespace kestrine::python {
 
 class ComObject;
 
-// What hears an event: `method` gives the handler or, when its owner has gone, None.
+// The handler of an event: `method` returns it or, when its owner has gone, None.
 struct Handler {
   pybind11::object method;
   std::vector<pybind11::object> converters;  // one for each argument
@@ -23,19 +23,14 @@ struct Handler {
 
 // Handlers run with the interpreter lock, on the thread of the objects. What they raise ends nothing: it is reported as
 // unraisable, save what is to end the program, which is raised once the library has returned.
-class EventSink final : public Object<IDispatch> {
+class EventSink final : public Sink {
  public:
-  // `handlers` by dispatch identifier; an empty method for events that nobody wants to hear of.
-  EventSink(const GUID& events, std::vector<Handler> handlers) : events_(events), handlers_(std::move(handlers)) {}
+  // `handlers` by dispatch identifier; an empty method for events without a handler.
+  EventSink(const GUID& events, std::vector<Handler> handlers)
+      : Sink(events_, events_, {}), events_(events), handlers_(std::move(handlers)) {}
 
-  HRESULT GetTypeInfoCount(UINT* count) override;
-  HRESULT GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
-  HRESULT GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override;
   HRESULT Invoke(DISPID member, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* arguments, VARIANT* result,
                  EXCEPINFO* exception, UINT* bad_argument) override;
-
- protected:
-  void* find_interface(const IID& iid) override;
 
  private:
   ~EventSink() override;
@@ -47,7 +42,7 @@ class EventSink final : public Object<IDispatch> {
 // A sink's connection to an object, until close() or its end.
 class EventConnection {
  public:
-  // `handlers` maps the names of events to what gives the handler.
+  // `handlers` maps the names of events to functions that return the handler, or None.
   EventConnection(const ComObject& source, const pybind11::dict& handlers, const pybind11::dict& converters);
   ~EventConnection() { close(); }
   EventConnection(const EventConnection&) = delete;

@@ -1,10 +1,5 @@
 #include "python/src/failure.h"
 
-#include <utility>
-#include <vector>
-
-#include "kestrine/error.h"
-#include "kestrine/host.h"
 #include "kestrine/pointer.h"
 #include "kestrine/text.h"
 
@@ -12,12 +7,6 @@ namespace py = pybind11;
 
 namespace kestrine::python {
 namespace {
-
-thread_local std::vector<std::string> notices;
-
-py::object error_class(const char* name) {
-  return py::module_::import("kestrine._errors").attr(name);
-}
 
 [[noreturn]] void raise(HRESULT code, const py::object& excepinfo, const py::object& argument, std::int32_t number,
                         const std::string& detail = {}) {
@@ -33,20 +22,20 @@ std::string to_string(BSTR text) {
 
 }  // namespace
 
-std::optional<Report> take_report() {
-  Pointer<IErrorInfo> info;
-  if (GetErrorInfo(0, info.put()) != S_OK) return {};
-  Text source, description;
-  Report report;
-  if (SUCCEEDED(info->GetSource(source.put()))) report.source = source.utf8();
-  if (SUCCEEDED(info->GetDescription(description.put()))) report.description = description.utf8();
-  if (const auto numbered = info.query<IErrorNumber>()) numbered->GetNumber(&report.number);
-  return report;
+py::object error_class(const char* name) {
+  return py::module_::import("kestrine._errors").attr(name);
 }
 
-py::object as_tuple(const std::optional<Report>& report) {
+std::optional<Error> take_report() {
+  Pointer<IErrorInfo> info;
+  if (GetErrorInfo(0, info.put()) != S_OK) return {};
+  SetErrorInfo(0, info.get());
+  return take_error(S_FALSE);
+}
+
+py::object as_tuple(const std::optional<Error>& report) {
   if (!report) return py::none();
-  return py::make_tuple(report->description, report->source, report->number);
+  return py::make_tuple(report->what(), to_utf8(report->source()), report->number());
 }
 
 void raise_com_error(HRESULT code, std::optional<int> argument, const std::string& detail) {
@@ -54,9 +43,10 @@ void raise_com_error(HRESULT code, std::optional<int> argument, const std::strin
 }
 
 void raise_com_error_with_report(HRESULT code) {
-  const std::optional<Report> report = take_report();
+  const std::optional<Error> report = take_report();
   if (!report) raise_com_error(code);
-  raise(code, py::make_tuple(0, report->source, report->description, py::none(), 0, code), py::none(), report->number);
+  raise(code, py::make_tuple(0, to_utf8(report->source()), report->what(), py::none(), 0, code), py::none(),
+        report->number());
 }
 
 Exception::~Exception() {
@@ -68,29 +58,11 @@ void raise_com_error(Exception& exception) {
   const std::string source = to_string(exception.bstrSource);
   const std::string description = to_string(exception.bstrDescription);
   const std::string help_file = to_string(exception.bstrHelpFile);
-  const std::optional<Report> report = take_report();
+  const std::optional<Error> report = take_report();
   const py::object file = help_file.empty() ? py::none() : py::object(py::str(help_file));
   raise(DISP_E_EXCEPTION,
         py::make_tuple(exception.wCode, source, description, file, exception.dwHelpContext, exception.scode),
-        py::none(), report ? report->number : 0);
-}
-
-void catch_notices() {
-  host::set_message_box_hook([](const std::u16string& text, const std::u16string& caption, std::uint32_t) {
-    notices.push_back(to_utf8(caption) + ": " + to_utf8(text));
-  });
-}
-
-void restore_notices() {
-  host::set_message_box_hook({});
-}
-
-void show_notices() {
-  if (notices.empty()) return;
-  const py::object category = error_class("NoticeWarning");
-  for (const std::string& text : std::exchange(notices, {})) {
-    if (PyErr_WarnEx(category.ptr(), text.c_str(), 3) != 0) throw py::error_already_set();
-  }
+        py::none(), report ? report->number() : 0);
 }
 
 }  // namespace kestrine::python

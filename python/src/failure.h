@@ -1,4 +1,4 @@
-// Failures and notices of the library as Python tells them.
+// Failures of the library as exceptions of Python.
 #pragma once
 
 #include <pybind11/pybind11.h>
@@ -8,18 +8,17 @@
 #include <string>
 
 #include "kestrine/component.h"
+#include "kestrine/error.h"
 
 namespace kestrine::python {
 
+// One of the classes of kestrine._errors.
+pybind11::object error_class(const char* name);
+
 // What the thread's error information says, which is taken out of its slot.
-struct Report {
-  std::string source;
-  std::string description;
-  std::int32_t number = 0;
-};
-std::optional<Report> take_report();
+std::optional<Error> take_report();
 // (description, source, number), or None.
-pybind11::object as_tuple(const std::optional<Report>& report);
+pybind11::object as_tuple(const std::optional<Error>& report);
 
 // Throws com_error. `argument` counts from 1; `detail` goes behind the text of the status.
 [[noreturn]] void raise_com_error(HRESULT code, std::optional<int> argument = {}, const std::string& detail = {});
@@ -37,10 +36,5 @@ struct Exception : EXCEPINFO {
 inline void require(HRESULT code) {
   if (FAILED(code)) raise_com_error(code);
 }
-
-// A message box has nobody to click it away here: it becomes a NoticeWarning once the library has returned.
-void catch_notices();
-void restore_notices();
-void show_notices();
 
 }  // namespace kestrine::python

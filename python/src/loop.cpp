@@ -7,9 +7,7 @@
 #include <cmath>
 
 #include "kestrine/host.h"
-#include "python/src/failure.h"
-#include "python/src/interrupts.h"
-#include "python/src/objects_home.h"
+#include "python/src/deferred.h"
 
 namespace py = pybind11;
 
@@ -25,11 +23,11 @@ constexpr double kForever = 1e9;
 
 thread_local bool quitting = false;
 
-void settle() {
-  release_left_behind();
+// What is due once messages have been delivered.
+void handle_deferred() {
+  release_deferred();
   if (PyErr_CheckSignals() != 0) throw py::error_already_set();
-  raise_kept();
-  show_notices();
+  raise_deferred();
 }
 
 }  // namespace
@@ -40,7 +38,7 @@ int pump_waiting() {
     const py::gil_scoped_release unlocked;
     delivered = host::dispatch();
   }
-  settle();
+  handle_deferred();
   return delivered;
 }
 
@@ -57,7 +55,7 @@ bool pump_for(double seconds) {
       whole = host::run_for(std::min(left, kSlice));
     }
     const bool ended = !whole && std::exchange(quitting, false);
-    settle();
+    handle_deferred();
     if (ended) return false;
     if (Clock::now() >= end) return true;
   }

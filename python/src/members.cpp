@@ -1,6 +1,7 @@
 #include "python/src/members.h"
 
 #include <array>
+#include <memory>
 
 #include "kestrine/text.h"
 #include "python/src/failure.h"
@@ -10,27 +11,20 @@ namespace py = pybind11;
 namespace kestrine::python {
 namespace {
 
-// A description that goes back to the type information it came from.
-template <class Description, auto Release>
-class Lent {
- public:
-  explicit Lent(ITypeInfo& type) : type_(type) {}
-  ~Lent() {
-    if (description_ != nullptr) (type_.*Release)(description_);
-  }
-  Lent(const Lent&) = delete;
-  Lent& operator=(const Lent&) = delete;
+// Descriptions go back to the type information they came from.
+auto attributes_of(ITypeInfo& type) {
+  TYPEATTR* attributes = nullptr;
+  require(type.GetTypeAttr(&attributes));
+  const auto release = [&type](TYPEATTR* given) { type.ReleaseTypeAttr(given); };
+  return std::unique_ptr<TYPEATTR, decltype(release)>(attributes, release);
+}
 
-  Description** put() { return &description_; }
-  const Description* operator->() const { return description_; }
-
- private:
-  ITypeInfo& type_;
-  Description* description_ = nullptr;
-};
-
-using Attributes = Lent<TYPEATTR, &ITypeInfo::ReleaseTypeAttr>;
-using Function = Lent<FUNCDESC, &ITypeInfo::ReleaseFuncDesc>;
+auto function_of(ITypeInfo& type, UINT index) {
+  FUNCDESC* function = nullptr;
+  require(type.GetFuncDesc(index, &function));
+  const auto release = [&type](FUNCDESC* given) { type.ReleaseFuncDesc(given); };
+  return std::unique_ptr<FUNCDESC, decltype(release)>(function, release);
+}
 
 constexpr UINT kMostNames = 96;
 
@@ -55,8 +49,7 @@ void read_type(ITypeInfo& type, const TYPEDESC& given, const py::dict& converter
   if (parameter.type != VT_USERDEFINED) return;
   Pointer<ITypeInfo> named;
   require(type.GetRefTypeInfo(description->hreftype, named.put()));
-  Attributes attributes(*named);
-  require(named->GetTypeAttr(attributes.put()));
+  const auto attributes = attributes_of(*named);
   if (attributes->typekind != TKIND_ENUM && attributes->typekind != TKIND_RECORD) {
     parameter.type = VT_UNKNOWN;
     return;
@@ -68,8 +61,7 @@ void read_type(ITypeInfo& type, const TYPEDESC& given, const py::dict& converter
 }
 
 Member read_member(ITypeInfo& type, UINT index, const py::dict& converters) {
-  Function function(type);
-  require(type.GetFuncDesc(index, function.put()));
+  const auto function = function_of(type, index);
   const std::vector<std::string> names = names_of(type, function->memid);
   Member member{function->memid, names.at(0), static_cast<WORD>(function->invkind), {}, {}};
   for (SHORT i = 0; i < function->cParams; ++i) {
@@ -104,8 +96,7 @@ Pointer<ITypeInfo> events_of(IUnknown& object) {
   if (FAILED(object.QueryInterface(IID_IProvideClassInfo, provider.put_void()))) return {};
   Pointer<ITypeInfo> type;
   require(provider->GetClassInfo(type.put()));
-  Attributes attributes(*type);
-  require(type->GetTypeAttr(attributes.put()));
+  const auto attributes = attributes_of(*type);
   for (UINT i = 0; i < attributes->cImplTypes; ++i) {
     INT flags = 0;
     require(type->GetImplTypeFlags(i, &flags));
@@ -126,19 +117,12 @@ std::string name_of(ITypeInfo& type) {
 }
 
 GUID id_of(ITypeInfo& type) {
-  Attributes attributes(type);
-  require(type.GetTypeAttr(attributes.put()));
-  return attributes->guid;
+  return attributes_of(type)->guid;
 }
 
 std::vector<Member> read_members(ITypeInfo& type, const py::dict& converters) {
   std::vector<Member> members;
-  UINT count = 0;
-  {
-    Attributes attributes(type);
-    require(type.GetTypeAttr(attributes.put()));
-    count = attributes->cFuncs;
-  }
+  const UINT count = attributes_of(type)->cFuncs;
   for (UINT i = 0; i < count; ++i) members.push_back(read_member(type, i, converters));
   return members;
 }

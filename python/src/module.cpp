@@ -2,13 +2,14 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <map>
 #include <string>
 
 #include "kestrine/host.h"
 #include "python/src/com_object.h"
+#include "python/src/deferred.h"
 #include "python/src/event_sink.h"
 #include "python/src/failure.h"
-#include "python/src/interrupts.h"
 #include "python/src/loop.h"
 
 namespace py = pybind11;
@@ -20,21 +21,10 @@ using namespace kestrine::python;
 
 std::string type_of_parameter(const Parameter& parameter) {
   if (!parameter.type_name.empty()) return parameter.type_name;
-  switch (parameter.type) {
-    case VT_I2:
-    case VT_I4:
-      return "int";
-    case VT_R8:
-      return "float";
-    case VT_BOOL:
-      return "bool";
-    case VT_BSTR:
-      return "str";
-    case VT_VARIANT:
-      return "bytes";
-    default:
-      return "object";
-  }
+  static const std::map<VARTYPE, const char*> names{{VT_I2, "int"},    {VT_I4, "int"},   {VT_R8, "float"},
+                                                    {VT_BOOL, "bool"}, {VT_BSTR, "str"}, {VT_VARIANT, "bytes"}};
+  const auto found = names.find(parameter.type);
+  return found == names.end() ? "object" : found->second;
 }
 
 void add_members(py::module_& module) {

@@ -4,11 +4,12 @@
 #include <cstring>
 #include <limits>
 #include <string_view>
+#include <vector>
 
+#include "kestrine/pointer.h"
 #include "kestrine/text.h"
 #include "python/src/com_object.h"
 #include "python/src/failure.h"
-#include "python/src/records.h"
 
 namespace py = pybind11;
 
@@ -17,10 +18,14 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::numeric_limits<std::int32_t>::max();
 
+// What the interpreter has made, or its exception.
+py::object checked(PyObject* made) {
+  if (made == nullptr) throw py::error_already_set();
+  return py::reinterpret_steal<py::object>(made);
+}
+
 BSTR to_text(const py::handle& value) {
-  const auto utf16 =
-      py::reinterpret_steal<py::bytes>(PyUnicode_AsEncodedString(value.ptr(), "utf-16-le", "surrogatepass"));
-  if (!utf16) throw py::error_already_set();
+  const py::bytes utf16 = checked(PyUnicode_AsEncodedString(value.ptr(), "utf-16-le", "surrogatepass"));
   const std::string_view bytes = utf16;
   if (bytes.size() > kMostBytes) raise_com_error(DISP_E_OVERFLOW);
   BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(bytes.size() / sizeof(OLECHAR)));
@@ -31,16 +36,13 @@ BSTR to_text(const py::handle& value) {
 
 py::object from_text(BSTR text) {
   int little_endian = -1;
-  PyObject* made =
-      PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(text),
-                            static_cast<Py_ssize_t>(SysStringLen(text) * sizeof(OLECHAR)), "replace", &little_endian);
-  if (made == nullptr) throw py::error_already_set();
-  return py::reinterpret_steal<py::object>(made);
+  return checked(PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(text),
+                                       static_cast<Py_ssize_t>(SysStringLen(text) * sizeof(OLECHAR)), "replace",
+                                       &little_endian));
 }
 
 void put_integer(const py::handle& value, VARIANT& variant) {
-  const auto number = py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr()));
-  if (!number) throw py::error_already_set();
+  const py::object number = checked(PyNumber_Index(value.ptr()));
   variant.llVal = PyLong_AsLongLong(number.ptr());
   if (PyErr_Occurred() != nullptr) {
     PyErr_Clear();
@@ -77,8 +79,7 @@ py::object from_array(SAFEARRAY* array) {
   require(SafeArrayAccessData(array, &data));
   PyObject* made = PyBytes_FromStringAndSize(static_cast<const char*>(data), high - low + 1);
   SafeArrayUnaccessData(array);
-  if (made == nullptr) throw py::error_already_set();
-  return py::reinterpret_steal<py::object>(made);
+  return checked(made);
 }
 
 py::object from_number(long long number, const py::object& convert) {
@@ -87,6 +88,74 @@ py::object from_number(long long number, const py::object& convert) {
   if (PyType_Check(convert.ptr()) != 0) return convert(value);
   PyObject* known = PyDict_GetItemWithError(convert.ptr(), value.ptr());
   return known != nullptr ? py::reinterpret_borrow<py::object>(known) : std::move(value);
+}
+
+// --- Records, as objects of the classes in kestrine.records
+
+std::vector<Text> field_names(IRecordInfo& info) {
+  ULONG count = 0;
+  require(info.GetFieldNames(&count, nullptr));
+  std::vector<BSTR> texts(count);
+  require(info.GetFieldNames(&count, texts.data()));
+  std::vector<Text> names(count);
+  for (ULONG i = 0; i < count; ++i) *names[i].put() = texts[i];
+  return names;
+}
+
+void fill(IRecordInfo& info, void* record, const py::handle& value);
+
+// A nested record is filled where it lies: a copy of it shows its type and where that is.
+void put_field(IRecordInfo& info, void* record, const Text& name, const py::handle& value) {
+  const py::object field = value.attr(name.utf8().c_str());
+  Value now;
+  require(info.GetField(record, name, &now));
+  if (now.vt == VT_RECORD) {
+    fill(*now.record.pRecInfo, now.record.pvRecord, field);
+    require(info.PutField(DISPATCH_PROPERTYPUT, record, name, &now));
+    return;
+  }
+  Value given;
+  Parameter target;
+  target.name = name.utf8();
+  target.type = now.vt;
+  to_variant(field, target, given);
+  // A flag in a record is a number: 1, not VARIANT_TRUE.
+  if (given.vt == VT_BOOL && now.vt == VT_I4) {
+    given.lVal = given.boolVal != 0 ? 1 : 0;
+    given.vt = VT_I4;
+  }
+  require(info.PutField(DISPATCH_PROPERTYPUT, record, name, &given));
+}
+
+void fill(IRecordInfo& info, void* record, const py::handle& value) {
+  for (const Text& name : field_names(info)) put_field(info, record, name, value);
+}
+
+// `convert` is a pair: the class, and by the names of fields what becomes of their values.
+py::object from_record(const RecordValue& record, const py::object& convert) {
+  const auto [type, fields] = py::cast<std::pair<py::object, py::dict>>(convert);
+  py::dict values;
+  for (const Text& name : field_names(*record.pRecInfo)) {
+    const py::str key(name.utf8());
+    if (!fields.contains(key)) continue;  // the elements of a continuous record
+    Value value;
+    require(record.pRecInfo->GetField(record.pvRecord, name, &value));
+    values[key] = to_python(value, fields[key]);
+  }
+  return type(**values);
+}
+
+// Makes a record of type `name`; `value` has an attribute for each of its fields, else TypeError.
+void to_record(const py::handle& value, ITypeInfo& type, const std::string& name, VARIANT& variant) {
+  if (name != Py_TYPE(value.ptr())->tp_name) throw py::type_error("a " + name + " of kestrine.records is needed");
+  Pointer<IRecordInfo> info;
+  require(GetRecordInfoFromTypeInfo(&type, info.put()));
+  void* record = info->RecordCreate();
+  if (record == nullptr) throw std::bad_alloc();
+  variant.vt = VT_RECORD;  // clearing it destroys the record
+  variant.record = {record, info.get()};
+  info.detach();
+  fill(*variant.record.pRecInfo, record, value);
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
-#include "cli/chart.h"
+#include "cli/drawing/chart.h"
 
 #include <gtest/gtest.h>
 
 #include <numbers>
 
-#include "cli/figure.h"
-#include "cli/panel.h"
+#include "cli/drawing/figure.h"
+#include "cli/drawing/panel.h"
 #include "points.h"
 
 namespace kestrine::cli {

@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <limits>
 
-#include "cli/failure.h"
-#include "cli/format.h"
-#include "cli/ticks.h"
-#include "cli/units.h"
+#include "cli/common/failure.h"
+#include "cli/common/format.h"
+#include "cli/common/units.h"
+#include "cli/drawing/ticks.h"
 
 namespace kestrine::cli {
 namespace {

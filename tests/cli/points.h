@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "cli/measurement.h"
+#include "cli/points/measurement.h"
 
 namespace kestrine::cli {
 

@@ -2,25 +2,15 @@
 
 import os
 import shutil
-import subprocess
-import tempfile
 import unittest
-from pathlib import Path
 
-TOOL = os.environ["KESTRINE"]
-PATIENCE = 60  # seconds; for a machine under load
+from tool import ToolCase
 
 
-class RegistrationTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
-        self.places = {"XDG_DATA_HOME": f"{folder.name}/user", "XDG_DATA_DIRS": f"{folder.name}/system"}
-
+class RegistrationTest(ToolCase):
     def run_tool(self, *arguments, status=0):
-        run = subprocess.run([TOOL, *arguments], env=os.environ | self.places, capture_output=True, text=True,
-                             timeout=PATIENCE, cwd=self.folder)
+        places = {"XDG_DATA_HOME": f"{self.folder}/user", "XDG_DATA_DIRS": f"{self.folder}/system"}
+        run = super().run_tool(*arguments, env=os.environ | places, cwd=self.folder)
         self.assertEqual(run.returncode, status, run)
         return run.stdout if status == 0 else run.stderr
 
@@ -52,7 +42,7 @@ class RegistrationTest(unittest.TestCase):
         (self.folder / "copy.so").unlink()
         self.assertEqual(self.run_tool("classes").count("copy.so (missing)\n"), 6)
 
-    def test_failures_are_told_in_one_line(self):
+    def test_failures_are_one_line_each(self):
         text = self.folder / "text.so"
         text.write_text("no library")
         damaged = self.file("system")

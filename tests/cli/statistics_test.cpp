@@ -1,4 +1,4 @@
-#include "cli/statistics.h"
+#include "cli/points/statistics.h"
 
 #include <gtest/gtest.h>
 

@@ -118,33 +118,33 @@ class StreamLossTest(ToolCase):
                 self.assertRegex(run.stdout, rf"received +nothing\n{missing}\n\Z")
                 self.assertEqual(list(self.folder.iterdir()), [])
 
-    def test_what_comes_after_the_word_that_all_is_measured_still_counts(self):
+    def test_what_comes_after_the_count_is_said_to_be_reached_still_counts(self):
         for arguments, types in ((["--mode", "sphere-center"], CENTERS), (["--count", "1000"], BLOCKS)):
             with self.subTest(arguments):
                 run = self.stream(*arguments, types=types, count_reached_first=True)
                 self.assertEqual((run.returncode, run.stderr), (0, ""))
                 self.assertRegex(run.stdout, r"missing +none\n")
 
-    def test_a_server_that_goes_away_is_told_and_what_it_owes_is_missing(self):
-        for arguments, shown, missing in (
-            (["--count", "100000"], "[1-9]\\d* of 100000 points ", r"\d+ of 100000 points asked for"),
-            (["--duration", "3600"], "[1-9]\\d* points ", r"everything after \d+\.\d+ s"),
-            (["--mode", "sphere-center", "--count", "10000"], "measuring ", "the centre"),
+    def test_a_server_that_goes_away_is_named_and_what_it_owes_is_missing(self):
+        for arguments, shown, words in (
+            ("measure --points 1000", "[1-9]\\d* of 1000 points ", r"\nwrote "),
+            ("stream --count 100000", "[1-9]\\d* of 100000 points ", r"\nMISSING +\d+ of 100000 points asked for\n"),
+            ("stream --duration 3600", "[1-9]\\d* points ", r"\nMISSING +everything after \d+\.\d+ s\n"),
+            ("stream --mode sphere-center --count 10000", "measuring ", r"received .*\nMISSING +the centre\n"),
         ):
             with self.subTest(arguments):
                 server, port = self.start_simulator()
-                process, terminal = self.start_on_terminal("stream", "--host", "localhost", "--port", port, *arguments,
+                process, terminal = self.start_on_terminal(*arguments.split(), "--host", "localhost", "--port", port,
                                                            *self.outputs)
                 terminal.wait_for(shown)
                 server.kill()
                 terminal.wait_for(r"kestrine: the server closed the connection\r\n")
                 out, _ = process.communicate(timeout=PATIENCE)
                 self.assertEqual(process.returncode, 1)
-                self.assertRegex(out, rf"received .*\nMISSING +{missing}\n")
+                self.assertRegex(out, words)
                 if "--mode" not in arguments:
                     self.assertGreater(len(self.check_files()), 0)
-                    for path in self.files.values():
-                        path.unlink()
+                    self.remove_files()
 
 
 if __name__ == "__main__":

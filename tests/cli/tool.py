@@ -71,6 +71,10 @@ class ToolCase(unittest.TestCase):
         self.assertEqual(xml.parse(self.files["svg"]).getroot().tag, "{http://www.w3.org/2000/svg}svg")
         return table
 
+    def remove_files(self):
+        for path in self.folder.iterdir():
+            path.unlink()
+
     def check_refusal(self, run, status, pattern):
         self.assertEqual(run.returncode, status, run)
         self.assertRegex(run.stderr, r"\Akestrine: [^\n]*" + pattern + r"[^\n]*\n\Z")

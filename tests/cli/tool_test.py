@@ -23,47 +23,36 @@ class ToolTest(ToolCase):
             self.assertIn(f"{point['x_mm']:.4f}", run.stdout)
             self.assertGreater(point["std_total_mm"], 0)
 
-    def test_a_stream_gives_as_many_points_as_asked_for_in_the_unit_asked_for(self):
-        run = self.run_tool(*STREAM, "--count", "500", "--extended", "--length-unit", "in", *self.outputs)
-        self.assertEqual((run.returncode, run.stderr), (0, ""))
-        points = self.check_files()
-        self.assertEqual(len(points), 500)
-        times = [point["time_s"] for point in points]
-        self.assertEqual(times, sorted(times))
-        self.assertAlmostEqual(times[-1], 0.499, places=6)
-        self.assertLess(max(abs(point["x_in"]) for point in points), 100)
-        self.assertGreater(points[0]["std_total_in"], 0)
-        self.assertRegex(run.stdout, r"received +5 packets, 500 points, 46240 bytes\nmissing +none\n")
-
-    def test_every_mode_gives_its_points_and_says_that_they_are_all_there(self):
-        for mode, arguments, count in (
-            ("time", ["--count", "300", "--probe"], 300),
-            ("distance", ["--count", "200", "--separation", "2"], 200),
-            ("distance", ["--count", "100", "--probe", "--length-unit", "in"], 100),
-            ("grid", ["--count", "50", "--cell", "30", "0", "10"], 50),
-            ("grid", ["--count", "50", "--probe"], 50),
+    def test_every_mode_gives_its_points_and_says_what_of_them_is_missing(self):
+        seen = "none seen; a loss at either end, or where the target came back, would not show"
+        for arguments, count, verdict in (
+            ("--count 500 --extended --length-unit in", 500, "none"),
+            ("--count 300 --probe", 300, "none"),
+            ("--duration 0.5 --time-separation 10", 50, "none from the first point .*; a loss .* would not show"),
+            ("--mode distance --count 200 --separation 2", 200, "none"),
+            ("--mode distance --count 100 --probe --length-unit in", 100, "none"),
+            ("--mode distance --duration 3", None, seen),
+            ("--mode grid --count 50 --cell 30 0 10", 50, "none"),
+            ("--mode grid --count 50 --probe", 50, "none"),
+            ("--mode grid --duration 3", None, seen),
         ):
-            with self.subTest((mode, arguments)):
-                run = self.run_tool(*STREAM, "--speed", "20", "--mode", mode, *arguments, *self.outputs)
+            with self.subTest(arguments):
+                run = self.run_tool(*STREAM, "--speed", "20", *arguments.split(), *self.outputs)
                 self.assertEqual((run.returncode, run.stderr), (0, ""))
                 points = self.check_files()
-                self.assertEqual(len(points), count)
-                self.assertRegex(run.stdout, rf"received +\d+ packets?, {count} points, \d+ bytes\nmissing +none\n")
+                self.assertEqual(len(points), count or max(len(points), 10))
+                self.assertRegex(run.stdout, rf"received +\d+ packets?, .* bytes\nmissing +{verdict}\n")
+                times = [point["time_s"] for point in points]
+                self.assertEqual(times, sorted(times))
+                unit = "in" if "unit in" in arguments else "mm"
+                self.assertEqual("std_total_" + unit in points[0], "--extended" in arguments or "--probe" in arguments)
+                self.assertEqual(max(abs(point["x_" + unit]) for point in points) < 150, unit == "in")
                 self.assertEqual("quaternion_0" in points[0], "--probe" in arguments)
                 for point in points if "--probe" in arguments else []:
                     self.assertAlmostEqual(sum(point[f"quaternion_{i}"] ** 2 for i in range(4)), 1, places=9)
-
-    def test_what_a_stream_without_a_count_cannot_show_is_not_said_to_be_there(self):
-        for mode, verdict in (
-            ("time", "none from the first point to the last; a loss before or after would not show"),
-            ("distance", "none seen; .* would not show"),
-            ("grid", "none seen; .* would not show"),
-        ):
-            with self.subTest(mode):
-                run = self.run_tool(*STREAM, "--speed", "20", "--mode", mode, "--duration", "3", *self.outputs)
-                self.assertEqual((run.returncode, run.stderr), (0, ""))
-                self.assertRegex(run.stdout, rf"missing +{verdict}\n")
-                self.assertGreater(len(self.check_files()), 10)
+        run = self.run_tool(*STREAM, "--count", "500", "--extended", *self.outputs)
+        self.assertRegex(run.stdout, r"received +5 packets, 500 points, 46240 bytes\nmissing +none\n")
+        self.assertAlmostEqual(self.check_files()[-1]["time_s"], 0.499, places=6)
 
     def test_centers_are_found_with_their_deviations(self):
         for mode, probe, arguments, truth in (
@@ -82,17 +71,12 @@ class ToolTest(ToolCase):
                     self.assertIn(f"{centre[f'{axis}_mm']:.4f}", run.stdout)
                 self.assertEqual("cov_xy_mm2" in centre, probe or "--extended" in arguments)
 
-    def test_a_refusal_of_the_tracker_is_told_in_its_words(self):
+    def test_a_refusal_of_the_tracker_is_shown_in_its_words(self):
         run = self.run_tool(*STREAM, "--speed", "20", "--mode", "sphere-center", "--radius", "100", *self.outputs)
         self.check_refusal(run, 1, r"[Ss]phere.*\(error \d+\)")
         run = self.run_tool(*STREAM, "--mode", "distance", "--separation", "1e8", *self.outputs)
         self.check_refusal(run, 1, r"\(error \d+\)")
         self.assertEqual(list(self.folder.iterdir()), [])
-
-    def test_a_stream_ends_with_its_duration(self):
-        run = self.run_tool(*STREAM, "--duration", "0.5", "--time-separation", "10", *self.outputs)
-        self.assertEqual((run.returncode, run.stderr), (0, ""))
-        self.assertEqual(len(self.check_files()), 50)
 
     def test_the_same_seed_gives_the_same_points(self):
         def series(seed):
@@ -108,12 +92,13 @@ class ToolTest(ToolCase):
         self.assertEqual(len(self.check_files()), 1)
 
     def test_help_and_version_are_given(self):
-        for arguments, words in ((["--help"], "measure"), (["measure", "--help"], "--points"), (["stream", "--help"], "--time-separation"), (["--version"], "3.8.680")):
-            run = self.run_tool(*arguments)
+        for arguments, words in (("--help", "measure"), ("measure --help", "--points"), ("--version", r"\d+\.\d+\.\d+"),
+                                 ("stream --help", "--time-separation")):
+            run = self.run_tool(*arguments.split())
             self.assertEqual((run.returncode, run.stderr), (0, ""))
-            self.assertIn(words, run.stdout)
+            self.assertRegex(run.stdout, words)
 
-    def test_wrong_usage_is_told_in_one_line(self):
+    def test_wrong_usage_is_explained_in_one_line(self):
         host = ["measure", "--host", "127.0.0.1"]
         for arguments, pattern in (
             ([], "subcommand"),
@@ -124,24 +109,17 @@ class ToolTest(ToolCase):
             ([*host, "--port", "65536"], "not in range"),
             ([*host, "--port", "70", "--simulate"], "excludes"),
             (["measure", "--host", "tracker.example", "--port", "70"], "no address"),
-            (["measure", "--host", "300.1.1.1", "--port", "70"], "no address"),
             ([*FAST, "--points", "0"], "not in range"),
-            ([*FAST, "--points", "ten"], "ten"),
-            ([*FAST, "--points", "1.5"], "1.5"),
-            ([*FAST, "--points", "99999999999999999999"], "--points"),
             ([*FAST, "--measure-time", "-5"], "not in range"),
-            ([*FAST, "--seed", "x"], "--seed"),
             ([*FAST, "--count", "5"], "--count"),
-            ([*FAST, "--stream"], "--stream"),
             ([*FAST, "--length-unit", "parsec"], "parsec"),
             ([*STREAM, "--duration", "nan"], "not in range"),
             ([*STREAM, "--duration", "1e999"], "--duration"),
             ([*STREAM, "--duration", "0"], "not in range"),
-            ([*STREAM, "--points", "5"], "--points"),
             (["stream"], "--simulate"),
             ([*STREAM, "--mode", "spiral"], "spiral"),
             ([*STREAM, "--mode", "grid", "--time-separation", "5"], "--time-separation: has no meaning with --mode grid"),
-            ([*STREAM, "--separation", "5"], "no meaning with --mode time"),
+            ([*STREAM, "--mode", "grid", "--separation", "5"], "no meaning"),
             ([*STREAM, "--cell", "5", "5", "5"], "no meaning with --mode time"),
             ([*STREAM, "--mode", "grid", "--cell", "5", "5"], "--cell"),
             ([*STREAM, "--mode", "grid", "--cell", "0", "0", "0"], "--cell: needs a side that is not 0"),
@@ -152,14 +130,13 @@ class ToolTest(ToolCase):
             ([*STREAM, "--probe", "--extended"], "excludes"),
             ([*FAST, "--csv"], "--csv"),
             ([*FAST, "--svg", ""], "names no file"),
-            ([*FAST, "left", "over"], "left"),
         ):
             with self.subTest(arguments):
                 more = self.outputs if arguments[:1] in (["measure"], ["stream"]) and not {"--csv", "--svg"} & {*arguments} else []
                 self.check_refusal(self.run_tool(*arguments, *more), 2, pattern)
                 self.assertEqual(list(self.folder.iterdir()), [])
 
-    def test_a_tracker_that_cannot_be_reached_is_told_with_text_and_number(self):
+    def test_a_tracker_that_cannot_be_reached_is_an_error_with_text_and_number(self):
         with socket.socket() as unused:
             unused.bind(("127.0.0.1", 0))
             closed = str(unused.getsockname()[1])
@@ -187,50 +164,29 @@ class ToolTest(ToolCase):
         self.check_refusal(run, 1, "standard output")
         self.assertEqual(len(self.check_files()), 1)
 
-    def test_an_interrupt_ends_a_stream_and_keeps_its_points(self):
-        for number in (signal.SIGINT, signal.SIGTERM):
-            process, terminal = self.start_on_terminal(*STREAM, "--duration", "3600", *self.outputs)
-            terminal.wait_for(r"[1-9]\d* points .*/s .*\d:\d\d\.\d")
-            process.send_signal(number)
-            out, _ = process.communicate(timeout=PATIENCE)
-            self.assertEqual(process.returncode, 130)
-            points = self.check_files()
-            self.assertIn(f"stopped after {len(points)} points", out)
-            self.assertRegex(out, rf"received +\d+ packets?, {len(points)} points, \d+ bytes\nmissing +none from ")
-
-    def test_an_interrupt_of_a_center_gives_the_one_of_the_points_until_then_if_they_are_enough(self):
-        for separation, points, words in (
-            ("1000", 0, r"received +nothing\nmissing +none; .*before.*\nstopped before there was a centre\n"),
-            ("1", 1, r"received +1 packet, the centre\nmissing +none\n(wrote .*\n)+stopped; the centre is that of "),
+    def test_an_interrupt_ends_a_measurement_cleanly_and_keeps_its_points(self):
+        stream = [*STREAM, "--duration", "3600"]
+        streaming = r"[1-9]\d* points .*/s .*\d:\d\d\.\d"
+        stopped = r"received +\d+ packets?, COUNT points, \d+ bytes\nmissing +none from (.*\n)+stopped after COUNT points"
+        circle = [*STREAM, "--mode", "circle-center", "--count", "10000", "--separation"]
+        for number, arguments, shown, words in (
+            (signal.SIGINT, stream, streaming, stopped),
+            (signal.SIGTERM, stream, streaming, stopped),
+            (signal.SIGINT, ["measure", "--simulate", "--points", "1000"], "2 of 1000 points", "stopped after COUNT points"),
+            (signal.SIGINT, [*circle, "1000"], r"measuring +0:0[1-9]",
+             r"received +nothing\nmissing +none; .*before.*\nstopped before there was a centre\n"),
+            (signal.SIGINT, [*circle, "1"], r"measuring +0:0[1-9]",
+             r"received +COUNT packet, the centre\nmissing +none\n(wrote .*\n)+stopped; the centre is that of "),
         ):
-            with self.subTest(separation):
-                process, terminal = self.start_on_terminal(*STREAM, "--mode", "circle-center", "--separation", separation,
-                                                           "--count", "10000", *self.outputs)
-                terminal.wait_for(r"measuring +0:0[1-9]")
-                process.send_signal(signal.SIGINT)
+            with self.subTest((number, arguments)):
+                process, terminal = self.start_on_terminal(*arguments, *self.outputs)
+                terminal.wait_for(shown)
+                process.send_signal(number)
                 out, _ = process.communicate(timeout=PATIENCE)
                 self.assertEqual(process.returncode, 130)
-                self.assertRegex(out, words)
-                self.assertEqual(len(self.check_files()) if points else len(list(self.folder.iterdir())), points)
-
-    def test_an_interrupt_ends_a_series_after_the_point_that_is_being_measured(self):
-        process, terminal = self.start_on_terminal("measure", "--simulate", "--points", "1000", *self.outputs)
-        terminal.wait_for(r"2 of 1000 points")
-        process.send_signal(signal.SIGINT)
-        process.communicate(timeout=PATIENCE)
-        self.assertEqual(process.returncode, 130)
-        self.assertIn(len(self.check_files()), range(2, 10))
-
-    def test_a_server_that_goes_away_during_a_series_is_told_and_its_points_are_kept(self):
-        server, port = self.start_simulator()
-        process, terminal = self.start_on_terminal("measure", "--points", "1000", "--host", "localhost", "--port", port,
-                                                   *self.outputs)
-        terminal.wait_for(r"[1-9]\d* of 1000 points ")
-        server.kill()
-        terminal.wait_for(r"kestrine: the server closed the connection\r\n")
-        process.communicate(timeout=PATIENCE)
-        self.assertEqual(process.returncode, 1)
-        self.assertGreater(len(self.check_files()), 0)
+                count = len(self.check_files()) if any(self.folder.iterdir()) else 0
+                self.assertRegex(out, words.replace("COUNT", str(count)))
+                self.remove_files()
 
 
 if __name__ == "__main__":

@@ -29,18 +29,18 @@ class Examples(unittest.TestCase):
 
     def run_to_end(self, name: str, port: str) -> tuple[int, str, str]:
         process = self.start(name, port)
-        out, told = process.communicate(timeout=30)
-        return process.returncode, out, told
+        out, errors = process.communicate(timeout=30)
+        return process.returncode, out, errors
 
     def test_measures_a_point(self):
-        status, out, told = self.run_to_end("measure_point", self.port)
-        self.assertEqual((status, told), (0, ""))
+        status, out, errors = self.run_to_end("measure_point", self.port)
+        self.assertEqual((status, errors), (0, ""))
         self.assertEqual(len(out.split()), 3)
         self.assertAlmostEqual(float(out.split()[0]), 0.26, places=4)
 
     def test_reacts_to_the_events_of_a_stream(self):
-        status, out, told = self.run_to_end("react_to_events", self.port)
-        self.assertEqual((status, told), (0, ""))
+        status, out, errors = self.run_to_end("react_to_events", self.port)
+        self.assertEqual((status, errors), (0, ""))
         counts = [int(line.split()[0]) for line in out.splitlines()]
         self.assertGreater(counts[-1], 100)
         self.assertEqual(counts, sorted(counts))
@@ -48,16 +48,16 @@ class Examples(unittest.TestCase):
     def test_shows_positions_from_a_loop_of_its_own_until_a_line_comes(self):
         process = self.start("poll_loop", self.port)
         self.assertEqual([len(process.stdout.readline().split()) for _ in range(2)], [3, 3])
-        _, told = process.communicate("\n", timeout=10)
-        self.assertEqual((process.returncode, told), (0, ""))
+        _, errors = process.communicate("\n", timeout=10)
+        self.assertEqual((process.returncode, errors), (0, ""))
 
     def test_says_what_failed(self):
         self.simulator.terminate()
         self.simulator.wait(10)
         for name in ("measure_point", "react_to_events", "poll_loop"):
-            status, out, told = self.run_to_end(name, self.port)
+            status, out, errors = self.run_to_end(name, self.port)
             self.assertEqual((status, out), (1, ""))
-            self.assertIn("(error 40011)", told)
+            self.assertIn("(error 40011)", errors)
 
 
 if __name__ == "__main__":

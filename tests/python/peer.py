@@ -65,6 +65,16 @@ def filled(record, dice: random.Random, *head: int) -> tuple[bytes, dict]:
     return bytes(body), values
 
 
+class Log:
+    """A handler that keeps the changes of status."""
+
+    def __init__(self):
+        self.heard = []
+
+    def OnStatusChangeEvent(self, change):
+        self.heard.append(change)
+
+
 class Peer:
     """Takes one client after another. `reply` makes the bytes that follow a request, b"" for none."""
 

@@ -6,19 +6,11 @@ import sys
 import weakref
 
 import pytest
-from peer import COMMAND, ERROR, SCHEMA, TYPES, answer, code_of, filled, packet, status_change
+from peer import COMMAND, ERROR, SCHEMA, TYPES, Log, answer, code_of, filled, packet, status_change
 
 import kestrine
 
 READY = kestrine.constants.VL_SSC_MeasStatus_Ready
-
-
-class Log:
-    def __init__(self):
-        self.heard = []
-
-    def OnStatusChangeEvent(self, statusChange):
-        self.heard.append(statusChange)
 
 
 def recorder(events):
@@ -65,10 +57,10 @@ def test_completions_errors_and_results_are_events_too(sender, connection, peer,
                                   + block + status_change(READY))
     sender.ReleaseMotors()
     wait_for(lambda: any(name == "StatusChangeEvent" for name, _ in listener.heard))
-    told = [each for each in listener.heard if each[0] != "ExceptionEvent"]
-    assert told[:3] == [("CommandCompletedData", (8,)), ("ErrorEvent", (6, 2)), ("ErrorEvent", (7, 3))]
-    assert told[3][0] == "StationaryPointMeasData" and told[3][1][0] == values["dVal1"]
-    assert [name for name, _ in told[4:]] == ["ContinuousPointMeasDataReady", "StatusChangeEvent"]
+    came = [each for each in listener.heard if each[0] != "ExceptionEvent"]
+    assert came[:3] == [("CommandCompletedData", (8,)), ("ErrorEvent", (6, 2)), ("ErrorEvent", (7, 3))]
+    assert came[3][0] == "StationaryPointMeasData" and came[3][1][0] == values["dVal1"]
+    assert [name for name, _ in came[4:]] == ["ContinuousPointMeasDataReady", "StatusChangeEvent"]
 
 
 def test_close_ends_the_events_and_so_does_the_end_of_the_listener(tracker, peer, wait_for):

@@ -99,7 +99,7 @@ def test_a_program_that_just_ends_ends_well():
     assert done.stderr == ""
 
 
-def test_a_mixture_of_generations_is_told():
+def test_a_mixture_of_generations_is_reported():
     done = run_program("""
         import kestrine, warnings
         try: kestrine.Dispatch("Kestrine.LTConnect")

@@ -23,7 +23,7 @@ def test_help_shows_the_parameters(tracker):
     assert {"Initialize", "GetUnits"} <= set(dir(tracker))
 
 
-def test_the_stubs_tell_what_the_objects_have(connection, tracker, sender):
+def test_the_stubs_declare_what_the_objects_have(connection, tracker, sender):
     stubs = {node.name: node for node in ast.parse((PACKAGE / "_interfaces.pyi").read_text()).body
              if isinstance(node, ast.ClassDef)}
     for target in (connection, tracker, sender):
@@ -33,8 +33,8 @@ def test_the_stubs_tell_what_the_objects_have(connection, tracker, sender):
         assert {*rows, *fields} == set(target._members_.values())
         for name, row in rows.items():
             if not row.decorator_list:
-                told = list(inspect.signature(getattr(target, name)).parameters)
-                assert [argument.arg for argument in row.args.args[1:]] == told
+                parameters = list(inspect.signature(getattr(target, name)).parameters)
+                assert [argument.arg for argument in row.args.args[1:]] == parameters
     assert (PACKAGE / "py.typed").exists()
 
 

@@ -1,7 +1,6 @@
 """Continuous packets as arrays."""
 
 import struct
-import time
 
 import pytest
 from peer import SCHEMA, filled
@@ -37,18 +36,6 @@ def test_nothing_is_copied(dice):
     points["dVal1"][1] = 2.5
     assert struct.unpack_from("<d", data, BLOCKS[3].header_size + 36 + 12) == (2.5,)
     assert not kestrine.points(bytes(data)).flags.writeable
-
-
-def test_the_length_of_a_block_costs_nothing(dice):
-    def cost(count):
-        data = block(3, dice, 1)[0]
-        data = data[:12] + struct.pack("<i", count) + data[16:48] + data[48:] * count
-        began = time.perf_counter()
-        for _ in range(300):
-            kestrine.points(data)
-        return time.perf_counter() - began
-    cost(1)
-    assert min(cost(20000) for _ in range(5)) < 3 * min(cost(1) for _ in range(5))
 
 
 def test_lying_and_foreign_packets_are_refused(dice):

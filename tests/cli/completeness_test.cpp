@@ -1,0 +1,107 @@
+#include "cli/points/completeness.h"
+
+#include <gtest/gtest.h>
+
+#include "points.h"
+
+namespace kestrine::cli {
+namespace {
+
+// A millisecond and a length unit from point to point.
+std::vector<Point> row_of(int count) {
+  std::vector<Point> points;
+  for (int i = 0; i < count; ++i) points.push_back(point_at(i, 0, 0, i * 0.001));
+  return points;
+}
+
+std::string missing(const Reception& reception, const Expectation& expectation, const std::vector<Point>& points) {
+  std::string all;
+  for (const auto& thing : check_completeness(reception, expectation, points, length_unit("mm")).missing) {
+    all += thing + "\n";
+  }
+  return all;
+}
+
+constexpr Reception kAll{.announced = 2, .announced_points = 10, .packets = 2, .points = 10, .bytes = 456};
+
+TEST(Completeness, is_stated_only_of_what_was_looked_at) {
+  const auto points = row_of(10);
+  const struct {
+    Expectation expectation;
+    std::string verdict;
+    std::size_t checks;
+  } cases[] = {{{.points = 10}, "none", 3},
+               {{.points = 10, .seconds = 0.001}, "none", 4},
+               {{.seconds = 0.001}, "none from the first point to the last; a loss before or after would not show", 3},
+               {{.distance = 1, .fastest_seconds = 0.0001},
+                "none seen; a loss at either end, or where the target came back, would not show",
+                3},
+               {{.cell = {1, 0, 5}, .fastest_seconds = 0.0001},
+                "none seen; a loss at either end, or where the target came back, would not show",
+                3}};
+  for (const auto& one : cases) {
+    const auto result = check_completeness(kAll, one.expectation, points, length_unit("mm"));
+    EXPECT_TRUE(result.missing.empty());
+    EXPECT_EQ(result.verdict, one.verdict);
+    EXPECT_EQ(result.checked.size(), one.checks);
+  }
+  EXPECT_EQ(check_completeness({}, {.seconds = 1}, {}, length_unit("mm")).verdict,
+            "unknown; with so few points a loss would not show");
+}
+
+TEST(Completeness, fails_for_a_stream_that_was_cut_short) {
+  EXPECT_EQ(missing(kAll, {.cut_short = true}, row_of(10)), "everything after 0.009 s\n");
+  EXPECT_EQ(missing({}, {.cut_short = true}, {}), "everything\n");
+  EXPECT_EQ(missing({}, {.points = 3, .cut_short = true}, {}), "3 of 3 points asked for\n");
+}
+
+TEST(Completeness, of_a_centre_fails_without_one_unless_the_user_gave_it_up) {
+  const auto is_missing = [](std::size_t packets, bool given_up) {
+    return !check_centre({.announced = packets, .packets = packets}, given_up).missing.empty();
+  };
+  EXPECT_FALSE(is_missing(1, false));
+  EXPECT_TRUE(is_missing(0, false));
+  EXPECT_FALSE(is_missing(0, true));
+}
+
+TEST(Completeness, fails_for_packets_that_were_overwritten_and_for_points_that_were_asked_for) {
+  const auto points = row_of(10);
+  Reception reception = kAll;
+  reception.announced = 3;
+  EXPECT_EQ(missing(reception, {}, points), "1 packet overwritten before it was read\n");
+  reception = kAll;
+  reception.announced_points = 12;
+  EXPECT_EQ(missing(reception, {}, points), "10 points received of 12 announced\n");
+  EXPECT_EQ(missing(kAll, {.points = 11}, points), "1 of 11 points asked for\n");
+}
+
+TEST(Completeness, fails_for_gaps_in_time_and_for_stamps_that_do_not_rise) {
+  auto points = row_of(20);
+  points.erase(points.begin() + 15, points.begin() + 17);
+  points.erase(points.begin() + 5);
+  EXPECT_EQ(missing(kAll, {.seconds = 0.001}, points),
+            "about 3 points in 2 gaps of more than 1.5 ms, first after 0.004 s\n");
+  EXPECT_EQ(missing(kAll, {}, points), "");
+  points = row_of(4);
+  points[1].seconds += 0.0004;
+  EXPECT_EQ(missing(kAll, {.seconds = 0.001}, points), "");
+  points[2].seconds = points[1].seconds;
+  EXPECT_EQ(missing(kAll, {}, points), "order: 1 time stamp not after the one before\n");
+}
+
+TEST(Completeness, fails_for_gaps_in_the_way_unless_the_target_ran_past) {
+  auto points = row_of(10);
+  points.erase(points.begin() + 3, points.begin() + 5);
+  EXPECT_EQ(missing(kAll, {.distance = 1, .fastest_seconds = 0.001}, points),
+            "about 2 points in 1 gap of more than 1.5 mm, first after 0.002 s\n");
+  EXPECT_EQ(missing(kAll, {.distance = 1, .fastest_seconds = 0.01}, points), "");
+  EXPECT_EQ(missing(kAll, {.cell = {1, 1, 0}, .fastest_seconds = 0.001}, points),
+            "about 2 points in 1 gap of more than 1.5 cells, first after 0.002 s\n");
+  EXPECT_EQ(missing(kAll, {.cell = {0, 1, 1}, .fastest_seconds = 0.001}, points), "");
+  // Read every millisecond, taken at every second reading, 4 mm apart each.
+  EXPECT_EQ(missing(kAll, {.distance = 5, .fastest_seconds = 0.001}, {point_at(0, 0, 0, 0), point_at(8, 0, 0, 0.002)}),
+            "");
+}
+
+}  // namespace
+}  // namespace kestrine::cli
