@@ -19,6 +19,7 @@ const auto& find_named(const auto& table, std::string_view name, const std::stri
 
 std::vector<std::string> names_of(const auto& table) {
   std::vector<std::string> names;
+  names.reserve(table.size());
   for (const auto& row : table) names.emplace_back(row.name);
   return names;
 }
