@@ -17,8 +17,8 @@ TimePoint now();
 KESTRINE_HOST_API std::uint32_t tick_count();
 KESTRINE_HOST_API void sleep_ms(std::uint32_t milliseconds);
 
-// For what waits in the kernel: how much of a wait to spend there, and what to call when nothing came in that time, so
-// that the whole wait is over. The two differ from the wait itself and from nothing in tests only.
+// For whoever waits in the kernel: how much of a wait to spend there, and what to call when nothing came in that time.
+// Outside of tests the first is the wait itself and the second does nothing.
 std::chrono::nanoseconds kernel_part(std::chrono::nanoseconds wait);
 void finish_wait(std::chrono::nanoseconds wait);
 // The kernel's own time for a moment of this clock.

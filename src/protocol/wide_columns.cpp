@@ -204,18 +204,6 @@ KESTRINE_WIDE void copy_together(const std::uint8_t* from, const auto& to, std::
   }
 }
 
-// At least sixteen elements.
-template <std::size_t Stride, const auto& Places>
-[[gnu::target("avx512f")]] void copy(const std::uint8_t* from, std::size_t count, Columns<Places> to) {
-  std::size_t at = 0;
-  for (; at + kTogether <= count; at += kTogether) {
-    prefetch<kTogether * Stride>(from + at * Stride, (count - at) * Stride);
-    copy_together<Stride, Places>(from + at * Stride, to, at);
-  }
-  // The rest together with some that are there already.
-  if (at < count) copy_together<Stride, Places>(from + (count - kTogether) * Stride, to, count - kTogether);
-}
-
 #undef KESTRINE_WIDE
 
 // The fields of a point, of which a set has one bit each.
@@ -235,20 +223,26 @@ constexpr auto kPlacesOf = [] {
   return places;
 }();
 
-using Copy = void (*)(const std::uint8_t* from, std::size_t count, std::uint8_t* const* to);
-
+// At least sixteen elements.
 template <std::size_t Set>
-constexpr Copy copy_of() {
-  return [](const std::uint8_t* from, std::size_t count, std::uint8_t* const* to) {
-    Columns<kPlacesOf<Set>> columns;
-    std::copy_n(to, columns.size(), columns.begin());
-    copy<kStride, kPlacesOf<Set>>(from, count, columns);
-  };
+[[gnu::target("avx512f")]] void copy(const std::uint8_t* from, std::size_t count, std::uint8_t* const* columns) {
+  constexpr const auto& kFields = kPlacesOf<Set>;
+  Columns<kFields> to;
+  for (std::size_t i = 0; i < to.size(); ++i) to[i] = columns[i];
+  std::size_t at = 0;
+  for (; at + kTogether <= count; at += kTogether) {
+    prefetch<kTogether * kStride>(from + at * kStride, (count - at) * kStride);
+    copy_together<kStride, kFields>(from + at * kStride, to, at);
+  }
+  // The rest together with some that are there already.
+  if (at < count) copy_together<kStride, kFields>(from + (count - kTogether) * kStride, to, count - kTogether);
 }
+
+using Copy = void (*)(const std::uint8_t* from, std::size_t count, std::uint8_t* const* columns);
 
 template <std::size_t... Set>
 constexpr std::array<Copy, kSets> copies_of(std::index_sequence<Set...>) {
-  return {nullptr, copy_of<Set + 1>()...};
+  return {nullptr, copy<Set + 1>...};
 }
 constexpr auto kCopies = copies_of(std::make_index_sequence<kSets - 1>());
 

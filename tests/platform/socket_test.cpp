@@ -351,8 +351,9 @@ TEST_F(SocketTest, HandlesStayClearOfTheStandardStreams) {
 TEST(SocketStartTest, SocketsNeedAStartUp) {
   EXPECT_EQ(open_socket(), kInvalidSocket);
   EXPECT_EQ(last_socket_error(), 10093);
-  for (const std::uint16_t version : {0x0001, 0x0003}) EXPECT_EQ(socket_startup(version), 10092);
-  for (const std::uint16_t version : {0x0101, 0x0202}) EXPECT_EQ(socket_startup(version), 0);
+  constexpr std::array<std::uint16_t, 2> kRefused = {0x0001, 0x0003}, kTaken = {0x0101, 0x0202};
+  for (const std::uint16_t version : kRefused) EXPECT_EQ(socket_startup(version), 10092);
+  for (const std::uint16_t version : kTaken) EXPECT_EQ(socket_startup(version), 0);
   socket_cleanup();
   const SocketHandle socket = open_socket();
   EXPECT_NE(socket, kInvalidSocket) << "start-ups are counted";
