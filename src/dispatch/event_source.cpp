@@ -14,11 +14,6 @@ namespace {
 
 constexpr std::size_t kMostArguments = 64;  // the longest event has 49
 
-void set_argument(VARIANT& argument, const protocol::Value& value, const std::uint8_t* packet) {
-  write_argument(value, packet + value.offset, &argument.llVal);
-  argument.vt = argument_type(value.type);
-}
-
 void set_argument(VARIANT& argument, const EventArgument& given) {
   argument = given.value;
   if (given.value.vt != VT_BSTR) return;
@@ -83,8 +78,9 @@ HRESULT EventSource::fire_to_each(std::int32_t dispid, std::size_t count, FillAr
 }
 
 HRESULT EventSource::fire(const protocol::MemberRow& event, const std::uint8_t* packet) {
-  return fire_to_each(event.dispid, event.values.size(),
-                      [&](VARIANT& value, std::size_t n) { set_argument(value, event.values[n], packet); });
+  return fire_to_each(event.dispid, event.values.size(), [&](VARIANT& argument, std::size_t n) {
+    write_variant(event.values[n], packet + event.values[n].offset, argument);
+  });
 }
 
 HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<EventArgument> arguments) {

@@ -59,15 +59,25 @@ std::size_t field_size(ValueType type) {
 
 void write_argument(const protocol::Value& value, const std::uint8_t* wire, void* out) {
   switch (value.type) {
+    case ValueType::kInt32:
+      return store(out, wire::load_i32(wire));
     case ValueType::kFlag:
       return store(out, static_cast<VARIANT_BOOL>(wire::load_u16(wire)));
+    case ValueType::kDouble:
+      return store(out, wire::load_f64(wire));
     case ValueType::kText:
       return store(out, copy_field(value, wire));
+    case ValueType::kRecord:
+      return protocol::decode_record(*value.named, wire, out);
     case ValueType::kBytes:
+    case ValueType::kObject:
       return;
-    default:
-      return protocol::decode(value, wire, out);
   }
+}
+
+void write_variant(const protocol::Value& value, const std::uint8_t* wire, VARIANT& variant) {
+  write_argument(value, wire, &variant.llVal);
+  variant.vt = argument_type(value.type);
 }
 
 BSTR copy_text(const char16_t* units, std::size_t most) {

@@ -16,10 +16,11 @@ VARTYPE argument_type(protocol::ValueType type);
 VARTYPE field_type(protocol::ValueType type);
 std::size_t field_size(protocol::ValueType type);
 
-// Writes what the packet holds at `wire` to an output of its argument's type, or to the payload of such a variant. Of a
-// flag that is the low half of the server's number: 1 stays 1. Bytes and objects are not written. Throws
-// std::bad_alloc when a text cannot be copied.
+// Writes what the packet holds at `wire` to an output of its argument's type, or to a variant that holds nothing. Of a
+// flag that is the low half of the server's number: 1 stays 1. Bytes and objects are not written, and records to
+// outputs only. Both throw std::bad_alloc when a text cannot be copied.
 void write_argument(const protocol::Value& value, const std::uint8_t* wire, void* out);
+void write_variant(const protocol::Value& value, const std::uint8_t* wire, VARIANT& variant);
 
 // A copy of at most that many units, up to the first zero; null when there is no memory for it.
 BSTR copy_text(const char16_t* units, std::size_t most);

@@ -39,37 +39,42 @@ class _Catalogue:
         self._places |= {alias: self._places[record.name] for alias, record in schema.records.aliases.items()}
         self._parts: list[str] = []
         self._types: list[str] = []
+        self._access: list[str] = []
 
     def body(self) -> str:
         schema = self._schema
-        answers = {answer.command.name: answer for answer in schema.answers}
-        for side in ("Sync", "Async"):
-            self._members(f"{side}Event", getattr(schema, f"{side.lower()}_events").values())
-        self._array("WaitRow", "WaitClasses", [f"{{{literal(each.key, 'u')}, {each.ordinary}, {each.increased}}}"
+        statuses = [(each.value, each.text) for each in schema.enums["VL_ResultStatus"].values if each.text is not None]
+        self._texts("StatusTexts", statuses)
+        self._texts("StringTable", [(text.row, text.text) for text in schema.texts])
+        self._table("WarningRow", "Warnings",
+                    [f"{{{status}, {row}}}" for status, row in sorted(schema.warnings.items())])
+        self._table("ConstantRow", "Constants", [
+            f"{{{each.name.name}, {each.expression.replace('pi', 'std::numbers::pi')}}}" for each in schema.constants])
+        self._table("WaitRow", "WaitClasses", [f"{{{literal(each.key, 'u')}, {each.ordinary}, {each.increased}}}"
                                                for each in schema.waits])
-        rows = [self._command(command, answers.get(command.name)) for command in schema.commands.values()]
-        self._array("CommandRow", "Commands", rows)
-        for side in ("Sync", "Async"):
-            self._members(f"{side}Method", getattr(schema, f"{side.lower()}_methods"))
-        self._members("ConnectMember", schema.connect_members)
-        self._array("PacketRow", "Packets", [
+        self._table("PacketRow", "Packets", [
             f"{{{packet.value.value}, {literal(packet.value.name)}, {self._type(packet.record.name)}}}"
             for packet in schema.packets])
-        statuses = [(each.value, each.text) for each in schema.enums["VL_ResultStatus"].values if each.text is not None]
-        for name, rows in (("StatusTexts", statuses), ("StringTable", [(text.row, text.text) for text in schema.texts])):
-            self._array("TextRow", name, [f"{{{number}, {literal(text, 'u')}}}" for number, text in sorted(rows)])
-        self._array("WarningRow", "Warnings", [f"{{{status}, {row}}}" for status, row in sorted(schema.warnings.items())])
-        self._array("ConstantRow", "Constants", [
-            f"{{{each.name.name}, {each.expression.replace('pi', 'std::numbers::pi')}}}" for each in schema.constants])
+        self._table("MemberRow", "SyncEvents", self._members("SyncEvent", schema.sync_events.values()))
+        self._table("MemberRow", "AsyncEvents", self._members("AsyncEvent", schema.async_events.values()))
+        answers = {answer.command.name: answer for answer in schema.answers}
+        self._table("CommandRow", "Commands", [self._command(command, answers.get(command.name))
+                                               for command in schema.commands.values()])
+        self._table("MemberRow", "SyncMethods", self._members("SyncMethod", schema.sync_methods))
+        self._table("MemberRow", "AsyncMethods", self._members("AsyncMethod", schema.async_methods))
+        self._array("MemberRow", "ConnectMembers", self._members("ConnectMember", schema.connect_members))
         self._add_types()
-        declared = f"extern const TypeRow kTypes[{len(self._types)}];\n\n"
-        self._parts.append(array("TypeRow", "kTypes", self._types).replace("constexpr", "constinit const", 1))
-        access = [("TypeRow", "Types"), ("CommandRow", "Commands"), ("WaitRow", "WaitClasses"), ("PacketRow", "Packets"),
-                  ("TextRow", "StatusTexts"), ("TextRow", "StringTable"), ("WarningRow", "Warnings"), ("ConstantRow", "Constants"),
-                  ("MemberRow", "SyncMethods"), ("MemberRow", "AsyncMethods"), ("MemberRow", "SyncEvents"),
-                  ("MemberRow", "AsyncEvents")]
-        return "namespace {\n\n" + declared + "\n".join(self._parts) + "\n}  // namespace\n\n" + "\n".join(
-            f"std::span<const {row}> {_snake(name)}() {{ return k{name}; }}" for row, name in access)
+        self._table("TypeRow", "Types", self._types)
+        self._parts[-1] = self._parts[-1].replace("constexpr", "constinit const", 1)
+        return (f"namespace {{\n\nextern const TypeRow kTypes[{len(self._types)}];\n\n" + "\n".join(self._parts) +
+                "\n}  // namespace\n\n" + "\n".join(self._access))
+
+    def _table(self, row: str, name: str, rows: list[str]) -> None:
+        held = self._array(row, name, rows)
+        self._access.append(f"std::span<const {row}> {_snake(name)}() {{ return {held}; }}")
+
+    def _texts(self, name: str, rows: list[tuple[int, str]]) -> None:
+        self._table("TextRow", name, [f"{{{number}, {literal(text, 'u')}}}" for number, text in sorted(rows)])
 
     def _array(self, kind: str, name: str, rows: list[str]) -> str:
         if not rows:
@@ -89,7 +94,8 @@ class _Catalogue:
         if isinstance(each, Value):
             leaf = each.leaf or Leaf(each.name, each.type, "kInNoPacket")
             return self._value(each.name, each.type, each.quantity, False, leaf.offset, leaf.units)
-        return self._value(each.name, each.type, each.quantity, each.out, each.offset, each.size if each.type == "text" else 0)
+        units = each.size if each.type == "text" else 0
+        return self._value(each.name, each.type, each.quantity, each.out, each.offset, units)
 
     def _field(self, record: Record, field: Field) -> str:
         is_element = record.element is not None and field is record.fields[-1]
@@ -97,7 +103,7 @@ class _Catalogue:
         count = 1 if is_element or field.type == "byte" else units
         return self._value(field.name, field.type.removesuffix("[]"), field.quantity, False, field.offset, count)
 
-    def _members(self, what: str, members: list[Member] | list[Event]) -> None:
+    def _members(self, what: str, members: list[Member] | list[Event]) -> list[str]:
         rows = []
         for member in members:
             is_event = isinstance(member, Event)
@@ -111,7 +117,7 @@ class _Catalogue:
             if isinstance(member, Method):
                 columns |= self._departures(member)
             rows.append(_row(columns))
-        self._array("MemberRow", f"{what}s", rows)
+        return rows
 
     def _departures(self, method: Method) -> dict[str, object]:
         schema, wait = self._schema, [wait.name for wait in self._schema.waits]
@@ -159,7 +165,8 @@ class _Catalogue:
             fields = [self._field(record, field) for field in record.fields]
             self._add_type(record.name, "kRecord", fields=self._array("Value", f"Fields_{record.name}", fields),
                            size=record.size)
-        interfaces = {"LTConnect": "kConnectMembers", "LTCommandSync": "kSyncMethods", "LTCommandAsync": "kAsyncMethods"}
+        interfaces = {"LTConnect": "kConnectMembers", "LTCommandSync": "kSyncMethods",
+                      "LTCommandAsync": "kAsyncMethods"}
         events = {"LTCommandSync": "kSyncEvents", "LTCommandAsync": "kAsyncEvents"}
         for name, members in interfaces.items():
             for suffix, kind in (("", "kInterface"), ("2", "kDual")):
