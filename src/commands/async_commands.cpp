@@ -19,8 +19,8 @@ bool AsyncCommandObject::is_call_waiting() const {
   return sync != nullptr && sync->is_answer_pending();
 }
 
-HRESULT AsyncCommandObject::refuse_while_waiting(const MethodRow& row) {
-  return refuse(protocol::error::kPendingAnswer, throws(row));
+HRESULT AsyncCommandObject::refuse_while_waiting(const MethodRow&) {
+  return refuse(protocol::error::kPendingAnswer, throws());
 }
 
 }  // namespace kestrine::commands

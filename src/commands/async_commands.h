@@ -22,7 +22,7 @@ class AsyncCommandObject : public CommandBase<dispatch::AsyncCommands> {
  private:
   bool is_call_waiting() const override;
   HRESULT refuse_while_waiting(const MethodRow& row) override;
-  bool throws(const MethodRow&) const override { return has_throwing_connection(); }
+  bool throws() const override { return has_throwing_connection(); }
   void prepare_to_send(const MethodRow&) override {}
 };
 

@@ -11,7 +11,7 @@ HRESULT CommandBase<Commands>::start(const MethodRow& row, const Argument* argum
   connection::Connection* const connection = generation_.connection();
   if (connection != nullptr) {
     if (const protocol::Error* misfit = find_mode_misfit(row, connection->measurement())) {
-      return refuse(*misfit, throws(row));
+      return refuse(*misfit, throws());
     }
     generation_.objects().release_unused(*connection, false);
   }
@@ -23,7 +23,7 @@ HRESULT CommandBase<Commands>::start(const MethodRow& row, const Argument* argum
   const connection::Channel* const channel = generation_.channel();
   if (channel == nullptr || !channel->send(request.bytes.data(), request.size)) {
     return generation_.errors().raise(generation_.connection(), protocol::SendFailureText(row.command), interface_id(),
-                                      E_FAIL, throws(row), protocol::error::kSendFailed.number);
+                                      E_FAIL, throws(), protocol::error::kSendFailed.number);
   }
   if (row.family == Family::kMove) speeds_.sent(row);
   return S_OK;

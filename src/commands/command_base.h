@@ -34,7 +34,8 @@ class CommandBase : public Commands {
   virtual bool is_call_waiting() const = 0;
   // The operation is asked for while another call waits.
   virtual HRESULT refuse_while_waiting(const MethodRow& row) = 0;
-  virtual bool throws(const MethodRow& row) const = 0;
+  // A mode that does not fit and a request that cannot be sent are thrown as well as returned.
+  virtual bool throws() const = 0;
   virtual void prepare_to_send(const MethodRow& row) = 0;
 
   const IID& interface_id() const;

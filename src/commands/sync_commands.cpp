@@ -65,14 +65,11 @@ HRESULT SyncCommandObject::perform(int dispid, Argument* arguments) {
   return wait_and_finish(row, arguments, *generation_.connection());
 }
 
-// The incremental moves give up in silence unless timeouts are increased.
+// The incremental moves give up in silence unless timeouts are increased. Of all failures of this interface only the
+// refusal of an operation that does not wait is ever thrown.
 HRESULT SyncCommandObject::refuse_while_waiting(const MethodRow& row) {
   if (row.family == Family::kMove && !increased_timeouts_) return S_FALSE;
-  return refuse(protocol::error::kPendingAnswer, throws(row));
-}
-
-bool SyncCommandObject::throws(const MethodRow& row) const {
-  return row.family == Family::kSendOnly && has_throwing_connection();
+  return refuse(protocol::error::kPendingAnswer, row.family == Family::kSendOnly && has_throwing_connection());
 }
 
 void SyncCommandObject::prepare_to_send(const MethodRow& row) {

@@ -43,7 +43,7 @@ class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
  private:
   bool is_call_waiting() const override { return is_answer_pending(); }
   HRESULT refuse_while_waiting(const MethodRow& row) override;
-  bool throws(const MethodRow& row) const override;
+  bool throws() const override { return false; }
   void prepare_to_send(const MethodRow& row) override;
 
   HRESULT use_increased_timeouts(VARIANT_BOOL increased);
