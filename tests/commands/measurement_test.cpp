@@ -1,15 +1,8 @@
 // Starting measurements, and waiting for their results.
-#include <chrono>
-
 #include "client_test.h"
 
 namespace kestrine::test {
 namespace {
-
-using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
-
-constexpr std::int32_t kAllModes[] = {0, 1, 2, 3, 4, 5, 6, 20, 21, 22, 23, 24};
 
 Bytes point(std::int32_t type, double value, std::int32_t status = 0) {
   Bytes bytes = packet(type == VL_DT_SingleMeasResult ? 156 : 204, type);
@@ -18,48 +11,16 @@ Bytes point(std::int32_t type, double value, std::int32_t status = 0) {
   return bytes;
 }
 
-Bytes probe(std::int32_t mode, std::int32_t status = 0) {
-  Bytes bytes = packet(376, VL_DT_StationaryProbeMeasResult);
-  put_i32(bytes, 8, status);
-  put_i32(bytes, 12, mode);
-  put_f64(bytes, 48, 7.5);
-  return bytes;
-}
-
 class Measurement : public ClientTest {
  protected:
   // The start of what a point measurement told; its value is in `result`.
   std::string measure() {
     const std::string outcome = told(commands->MeasureStationaryPointEx(&result));
-    const bool timed_out = outcome.find("timed out") != std::string::npos;
-    return outcome.substr(0, outcome.find(" Kestrine")) + (timed_out ? " timed out" : "");
+    return outcome.substr(0, outcome.find(" Kestrine"));
   }
   SingleMeasResultT result;
   SingleMeasResult2T result2;
-  ProbeStationaryResultT probe_result;
 };
-
-TEST_F(Measurement, IsRefusedInAMisfittingModeBeforeAnythingElseHappens) {
-  start();
-  for (const bool legacy : {false, true}) {
-    for (const std::int32_t mode : kAllModes) {
-      connection->measurement().set_legacy_stationary(legacy);
-      connection->measurement().set_mode(mode);
-      const bool profile = mode >= 20 && mode <= 23;
-      const bool point_mode = mode == 0 || profile;
-      const bool probe_start = mode == 6 || (legacy && mode == 0);
-      const auto check = [&](HRESULT outcome, bool refused, const char* number) {
-        EXPECT_EQ(told(outcome).starts_with(std::string("80004005 ") + number), refused) << mode << legacy;
-      };
-      connection->DisconnectEmbeddedSystem();  // what is not refused fails to be sent
-      check(commands->StartContinuousPointMeasurement(), point_mode, "40003");
-      check(commands->StartContinuousProbeMeasurement(), probe_start, "40003");
-      check(commands->MeasureStationaryPointEx(&result), !point_mode, "40004");
-      check(commands->MeasureStationaryPoint2Ex(&result2), !point_mode, "40004");
-      check(commands->MeasureStationaryProbeDataEx(&probe_result), !(probe_start || profile), "40004");
-    }
-  }
-}
 
 TEST_F(Measurement, TellsWhichKindOfModeItNeeds) {
   start();
@@ -151,7 +112,7 @@ TEST_F(Measurement, NeedsAResultOfItsOwnLayoutUnlessTheTestIsSuppressed) {
     all.push_back(told(commands->MeasureStationaryPoint2Ex(&result2)));
     peer.send(point(VL_DT_SingleMeasResult2, 3.5));
     all.push_back(told(commands->GoAndMeasureStationaryPointEx(1, 2, 3, &result)));
-    peer.send(probe(VL_MM_Standard));
+    peer.send(packet(376, VL_DT_StationaryProbeMeasResult));
     all.push_back(told(commands->GoAndMeasureStationaryPoint2Ex(1, 2, 3, &result2)));
     return all;
   };
@@ -166,67 +127,6 @@ TEST_F(Measurement, NeedsAResultOfItsOwnLayoutUnlessTheTestIsSuppressed) {
   start();
   EXPECT_EQ(outcomes(), (Lines{"ok", "ok", "ok", "ok"}));
   EXPECT_EQ(double{result.dVal1}, 3.5);
-}
-
-TEST_F(Measurement, OfAProbeHandsOutWhateverLiesInTheBuffer) {
-  start();
-  connection->measurement().set_mode(VL_MM_6DStationary);
-  for (const std::int32_t status : {0, 1}) {
-    probe_result = {};
-    peer.send(answer(VL_C_StartMeasurement, 0) + probe(VL_MM_6DStationary, status));
-    EXPECT_EQ(commands->MeasureStationaryProbeDataEx(&probe_result), status == 0 ? S_OK : E_FAIL);
-    EXPECT_EQ(double{probe_result.dPosition1}, 7.5);
-    EXPECT_EQ(std::int32_t{probe_result.packetInfo.packetHeader.lPacketSize}, 376);
-  }
-}
-
-TEST_F(Measurement, OfAnInclinationEndsOnTheResultOrTheAnswer) {
-  start();
-  Bytes tilt = packet(40, VL_DT_TiltraResult);
-  put_i32(tilt, 12, 2);
-  put_f64(tilt, 16, 0.25);
-  put_f64(tilt, 24, 0.5);
-  put_f64(tilt, 32, 21.5);
-  VL_TiltraStatus status{};
-  double x = 0, y = 0, temperature = 0;
-  for (const Bytes& bytes : {tilt, answer(VL_C_StartTiltraMeasurement, 0)}) {
-    x = 0;
-    peer.send(bytes);
-    EXPECT_EQ(told(commands->StartTiltraMeasurement(&status, &x, &y, &temperature)), "ok");
-    EXPECT_TRUE(status == 2 && x == 0.25 && y == 0.5 && temperature == 21.5);
-  }
-}
-
-TEST_F(Measurement, WaitsForTheRememberedMeasureTimeAndTheAddition) {
-  set_timeout(u"MeasurementAdditionalTime", 30);
-  start();
-  peer.send(answer(VL_C_SetStationaryModeParams, 0));
-  EXPECT_EQ(told(commands->SetStationaryModeParams(40, VARIANT_TRUE)), "ok");
-  EXPECT_EQ(sent(), (std::vector<std::int32_t>{28, 40, 1}));
-  const auto begin = Clock::now();
-  EXPECT_EQ(measure(), "80004005 36 timed out");
-  EXPECT_GE(Clock::now() - begin, 70ms);
-  EXPECT_LT(Clock::now() - begin, 1400ms);  // the time that was remembered before
-}
-
-TEST_F(Measurement, MirrorsModeAndTimeOnceTheServerHasTakenThem) {
-  start();
-  const struct {
-    std::int32_t status;
-    std::int32_t mode;
-    std::int32_t time;
-  } cases[] = {{1, 0, 1500}, {13, 4, 4000}, {0, 4, 4000}};
-  for (const auto& [status, mode, time] : cases) {
-    peer.send(answer(VL_C_SetMeasurementMode, status));
-    commands->SetMeasurementMode(static_cast<VL_MeasMode>(4));
-    EXPECT_EQ(connection->measurement().is_stationary_point_mode(), mode == 0);
-    peer.send(answer(VL_C_SetStationaryModeParams, status));
-    const StationaryModeDataT data{4000, 17};
-    commands->SetStationaryModeParamsEx(data);
-    EXPECT_EQ(connection->measurement().stationary_time(), time);
-    EXPECT_EQ(sent(), (std::vector<std::int32_t>{24, 4}));
-    EXPECT_EQ(sent(), (std::vector<std::int32_t>{28, 4000, 1}));  // a flag travels as 0 or 1, in records, too
-  }
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 // Driving the head by speed.
+#include <algorithm>
+
 #include "client_test.h"
+#include "commands/drive_speeds.h"
 
 namespace kestrine::test {
 namespace {
@@ -18,35 +21,53 @@ class Moves : public ClientTest {
   HRESULT outcome = S_OK;
 };
 
-TEST_F(Moves, StepByTenUpToTheFullSpeed) {
-  start();
-  const struct {
-    Move move;
-    Words step;
-  } directions[] = {{&ILTCommandSync::MoveLeft, {-10, 0}},
-                    {&ILTCommandSync::MoveRight, {10, 0}},
-                    {&ILTCommandSync::MoveUp, {0, -10}},
-                    {&ILTCommandSync::MoveDown, {0, 10}}};
-  for (const auto& [move, step] : directions) {
-    for (int i = 1; i <= 11; ++i) {
-      const std::int32_t steps = std::min(i, 10);
-      EXPECT_EQ(speeds_of(move), (Words{step[0] * steps, step[1] * steps}));
+// The operation of either command set, which are driven alike.
+const commands::MethodRow& row_named(std::span<const commands::MethodRow> rows, std::string_view name) {
+  return *std::ranges::find(rows, name, &commands::MethodRow::name);
+}
+
+TEST(DriveSpeeds, StepFromRestToTheStopsAndBack) {
+  for (const auto rows : {commands::sync_methods(), commands::async_methods()}) {
+    for (const auto& [less, more, axis] :
+         {std::tuple{"MoveLeft", "MoveRight", 0u}, std::tuple{"MoveUp", "MoveDown", 1u}}) {
+      commands::DriveSpeeds speeds;
+      Words expected = {0, 0};
+      const auto step = [&, at = axis](const char* name, std::int32_t by, int times) {
+        for (; times > 0; --times) {
+          speeds.step(row_named(rows, name));
+          expected[at] = std::clamp(expected[at] + by, -100, 100);
+          const commands::DriveSpeeds sent = speeds.to_send(row_named(rows, name), nullptr);
+          EXPECT_EQ((Words{sent.horizontal, sent.vertical}), expected);
+          speeds.sent(row_named(rows, name));
+        }
+      };
+      step(less, -10, 11);
+      step(more, 10, 22);
+      step(less, -10, 10);
+      EXPECT_EQ(expected, (Words{0, 0}));
+      step(more, 10, 3);
+      speeds.step(row_named(rows, "StopMove"));
+      EXPECT_TRUE(speeds.horizontal == 0 && speeds.vertical == 0);
     }
-    EXPECT_EQ(speeds_of(&ILTCommandSync::StopMove), (Words{0, 0}));
   }
 }
 
-TEST_F(Moves, AtGivenSpeedsAreClampedAndForgotten) {
-  start();
-  speeds_of(&ILTCommandSync::MoveUp);
-  peer.send(answer(VL_C_MoveHV, 0));
-  EXPECT_EQ(told(commands->MoveHV(250, -300)), "ok");
-  EXPECT_EQ(sent(12), (Words{100, -100}));
-  EXPECT_EQ(speeds_of(&ILTCommandSync::MoveRight), (Words{10, 0}));
-  connection->DisconnectEmbeddedSystem();
-  EXPECT_EQ(commands->MoveHV(50, 50), E_FAIL);  // not sent, so nothing is forgotten
-  connect();
-  EXPECT_EQ(speeds_of(&ILTCommandSync::MoveRight), (Words{20, 0}));
+TEST(DriveSpeeds, GivenOnesAreClampedAndTheStoredOnesForgottenOnceTheyAreSent) {
+  const commands::MethodRow& row = row_named(commands::sync_methods(), "MoveHV");
+  const std::pair<Words, Words> cases[] = {{{250, -250}, {100, -100}}, {{100, -100}, {100, -100}},
+                                           {{-101, 101}, {-100, 100}}, {{INT32_MIN, INT32_MAX}, {-100, 100}},
+                                           {{7, -99}, {7, -99}},       {{0, 0}, {0, 0}}};
+  for (const auto& [given, expected] : cases) {
+    commands::DriveSpeeds speeds{-30, 20};
+    commands::Argument arguments[2];
+    for (std::size_t i = 0; i < 2; ++i) arguments[i].i32 = given[i];
+    speeds.step(row);
+    const commands::DriveSpeeds sent = speeds.to_send(row, arguments);
+    EXPECT_EQ((Words{sent.horizontal, sent.vertical}), expected);
+    EXPECT_TRUE(speeds.horizontal == -30 && speeds.vertical == 20) << "not sent yet";
+    speeds.sent(row);
+    EXPECT_TRUE(speeds.horizontal == 0 && speeds.vertical == 0);
+  }
 }
 
 TEST_F(Moves, StartAgainFromRestOnAnAxisThatRanIntoItsLimit) {

@@ -134,12 +134,6 @@ TEST_F(Release, ByAnErrorPacketOfNoCommandIsReportedBeforeTheCallsOwnFailure) {
             "1 0 : no error information|");
 }
 
-TEST_F(Release, BeepsForMalformedPacketsBelowTypeThousand) {
-  start();
-  for (const std::int32_t type : {12, 999, 1000}) deliver(packet(16, type));
-  EXPECT_EQ(environment.beeps, (std::vector<Environment::Beep>{{4000, 100}, {4000, 100}}));
-}
-
 TEST_F(Release, KillsTheTimerOfTheAnsweredCommandOnly) {
   const struct {
     const char* what;

@@ -1,7 +1,5 @@
 // What the operations of ILTCommandAsync do beside sending: mode checks, drives by speed, housekeeping.
-#include <algorithm>
 #include <functional>
-#include <limits>
 
 #include "sender_test.h"
 
@@ -27,90 +25,19 @@ class Senders : public SenderTest {
   void expect_not_sent(const std::string& came_to) { EXPECT_EQ(came_to.substr(0, 14), "80004005 40002"); }
 };
 
-struct Starter {
-  Plain operation;
-  std::vector<std::int32_t> stationary;         // the modes that count as stationary
-  std::vector<std::int32_t> legacy_stationary;  // those that do with the legacy flag, too
-  bool wants_stationary;
-};
-
-const Starter kStarters[] = {
-    {&ILTCommandAsync::StartContinuousPointMeasurement, {0, 20, 21, 22, 23}, {}, false},
-    {&ILTCommandAsync::StartContinuousProbeMeasurement, {6}, {0}, false},
-    {&ILTCommandAsync::MeasureStationaryPoint, {0, 20, 21, 22, 23}, {}, true},
-    {&ILTCommandAsync::MeasureStationaryProbeData, {6, 20, 21, 22, 23}, {0}, true},
-};
-
-TEST_F(Senders, StartOnlyMeasurementsThatFitTheModeLastSent) {
+TEST_F(Senders, AreToldOfAModeThatDoesNotFitBeforeAnythingElse) {
   start(kBoth);
-  const auto contains = [](const Words& modes, std::int32_t mode) { return std::ranges::count(modes, mode) != 0; };
-  for (std::int32_t mode = -1; mode <= 24; ++mode) {
-    connection->put_ExceptionHandlingPolicy(mode % 2);
-    const std::string failed = (mode % 2 != 0 ? "thrown " : "") + kFailed;
-    EXPECT_EQ(told(senders->SetMeasurementMode(static_cast<VL_MeasMode>(mode))), "ok");
-    EXPECT_EQ(sent(), (Words{VL_C_SetMeasurementMode, mode}));
-    for (const bool legacy : {false, true}) {
-      connection->put_SupportLegacyStationaryMode(legacy ? 1 : 0);
-      for (const Starter& starter : kStarters) {
-        SCOPED_TRACE(testing::Message() << "starter " << &starter - kStarters << ", mode " << mode << legacy);
-        const bool stationary =
-            contains(starter.stationary, mode) || (legacy && contains(starter.legacy_stationary, mode));
-        const bool fits = stationary == starter.wants_stationary;
-        const std::string misfit =
-            failed + (starter.wants_stationary ? "40004" + kMisfit + "stationary" : "40003" + kMisfit + "continuous") +
-            " measurement type !";
-        EXPECT_EQ(outcome_of(starter.operation), fits ? "ok" : misfit);
-        if (fits) {
-          EXPECT_EQ(sent(), (Words{VL_C_StartMeasurement}));
-        }
-        engine().begin_wait(VL_C_Park);
-        EXPECT_EQ(outcome_of(starter.operation), fits ? failed + kPending : misfit) << "the mode comes first";
-        engine().end_wait(VL_C_Park);
-      }
+  const std::pair<Plain, std::string> rows[] = {
+      {&ILTCommandAsync::StartContinuousPointMeasurement, "40003" + kMisfit + "continuous measurement type !"},
+      {&ILTCommandAsync::MeasureStationaryProbeData, "40004" + kMisfit + "stationary measurement type !"}};
+  engine().begin_wait(VL_C_Park);
+  for (const auto& [operation, misfit] : rows) {
+    for (const bool policy : {false, true}) {
+      connection->put_ExceptionHandlingPolicy(policy ? 1 : 0);
+      EXPECT_EQ(outcome_of(operation), (policy ? "thrown " : "") + kFailed + misfit);
     }
   }
   EXPECT_TRUE(peer.nothing_to_receive());
-}
-
-TEST_F(Senders, StepTheSpeedFromRestToTheStopsAndBack) {
-  start();
-  const struct {
-    Plain less;
-    Plain more;
-    std::size_t axis;
-  } axes[] = {{&ILTCommandAsync::MoveLeft, &ILTCommandAsync::MoveRight, 0},
-              {&ILTCommandAsync::MoveUp, &ILTCommandAsync::MoveDown, 1}};
-  for (const auto& [less, more, axis] : axes) {
-    Words speeds = {0, 0};
-    const auto step = [&, at = axis](Plain move, std::int32_t by, int times) {
-      for (; times > 0; --times) {
-        speeds[at] = std::clamp(speeds[at] + by, -100, 100);
-        EXPECT_EQ(speeds_of(move), speeds);
-      }
-    };
-    step(less, -10, 11);
-    step(more, 10, 22);
-    step(less, -10, 10);
-    EXPECT_EQ(speeds, (Words{0, 0}));
-    step(more, 10, 3);
-    EXPECT_EQ(speeds_of(&ILTCommandAsync::StopMove), (Words{0, 0}));
-    EXPECT_EQ(speeds_of(less)[axis], -10) << "from rest again";
-    speeds_of(&ILTCommandAsync::StopMove);
-  }
-}
-
-TEST_F(Senders, ClampGivenSpeedsAndForgetThemOnceTheyAreSent) {
-  start();
-  constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
-  const std::pair<Words, Words> cases[] = {{{250, -250}, {100, -100}}, {{100, -100}, {100, -100}},
-                                           {{-101, 101}, {-100, 100}}, {{-kMost - 1, kMost}, {-100, 100}},
-                                           {{7, -99}, {7, -99}},       {{0, 0}, {0, 0}}};
-  for (const auto& [given, expected] : cases) {
-    EXPECT_EQ(told(senders->MoveHV(given[0], given[1])), "ok");
-    EXPECT_EQ(sent(), (Words{VL_C_MoveHV, expected[0], expected[1]}));
-    EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveRight), (Words{10, 0}));
-    EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveDown), (Words{10, 10}));
-  }
 }
 
 TEST_F(Senders, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
