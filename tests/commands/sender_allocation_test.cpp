@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include "allocations.h"
-#include "sender_test.h"
+#include "client_test.h"
 
 namespace {
 std::size_t sends = 0;
@@ -19,17 +19,17 @@ extern "C" [[gnu::visibility("default")]] ssize_t send(int socket, const void* f
 namespace kestrine::test {
 namespace {
 
-class SenderAllocationTest : public SenderTest {};
+class SenderAllocationTest : public ClientTest {};
 
 TEST_F(SenderAllocationTest, SendingIsOneCallAndAllocatesNothing) {
-  start();
+  start(kAsync);
   constexpr std::size_t kRequests = 7;
   const auto round = [&] {
-    return senders->ReleaseMotors() | senders->SwitchLaser(VARIANT_TRUE) |
-           senders->GoPosition(1.0, 2.0, 3.0, VARIANT_FALSE) |
-           senders->SetTransformationInputParams(static_cast<VL_TransResultType>(1), 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11,
-                                                 12, 13, 14) |
-           senders->MoveHV(500, -500) | senders->MoveLeft() | senders->MeasureStationaryPoint();
+    return async_commands->ReleaseMotors() | async_commands->SwitchLaser(VARIANT_TRUE) |
+           async_commands->GoPosition(1.0, 2.0, 3.0, VARIANT_FALSE) |
+           async_commands->SetTransformationInputParams(static_cast<VL_TransResultType>(1), 1, 2, 3, 4, 5, 6, 7, 8, 9,
+                                                        10, 11, 12, 13, 14) |
+           async_commands->MoveHV(500, -500) | async_commands->MoveLeft() | async_commands->MeasureStationaryPoint();
   };
   ASSERT_EQ(round(), S_OK);  // drops the synchronous object
   const std::size_t before = allocations();
@@ -42,10 +42,10 @@ TEST_F(SenderAllocationTest, SendingIsOneCallAndAllocatesNothing) {
 
 // Kept: how much of a request the system took is not looked at.
 TEST_F(SenderAllocationTest, ARequestThatIsSentInPartCountsAsSent) {
-  start();
+  start(kAsync);
   sends = 0;
   held_back = 4;
-  EXPECT_EQ(senders->SwitchLaser(VARIANT_TRUE), S_OK);
+  EXPECT_EQ(async_commands->SwitchLaser(VARIANT_TRUE), S_OK);
   held_back = 0;
   EXPECT_EQ(sends, 1u);
 }

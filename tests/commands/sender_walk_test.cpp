@@ -3,11 +3,11 @@
 #include <set>
 #include <string_view>
 
+#include "client_test.h"
 #include "event_walk_rows.h"
 #include "kestrine/text.h"
 #include "protocol/tables.h"
 #include "sender_rows.h"
-#include "sender_test.h"
 
 namespace kestrine::test {
 namespace {
@@ -49,14 +49,14 @@ Lines expected_events(const SenderRow& row, std::int32_t status) {
   return events;
 }
 
-class SenderWalk : public SenderTest {
+class SenderWalk : public ClientTest {
  protected:
   TypedCall call(const SenderRow& row) {
     mode_ = std::string_view(row.name).starts_with("StartContinuous") ? VL_MM_ContinuousTime : VL_MM_Standard;
     connection->measurement().set_mode(mode_);
     connection->measurement().set_stationary_time(kMeasureTime);
     SetErrorInfo(0, nullptr);
-    return row.sender.call(*senders, random_);
+    return row.sender.call(*async_commands, random_);
   }
   void expect_remembered(std::int32_t mode, std::int32_t time) {
     connection::MeasurementState asked;
@@ -104,7 +104,7 @@ TEST_F(SenderWalk, HasASlotANameAndItsParametersForEach) {
 }
 
 TEST_F(SenderWalk, SendsItsArgumentsAndAnswersBecomeEvents) {
-  start();
+  start(kAsync);
   for (const std::int32_t status : {VL_RS_AllOK + 0, VL_RS_WrongParameter + 0}) {
     for (const SenderRow& row : sender_rows()) {
       const TypedCall made = call(row);
@@ -142,7 +142,7 @@ TEST_F(SenderWalk, IsRefusedWhileASynchronousCallWaits) {
 }
 
 TEST_F(SenderWalk, ReportsAFailedSend) {
-  start();
+  start(kAsync);
   connection->DisconnectEmbeddedSystem();
   for (const SenderRow& row : sender_rows()) {
     const std::string text = to_utf8(protocol::find_command(row.command)->text);

@@ -1,7 +1,7 @@
 // What the operations of ILTCommandAsync do beside sending: mode checks, drives by speed, housekeeping.
 #include <functional>
 
-#include "sender_test.h"
+#include "client_test.h"
 
 namespace kestrine::test {
 namespace {
@@ -13,10 +13,10 @@ const std::string kFailed = "80004005 ";
 const std::string kPending = "40001 Kestrine.LTConnect.1: Command failed due to pending synchronous answer";
 const std::string kMisfit = " Kestrine.LTConnect.1: Currently selected measurement mode does not match requested ";
 
-class Senders : public SenderTest {
+class Senders : public ClientTest {
  protected:
   std::string outcome_of(Plain operation) {
-    return outcome([&] { return (senders.get()->*operation)(); });
+    return outcome([&] { return (async_commands.get()->*operation)(); });
   }
   Words speeds_of(Plain move) {
     EXPECT_EQ(outcome_of(move), "ok");
@@ -46,7 +46,7 @@ TEST_F(Senders, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
   connection->DisconnectEmbeddedSystem();
   expect_not_sent(outcome_of(&ILTCommandAsync::MoveLeft));
   expect_not_sent(outcome_of(&ILTCommandAsync::MoveDown));
-  expect_not_sent(told(senders->MoveHV(5, 5)));
+  expect_not_sent(told(async_commands->MoveHV(5, 5)));
   connect();
   engine().begin_wait(VL_C_Park);
   for (const Plain move : {&ILTCommandAsync::MoveUp, &ILTCommandAsync::StopMove}) {
@@ -61,7 +61,7 @@ TEST_F(Senders, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
 }
 
 TEST_F(Senders, StartFromRestOnAnAxisThatRanIntoItsLimit) {
-  start();
+  start(kAsync);
   speeds_of(&ILTCommandAsync::MoveLeft);
   speeds_of(&ILTCommandAsync::MoveUp);
   deliver(answer(VL_C_MoveHV, 704));
@@ -86,10 +86,10 @@ TEST_F(Senders, OutliveAHandlerThatDropsEverything) {
       SCOPED_TRACE(testing::Message() << "failure " << &failure - failures << ", objects " << objects);
       make(objects);
       (objects == kBoth ? sync_listener : async_listener)->handler = [&](DISPID) {
-        commands.reset(), async_commands.reset(), senders.reset(), connection.reset();
+        commands.reset(), async_commands.reset(), connection.reset();
         return S_OK;
       };
-      last = senders.get();
+      last = async_commands.get();
       last_connection = connection.get();
       EXPECT_EQ(failure(), E_FAIL);
       EXPECT_EQ(heard().size(), objects == kBoth ? 2u : 1u);
@@ -110,8 +110,8 @@ void expect_failures_of(int number, const IID& expected, const IID& of_connectio
   Pointer<IUnknown> objects[2];
   ASSERT_EQ(connection->get_ILTCommandSync(objects[0].put()), S_OK);
   ASSERT_EQ(connection->get_ILTCommandAsync(objects[1].put()), S_OK);
-  const auto senders = objects[1].query<Interface>();
-  ASSERT_TRUE(senders);
+  const auto async_commands = objects[1].query<Interface>();
+  ASSERT_TRUE(async_commands);
   const auto interface_of = [](HRESULT result) {
     EXPECT_EQ(result, E_FAIL);
     Pointer<IErrorInfo> info;
@@ -119,10 +119,10 @@ void expect_failures_of(int number, const IID& expected, const IID& of_connectio
     if (GetErrorInfo(0, info.put()) == S_OK) info->GetGUID(&iid);
     return iid;
   };
-  EXPECT_EQ(interface_of(senders->Park()), expected) << "not sent";
-  EXPECT_EQ(interface_of(senders->StartContinuousPointMeasurement()), expected) << "the mode does not fit";
+  EXPECT_EQ(interface_of(async_commands->Park()), expected) << "not sent";
+  EXPECT_EQ(interface_of(async_commands->StartContinuousPointMeasurement()), expected) << "the mode does not fit";
   dynamic_cast<commands::SyncCommandObject&>(*generation.objects().sync()).begin_wait(VL_C_Park);
-  EXPECT_EQ(interface_of(senders->Park()), expected) << "refused";
+  EXPECT_EQ(interface_of(async_commands->Park()), expected) << "refused";
   double value = 0;
   EXPECT_EQ(interface_of(connection->GetConstant(static_cast<KR_Constant>(-1), &value)), of_connection);
 }

@@ -262,9 +262,12 @@ TEST_F(PacketReaderTest, ReadErrorsCountAndLeaveWhatWasReadBeforeThem) {
     std::size_t packets;
     Bytes left;
   } rows[] = {
-      {0, {}, 63, sent, true, 1, sent},  {0, {}, 64, sent, true, 0, {}},  // nothing was read before the last attempt:
-                                                                          // nothing is kept of it
-      {0, {}, 65, {}, true, 0, {}},      {4, {}, 65, {}, false, 0, size}, {0, most, 62, rest, true, 1, sent},
+      {0, {}, 63, sent, true, 1, sent},
+      {0, {}, 64, sent, true, 0, {}},  // nothing was read before the last attempt:
+                                       // nothing is kept of it
+      {0, {}, 65, {}, true, 0, {}},
+      {4, {}, 65, {}, false, 0, size},
+      {0, most, 62, rest, true, 1, sent},
       {0, most, 64, {}, false, 0, most},
   };
   for (const auto& row : rows) {

@@ -82,7 +82,7 @@ TEST_F(CommandRosterTest, TheFirstCallThatFitsTheModeDropsTheConnectionsOwnObjec
     const auto call = [&](auto&& object) {
       EXPECT_EQ(row.fits ? object->GoBirdBath() : object->StartContinuousPointMeasurement(), E_FAIL) << "no server";
     };
-    row.objects == kAsync ? call(async_commands.query<ILTCommandAsync>()) : call(commands);
+    row.objects == kAsync ? call(async_commands) : call(commands);
     EXPECT_EQ(fetch(CommandSet::kSync), row.sync);
     EXPECT_EQ(fetch(CommandSet::kAsync), row.async);
     commands.reset(), async_commands.reset(), connection.reset();

@@ -1,10 +1,13 @@
-// Who hears an event, in which order, and what sinks may do from inside their handlers.
+// Who hears an event, in which order, what sinks may do from inside their handlers, and how they are listed.
 #include "dispatch/event_source.h"
 
 #include "client_test.h"
+#include "kestrine/type_info.h"
 
 namespace kestrine::test {
 namespace {
+
+using Cookies = std::vector<DWORD>;
 
 class EventSinks : public ClientTest {
  protected:
@@ -13,6 +16,7 @@ class EventSinks : public ClientTest {
     point()->Unadvise(1);  // the fixture's own listener
   }
   dispatch::CProxy_ILTCommandAsyncEvents* point() { return &generation.objects().async()->event_source(); }
+  Pointer<IConnectionPointContainer> container() { return async_commands.query<IConnectionPointContainer>(); }
   ULONG join(const std::string& name) {
     auto& listener = listeners[name];
     listener = Pointer<Listener>::adopt(new Listener(DIID__ILTCommandAsyncEvents, name, lines));
@@ -27,6 +31,19 @@ class EventSinks : public ClientTest {
     Lines names;
     for (const std::string& line : lines) names.push_back(line.substr(0, line.find(' ')));
     return names;
+  }
+
+  // The cookies of the next connections, as many as there are up to `count`.
+  static Cookies next(IEnumConnections& connections, ULONG count, HRESULT expected) {
+    CONNECTDATA found[8] = {};
+    ULONG fetched = 99;
+    EXPECT_EQ(connections.Next(count, found, &fetched), expected);
+    Cookies cookies;
+    for (ULONG i = 0; i < fetched; ++i) {
+      cookies.push_back(found[i].dwCookie);
+      found[i].pUnk->Release();
+    }
+    return cookies;
   }
 
   Lines lines;
@@ -138,8 +155,74 @@ TEST_F(EventSinks, MustAnswerToTheEventInterface) {
   EXPECT_EQ(point()->Advise(nullptr, &cookie), E_POINTER);
   EXPECT_EQ(point()->Advise(stranger.get(), nullptr), E_POINTER);
   Pointer<IConnectionPoint> other;
-  const auto container = async_commands.query<IConnectionPointContainer>();
-  EXPECT_EQ(container->FindConnectionPoint(DIID__ILTCommandSyncEvents, other.put()), CONNECT_E_NOCONNECTION);
+  EXPECT_EQ(container()->FindConnectionPoint(DIID__ILTCommandSyncEvents, other.put()), CONNECT_E_NOCONNECTION);
+}
+
+TEST_F(EventSinks, AreListedAsTheyWereAtTheMomentAndHeld) {
+  for (const char* name : {"a", "b", "c"}) join(name);
+  listeners.clear();  // only the point holds them
+  EXPECT_EQ(point()->Unadvise(2), S_OK);
+  Pointer<IEnumConnections> connections;
+  ASSERT_EQ(point()->EnumConnections(connections.put()), S_OK);
+  EXPECT_EQ(point()->Unadvise(1), S_OK);
+  join("d");
+  EXPECT_EQ(next(*connections, 5, S_FALSE), (Cookies{1, 3})) << "as it was, the sinks alive";
+  EXPECT_EQ(next(*connections, 1, S_FALSE), Cookies{});
+  EXPECT_EQ(connections->Reset(), S_OK);
+  EXPECT_EQ(next(*connections, 2, S_OK), (Cookies{1, 3}));
+}
+
+TEST_F(EventSinks, AreListedFromWhereAnEnumeratorStands) {
+  for (const char* name : {"a", "b", "c"}) join(name);
+  Pointer<IEnumConnections> connections;
+  Pointer<IEnumConnections> copy;
+  ASSERT_EQ(point()->EnumConnections(connections.put()), S_OK);
+  EXPECT_EQ(connections->Skip(1), S_OK);
+  ASSERT_EQ(connections->Clone(copy.put()), S_OK);
+  EXPECT_EQ(next(*connections, 2, S_OK), (Cookies{2, 3}));
+  EXPECT_EQ(connections->Skip(1), S_FALSE);
+  connections.reset();
+  EXPECT_EQ(next(*copy, 1, S_OK), Cookies{2});
+  EXPECT_EQ(copy->Skip(0xFFFFFFFF), S_FALSE);
+  EXPECT_EQ(next(*copy, 1, S_FALSE), Cookies{});
+  CONNECTDATA two[2];
+  EXPECT_EQ(copy->Next(2, two, nullptr), E_POINTER);
+  EXPECT_EQ(copy->Clone(nullptr), E_POINTER);
+}
+
+TEST_F(EventSinks, HaveOnePointToJoin) {
+  Pointer<IEnumConnectionPoints> points;
+  ASSERT_EQ(container()->EnumConnectionPoints(points.put()), S_OK);
+  Pointer<IConnectionPoint> only;
+  ASSERT_EQ(points->Next(1, only.put(), nullptr), S_OK);
+  EXPECT_EQ(only.get(), point());
+  EXPECT_EQ(points->Next(1, only.put(), nullptr), S_FALSE);
+  EXPECT_EQ(container()->EnumConnectionPoints(nullptr), E_POINTER);
+}
+
+TEST_F(EventSinks, LearnTheClassOfTheObject) {
+  const auto asked = async_commands.query<IProvideClassInfo2>();
+  ASSERT_TRUE(asked);
+  GUID events{};
+  EXPECT_EQ(asked->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events), S_OK);
+  EXPECT_EQ(events, DIID__ILTCommandAsyncEvents);
+  EXPECT_EQ(asked->GetGUID(2, &events), E_INVALIDARG);
+  Pointer<ITypeInfo> info;
+  ASSERT_EQ(asked.query<IProvideClassInfo>()->GetClassInfo(info.put()), S_OK);
+  TYPEATTR* attributes = nullptr;
+  ASSERT_EQ(info->GetTypeAttr(&attributes), S_OK);
+  EXPECT_EQ(attributes->guid, CLSID_LTCommandAsync);
+  info->ReleaseTypeAttr(attributes);
+  EXPECT_FALSE(Pointer<ILTConnect>(connection.get()).query<IProvideClassInfo>()) << "fires no events";
+}
+
+TEST(ClassInfo, LeadsFromTheEventsOfEveryCommandClassToTheClass) {
+  const std::pair<IID, CLSID> rows[] = {{DIID__ILTCommandSyncEvents, CLSID_LTCommandSync},
+                                        {DIID__ILTCommandSync2Events, CLSID_LTCommandSync2},
+                                        {DIID__ILTCommandAsyncEvents, CLSID_LTCommandAsync},
+                                        {DIID__ILTCommandAsync2Events, CLSID_LTCommandAsync2}};
+  for (const auto& [events, id] : rows) EXPECT_EQ(*objects::class_with_events(events)->id, id);
+  EXPECT_EQ(objects::class_with_events(IID_IDispatch), nullptr);
 }
 
 }  // namespace

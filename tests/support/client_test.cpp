@@ -61,7 +61,9 @@ void ClientTest::make(Objects objects) {
     sync_listener = listen(*commands, DIID__ILTCommandSyncEvents, "sync");
   }
   if ((objects & kAsync) != 0) {
-    ASSERT_EQ(connection->get_ILTCommandAsync(async_commands.put()), S_OK);
+    Pointer<IUnknown> object;
+    ASSERT_EQ(connection->get_ILTCommandAsync(object.put()), S_OK);
+    async_commands = object.query<ILTCommandAsync>();
     async_listener = listen(*async_commands, DIID__ILTCommandAsyncEvents, "async");
   }
 }

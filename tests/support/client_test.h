@@ -12,6 +12,7 @@
 
 #include "commands/sync_commands.h"
 #include "environment.h"
+#include "kestrine/com_error.h"
 #include "kestrine/object.h"
 #include "kestrine/pointer.h"
 #include "objects/command_classes.h"
@@ -74,6 +75,15 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   void forget_tasks() { tasks_.clear(); }
   // What a call came to: "ok", or status code, number, source and text.
   static std::string told(HRESULT result);
+  // The same of a call that may throw.
+  template <class Call>
+  static std::string outcome(Call call) {
+    try {
+      return told(call());
+    } catch (const _com_error& error) {
+      return "thrown " + told(error.Error());
+    }
+  }
   // The words of the next request from the given offset on.
   std::vector<std::int32_t> sent(std::size_t offset = 8);
 
@@ -91,7 +101,7 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   dispatch::Generation& generation = classes.generation();
   Pointer<Connect> connection;
   Pointer<ILTCommandSync> commands;
-  Pointer<IUnknown> async_commands;
+  Pointer<ILTCommandAsync> async_commands;
   Pointer<Listener> sync_listener;
   Pointer<Listener> async_listener;
 
