@@ -1,4 +1,4 @@
-// Feeds a stream of bytes, cut as the input says, to the receive path, and what it makes of them to the dispatcher
+// Feeds a stream of bytes, cut as the input says, to the packet reader, and what it makes of them to the dispatcher
 // with subscribers on both event interfaces. The input is a row of chunks: a length byte (times 16 when its high
 // bit is set), a byte that says what the application does meanwhile, then the bytes.
 #include <algorithm>
@@ -6,26 +6,27 @@
 #include <cstdlib>
 #include <span>
 
-#include "component/command_objects.h"
-#include "component/connect_object.h"
-#include "component/module.h"
+#include "connection/packet_reader.h"
 #include "kestrine/events.h"
 #include "kestrine/pointer.h"
 #include "kestrine/subscription.h"
-#include "transport/receive_path.h"
+#include "objects/command_classes.h"
+#include "objects/connect_class.h"
+#include "objects/module.h"
 
 namespace {
 
 using kestrine::Pointer;
 
 // Bytes arrive chunk by chunk, whenever the reader waits for more.
-class ChunkPort final : public kestrine::transport::ReceivePort {
+class ChunkSource final : public kestrine::connection::ByteSource {
  public:
-  explicit ChunkPort(std::span<const std::uint8_t> input) : input_(input) { arrive(); }
+  explicit ChunkSource(std::span<const std::uint8_t> input) : input_(input) { arrive(); }
 
   bool exhausted() const { return input_.empty() && readable_.empty(); }
   std::uint8_t action() const { return action_; }
 
+  bool is_open() const override { return true; }
   int receive(void* into, int bytes, bool peek) override {
     if (readable_.empty()) {
       waiting_ = !input_.empty();
@@ -62,7 +63,7 @@ class ChunkPort final : public kestrine::transport::ReceivePort {
   bool waiting_ = false;
 };
 
-struct Client {
+struct Client final : kestrine::connection::PacketConsumer {
   Client() {
     connection->get_ILTCommandSync(sync.put());
     connection->get_ILTCommandAsync(async.put());
@@ -71,9 +72,20 @@ struct Client {
                     *Pointer<kestrine::AsyncEvents>::adopt(new kestrine::AsyncEvents)};
   }
 
-  kestrine::transport::Slots& slots = kestrine::component::module().first.slots;
-  kestrine::component::CLTConnect* const base = new kestrine::component::CLTConnect(slots);
-  Pointer<ILTConnect> connection = Pointer<ILTConnect>::adopt(base);
+  void on_packet(const kestrine::connection::ReceivedPacket& packet) override {
+    connection->events().on_packet(*connection, packet);
+  }
+  void on_out_of_step() override { connection->events().on_out_of_step(); }
+
+  kestrine::commands::SyncCommandObject& calls() {
+    return static_cast<SyncObject&>(*classes.generation().objects().sync());
+  }
+
+  using Connect = kestrine::objects::Connect<ILTConnect>;
+  using SyncObject = kestrine::objects::CommandSync<ILTCommandSync, DIID__ILTCommandSyncEvents>;
+  kestrine::dispatch::ProcessState process;
+  kestrine::objects::GenerationClasses classes{1, process};
+  Pointer<Connect> connection = Pointer<Connect>::adopt(new Connect(classes.generation()));
   Pointer<IUnknown> sync;
   Pointer<IUnknown> async;
   kestrine::Subscription sync_events;
@@ -84,8 +96,8 @@ struct Client {
 void act(Client& client, std::uint8_t action) {
   client.connection->put_SupportLegacyStationaryMode(action & 1);
   client.connection->SelectNotificationMethod((action & 2) != 0 ? KR_NM_None : KR_NM_Event, 0, 0);
-  client.base->measurement_mode = (action >> 2) & 7;
-  if ((action & 0xE0) != 0) client.slots.current_sync->MarkAnswerPending(action >> 5, true);
+  client.connection->measurement().set_mode((action >> 2) & 7);
+  if ((action & 0xE0) != 0) client.calls().begin_wait(action >> 5);
 }
 
 }  // namespace
@@ -95,20 +107,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     setenv("KESTRINE_PROFILE_DIR", "/nonexistent", 1);
     return new Client;
   }();
-  ChunkPort port({data, size});
-  kestrine::transport::ReceivePath path;
-  while (!port.exhausted()) {
-    act(*client, port.action());
-    path.on_readable(*client->base, port);
-    port.arrive();
+  ChunkSource source({data, size});
+  kestrine::connection::PacketReader reader(source, *client);
+  while (!source.exhausted()) {
+    act(*client, source.action());
+    reader.on_readable(client->connection->buffers());
+    source.arrive();
     VARIANT bytes;
     VariantInit(&bytes);
     if (client->connection->GetData(&bytes) != S_OK) std::abort();
     VariantClear(&bytes);
   }
-  client->slots.current_sync->CancelPendingAnswer();
-  client->slots.current_sync->FlushDeferredEvents();
-  client->base->on_server_closed();
-  client->base->link_alive = true;
+  client->calls().cancel_wait();
+  client->calls().fire_deferred_events();
+  client->connection->events().on_closed(*client->connection);
   return 0;
 }

@@ -42,7 +42,7 @@ class CommandBase : public Commands {
   virtual bool is_call_waiting() const = 0;
   // The operation is asked for while another call waits.
   virtual HRESULT refuse_while_waiting(const MemberRow& row) = 0;
-  // Whether a failure to send is thrown as well; asked, too, for a measurement that the mode does not fit.
+  // A mode that does not fit and a request that cannot be sent are thrown as well as returned.
   virtual bool throws() const = 0;
 
   const IID& interface_id() const;

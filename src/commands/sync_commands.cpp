@@ -86,7 +86,8 @@ HRESULT SyncCommandObject::perform(int dispid, Argument* arguments) {
   return result;
 }
 
-// The incremental moves give up in silence unless timeouts are increased. Only what does not wait throws.
+// The incremental moves give up in silence unless timeouts are increased. Of all failures of this interface only the
+// refusal of an operation that does not wait is ever thrown.
 HRESULT SyncCommandObject::refuse_while_waiting(const MemberRow& row) {
   if (row.speed != protocol::Speed::kNone && !increased_timeouts_) return S_FALSE;
   return refuse(protocol::error::kPendingAnswer, row.sends_only && has_throwing_connection());
@@ -153,9 +154,9 @@ bool SyncCommandObject::must_defer(std::int32_t status_change) const {
 void SyncCommandObject::fire_deferred_events() {
   const Pointer<IUnknown> keep(unknown());
   while (!deferred_.empty() && !is_answer_pending()) {
-    const auto change = static_cast<VL_SystemStatusChange>(deferred_.front());
+    const std::int32_t change = deferred_.front();
     deferred_.pop_front();
-    event_source().Fire_StatusChangeEvent(change);
+    dispatch::fire_status_change(*this, change);
   }
 }
 

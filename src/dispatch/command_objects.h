@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "connection/connection.h"
-#include "dispatch/event_proxies.h"
+#include "dispatch/event_source.h"
 #include "kestrine/component.h"
 #include "kestrine/enums.h"
 
@@ -20,6 +20,7 @@ class CommandObject {
   CommandObject& operator=(const CommandObject&) = delete;
 
   virtual IUnknown* unknown() = 0;
+  virtual EventSource& event_source() = 0;
 
   // Milliseconds since the object was whole.
   std::uint32_t age() const;
@@ -41,8 +42,6 @@ class CommandObject {
 class SyncCommands : public CommandObject {
  public:
   SyncCommands() : CommandObject(CommandSet::kSync) {}
-
-  virtual CProxy_ILTCommandSyncEvents& event_source() = 0;
 
   virtual bool is_answer_pending() const = 0;
   virtual bool is_awaiting_answer(std::int32_t command) const = 0;
@@ -74,8 +73,6 @@ class AsyncCommands : public CommandObject {
  public:
   AsyncCommands() : CommandObject(CommandSet::kAsync) {}
 
-  virtual CProxy_ILTCommandAsyncEvents& event_source() = 0;
-
   // The tracker stopped that axis by itself: the stored speed starts from rest again.
   virtual void clear_vertical_speed() = 0;
   virtual void clear_horizontal_speed() = 0;
@@ -83,5 +80,7 @@ class AsyncCommands : public CommandObject {
  protected:
   ~AsyncCommands() = default;
 };
+
+void fire_status_change(CommandObject& object, std::int32_t change);
 
 }  // namespace kestrine::dispatch

@@ -27,14 +27,6 @@ std::int32_t word(const std::uint8_t* packet, std::int32_t offset) {
   return wire::load_i32(packet + offset);
 }
 
-VL_Command as_command(std::int32_t number) {
-  return static_cast<VL_Command>(number);
-}
-
-VL_ResultStatus as_status(std::int32_t number) {
-  return static_cast<VL_ResultStatus>(number);
-}
-
 IUnknown* unknown_of(CommandObject* object) {
   return object == nullptr ? nullptr : object->unknown();
 }
@@ -60,6 +52,12 @@ struct Present {
 };
 
 }  // namespace
+
+void fire_status_change(CommandObject& object, std::int32_t change) {
+  const bool sync = object.command_set == CommandSet::kSync;
+  object.event_source().fire(sync ? protocol::sync_event::StatusChangeEvent : protocol::async_event::StatusChangeEvent,
+                             {change});
+}
 
 void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& received) {
   const Present present(generation_.objects());
@@ -100,10 +98,10 @@ void Dispatcher::on_closed(Connection& connection) {
   const CommandRoster& objects = generation_.objects();
   if (connection.fires_events_to(CommandSet::kSync) && objects.sync() != nullptr) {
     objects.sync()->cancel_wait();
-    objects.sync()->event_source().Fire_StatusChangeEvent(VL_SSC_ServerClosing);
+    fire_status_change(*objects.sync(), VL_SSC_ServerClosing);
   }
   if (connection.fires_events_to(CommandSet::kAsync) && objects.async() != nullptr) {
-    objects.async()->event_source().Fire_StatusChangeEvent(VL_SSC_ServerClosing);
+    fire_status_change(*objects.async(), VL_SSC_ServerClosing);
   }
 }
 
@@ -179,7 +177,7 @@ void Dispatcher::end_wait_by_answer(const Delivery& delivery, std::int32_t comma
   const bool was_acknowledged = connection.measurement().acknowledge_start();
   if (status == VL_RS_AllOK || !was_acknowledged) return;
   sync.report_status(command);
-  if (delivery.sync != nullptr) sync.event_source().Fire_ErrorEvent(as_command(command), as_status(status));
+  if (delivery.sync != nullptr) sync.event_source().fire(protocol::sync_event::ErrorEvent, {command, status});
 }
 
 void Dispatcher::on_answer(const Delivery& delivery) {
@@ -200,7 +198,7 @@ void Dispatcher::fire_answer_events(const Delivery& delivery, std::int32_t comma
   if (delivery.async == nullptr) return;
   if (row->async_event == nullptr) {
     if (is_good_or_reported(command, status)) {
-      delivery.async->event_source().Fire_CommandCompletedData(as_command(command));
+      delivery.async->event_source().fire(protocol::async_event::CommandCompletedData, {command});
     }
     return;
   }
@@ -224,7 +222,7 @@ void Dispatcher::report_bad_answer(std::int32_t command, std::int32_t status) {
   if (async == nullptr) return;
   const Pointer<IUnknown> keep(async->unknown());
   generation_.errors().report_async_answer(*async, command, status);
-  async->event_source().Fire_ErrorEvent(as_command(command), as_status(status));
+  async->event_source().fire(protocol::async_event::ErrorEvent, {command, status});
 }
 
 void Dispatcher::on_error(const Delivery& delivery) {
@@ -234,7 +232,7 @@ void Dispatcher::on_error(const Delivery& delivery) {
     delivery.sync->set_last_result_status(status);
     if (command == VL_C_Unknown) {
       delivery.sync->report_status(command);
-      delivery.sync->event_source().Fire_ErrorEvent(as_command(command), as_status(status));
+      delivery.sync->event_source().fire(protocol::sync_event::ErrorEvent, {command, status});
     }
     // The command's timer runs on and may end a later call's wait.
     delivery.sync->release_wait();
@@ -321,12 +319,12 @@ void Dispatcher::on_status_change(const Delivery& delivery) {
       delivery.sync->defer_status_change(change);
     } else {
       if (change == VL_SSC_TPConnectionClosing || change == VL_SSC_ServerClosing) delivery.sync->cancel_wait();
-      delivery.sync->event_source().Fire_StatusChangeEvent(static_cast<VL_SystemStatusChange>(change));
+      fire_status_change(*delivery.sync, change);
       if (change == VL_SSC_ServerClosing) delivery.connection.link().mark_ended();
     }
   }
   if (delivery.async != nullptr) {
-    delivery.async->event_source().Fire_StatusChangeEvent(static_cast<VL_SystemStatusChange>(change));
+    fire_status_change(*delivery.async, change);
     if (change == VL_SSC_ServerClosing) delivery.connection.link().mark_ended();
   }
 }

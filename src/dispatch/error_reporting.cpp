@@ -5,6 +5,7 @@
 #include "kestrine/com_error.h"
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
+#include "protocol/event_numbers.h"
 #include "protocol/texts.h"
 
 namespace kestrine::dispatch {
@@ -25,10 +26,10 @@ HRESULT ErrorReporting::raise(connection::Connection* connection, std::u16string
   const CommandRoster& objects = generation_.objects();
   // The events come first: a handler still sees the previous error information.
   if (connection != nullptr && connection->fires_events_to(CommandSet::kSync) && objects.sync() != nullptr) {
-    objects.sync()->event_source().Fire_ExceptionEvent(number, std::u16string(text).c_str());
+    objects.sync()->event_source().fire(protocol::sync_event::ExceptionEvent, {number, text});
   }
   if (connection != nullptr && connection->fires_events_to(CommandSet::kAsync) && objects.async() != nullptr) {
-    objects.async()->event_source().Fire_ExceptionEvent(number, std::u16string(text).c_str());
+    objects.async()->event_source().fire(protocol::async_event::ExceptionEvent, {number, text});
   }
   const auto info = component_types::set_error_info(text, generation_.identity().connect_source, iid, number);
   if (throws) throw _com_error(code, info);

@@ -14,9 +14,7 @@ namespace kestrine::dispatch {
 // One argument on its way to the sinks, each of which gets a text of its own. Enumerations travel as numbers.
 struct EventArgument {
   EventArgument(std::int32_t number) { value.vt = VT_I4, value.lVal = number; }
-  EventArgument(double number) { value.vt = VT_R8, value.dblVal = number; }
-  EventArgument(VARIANT_BOOL flag) { value.vt = VT_BOOL, value.boolVal = flag; }  // as given: 1 stays 1
-  EventArgument(const char16_t* zero_terminated) : text(zero_terminated) { value.vt = VT_BSTR; }
+  EventArgument(std::u16string_view units) : text(units) { value.vt = VT_BSTR; }
 
   VARIANT value{};
   std::u16string_view text;
@@ -25,13 +23,14 @@ struct EventArgument {
 // Lives inside its owner and shares the owner's count. Sinks are called in slot order, on the firing thread;
 // they may advise, unadvise, call back into the library or drop the last reference from inside a handler, and a
 // sink that fails or throws does not keep an event from the others.
-class EventSource : public IConnectionPoint {
+class EventSource final : public IConnectionPoint {
  public:
   // `container` is the owner's IConnectionPointContainer; `event_interface` what a sink must answer to.
   EventSource(IConnectionPointContainer& container, const IID& event_interface)
       : container_(container), event_interface_(event_interface) {}
   EventSource(const EventSource&) = delete;
   EventSource& operator=(const EventSource&) = delete;
+  ~EventSource();
 
   std::size_t sink_count() const { return advised_; }
 
@@ -47,9 +46,6 @@ class EventSource : public IConnectionPoint {
   HRESULT Advise(IUnknown* sink, ULONG* cookie) override;
   HRESULT Unadvise(ULONG cookie) override;
   HRESULT EnumConnections(IEnumConnections** connections) override;
-
- protected:
-  ~EventSource();
 
  private:
   template <class FillArguments>

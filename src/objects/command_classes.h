@@ -20,10 +20,10 @@ struct InterfaceId<commands::TypedAsyncMethods<Interface>> : InterfaceId<Interfa
 
 namespace kestrine::objects {
 
-// `Methods` are the typed operations, `Object` what performs them, `Proxy` the source of the events.
-template <class Methods, class Object, class Proxy, const IID& EventInterface>
+// `Methods` are the typed operations, `Object` what performs them.
+template <class Methods, class Object, const IID& EventInterface>
 class CommandClass final : public ComponentObject<scripting::Offered<Methods>, ErrorInfoSupport<Methods>,
-                                                  EventContainer<Proxy, EventInterface>, ClassInfo<EventInterface>>,
+                                                  EventContainer<EventInterface>, ClassInfo<EventInterface>>,
                            public Object {
  public:
   explicit CommandClass(dispatch::Generation& generation, IUnknown* outer = nullptr)
@@ -32,7 +32,7 @@ class CommandClass final : public ComponentObject<scripting::Offered<Methods>, E
   }
 
   IUnknown* unknown() override { return static_cast<Methods*>(this); }
-  Proxy& event_source() override { return this->source_; }
+  dispatch::EventSource& event_source() override { return this->source_; }
 
  private:
   ~CommandClass() override { this->leave(); }
@@ -40,10 +40,8 @@ class CommandClass final : public ComponentObject<scripting::Offered<Methods>, E
 };
 
 template <class Interface, const IID& EventInterface>
-using CommandSync = CommandClass<commands::TypedSyncMethods<Interface>, commands::SyncCommandObject,
-                                 dispatch::CProxy_ILTCommandSyncEvents, EventInterface>;
+using CommandSync = CommandClass<commands::TypedSyncMethods<Interface>, commands::SyncCommandObject, EventInterface>;
 template <class Interface, const IID& EventInterface>
-using CommandAsync = CommandClass<commands::TypedAsyncMethods<Interface>, commands::AsyncCommandObject,
-                                  dispatch::CProxy_ILTCommandAsyncEvents, EventInterface>;
+using CommandAsync = CommandClass<commands::TypedAsyncMethods<Interface>, commands::AsyncCommandObject, EventInterface>;
 
 }  // namespace kestrine::objects

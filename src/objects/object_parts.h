@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "dispatch/enumerator.h"
+#include "dispatch/event_source.h"
 #include "kestrine/component.h"
 #include "kestrine/interface_id.h"
 #include "scripting/type_info.h"
@@ -23,7 +24,7 @@ class ErrorInfoSupport : public ISupportErrorInfo {
 };
 
 // A command object's half of the event protocol: a container with exactly one connection point.
-template <class Proxy, const IID& EventInterface>
+template <const IID& EventInterface>
 class EventContainer : public IConnectionPointContainer {
  public:
   HRESULT FindConnectionPoint(const IID& iid, IConnectionPoint** point) override {
@@ -43,7 +44,7 @@ class EventContainer : public IConnectionPointContainer {
  protected:
   ~EventContainer() = default;
 
-  Proxy source_{*this, EventInterface};
+  dispatch::EventSource source_{*this, EventInterface};
 };
 
 // The class that fires these events.
@@ -78,8 +79,8 @@ namespace kestrine {
 
 template <class Interface>
 struct InterfaceId<objects::ErrorInfoSupport<Interface>> : InterfaceId<ISupportErrorInfo> {};
-template <class Proxy, const IID& EventInterface>
-struct InterfaceId<objects::EventContainer<Proxy, EventInterface>> : InterfaceId<IConnectionPointContainer> {};
+template <const IID& EventInterface>
+struct InterfaceId<objects::EventContainer<EventInterface>> : InterfaceId<IConnectionPointContainer> {};
 template <const IID& EventInterface>
 struct InterfaceId<objects::ClassInfo<EventInterface>> : InterfaceId<IProvideClassInfo2> {};
 

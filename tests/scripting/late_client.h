@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "component/module.h"
 #include "environment.h"
 #include "kestrine/error.h"
 #include "kestrine/interfaces.h"
 #include "kestrine/pointer.h"
 #include "kestrine/text.h"
+#include "objects/module.h"
 #include "scripted_peer.h"
 
 namespace kestrine::test {
@@ -72,10 +72,10 @@ class LateClient : public testing::Test {
     connection = Pointer<IDispatch>::adopt(create(CLSID_LTConnect2));
   }
 
-  static IDispatch* create(const CLSID& clsid) {
+  IDispatch* create(const CLSID& clsid) {
     Pointer<IClassFactory> factory;
     void* object = nullptr;
-    EXPECT_EQ(component::get_class_object(clsid, IID_IClassFactory, factory.put_void()), S_OK);
+    EXPECT_EQ(module.get_class_object(clsid, IID_IClassFactory, factory.put_void()), S_OK);
     EXPECT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, &object), S_OK);
     return static_cast<IDispatch*>(object);
   }
@@ -129,6 +129,7 @@ class LateClient : public testing::Test {
 
   Environment environment;
   ScriptedPeer peer;
+  objects::Module module;
   Pointer<IDispatch> connection;
 };
 

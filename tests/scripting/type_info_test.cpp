@@ -4,10 +4,10 @@
 #include <set>
 #include <sstream>
 
-#include "component/module.h"
 #include "described.h"
 #include "kestrine/enums.h"
 #include "kestrine/interfaces.h"
+#include "objects/module.h"
 
 namespace kestrine::test {
 namespace {
@@ -164,10 +164,11 @@ TEST(TypeInfo, TellsWhatAClassImplementsAndFires) {
 }
 
 TEST(TypeInfo, CallsAnObjectThatItDescribes) {
+  objects::Module module;
   Pointer<IClassFactory> factory;
   Pointer<IDispatch> object;
   Pointer<ITypeInfo> info;
-  ASSERT_EQ(component::get_class_object(CLSID_LTConnect2, IID_IClassFactory, factory.put_void()), S_OK);
+  ASSERT_EQ(module.get_class_object(CLSID_LTConnect2, IID_IClassFactory, factory.put_void()), S_OK);
   ASSERT_EQ(factory->CreateInstance(nullptr, IID_ILTConnect2, object.put_void()), S_OK);
   ASSERT_EQ(object->GetTypeInfo(0, 0, info.put()), S_OK);
   DISPPARAMS none{};

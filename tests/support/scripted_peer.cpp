@@ -2,9 +2,11 @@
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -43,12 +45,35 @@ int bind_port(std::uint16_t& port) {
   return descriptor;
 }
 
+// The process's own socket whose address is the peer's of `descriptor`.
+int other_end(int descriptor) {
+  constexpr int kMostDescriptors = 1024;
+  sockaddr_in wanted{};
+  socklen_t length = sizeof wanted;
+  ::getpeername(descriptor, reinterpret_cast<sockaddr*>(&wanted), &length);
+  for (int each = 0; each < kMostDescriptors; ++each) {
+    sockaddr_in at{};
+    length = sizeof at;
+    if (::getsockname(each, reinterpret_cast<sockaddr*>(&at), &length) == 0 && at.sin_family == AF_INET &&
+        at.sin_port == wanted.sin_port) {
+      return each;
+    }
+  }
+  return -1;
+}
+
 }  // namespace
 
 Bytes packet(std::int32_t size, std::int32_t type) {
   Bytes bytes(static_cast<std::size_t>(std::max(size, 8)));
   put_i32(bytes, 0, size);
   put_i32(bytes, 4, type);
+  return bytes;
+}
+
+Bytes filled(std::int32_t size, std::int32_t type) {
+  Bytes bytes = packet(size, type);
+  for (std::size_t i = 8; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + 1);
   return bytes;
 }
 
@@ -89,6 +114,11 @@ Bytes operator+(Bytes first, const Bytes& second) {
   return first;
 }
 
+std::pair<Bytes, Bytes> cut(const Bytes& bytes, std::size_t at) {
+  const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+  return {Bytes(bytes.begin(), middle), Bytes(middle, bytes.end())};
+}
+
 std::uint16_t unused_port() {
   std::uint16_t port = 0;
   ::close(bind_port(port));
@@ -117,6 +147,7 @@ void ScriptedPeer::accept() {
   // Longer than any test waits: a send that blocks for ever is a fault to be seen, not a hang.
   const timeval patience{20, 0};
   ::setsockopt(client, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+  client_descriptor_ = other_end(client);
   client_ = client;
 }
 
@@ -160,6 +191,13 @@ bool ScriptedPeer::client_leaves() {
   return got <= 0;
 }
 
+bool ScriptedPeer::client_has_read_all() const {
+  int under_way = -1;
+  int unread = -1;
+  return ::ioctl(client_, SIOCOUTQ, &under_way) == 0 && under_way == 0 &&
+         ::ioctl(client_descriptor_, FIONREAD, &unread) == 0 && unread == 0;
+}
+
 void ScriptedPeer::set_send_buffer(int bytes) {
   ::setsockopt(client_, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes);
 }
@@ -189,11 +227,14 @@ void ScriptedPeer::run(Script script) {
   script_ = std::thread([this, script = std::move(script)] { script(*this); });
 }
 
-void ScriptedPeer::send_in_pieces(std::vector<Bytes> pieces, std::chrono::milliseconds pause) {
-  run([pieces = std::move(pieces), pause](ScriptedPeer& peer) {
+void ScriptedPeer::send_in_pieces(std::vector<Bytes> pieces) {
+  run([pieces = std::move(pieces)](ScriptedPeer& peer) {
     for (const Bytes& piece : pieces) {
+      for (const auto deadline = Clock::now() + kPatience; !peer.client_has_read_all();) {
+        if (Clock::now() > deadline) return ADD_FAILURE() << "the client has not read the piece before";
+        std::this_thread::yield();
+      }
       peer.send(piece);
-      if (&piece != &pieces.back()) std::this_thread::sleep_for(pause);
     }
   });
 }

@@ -1,5 +1,5 @@
 // A server made of bytes: it listens on loopback, hands the test what the client sent, and sends what the test
-// says, cut and delayed as the test says.
+// says, cut as the test says. The client is a socket of the same process.
 //
 // Everything happens on the calling thread but for scripts (run, send_in_pieces, serve), which have a thread of
 // their own so that the test's thread can wait inside the library meanwhile. There is one script at a time: starting
@@ -14,6 +14,7 @@
 #include <mutex>
 #include <span>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "kestrine/enums.h"
@@ -24,6 +25,8 @@ using Bytes = std::vector<std::uint8_t>;
 
 // A packet of that size and type, zero but for its header.
 Bytes packet(std::int32_t size, std::int32_t type);
+// One whose every byte behind the header is known.
+Bytes filled(std::int32_t size, std::int32_t type);
 // A 16-byte answer or error packet.
 Bytes answer(std::int32_t command, std::int32_t status, std::int32_t type = VL_DT_Command);
 Bytes status_change(std::int32_t change);
@@ -33,6 +36,7 @@ void put_i32(Bytes& bytes, std::size_t offset, std::int32_t value);
 void put_f64(Bytes& bytes, std::size_t offset, double value);
 std::int32_t get_i32(std::span<const std::uint8_t> bytes, std::size_t offset);
 Bytes operator+(Bytes first, const Bytes& second);
+std::pair<Bytes, Bytes> cut(const Bytes& bytes, std::size_t at);
 
 // A port of loopback on which nobody listens.
 std::uint16_t unused_port();
@@ -59,6 +63,10 @@ class ScriptedPeer {
   bool nothing_to_receive();
   // True when the client closes its end in time; what it sent before is thrown away.
   bool client_leaves();
+  // The client's own socket.
+  int client_descriptor() const { return client_descriptor_; }
+  // True when nothing of what was sent waits to be read by the client.
+  bool client_has_read_all() const;
 
   // What the system holds back of what was sent to a client that does not read.
   void set_send_buffer(int bytes);
@@ -68,8 +76,8 @@ class ScriptedPeer {
   std::size_t send_what_fits(std::span<const std::uint8_t> bytes);
 
   void run(Script script);
-  // Piece, pause, piece ...
-  void send_in_pieces(std::vector<Bytes> pieces, std::chrono::milliseconds pause);
+  // Each piece once the client has read the one before.
+  void send_in_pieces(std::vector<Bytes> pieces);
   // Answers every request from now on with what `reply` returns for it; nothing for an empty reply. `reply` is
   // called on the script's thread.
   void serve(Reply reply);
@@ -89,6 +97,7 @@ class ScriptedPeer {
 
   int listener_ = -1;
   std::atomic<int> client_ = -1;
+  int client_descriptor_ = -1;
   std::uint16_t port_;
   std::thread script_;
   std::mutex client_lock_;  // between a script that ends the connection and a test that does

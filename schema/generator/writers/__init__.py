@@ -1,6 +1,6 @@
 """One entry for each generated file."""
 
-from . import accessors, catalogue, enums, events, interfaces, library, methods, proxies, python, records, requests, texts
+from . import accessors, catalogue, enums, events, interfaces, library, methods, python, records, requests, texts
 
 WRITERS = {
     "python/kestrine/_interfaces.pyi": python.write_stubs,
@@ -13,7 +13,6 @@ WRITERS = {
     "include/kestrine/records.h": records.write,
     "src/commands/typed_methods.h": methods.write,
     "src/connection/packet_accessors.h": accessors.write,
-    "src/dispatch/event_proxies.h": proxies.write,
     "src/objects/class_names.h": library.write_classes,
     "src/platform/library_version.h": library.write_version,
     "src/protocol/catalogue_rows.cpp": catalogue.write_rows,

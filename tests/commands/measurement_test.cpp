@@ -1,0 +1,133 @@
+// Starting measurements, and waiting for their results.
+#include "client_test.h"
+
+namespace kestrine::test {
+namespace {
+
+Bytes point(std::int32_t type, double value, std::int32_t status = 0) {
+  Bytes bytes = packet(type == VL_DT_SingleMeasResult ? 156 : 204, type);
+  put_i32(bytes, 8, status);
+  put_f64(bytes, 20, value);
+  return bytes;
+}
+
+class Measurement : public ClientTest {
+ protected:
+  // The start of what a point measurement told; its value is in `result`.
+  std::string measure() {
+    const std::string outcome = told(commands->MeasureStationaryPointEx(&result));
+    return outcome.substr(0, outcome.find(" Kestrine"));
+  }
+  SingleMeasResultT result;
+  SingleMeasResult2T result2;
+};
+
+TEST_F(Measurement, TellsWhichKindOfModeItNeeds) {
+  start();
+  connection->measurement().set_mode(VL_MM_Standard);
+  EXPECT_EQ(told(commands->StartContinuousPointMeasurement()),
+            "80004005 40003 Kestrine.LTConnect.1: Currently selected measurement mode does not match requested "
+            "continuous measurement type !");
+  connection->measurement().set_mode(4);
+  EXPECT_EQ(told(commands->MeasureStationaryPointEx(&result)),
+            "80004005 40004 Kestrine.LTConnect.1: Currently selected measurement mode does not match requested "
+            "stationary measurement type !");
+  EXPECT_TRUE(peer.nothing_to_receive());
+}
+
+TEST_F(Measurement, WaitsForTheResultAndNotForItsAcknowledgement) {
+  start();
+  const auto acknowledged = [&](std::int32_t command) {
+    peer.send(answer(command, 0));
+    later([&] { peer.send(point(VL_DT_SingleMeasResult, 3.25)); }, 25);
+  };
+  acknowledged(VL_C_StartMeasurement);
+  EXPECT_EQ(measure(), "ok");
+  EXPECT_EQ(sent(), std::vector<std::int32_t>{VL_C_StartMeasurement});
+  EXPECT_EQ(double{result.dVal1}, 3.25);
+  result = {};
+  acknowledged(VL_C_GoAndMeasure);
+  EXPECT_EQ(told(commands->GoAndMeasureStationaryPointEx(1, 2, 3, &result)), "ok");
+  EXPECT_EQ(sent().size(), 7u);
+  EXPECT_EQ(double{result.dVal1}, 3.25);
+  EXPECT_EQ(heard(), Lines{});  // the calls consumed what came
+}
+
+TEST_F(Measurement, EndsWithItsRefusalAndLeavesTheOutputsAlone) {
+  start();
+  const struct {
+    const char* what;
+    Bytes bytes;
+    std::string outcome;
+  } cases[] = {
+      {"refusal", answer(VL_C_StartMeasurement, 1), "80004005 1"},
+      {"failed result", answer(VL_C_StartMeasurement, 0) + point(VL_DT_SingleMeasResult, 9, 1), "80004005 1"},
+      {"error packet", answer(VL_C_StartMeasurement, 1, VL_DT_Error), "80004005 1"},
+      {"another answer", answer(VL_C_Park, 0), "80004005 36"},
+      {"an acknowledgement that comes twice", answer(VL_C_StartMeasurement, 0) + answer(VL_C_StartMeasurement, 0),
+       "80004005 36"},
+      {"closing", status_change(997), "80004005 36"},
+  };
+  deliver(point(VL_DT_SingleMeasResult, 5));  // an old result, never to be handed out as a new one
+  for (const auto& [what, bytes, outcome] : cases) {
+    result.dVal1 = -1;
+    peer.send(bytes);
+    EXPECT_EQ(measure(), outcome) << what;
+    EXPECT_EQ(double{result.dVal1}, -1) << what;
+  }
+}
+
+TEST_F(Measurement, ThatNobodyAcknowledgedDoesNotKeepLaterStartsFromEnding) {
+  start();
+  peer.send(answer(VL_C_StartMeasurement, 1, VL_DT_Error));
+  EXPECT_EQ(measure(), "80004005 1");
+  EXPECT_FALSE(connection->measurement().is_start_acknowledged());
+  connection->measurement().set_mode(1);
+  peer.send(answer(VL_C_StartMeasurement, 0));
+  EXPECT_EQ(told(commands->StartContinuousPointMeasurement()), "ok");
+  EXPECT_TRUE(connection->measurement().is_start_acknowledged());
+}
+
+TEST_F(Measurement, ThatFailsLaterIsReportedWithAnErrorEvent) {
+  start();
+  for (const KR_NotifyMethod method : {KR_NM_Event, KR_NM_None}) {
+    connection->SelectNotificationMethod(method, 0, 0);
+    connection->measurement().on_start_sent();
+    deliver(answer(VL_C_StartMeasurement, 1));  // the refusal of a call that has gone only sets the flag
+    EXPECT_EQ(heard(), Lines{});
+    EXPECT_TRUE(connection->measurement().is_start_acknowledged());
+    deliver(answer(VL_C_StartMeasurement, 1));
+    EXPECT_EQ(heard(), method == KR_NM_Event ? Lines{"sync ErrorEvent 49 1"} : Lines{});
+    EXPECT_EQ(told(S_FALSE), "1 1 Kestrine.LTCommandSync.1: [49] \"Start Measurement\" failed  (status:  Server Busy)");
+  }
+}
+
+TEST_F(Measurement, NeedsAResultOfItsOwnLayoutUnlessTheTestIsSuppressed) {
+  start();
+  const auto outcomes = [&] {
+    Lines all;
+    peer.send(point(VL_DT_SingleMeasResult2, 1.5));
+    all.push_back(told(commands->MeasureStationaryPointEx(&result)));
+    peer.send(point(VL_DT_SingleMeasResult, 2.5));
+    all.push_back(told(commands->MeasureStationaryPoint2Ex(&result2)));
+    peer.send(point(VL_DT_SingleMeasResult2, 3.5));
+    all.push_back(told(commands->GoAndMeasureStationaryPointEx(1, 2, 3, &result)));
+    peer.send(packet(376, VL_DT_StationaryProbeMeasResult));
+    all.push_back(told(commands->GoAndMeasureStationaryPoint2Ex(1, 2, 3, &result2)));
+    return all;
+  };
+  const std::string unfit =
+      "80004005 40006 Kestrine.LTConnect.1: Current Statistic Mode not suitable for this Function";
+  result.dVal1 = result2.dVal1 = -1;
+  EXPECT_EQ(outcomes(), (Lines{unfit, unfit, unfit, unfit}));
+  EXPECT_EQ(double{result.dVal1}, -1);
+  EXPECT_EQ(double{result2.dVal1}, -1);
+  environment.set(u"SuppressStatisticModeErrors", 1);
+  commands.reset(), connection.reset();
+  start();
+  EXPECT_EQ(outcomes(), (Lines{"ok", "ok", "ok", "ok"}));
+  EXPECT_EQ(double{result.dVal1}, 3.5);
+}
+
+}  // namespace
+}  // namespace kestrine::test

@@ -1,0 +1,166 @@
+// What ends a wait, and what does not.
+#include "client_test.h"
+
+namespace kestrine::test {
+namespace {
+
+constexpr int kPointBytes = 156;
+constexpr int kProbeBytes = 376;
+
+Bytes result(int size, int type, std::int32_t status) {
+  Bytes bytes = packet(size, type);
+  put_i32(bytes, 8, status);
+  return bytes;
+}
+
+std::string failed(std::int32_t status, const std::string& words) {
+  return "80004005 " + std::to_string(status) +
+         " Kestrine.LTConnect.1: [8] \"Release Motors\" failed  (status:  " + words + ")";
+}
+
+class Release : public ClientTest {
+ protected:
+  // The call ends by the packet itself when its outcome is not that of the late answer.
+  static constexpr std::int32_t kLate = VL_RS_NotImplemented;
+
+  std::string outcome_of(const Bytes& bytes) {
+    peer.send(bytes);
+    later([&] { peer.send(answer(VL_C_ReleaseMotors, kLate)); }, 40);
+    const std::string outcome = told(commands->ReleaseMotors());
+    forget_tasks();
+    peer.receive_request();
+    return outcome;
+  }
+};
+
+const std::string kUnknown = failed(36, "Unknown status");
+const std::string kBusy = failed(1, "Server Busy");
+const std::string kGoesOn = failed(2, "Not Implemented");
+
+struct Arrival {
+  const char* what;
+  Bytes bytes;
+  std::string outcome;         // with events
+  std::string silent_outcome;  // with another notification method
+};
+
+std::vector<Arrival> arrivals() {
+  Bytes garbage = packet(16, 0);
+  put_i32(garbage, 0, 4);
+  return {
+      {"its answer", answer(VL_C_ReleaseMotors, 0), "ok", "ok"},
+      {"its refusal", answer(VL_C_ReleaseMotors, 1), kBusy, kBusy},
+      {"a good answer to another command", answer(VL_C_Park, 0), "ok", "ok"},
+      {"a bad answer to another command", answer(VL_C_Park, 1), kBusy, kBusy},
+      {"an answer to no command", answer(50, 0), "ok", "ok"},
+      {"an answer to a negative command", answer(-1, 0), kGoesOn, kGoesOn},
+      {"a failed start of a measurement", answer(VL_C_StartMeasurement, 1), kBusy, kBusy},
+      {"an error packet", answer(VL_C_ReleaseMotors, 1, VL_DT_Error), kBusy, kGoesOn},
+      {"an error packet without an error", answer(VL_C_Park, 0, VL_DT_Error), "ok", kGoesOn},
+      {"an error packet of no command", answer(VL_C_Unknown, 1, VL_DT_Error), kBusy, kGoesOn},
+      {"a point", result(kPointBytes, VL_DT_SingleMeasResult, 0), "ok", "ok"},
+      {"a failed point", result(204, VL_DT_SingleMeasResult2, 1), kBusy, kBusy},
+      {"a probe result", result(kProbeBytes, VL_DT_StationaryProbeMeasResult, 0), "ok", "ok"},
+      {"an inclination", result(40, VL_DT_TiltraResult, 1), kBusy, kBusy},
+      {"continuous points", packet(116, VL_DT_MultiMeasResult), kGoesOn, kGoesOn},
+      {"a reflector position", packet(36, VL_DT_ReflectorPosResult), kGoesOn, kGoesOn},
+      {"a probe position", packet(108, VL_DT_ProbePosResult), kGoesOn, kGoesOn},
+      {"an ordinary status change", status_change(17), kGoesOn, kGoesOn},
+      {"a closing tracker", status_change(997), kUnknown, kGoesOn},
+      {"a closing server", status_change(998), kUnknown, kGoesOn},
+      {"a packet of an unknown type", packet(16, 12), kUnknown, kGoesOn},
+      {"a packet of another product", packet(16, 1000), kGoesOn, kGoesOn},
+      {"a stream out of step", garbage, kUnknown, kUnknown},
+  };
+}
+
+TEST_F(Release, OfACallDependsOnWhatArrives) {
+  start();
+  for (const Arrival& arrival : arrivals()) EXPECT_EQ(outcome_of(arrival.bytes), arrival.outcome) << arrival.what;
+}
+
+TEST_F(Release, WithoutEventsNeedsAnAnswerAResultOrAReceiveError) {
+  for (const KR_NotifyMethod method : {KR_NM_None, KR_NM_WM_Notify}) {
+    if (!connection) start();
+    connection->SelectNotificationMethod(method, 0, 0);
+    for (const Arrival& arrival : arrivals()) {
+      EXPECT_EQ(outcome_of(arrival.bytes), arrival.silent_outcome) << arrival.what;
+    }
+  }
+  EXPECT_EQ(heard(), Lines{});
+}
+
+TEST_F(Release, WithoutEventsIsLeftToNeitherTimerNorClosedSocket) {
+  set_timeout(u"StandardWaitTime", 15);
+  start();
+  connection->SelectNotificationMethod(KR_NM_None, 0, 0);
+  EXPECT_EQ(outcome_of({}), kGoesOn);
+  peer.close();
+  bool still_waiting = false;
+  later(
+      [&] {
+        still_waiting = engine().is_awaiting_answer(VL_C_ReleaseMotors) && !connection->link().mark_ended();
+        engine().cancel_wait();
+      },
+      60);
+  EXPECT_EQ(told(commands->ReleaseMotors()), kUnknown);
+  EXPECT_TRUE(still_waiting);
+  EXPECT_EQ(heard(), Lines{});
+}
+
+TEST_F(Release, ByTheServersClosingIsToldOnce) {
+  start();
+  peer.close();
+  EXPECT_EQ(told(commands->ReleaseMotors()), kUnknown);
+  EXPECT_EQ(heard().front(), "sync StatusChangeEvent 998");
+  EXPECT_FALSE(connection->link().mark_ended());
+  generation.connection_events().on_closed(*connection);
+  EXPECT_EQ(heard(), Lines{});
+}
+
+TEST_F(Release, ByAnErrorPacketOfNoCommandIsReportedBeforeTheCallsOwnFailure) {
+  start();
+  std::string information;
+  sync_listener->handler = [&](DISPID) {
+    information += told(S_FALSE) + "|";
+    return S_OK;
+  };
+  peer.send(answer(VL_C_Unknown, 1, VL_DT_Error));
+  EXPECT_EQ(told(commands->ReleaseMotors()), kBusy);
+  EXPECT_EQ(heard(), (Lines{"sync ErrorEvent 64 1",
+                            "sync ExceptionEvent 1 '[8] \"Release Motors\" failed  (status:  Server Busy)'"}));
+  EXPECT_EQ(information,
+            "1 1 Kestrine.LTCommandSync.1: [64] \"Error Event\"   (status:  Server Busy)|"
+            "1 0 : no error information|");
+}
+
+TEST_F(Release, KillsTheTimerOfTheAnsweredCommandOnly) {
+  const struct {
+    const char* what;
+    Bytes bytes;
+    bool timer_left;
+  } cases[] = {
+      {"its answer", answer(VL_C_ReleaseMotors, 0), false},
+      {"a closing tracker", status_change(997), false},
+      {"another answer", answer(VL_C_Park, 0), true},
+      {"an error packet", answer(VL_C_ReleaseMotors, 0, VL_DT_Error), true},
+      {"an unknown type", packet(16, 12), true},
+  };
+  start();
+  for (const auto& [what, bytes, timer_left] : cases) {
+    peer.send(bytes);
+    commands->ReleaseMotors();
+    EXPECT_EQ(platform::kill_timer(generation.window(), VL_C_ReleaseMotors), timer_left) << what;
+  }
+}
+
+TEST_F(Release, ByAnErrorPacketLeavesATimerThatEndsALaterCall) {
+  set_timeout(u"StandardWaitTime", 40);
+  start();
+  peer.send(answer(VL_C_ReleaseMotors, 1, VL_DT_Error));
+  EXPECT_EQ(told(commands->ReleaseMotors()), kBusy);
+  EXPECT_EQ(told(commands->Initialize()), "80004005 36 Kestrine.LTConnect.1: [7]  Initialize:  No answer, timed out!");
+}
+
+}  // namespace
+}  // namespace kestrine::test

@@ -1,0 +1,207 @@
+// Values out of packets, one call at a time.
+#include "byte_variant.h"
+#include "connection/packet_access.h"
+
+namespace kestrine::test {
+namespace {
+
+const std::string kRaised = "80004005 ";
+const std::string kHeaderNull =
+    "40020 Kestrine.LTConnect.1: ContinuousDataGetHeaderInfo(): Invalid data passed-in (first parameter) !";
+const std::string kHeaderKind =
+    "40023 Kestrine.LTConnect.1: ContinuousDataGetHeaderInfo(): Passed data is invalid (not a continuous measurement "
+    "packet) !";
+const std::string kElementNull =
+    "40021 Kestrine.LTConnect.1: Continuous<xxx>GetAt(): Invalid data passed-in (first parameter) !";
+const std::string kElementKind =
+    "40024 Kestrine.LTConnect.1: ContinuousPointGetAt(): Passed data is invalid (not a continuous point measurement "
+    "packet) !";
+const std::string kElementIndex = "40022 Kestrine.LTConnect.1: Continuous<xxx>GetAt(): Index not in valid range !";
+const std::string kStatistic = "40006 Kestrine.LTConnect.1: Current Statistic Mode not suitable for this Function";
+
+constexpr PacketKind kKinds[] = {kPoints, kPoints2, kProbes};
+constexpr int kUntouched = -77;
+
+struct Outcome {
+  std::string told;
+  std::vector<double> values;
+};
+
+// What the reader of such elements hands out from there.
+std::vector<double> values_at(const Bytes& bytes, std::size_t at, const PacketKind& kind) {
+  std::vector<double> values;
+  for (int i = 0; i < kind.element_words; ++i, at += 4) values.push_back(get_i32(bytes, at));
+  for (int i = 0; i < kind.element_doubles; ++i, at += 8) std::memcpy(&values.emplace_back(), &bytes[at], 8);
+  return values;
+}
+
+class AccessorsTest : public ClientTest {
+ protected:
+  template <class... Outputs>
+  Outcome read(HRESULT (ILTConnect::*reader)(VARIANT*, Outputs*...), VARIANT* data) {
+    std::tuple<Outputs...> values(static_cast<Outputs>(kUntouched)...);
+    return std::apply(
+        [&](Outputs&... output) {
+          const std::string result = told((connection.get()->*reader)(data, &output...));
+          return Outcome{result, {static_cast<double>(output)...}};
+        },
+        values);
+  }
+  template <class... Outputs>
+  Outcome read(HRESULT (ILTConnect::*reader)(VARIANT*, std::int32_t, Outputs*...), VARIANT* data, int index) {
+    std::tuple<Outputs...> values(static_cast<Outputs>(kUntouched)...);
+    return std::apply(
+        [&](Outputs&... output) {
+          const std::string result = told((connection.get()->*reader)(data, index, &output...));
+          return Outcome{result, {static_cast<double>(output)...}};
+        },
+        values);
+  }
+
+  Outcome header(VARIANT* data) { return read(&ILTConnect::ContinuousDataGetHeaderInfo, data); }
+  Outcome probe_header(VARIANT* data) { return read(&ILTConnect::ContinuousProbeDataGetHeaderInfo, data); }
+  Outcome element(const PacketKind& kind, VARIANT* data, int index) {
+    if (kind.type == kPoints.type) return read(&ILTConnect::ContinuousPointGetAt, data, index);
+    if (kind.type == kPoints2.type) return read(&ILTConnect::ContinuousPoint2GetAt, data, index);
+    return read(&ILTConnect::ContinuousProbeDataGetAt, data, index);
+  }
+
+  // All five fail, as given for headers and elements, and leave their outputs alone.
+  void expect_failures(VARIANT* data, const std::string& of_headers, const std::string& of_elements) {
+    for (const Outcome& outcome : {header(data), probe_header(data)}) expect_outcome(outcome, of_headers);
+    for (const PacketKind& kind : kKinds) expect_outcome(element(kind, data, 0), of_elements);
+  }
+  void expect_packet(const Bytes& bytes, bool suppressing) {
+    ByteVariant data(bytes);
+    const std::int32_t type = get_i32(bytes, 4);
+    const std::int32_t count = get_i32(bytes, 12);
+    const bool has_points = type == kPoints.type || type == kPoints2.type;
+    const bool has_probes = type == kProbes.type;
+    const double as_it_stands = count;
+    expect_outcome(header(data), has_points ? "" : kHeaderKind, {as_it_stands, 16, 24.5, 32.5, 40.5, 20});
+    expect_outcome(probe_header(data), has_probes ? "" : kHeaderKind,
+                   {as_it_stands, 16, 24, 28, 32, 36, 40, 44.5, 52.5, 60.5, 20});
+    // With errors suppressed, each reader of points goes at the step of its own elements: 2 of the larger ones fit into
+    // 6 of the smaller, 15 of the smaller into 6 of the larger.
+    for (const int index : {INT32_MIN, -1, 0, 1, 2, 4, 5, 6, 7, 14, 15, INT32_MAX - 1, INT32_MAX}) {
+      for (const PacketKind& reader : kKinds) {
+        SCOPED_TRACE(testing::Message() << "reader of " << reader.type << ", index " << index);
+        const std::size_t at = reader.first() + static_cast<std::size_t>(index) * reader.element();
+        if (reader.type == kProbes.type ? !has_probes : !has_points) {
+          expect_outcome(element(reader, data, index), kElementKind);
+        } else if (reader.type != type && !suppressing) {
+          expect_outcome(element(reader, data, index), kStatistic);
+        } else if (index < 0 || index >= count || at + reader.element() > bytes.size()) {
+          expect_outcome(element(reader, data, index), kElementIndex);
+        } else {
+          expect_outcome(element(reader, data, index), "", values_at(bytes, at, reader));
+        }
+      }
+    }
+  }
+  // The failure, with the outputs left alone; none: the values.
+  static void expect_outcome(const Outcome& outcome, const std::string& failure, std::vector<double> values = {}) {
+    if (!failure.empty()) values.assign(outcome.values.size(), kUntouched);
+    EXPECT_EQ(outcome.told, failure.empty() ? "ok" : kRaised + failure);
+    EXPECT_EQ(outcome.values, values);
+  }
+};
+
+TEST_F(AccessorsTest, EachReaderTakesItsOwnKindsAndWhatLiesWholeWithinTheCount) {
+  constexpr int kElements = 6;
+  for (const bool suppressing : {false, true}) {
+    environment.set(u"SuppressStatisticModeErrors", suppressing);
+    make();
+    for (std::int32_t type = -1; type <= 12; ++type) {
+      const auto known = std::ranges::find(kKinds, type, &PacketKind::type);
+      Bytes bytes = continuous(known == std::end(kKinds) ? kProbes : *known, kElements);
+      put_i32(bytes, 4, type);
+      for (const std::int32_t count : {-1, 0, kElements - 1, kElements, kElements + 1, INT32_MAX}) {
+        SCOPED_TRACE(testing::Message() << "type " << type << ", count " << count << ", suppressing " << suppressing);
+        put_i32(bytes, 12, count);
+        expect_packet(bytes, suppressing);
+      }
+    }
+  }
+}
+
+TEST_F(AccessorsTest, TheTryModeIsTheLowHalfOfItsWord) {
+  make();
+  const std::pair<std::int32_t, double> rows[] = {{1, 1}, {0x8000, -32768}, {0x10000, 0}, {-1, -1}};
+  for (const auto& [word, flag] : rows) {
+    Bytes points = continuous(kPoints, 0);
+    Bytes probes = continuous(kProbes, 0);
+    put_i32(points, 20, word);
+    put_i32(probes, 20, word);
+    EXPECT_EQ(header(ByteVariant(points)).values.back(), flag);
+    EXPECT_EQ(probe_header(ByteVariant(probes)).values.back(), flag);
+  }
+}
+
+TEST_F(AccessorsTest, OfATruncatedPacketThoseElementsAreReadThatAreWhole) {
+  make();
+  for (const PacketKind& kind : kKinds) {
+    const Bytes whole = continuous(kind, 2);
+    for (std::size_t size = 0; size <= whole.size(); size += 4) {
+      ByteVariant data(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+      const bool is_probe = kind.type == kProbes.type;
+      const bool has_header = size >= kind.first();
+      EXPECT_EQ((is_probe ? probe_header(data) : header(data)).told, has_header ? "ok" : kRaised + kHeaderKind);
+      for (const int k : {0, 1}) {
+        const bool is_whole = size >= kind.first() + kind.element() * static_cast<std::size_t>(k + 1);
+        EXPECT_EQ(element(kind, data, k).told, is_whole ? "ok" : kRaised + (has_header ? kElementIndex : kElementKind))
+            << size;
+      }
+    }
+  }
+}
+
+TEST(PacketAccess, FindsTheBytesOfAVariantThroughReferences) {
+  ByteVariant data(Bytes{1, 2, 3});
+  through_references(data, [](VARIANT* each) {
+    const auto bytes = connection::bytes_of(each);
+    ASSERT_TRUE(bytes);
+    EXPECT_TRUE(std::ranges::equal(*bytes, Bytes{1, 2, 3}));
+  });
+  const auto empty = connection::bytes_of(ByteVariant(Bytes{}));
+  EXPECT_TRUE(empty && empty->empty());
+}
+
+TEST(PacketAccess, FindsNoBytesInWhatIsNoArrayOfThem) {
+  EXPECT_FALSE(connection::bytes_of(nullptr));
+  EXPECT_FALSE(connection::bytes_of(ByteVariant(Bytes(20), VT_I4)));
+  EXPECT_FALSE(connection::bytes_of(ByteVariant(300, 2)));
+  SAFEARRAY* no_array = nullptr;
+  VARIANT variant{};
+  variant.pvarVal = nullptr;
+  for (const int type :
+       {int{VT_EMPTY}, int{VT_I4}, VT_ARRAY | VT_UI1, VT_BYREF | VT_VARIANT, VT_BYREF | VT_ARRAY | VT_UI1}) {
+    variant.vt = static_cast<VARTYPE>(type);
+    EXPECT_FALSE(connection::bytes_of(&variant)) << type;
+  }
+  variant.pparray = &no_array;
+  EXPECT_FALSE(connection::bytes_of(&variant));
+}
+
+TEST_F(AccessorsTest, WithoutBytesEveryReaderFailsAsThePolicySays) {
+  make();
+  expect_failures(nullptr, kHeaderNull, kElementNull);
+  expect_failures(ByteVariant(Bytes{}), kHeaderKind, kElementKind);
+  connection->put_ExceptionHandlingPolicy(1);
+  EXPECT_THROW(header(nullptr), _com_error);
+  EXPECT_THROW(element(kPoints, ByteVariant(continuous(kPoints, 1)), 1), _com_error);
+}
+
+TEST_F(AccessorsTest, AMissingOutputIsRefusedBeforeTheDataAreLookedAt) {
+  make();
+  std::int32_t number = kUntouched;
+  VL_MeasurementStatus status = VL_MS_PrismError;
+  EXPECT_EQ(connection->ContinuousDataGetHeaderInfo(nullptr, &number, nullptr, nullptr, nullptr, nullptr, nullptr),
+            E_POINTER);
+  EXPECT_EQ(connection->ContinuousPointGetAt(nullptr, 0, &status, &number, &number, nullptr, nullptr, nullptr),
+            E_POINTER);
+  EXPECT_EQ(number, kUntouched);
+}
+
+}  // namespace
+}  // namespace kestrine::test

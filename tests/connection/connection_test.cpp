@@ -1,0 +1,200 @@
+// Connecting and disconnecting.
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <memory>
+
+#include "client_test.h"
+#include "kestrine/text.h"
+#include "platform/socket.h"
+
+namespace {
+std::function<void()> after_next_attempt;
+}  // namespace
+
+// In place of the system's.
+extern "C" [[gnu::visibility("default")]] int connect(int socket, const sockaddr* address, socklen_t length) {
+  const long result = syscall(SYS_connect, socket, address, length);
+  const int error = errno;
+  if (after_next_attempt) std::exchange(after_next_attempt, {})();
+  errno = error;
+  return static_cast<int>(result);
+}
+
+namespace kestrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string kNoSink = "Creation of LTConnect object failed (fatal error) !";
+const std::string kNotReached = "Connection to Vorelan server failed.\nCheck host-id, port# and server availability!";
+
+class ConnectionTest : public ClientTest {
+ protected:
+  std::string try_connect(std::u16string_view address, std::int32_t port) {
+    return told(connection->ConnectEmbeddedSystem(Text(address), port));
+  }
+  std::string disconnect() { return told(connection->DisconnectEmbeddedSystem()); }
+  int is_connected() {
+    VARIANT_BOOL value = 77;
+    EXPECT_EQ(connection->get_IsConnected(&value), S_OK);
+    return value;
+  }
+  void expect_that_packets_arrive() { receive(status_change(26)); }
+  // As the text of a failure, and as both objects' events.
+  void expect_failure(const std::string& outcome, int number, const std::string& text) {
+    const std::string event = " ExceptionEvent " + std::to_string(number) + " '" + text + "'";
+    EXPECT_EQ(outcome, "80004005 " + std::to_string(number) + " Kestrine.LTConnect.1: " + text);
+    EXPECT_EQ(heard(), Lines({"sync" + event, "async" + event}));
+  }
+  static std::chrono::steady_clock::duration time_of(const std::function<void()>& task) {
+    const auto start = std::chrono::steady_clock::now();
+    task();
+    return std::chrono::steady_clock::now() - start;
+  }
+};
+
+TEST_F(ConnectionTest, ConnectsByDottedAddressAndByBareName) {
+  make();
+  for (const int nonblocking : {0, 1}) {
+    environment.set(u"NonblockingConnect", nonblocking);
+    for (const auto address : {u"127.0.0.1", u"localhost"}) {
+      EXPECT_EQ(is_connected(), 0);
+      EXPECT_EQ(try_connect(address, peer.port() + 65'536), "ok") << "a port counts by its low sixteen bits";
+      peer.accept();
+      EXPECT_EQ(is_connected(), 1) << "1, not -1";
+      expect_that_packets_arrive();
+      EXPECT_EQ(disconnect(), "ok");
+      EXPECT_EQ(is_connected(), 0);
+      EXPECT_FALSE(connection->link().is_open());
+      EXPECT_TRUE(peer.client_leaves());
+      EXPECT_EQ(disconnect(), "ok") << "without a connection";
+    }
+  }
+}
+
+TEST_F(ConnectionTest, TheReceiveBufferHoldsAQuarterOfAMegabyte) {
+  start();
+  const auto size_of = [](int descriptor) {
+    int size = 0;
+    socklen_t length = sizeof size;
+    EXPECT_EQ(::getsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &size, &length), 0);
+    return size;
+  };
+  // What the system makes of the same wish.
+  const int model = ::socket(AF_INET, SOCK_STREAM, 0);
+  const int wish = 262'144;
+  ::setsockopt(model, SOL_SOCKET, SO_RCVBUF, &wish, sizeof wish);
+  EXPECT_EQ(size_of(peer.client_descriptor()), size_of(model));
+  ::close(model);
+}
+
+TEST_F(ConnectionTest, ASecondConnectIsRefusedAndLeavesTheFirstWorking) {
+  start(kBoth);
+  expect_failure(try_connect(u"127.0.0.1", peer.port()), 40009, "Object already connected to server\n");
+  EXPECT_EQ(is_connected(), 1);
+  expect_that_packets_arrive();
+}
+
+TEST_F(ConnectionTest, ANameIsLookedUpUnlessItHasADot) {
+  make(kBoth);
+  const std::string not_found = "gethostbyname() failed.\nCheck DNS / hostname !";
+  for (const auto& name : {std::u16string(), std::u16string(100, u'x'), std::u16string(u"no such host")}) {
+    expect_failure(try_connect(name, peer.port()), 40010, not_found);
+    EXPECT_EQ(is_connected(), 0);
+  }
+  expect_failure(told(connection->ConnectEmbeddedSystem(nullptr, 1)), 40010, not_found);
+  for (const auto name : {u"localhost.", u"localhost.localdomain", u".", u"1.2.3.4.5"}) {
+    expect_failure(try_connect(name, peer.port()), 40011, kNotReached);
+  }
+}
+
+TEST_F(ConnectionTest, AServerThatDoesNotListenIsAFailureAfterTheTimeout) {
+  make(kBoth);
+  const std::uint16_t nobody = unused_port();
+  expect_failure(try_connect(u"127.0.0.1", nobody), 40011, kNotReached);
+
+  environment.set(u"NonblockingConnect", 1);
+  environment.set(u"ConnectionTimeout", 250);
+  const auto time = time_of([&] { expect_failure(try_connect(u"127.0.0.1", nobody), 40011, kNotReached); });
+  EXPECT_GE(time, 300ms) << "steps of 100 ms until the timeout is reached";
+  EXPECT_LT(time, 1500ms);
+  EXPECT_EQ(is_connected(), 0);
+  EXPECT_TRUE(connection->link().is_open()) << "the closed handle stays until the next attempt";
+  EXPECT_EQ(disconnect(), "ok");
+}
+
+TEST_F(ConnectionTest, AServerThatBeginsToListenBeforeTheTimeoutIsReached) {
+  make();
+  environment.set(u"NonblockingConnect", 1);
+  environment.set(u"ConnectionTimeout", 5'000);
+  const std::uint16_t port = unused_port();
+  std::unique_ptr<ScriptedPeer> late;
+  after_next_attempt = [&] { late = std::make_unique<ScriptedPeer>(port); };
+  const auto time = time_of([&] { EXPECT_EQ(try_connect(u"127.0.0.1", port), "ok"); });
+  EXPECT_LT(time, 2s) << "the rest of the timeout is not waited for";
+  late->accept();
+  EXPECT_EQ(disconnect(), "ok");
+}
+
+TEST_F(ConnectionTest, WithoutATimeoutNothingIsAttemptedAndTheConnectionCountsAsMade) {
+  make();
+  environment.set(u"NonblockingConnect", 1);
+  for (const int timeout : {0, -5}) {
+    environment.set(u"ConnectionTimeout", timeout);
+    EXPECT_EQ(try_connect(u"127.0.0.1", unused_port()), "ok");
+    EXPECT_EQ(is_connected(), 1);
+    EXPECT_EQ(told(commands->GoBirdBath()),
+              "80004005 40002 Kestrine.LTConnect.1: Invoking command \"Go Bird Bath\" [54] failed!");
+    EXPECT_EQ(disconnect(), "ok");
+  }
+}
+
+TEST_F(ConnectionTest, WithoutAWindowThereIsNoConnecting) {
+  make(kBoth);
+  platform::destroy_window(generation.window());
+  expect_failure(try_connect(u"127.0.0.1", peer.port()), 40015, kNoSink);
+}
+
+TEST_F(ConnectionTest, AProcessWithoutDescriptorsLeftGetsNoSocket) {
+  make(kBoth);
+  try_connect(u"", peer.port());  // a sanitizer needs descriptors of its own on the way to a first failure
+  heard();
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit none{0, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  const std::string outcome = try_connect(u"127.0.0.1", peer.port());
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+  expect_failure(outcome, 40013, "Invalid socket (fatal error) !");
+  connect();
+  expect_that_packets_arrive();
+}
+
+TEST_F(ConnectionTest, ASocketThatCannotBeClosedIsToldOnceAndTheObjectConnectsAgain) {
+  start(kBoth);
+  platform::close_socket(static_cast<platform::SocketHandle>(peer.client_descriptor()));
+  expect_failure(disconnect(), 40017, "closesocket() failed !");
+  EXPECT_EQ(is_connected(), 0);
+  EXPECT_EQ(disconnect(), "ok");
+  connect();
+  expect_that_packets_arrive();
+}
+
+TEST_F(ConnectionTest, ReconnectingLeavesStatusAndBuffersAsTheyWere) {
+  start();
+  receive(answer(VL_C_GoBirdBath, 17));
+  ASSERT_EQ(disconnect(), "ok");
+  connect();
+  VL_ResultStatus status{};
+  EXPECT_EQ(connection->get_LastResultStatus(&status), S_OK);
+  EXPECT_EQ(status, 17);
+  EXPECT_EQ(data(), answer(VL_C_GoBirdBath, 17));
+}
+
+}  // namespace
+}  // namespace kestrine::test

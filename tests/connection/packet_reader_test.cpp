@@ -1,0 +1,378 @@
+// The rules of reading, one notification at a time, from a source that says exactly what it is told to.
+#include "connection/packet_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <string>
+
+#include "kestrine/text.h"
+#include "scripted_peer.h"
+
+namespace kestrine::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr int kWouldBlock = -1;
+constexpr int kError = -2;
+constexpr int kEnd = 0;
+
+class FakeSource final : public connection::ByteSource {
+ public:
+  // Bytes that one read returns together.
+  void feed(const Bytes& bytes) { steps_.push_back({bytes, 1, false}); }
+  // Bytes that a peek sees and no read gets.
+  void feed_peek(const Bytes& bytes) { steps_.push_back({bytes, 1, true}); }
+  void feed(int outcome, int times = 1) {
+    steps_.insert(steps_.end(), static_cast<std::size_t>(times), {{}, outcome, false});
+  }
+
+  bool is_open() const override { return open; }
+  int receive(void* into, int bytes, bool peek) override {
+    (peek ? peeks : reads).push_back(bytes);
+    if (steps_.empty()) {
+      last_outcome_ = kWouldBlock;
+      return endless ? std::min(bytes, 1) : -1;
+    }
+    Step& step = steps_.front();
+    last_outcome_ = step.outcome;
+    const auto count = std::min(step.bytes.size(), static_cast<std::size_t>(bytes));
+    std::copy_n(step.bytes.begin(), count, static_cast<std::uint8_t*>(into));
+    if (step.peek_only || !peek) {
+      step.bytes.erase(step.bytes.begin(), step.bytes.begin() + static_cast<std::ptrdiff_t>(count));
+    }
+    if (step.bytes.empty()) steps_.pop_front();
+    return last_outcome_ < 0 ? -1 : static_cast<int>(count);
+  }
+  bool would_block() const override { return last_outcome_ == kWouldBlock; }
+  void nap() override { ++naps; }
+  void beep(std::uint32_t hertz, std::uint32_t milliseconds) override {
+    signs.push_back("beep " + std::to_string(hertz) + " " + std::to_string(milliseconds));
+  }
+  void trace(std::u16string_view key, std::u16string_view text) override {
+    signs.push_back(to_utf8(key) + " " + to_utf8(text));
+  }
+  bool dry() const { return steps_.empty(); }
+
+  std::vector<int> peeks;
+  std::vector<int> reads;
+  int naps = 0;
+  bool open = true;
+  bool endless = false;  // a byte for every read once the steps are over
+  Lines signs;
+
+ private:
+  struct Step {
+    Bytes bytes;
+    int outcome;
+    bool peek_only;
+  };
+
+  std::deque<Step> steps_;
+  int last_outcome_ = kWouldBlock;
+};
+
+const std::string kRecv1 = "recv1 not able to get header (peek)";
+const std::string kRecv2 = "recv2 gave up after 30 retries (peek)";
+const std::string kRecv3 = "recv3 unknown socket reading error";
+const std::string kRecv4 = "recv4 unknown socket reading error";
+const std::string kRecv6 = "recv6 unecpected packet boundary (peek)";
+const std::string kSocketBeep = "beep 1000 200";
+const std::string kDiscardBeep = "beep 250 10";
+const Lines kDiscarded = {kRecv4, kDiscardBeep};
+
+class PacketReaderTest : public testing::Test, private connection::PacketConsumer {
+ protected:
+  bool read() { return reader.on_readable(buffers); }
+  void read_without_a_header(int times) {
+    for (int i = 0; i < times; ++i) EXPECT_TRUE(read());
+  }
+  void start_over() {
+    source = {};
+    packets.clear();
+    buffers.set_latest({});
+    out_of_step = 0;
+  }
+  Bytes latest() const { return {buffers.latest().begin(), buffers.latest().end()}; }
+
+  FakeSource source;
+  connection::ReceiveBuffers buffers;
+  connection::PacketReader reader{source, *this};
+  std::vector<Bytes> packets;
+  std::int32_t capacity = 0;  // of the last one
+  int out_of_step = 0;
+
+ private:
+  void on_packet(const connection::ReceivedPacket& packet) override {
+    packets.emplace_back(packet.bytes, packet.bytes + packet.length);
+    capacity = packet.capacity;
+  }
+  void on_out_of_step() override { ++out_of_step; }
+};
+
+TEST_F(PacketReaderTest, OnePacketIsReadForOneNotificationByOnePeekAndOneRead) {
+  const Bytes first = filled(16, VL_DT_Command);
+  const Bytes second = filled(36, VL_DT_ReflectorPosResult);
+  source.feed(first + second);
+  EXPECT_TRUE(read());
+  EXPECT_EQ(packets, std::vector<Bytes>{first});
+  EXPECT_EQ(capacity, 131'072);
+  EXPECT_EQ(latest(), first);
+  EXPECT_TRUE(read());
+  EXPECT_EQ(packets, (std::vector<Bytes>{first, second}));
+  EXPECT_EQ(capacity, 1'024);
+  EXPECT_EQ(source.peeks, (std::vector{8, 8}));
+  EXPECT_EQ(source.reads, (std::vector{16, 36}));
+  EXPECT_EQ(source.signs, Lines());
+}
+
+TEST_F(PacketReaderTest, AHeaderInTwoPiecesSurvivesWhereverItIsCut) {
+  const Bytes sent = filled(36, VL_DT_ReflectorPosResult);
+  for (std::size_t at = 1; at < 8; ++at) {
+    start_over();
+    const auto [first, rest] = cut(sent, at);
+    source.feed(first);
+    EXPECT_TRUE(read());
+    EXPECT_TRUE(source.dry()) << "a fragment left in the socket could keep the peer from sending the rest";
+    EXPECT_EQ(source.signs, at == 4 ? Lines() : Lines({kSocketBeep, kRecv6})) << at;
+    source.feed(rest);
+    EXPECT_TRUE(read());
+    EXPECT_EQ(packets, std::vector<Bytes>{sent}) << at;
+    const int left = static_cast<int>(8 - at);
+    EXPECT_EQ(source.peeks, (std::vector{8, left}));
+    EXPECT_EQ(source.reads, (std::vector{static_cast<int>(at), left + 28}));
+  }
+}
+
+TEST_F(PacketReaderTest, AHeaderInThreePiecesIsLostWithTheStream) {
+  const Bytes sent = filled(16, VL_DT_Command);
+  const auto [first, rest] = cut(sent, 2);
+  const auto [second, third] = cut(rest, 2);
+  for (const Bytes& piece : {first, second}) {
+    source.feed(piece);
+    EXPECT_TRUE(read());
+  }
+  source.signs.clear();
+  source.feed(third);
+  EXPECT_FALSE(read());
+  EXPECT_EQ(source.signs, kDiscarded);
+  EXPECT_TRUE(packets.empty() && source.dry());
+  source.feed(sent);
+  EXPECT_TRUE(read());
+  EXPECT_EQ(packets, std::vector<Bytes>{sent});
+}
+
+TEST_F(PacketReaderTest, ANewStreamBeginsWithAWholeHeader) {
+  const Bytes sent = filled(16, VL_DT_Command);
+  source.feed(cut(sent, 3).first);
+  EXPECT_TRUE(read());
+  read_without_a_header(28);
+  reader.restart();
+  read_without_a_header(29);
+  source.feed(sent);
+  EXPECT_TRUE(read());
+  EXPECT_EQ(packets, std::vector<Bytes>{sent});
+}
+
+TEST_F(PacketReaderTest, TheThirtiethPeekWithoutAHeaderGivesUp) {
+  for (int round = 0; round < 2; ++round) {
+    start_over();
+    read_without_a_header(29);
+    EXPECT_EQ(source.signs, Lines()) << "counting starts again";
+    EXPECT_EQ(source.naps, 29);
+    EXPECT_EQ(out_of_step, 0);
+    EXPECT_FALSE(read());
+    EXPECT_EQ(source.signs, Lines({kRecv2, kRecv4, kDiscardBeep}));
+    EXPECT_EQ(out_of_step, 1);
+  }
+  start_over();
+  read_without_a_header(29);
+  source.feed(Bytes{16, 0, 0, 0});
+  EXPECT_FALSE(read()) << "what the last peek holds is dropped with the rest";
+  source.feed(filled(16, VL_DT_Command));
+  EXPECT_TRUE(read());
+  EXPECT_EQ(packets.size(), 1u);
+}
+
+TEST_F(PacketReaderTest, AWholeHeaderEndsTheCountOfPeeks) {
+  for (int round = 0; round < 3; ++round) {
+    read_without_a_header(29);
+    source.feed(filled(16, VL_DT_Command));
+    EXPECT_TRUE(read());
+  }
+  EXPECT_EQ(packets.size(), 3u);
+  EXPECT_EQ(source.signs, Lines());
+}
+
+TEST_F(PacketReaderTest, APeekThatFailsIsASignOfTroubleOnlyOnAnOpenConnection) {
+  const struct {
+    int outcome;
+    bool open;
+    Lines signs;
+    int naps;
+  } rows[] = {{kError, true, {kSocketBeep, kRecv1}, 1}, {kError, false, {}, 1}, {kEnd, true, {}, 0}};
+  for (const auto& row : rows) {
+    start_over();
+    source.open = row.open;
+    source.feed(row.outcome);
+    EXPECT_TRUE(read());
+    EXPECT_EQ(source.signs, row.signs);
+    EXPECT_EQ(source.naps, row.naps);
+  }
+}
+
+TEST_F(PacketReaderTest, WaitingForTheRestOfAPacketIsNotCounted) {
+  const auto [first, rest] = cut(filled(36, VL_DT_ReflectorPosResult), 20);
+  source.feed(first);
+  source.feed(kWouldBlock, 5'000);
+  source.feed(rest);
+  EXPECT_TRUE(read());
+  EXPECT_EQ(packets.size(), 1u);
+  EXPECT_EQ(source.naps, 5'000);
+  EXPECT_EQ(source.signs, Lines());
+}
+
+TEST_F(PacketReaderTest, APacketMayTakeSixtyFourReadsAndNoMore) {
+  for (const int pieces : {64, 65}) {
+    start_over();
+    const Bytes sent = filled(7 + pieces, VL_DT_MultiMeasResult);
+    const auto [head, tail] = cut(sent, 8);  // the peek wants the header in one piece
+    source.feed(head);
+    for (const std::uint8_t byte : tail) source.feed(Bytes{byte});
+    EXPECT_EQ(read(), pieces == 64);
+    EXPECT_EQ(packets.size(), pieces == 64 ? 1u : 0u);
+    EXPECT_EQ(source.signs, pieces == 64 ? Lines() : kDiscarded) << "even when the last read brought the end";
+    EXPECT_EQ(latest(), sent);
+  }
+}
+
+TEST_F(PacketReaderTest, ReadErrorsCountAndLeaveWhatWasReadBeforeThem) {
+  const Bytes sent = filled(16, VL_DT_Command);
+  const auto [header, body] = cut(sent, 8);
+  const auto [size, type] = cut(header, 4);
+  const auto [most, rest] = cut(sent, 12);
+  const struct {
+    std::size_t held;  // bytes of the header that came before
+    Bytes before;      // read before the errors
+    int errors;
+    Bytes after;
+    bool in_step;
+    std::size_t packets;
+    Bytes left;
+  } rows[] = {
+      {0, {}, 63, sent, true, 1, sent},
+      {0, {}, 64, sent, true, 0, {}},  // nothing was read before the last attempt:
+                                       // nothing is kept of it
+      {0, {}, 65, {}, true, 0, {}},
+      {4, {}, 65, {}, false, 0, size},
+      {0, most, 62, rest, true, 1, sent},
+      {0, most, 64, {}, false, 0, most},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.held << " held, " << row.before.size() << " read, " << row.errors);
+    start_over();
+    if (row.held != 0) {
+      source.feed(size);
+      EXPECT_TRUE(read());
+    }
+    if (row.before.empty()) {
+      source.feed_peek(row.held == 0 ? header : type);
+    } else {
+      source.feed(row.before);
+    }
+    source.feed(kError, row.errors);
+    if (!row.after.empty()) source.feed(row.after);
+    EXPECT_EQ(read(), row.in_step);
+    EXPECT_EQ(packets.size(), row.packets);
+    EXPECT_EQ(latest(), row.left);
+    EXPECT_EQ(std::ranges::count(source.signs, kRecv3), row.errors);
+    EXPECT_EQ(std::ranges::count(source.signs, kSocketBeep), row.errors);
+    EXPECT_EQ(std::ranges::count(source.signs, kRecv4), row.in_step ? 0 : 1);
+  }
+}
+
+TEST_F(PacketReaderTest, APeerThatLeavesInMidPacketIsGivenUp) {
+  const Bytes most = cut(filled(36, VL_DT_ReflectorPosResult), 20).first;
+  source.feed(most);
+  source.feed(kEnd, 10'000);
+  EXPECT_FALSE(read());
+  EXPECT_TRUE(packets.empty());
+  EXPECT_EQ(latest(), most);
+  EXPECT_EQ(source.signs, kDiscarded);
+  EXPECT_LT(source.naps, 100);
+  EXPECT_EQ(out_of_step, 1);
+}
+
+TEST_F(PacketReaderTest, AHeaderIsBadWhenItsPacketDoesNotFitTheBufferOfItsType) {
+  struct Row {
+    std::int32_t size;
+    std::int32_t type;
+    bool valid;
+  };
+  std::vector<Row> rows = {{7, VL_DT_Command, false}, {0, VL_DT_Command, false}, {-1, VL_DT_Command, false},
+                           {8, VL_DT_Command, true},  {16, -1, false},           {131'071, 1'000, true}};
+  for (std::int32_t type = VL_DT_Command; type <= VL_DT_ProbePosResult + 1; ++type) {
+    const bool small = type == VL_DT_Error || type == VL_DT_TiltraResult || type == VL_DT_ReflectorPosResult ||
+                       type == VL_DT_ProbePosResult || type == VL_DT_SystemStatusChange;
+    const std::int32_t room = small ? 1'024 : 131'072;
+    rows.insert(rows.end(), {{room - 1, type, true}, {room, type, false}});
+  }
+  for (const Row& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.size << " bytes of type " << row.type);
+    start_over();
+    Bytes bytes = filled(std::max(row.size, 16), row.type);
+    put_i32(bytes, 0, row.size);
+    if (row.valid) bytes.resize(static_cast<std::size_t>(row.size));
+    source.feed(bytes);
+    EXPECT_EQ(read(), row.valid);
+    EXPECT_TRUE(source.dry());
+    EXPECT_EQ(packets, std::vector<Bytes>(row.valid ? 1 : 0, bytes));
+    EXPECT_EQ(latest(), row.valid ? bytes : Bytes());
+    EXPECT_EQ(out_of_step, row.valid ? 0 : 1);
+    EXPECT_EQ(source.signs, row.valid ? Lines() : kDiscarded);
+  }
+}
+
+TEST_F(PacketReaderTest, ThrowingAwayStopsAfterOneHundredAndTwentyEightReads) {
+  source.feed_peek(filled(8, -1));
+  source.endless = true;
+  EXPECT_FALSE(read());
+  EXPECT_EQ(source.reads.size(), 128u);
+  EXPECT_EQ(source.reads.front(), 131'072);
+
+  // The reads made for the packet itself count along.
+  start_over();
+  source.feed(cut(filled(36, VL_DT_ReflectorPosResult), 20).first);
+  source.feed(kError, 64);
+  source.endless = true;
+  EXPECT_FALSE(read());
+  EXPECT_EQ(source.reads.size(), 128u);
+  EXPECT_EQ(source.reads.back(), 1'024);
+}
+
+TEST_F(PacketReaderTest, ANotificationThatIsNoneReadsNothing) {
+  source.feed(filled(16, VL_DT_Command));
+  EXPECT_FALSE(reader.on_unknown_event());
+  EXPECT_EQ(source.reads, std::vector{0});
+  EXPECT_EQ(source.signs, kDiscarded);
+  EXPECT_EQ(out_of_step, 1);
+}
+
+// Numbers the buffers in the order in which types need them.
+TEST(ReceiveBuffersTest, KindsOfPacketsShareABufferOrHaveOneOfTheirOwn) {
+  connection::ReceiveBuffers buffers;
+  std::vector<const std::uint8_t*> seen;
+  std::vector<std::ptrdiff_t> places;
+  for (std::int32_t type = VL_DT_Command; type <= VL_DT_ProbePosResult + 1; ++type) {
+    const std::uint8_t* const bytes = buffers.for_type(type).bytes;
+    places.push_back(std::ranges::find(seen, bytes) - seen.begin());
+    if (places.back() == std::ssize(seen)) seen.push_back(bytes);
+  }
+  EXPECT_EQ(places, (std::vector<std::ptrdiff_t>{0, 1, 2, 2, 2, 2, 3, 4, 5, 2, 2, 4, 2}));
+  EXPECT_EQ(buffers.for_type(5'000).bytes, buffers.for_type(VL_DT_MultiMeasResult).bytes);
+}
+
+}  // namespace
+}  // namespace kestrine::test

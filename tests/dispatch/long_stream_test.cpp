@@ -1,0 +1,128 @@
+// A million points, while something else keeps the other core busy and while the handler stalls.
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "kestrine/kestrine.h"
+#include "simulator/simulator.h"
+
+namespace kestrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kPoints = 1'000'000;
+
+// Bytes that wait in whichever socket of the process has the most.
+int most_unread() {
+  constexpr int kMostDescriptors = 256;
+  int most = 0;
+  for (int each = 0; each < kMostDescriptors; ++each) {
+    int unread = 0;
+    if (::ioctl(each, FIONREAD, &unread) == 0) most = std::max(most, unread);
+  }
+  return most;
+}
+
+class Collector final : public AsyncEvents {
+ public:
+  explicit Collector(ILTConnect& connection) : connection_(connection) {}
+
+  void CommandCompletedData(VL_Command command) override { completed = command; }
+  void ErrorEvent(VL_Command command, VL_ResultStatus status) override {
+    ADD_FAILURE() << "command " << command << ": status " << status;
+    host::quit();
+  }
+  void ContinuousPointMeasDataReady(std::int32_t results, std::int32_t bytes) override {
+    const Packet packet(connection_);
+    const auto block = ContinuousView<MultiMeasResultT>::of(packet.bytes());
+    ASSERT_TRUE(block && block->size() == static_cast<std::size_t>(results));
+    ASSERT_EQ(packet.bytes().size(), static_cast<std::size_t>(bytes));
+    for (const MeasValueT& point : *block) {
+      // The tracker's own time is the number of milliseconds, and so the number of the point.
+      const auto number = static_cast<std::size_t>(point.lTime1) * 1000 + static_cast<std::size_t>(point.lTime2) / 1000;
+      if (number != received++) ++out_of_order;
+    }
+    if (stall_at != 0 && received >= stall_at) {
+      stall_at = 0;
+      const auto deadline = std::chrono::steady_clock::now() + 10s;
+      while (most_unread() < 100'000 && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+      EXPECT_GE(most_unread(), 100'000) << "the server does not go on meanwhile";
+    }
+    if (received >= kPoints) host::quit();
+  }
+
+  VL_Command completed = VL_C_Unknown;
+  std::size_t received = 0;
+  std::size_t out_of_order = 0;
+  std::size_t stall_at = 0;
+
+ private:
+  ILTConnect& connection_;
+};
+
+// The cores that the calling thread may run on, which it has back at the end.
+class Cores {
+ public:
+  Cores() { EXPECT_EQ(sched_getaffinity(0, sizeof all_, &all_), 0); }
+  ~Cores() { sched_setaffinity(0, sizeof all_, &all_); }
+  Cores(const Cores&) = delete;
+  Cores& operator=(const Cores&) = delete;
+
+  // Keeps the calling thread, and those that it starts from then on, to one of them, where there are several.
+  void keep_to(int number) const {
+    if (CPU_COUNT(&all_) < 2) return;
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    for (std::size_t core = 0; core < CPU_SETSIZE; ++core) {
+      if (CPU_ISSET(core, &all_) && number-- == 0) CPU_SET(core, &one);
+    }
+    EXPECT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
+  }
+
+ private:
+  cpu_set_t all_{};
+};
+
+class LongStream : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(LongStream, ArrivesCompleteAndInOrder) {
+  const Cores cores;
+  cores.keep_to(0);
+  host::set_early_wake(true);
+  const simulator::Simulator simulator({.time_scale = 0, .block_points = 1000});
+  const auto connection = create<ILTConnect>(CLSID_LTConnect);
+  check(connection->ConnectEmbeddedSystem(Text("127.0.0.1"), simulator.port()));
+  const auto tracker = command_async(*connection);
+  const auto collector = Pointer<Collector>::adopt(new Collector(*connection));
+  const Subscription subscription(*tracker, DIID__ILTCommandAsyncEvents, *collector);
+  collector->stall_at = GetParam();
+
+  check(tracker->Initialize());
+  while (collector->completed != VL_C_Initialize) ASSERT_TRUE(host::run_for(1ms));
+  check(tracker->SetMeasurementMode(VL_MM_ContinuousTime));
+  check(tracker->SetContinuousTimeModeParams(1, kPoints, VARIANT_FALSE, VL_RT_Sphere));
+  check(tracker->StartContinuousPointMeasurement());
+  std::atomic<bool> busy = true;
+  std::thread load([&] {
+    cores.keep_to(1);
+    while (busy) continue;
+  });
+  EXPECT_FALSE(host::run_for(90s)) << "not all points came: " << collector->received;
+  busy = false;
+  load.join();
+  EXPECT_EQ(collector->received, kPoints);
+  EXPECT_EQ(collector->out_of_order, 0u);
+  host::set_early_wake(false);
+}
+
+INSTANTIATE_TEST_SUITE_P(AtFullSpeed, LongStream, testing::Values(0, 300'000),
+                         [](const auto& stall) { return stall.param == 0 ? "UnderLoad" : "WithAStall"; });
+
+}  // namespace
+}  // namespace kestrine::test

@@ -1,0 +1,139 @@
+// Class objects, counting, aggregation, and what keeps the module loaded.
+#include "objects/module.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "environment.h"
+#include "kestrine/interfaces.h"
+#include "kestrine/object.h"
+#include "kestrine/pointer.h"
+
+namespace kestrine::test {
+namespace {
+
+const CLSID* const kClasses[] = {&CLSID_LTConnect,  &CLSID_LTCommandSync,  &CLSID_LTCommandAsync,
+                                 &CLSID_LTConnect2, &CLSID_LTCommandSync2, &CLSID_LTCommandAsync2};
+
+class Module : public testing::Test {
+ protected:
+  Pointer<IClassFactory> class_object(const CLSID& clsid) {
+    Pointer<IClassFactory> factory;
+    EXPECT_EQ(module.get_class_object(clsid, IID_IClassFactory, factory.put_void()), S_OK);
+    return factory;
+  }
+  Pointer<IUnknown> create(const CLSID& clsid) {
+    Pointer<IUnknown> object;
+    EXPECT_EQ(class_object(clsid)->CreateInstance(nullptr, IID_IUnknown, object.put_void()), S_OK);
+    return object;
+  }
+
+  Environment environment;
+  objects::Module module;
+};
+
+TEST_F(Module, HasOneClassObjectForEachOfSixClasses) {
+  for (const CLSID* clsid : kClasses) {
+    Pointer<IClassFactory> from_thread;
+    std::thread([&] { from_thread = class_object(*clsid); }).join();
+    EXPECT_EQ(class_object(*clsid).get(), from_thread.get());
+  }
+  void* object = &object;
+  EXPECT_EQ(module.get_class_object(CLSID_LTConnect, IID_IDispatch, &object), E_NOINTERFACE);
+  EXPECT_EQ(module.get_class_object(IID_IUnknown, IID_IClassFactory, &object), CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(module.get_class_object(CLSID_LTConnect, IID_IClassFactory, nullptr), E_POINTER);
+  EXPECT_EQ(class_object(CLSID_LTConnect)->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
+  EXPECT_EQ(class_object(CLSID_LTConnect)->CreateInstance(nullptr, IID_IDispatch, &object), E_NOINTERFACE);
+}
+
+TEST_F(Module, StaysLoadedForObjectsAndForLocks) {
+  EXPECT_EQ(module.can_unload_now(), S_OK);
+  {
+    const auto factory = class_object(CLSID_LTConnect);
+    EXPECT_EQ(module.can_unload_now(), S_FALSE);
+  }
+  EXPECT_EQ(module.can_unload_now(), S_OK);
+  class_object(CLSID_LTConnect)->LockServer(1);
+  EXPECT_EQ(module.can_unload_now(), S_FALSE);
+  class_object(CLSID_LTConnect)->LockServer(0);
+  {
+    const auto connection = create(CLSID_LTConnect);
+    EXPECT_EQ(module.can_unload_now(), S_FALSE);
+  }
+  EXPECT_EQ(module.can_unload_now(), S_OK);  // its own command objects have gone with it
+}
+
+TEST_F(Module, GoesUnderAWebApplicationThatKeepsOneObject) {
+  const auto kept = create(CLSID_LTCommandSync);
+  for (const VARIANT_BOOL hosted : {VARIANT_BOOL{5}, VARIANT_FALSE}) {
+    {
+      const auto connection = create(CLSID_LTConnect).query<ILTConnect>();
+      connection->put_IsHostedByWebApplication(hosted);
+      EXPECT_EQ(module.can_unload_now(), S_FALSE);  // four: it has made two command objects
+    }
+    EXPECT_EQ(module.can_unload_now(), hosted != 0 ? S_OK : S_FALSE);
+    const auto second = create(CLSID_LTCommandAsync);
+    EXPECT_EQ(module.can_unload_now(), S_FALSE);
+  }
+}
+
+// An object that is partly a connection.
+class Outer final : public Object<IUnknown> {
+ public:
+  explicit Outer(IClassFactory& factory) {
+    EXPECT_EQ(factory.CreateInstance(this, IID_IUnknown, inner.put_void()), S_OK);
+  }
+  Pointer<IUnknown> inner;
+
+ private:
+  void* find_interface(const IID& iid) override {
+    if (iid == IID_IUnknown) return this;
+    void* found = nullptr;
+    if (FAILED(inner->QueryInterface(iid, &found))) return nullptr;
+    static_cast<IUnknown*>(found)->Release();  // counted on this object, which counts once more
+    return found;
+  }
+};
+
+TEST_F(Module, LendsItsObjectsToOuterOnes) {
+  {
+    void* refused = nullptr;
+    const auto outer = Pointer<Outer>::adopt(new Outer(*class_object(CLSID_LTConnect2)));
+    EXPECT_EQ(class_object(CLSID_LTConnect2)->CreateInstance(outer.get(), IID_ILTConnect2, &refused),
+              CLASS_E_NOAGGREGATION);
+    Pointer<IDispatch> connection;
+    ASSERT_EQ(outer->QueryInterface(IID_IDispatch, connection.put_void()), S_OK);
+    Pointer<IUnknown> whole;
+    ASSERT_EQ(connection->QueryInterface(IID_IUnknown, whole.put_void()), S_OK);
+    EXPECT_EQ(whole.get(), outer.get());
+    EXPECT_EQ(outer->inner.query<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(IID_ILTConnect2), S_OK);
+  }
+  EXPECT_EQ(module.can_unload_now(), S_OK);
+}
+
+TEST_F(Module, WarnsOfMixedGenerations) {
+  const auto connection = create(CLSID_LTConnect);
+  EXPECT_TRUE(environment.message_boxes.empty());
+  const auto other = create(CLSID_LTConnect2);
+  const std::u16string text = u"Illegal combination of old/legacy and new interfaces";
+  EXPECT_EQ(environment.message_boxes, (std::vector{text, text})) << "one for each of its command objects";
+  Pointer<IUnknown> commands;
+  EXPECT_EQ(other.query<ILTConnect2>()->get_ILTCommandSync(commands.put()), S_OK) << "made all the same";
+}
+
+TEST_F(Module, SaysForWhichInterfaceItsObjectsSetErrorInformation) {
+  const IID* const interfaces[] = {&IID_ILTConnect,  &IID_ILTCommandSync,  &IID_ILTCommandAsync,
+                                   &IID_ILTConnect2, &IID_ILTCommandSync2, &IID_ILTCommandAsync2};
+  for (std::size_t i = 0; i < std::size(kClasses); ++i) {
+    const auto support = create(*kClasses[i]).query<ISupportErrorInfo>();
+    ASSERT_TRUE(support) << i;
+    for (std::size_t k = 0; k < std::size(interfaces); ++k) {
+      EXPECT_EQ(support->InterfaceSupportsErrorInfo(*interfaces[k]), i == k ? S_OK : S_FALSE);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace kestrine::test
