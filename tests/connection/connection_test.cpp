@@ -64,13 +64,13 @@ TEST_F(ConnectionTest, ConnectsByDottedAddressAndByBareName) {
     environment.set(u"NonblockingConnect", nonblocking);
     for (const auto address : {u"127.0.0.1", u"localhost"}) {
       EXPECT_EQ(is_connected(), 0);
+      EXPECT_FALSE(connection->link().is_open());
       EXPECT_EQ(try_connect(address, peer.port() + 65'536), "ok") << "a port counts by its low sixteen bits";
       peer.accept();
       EXPECT_EQ(is_connected(), 1) << "1, not -1";
       expect_that_packets_arrive();
       EXPECT_EQ(disconnect(), "ok");
       EXPECT_EQ(is_connected(), 0);
-      EXPECT_FALSE(connection->link().is_open());
       EXPECT_TRUE(peer.client_leaves());
       EXPECT_EQ(disconnect(), "ok") << "without a connection";
     }
