@@ -13,9 +13,12 @@
 #include "kestrine/records.h"
 #include "kestrine/wire.h"
 #include "protocol/requests.h"
-#include "simulator/tracker.h"
+#include "simulator/commands/commands.h"
+#include "simulator/measuring/position_display.h"
 
 namespace kestrine::simulator {
+
+using namespace protocol;  // for the requests
 
 class ManualScheduler : public Scheduler {
  public:
@@ -73,8 +76,12 @@ inline std::vector<Bytes> only(const std::vector<Bytes>& packets, VL_DataType ty
   return found;
 }
 
-inline std::vector<std::int32_t> changes(const std::vector<Bytes>& packets) {
-  std::vector<std::int32_t> codes;
+using Codes = std::vector<std::int32_t>;
+using Packets = std::vector<Bytes>;
+
+// The status changes among the packets.
+inline Codes changes(const Packets& packets) {
+  Codes codes;
   for (const Bytes& packet : only(packets, VL_DT_SystemStatusChange)) codes.push_back(code_of(packet));
   return codes;
 }
@@ -96,7 +103,16 @@ inline std::vector<MeasValueT> points(const std::vector<Bytes>& packets) {
   return elements<MultiMeasResultT, MeasValueT>(packets, VL_DT_MultiMeasResult);
 }
 
-inline SystemSettingsDataT wishes(bool status_changes, bool positions = false) {
+inline Vector values_of(const auto& record) {
+  return {record.dVal1, record.dVal2, record.dVal3};
+}
+
+inline void expect_near(const Vector& actual, const Vector& expected, double tolerance = 1e-9) {
+  EXPECT_LE((actual - expected).cwiseAbs().maxCoeff(), tolerance)
+      << actual.transpose() << " instead of " << expected.transpose();
+}
+
+inline SystemSettingsDataT client_settings(bool status_changes, bool positions = false) {
   SystemSettingsDataT settings;
   settings.bSendUnsolicitedMessages = status_changes;
   settings.bSendReflectorPositionData = positions;
@@ -125,7 +141,7 @@ struct Bench {
                          const protocol::Request& request) {
     asker.packets.clear();
     asker.is_answered = false;
-    tracker.execute(as_client, Bytes(request.bytes.begin(), request.bytes.begin() + request.size));
+    execute(tracker, as_client, Bytes(request.bytes.begin(), request.bytes.begin() + request.size));
     for (int i = 0; i < 3000 && !asker.is_answered; ++i) scheduler.advance(0.01);
     EXPECT_TRUE(asker.is_answered) << "command " << wire::load_i32(request.bytes.data() + 8);
     return asker.packets;
@@ -147,18 +163,40 @@ struct Bench {
     }
     return read_as<Record>(answers.front().data());
   }
+  // The one packet of that type that comes while that much time passes.
+  template <class Record>
+  Record result(VL_DataType type, double seconds) {
+    const auto results = only(after(seconds), type);
+    EXPECT_EQ(results.size(), 1u);
+    return results.size() == 1 ? read_as<Record>(results[0].data()) : Record{};
+  }
+  // What comes from the start of a measurement on, acknowledgement included.
+  std::vector<Bytes> measure(double seconds) {
+    std::vector<Bytes> packets = ask(protocol::build_StartMeasurement());
+    const auto more = after(seconds);
+    packets.insert(packets.end(), more.begin(), more.end());
+    return packets;
+  }
   // What comes while that much time passes.
   std::vector<Bytes> after(double seconds) {
     client->packets.clear();
     scheduler.advance(seconds);
     return client->packets;
   }
+  void set_units(VL_LengthUnit length, VL_AngleUnit angle = VL_AU_Degree,
+                 VL_TemperatureUnit temperature = VL_TU_Celsius) {
+    ask(protocol::build_SetUnits(length, angle, temperature, VL_PU_Mbar, VL_HU_RH));
+  }
   void initialise() { ASSERT_EQ(status(protocol::build_Initialize()), VL_RS_AllOK); }
 
   Options options;
   ManualScheduler scheduler;
   Tracker tracker;
+  PositionDisplay display{tracker};
   std::shared_ptr<RecordingClient> client = add_client();
 };
+
+template <class Base = Bench>
+struct BenchTest : ::testing::Test, Base {};
 
 }  // namespace kestrine::simulator

@@ -2,8 +2,8 @@
 #include <cmath>
 
 #include "bench.h"
-#include "simulator/centre_fit.h"
-#include "simulator/world.h"
+#include "simulator/mathematics/centre_fit.h"
+#include "simulator/tracker/world.h"
 
 namespace kestrine::simulator {
 namespace {
@@ -69,7 +69,7 @@ TEST(CentreFit, ClaimsTheSpreadThatItsCentresHave) {
       const auto fit = is_sphere ? fit_sphere(points, {}) : fit_circle(points, {});
       ASSERT_TRUE(fit);
       squares += std::pow(length(fit->centre - centre), 2);
-      claimed += *fit->variance * (fit->cofactor[0][0] + fit->cofactor[1][1] + fit->cofactor[2][2]);
+      claimed += *fit->variance * fit->cofactor.trace();
     }
     EXPECT_NEAR(std::sqrt(squares / claimed), 1, 0.3) << is_sphere;
   }
@@ -78,67 +78,59 @@ TEST(CentreFit, ClaimsTheSpreadThatItsCentresHave) {
 struct CentreBench : Bench {
   explicit CentreBench(VL_MeasMode mode) {
     initialise();
-    ask(protocol::build_SetMeasurementMode(mode));
-    ask(request_of(VL_C_SetSystemSettings, wishes(true)));
+    ask(build_SetMeasurementMode(mode));
+    ask(request_of(VL_C_SetSystemSettings, client_settings(true)));
   }
-  std::vector<Bytes> measure(double seconds = 20) {
-    EXPECT_EQ(status(protocol::build_StartMeasurement()), VL_RS_AllOK);
+  Packets found(double seconds = 20) {
+    EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
     return after(seconds);
   }
 };
 
 struct Mode {
-  VL_MeasMode mode;
+  VL_MeasMode point, probe;
   Vector centre;
 };
+const Mode kModes[]{{VL_MM_SphereCenter, VL_MM_6DSphereCenter, kBallCentre},
+                    {VL_MM_CircleCenter, VL_MM_6DCircleCenter, kDiscCentre}};
 
-TEST(CentreModes, TellTheWorldsCentreWithinItsUncertainty) {
-  for (const auto& [mode, centre] :
-       {Mode{VL_MM_SphereCenter, ball_centre()}, Mode{VL_MM_CircleCenter, disc_centre()}}) {
+TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
+  for (const auto& [mode, probe_mode, centre] : kModes) {
     CentreBench bench(mode);
-    const auto packets = bench.measure();
-    EXPECT_EQ(changes(packets), (std::vector<std::int32_t>{VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
-    EXPECT_TRUE(points(packets).empty());  // the points themselves are not sent
-    const auto results = only(packets, VL_DT_SingleMeasResult);
-    ASSERT_EQ(results.size(), 1u);
-    const auto result = read_as<SingleMeasResultT>(results[0].data());
+    const auto packets = bench.found();
+    EXPECT_EQ(changes(packets), (Codes{VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
+    ASSERT_EQ(packets.size(), 3u);  // the points themselves are not sent
+    const auto result = read_as<SingleMeasResultT>(only(packets, VL_DT_SingleMeasResult).at(0).data());
     EXPECT_EQ(result.measMode, mode);
     EXPECT_EQ(result.packetInfo.status, VL_RS_AllOK);
-    EXPECT_LT(length(Vector{result.dVal1, result.dVal2, result.dVal3} - centre), 4 * result.dStdTotal);
+    EXPECT_LT(length(values_of(result) - centre), 4 * result.dStdTotal);
     EXPECT_NEAR(result.dStdTotal / result.dAprioriStdTotal, 1, 0.3);
-    bench.ask(protocol::build_SetStatisticMode(VL_SM_Extended, VL_SM_Standard));
-    EXPECT_EQ(only(bench.measure(), VL_DT_SingleMeasResult2).size(), 1u);
-  }
-}
-
-TEST(CentreModes, MeasureWithTheProbeLikewise) {
-  for (const auto& [mode, centre] :
-       {Mode{VL_MM_6DSphereCenter, ball_centre()}, Mode{VL_MM_6DCircleCenter, disc_centre()}}) {
-    CentreBench bench(mode);
-    bench.ask(protocol::build_SetUnits(VL_LU_Millimeter, VL_AU_Degree, VL_TU_Celsius, VL_PU_Mbar, VL_HU_RH));
-    const auto results = only(bench.measure(), VL_DT_StationaryProbeMeasResult);
-    ASSERT_EQ(results.size(), 1u);
-    const auto result = read_as<ProbeStationaryResultT>(results[0].data());
-    EXPECT_EQ(result.measMode, mode);
-    const Vector off = Vector{result.dPosition1, result.dPosition2, result.dPosition3} - 1000 * centre;
-    EXPECT_LT(length(off), 4 * result.dStdDevPositionTotal);
-    EXPECT_LT(double{result.dStdDevPositionTotal}, 0.1);
+    bench.ask(build_SetStatisticMode(VL_SM_Extended, VL_SM_Standard));
+    EXPECT_EQ(only(bench.found(), VL_DT_SingleMeasResult2).size(), 1u);
+    bench.ask(build_SetMeasurementMode(probe_mode));
+    bench.set_units(VL_LU_Millimeter);
+    bench.ask(build_StartMeasurement());
+    const auto probe = bench.result<ProbeStationaryResultT>(VL_DT_StationaryProbeMeasResult, 20);
+    EXPECT_EQ(probe.measMode, probe_mode);
+    const Vector off = Vector{probe.dPosition1, probe.dPosition2, probe.dPosition3} - 1000 * centre;
+    EXPECT_LT(length(off), 4 * probe.dStdDevPositionTotal);
+    EXPECT_LT(double{probe.dStdDevPositionTotal}, 0.1);
   }
 }
 
 TEST(CentreModes, TakeTheirTimeAndNoMorePointsThanAskedFor) {
   CentreBench bench(VL_MM_CircleCenter);
-  bench.ask(protocol::build_SetCircleCenterModeParams(0.02, 60, 0, 0));
+  bench.ask(build_SetCircleCenterModeParams(0.02, 60, 0, 0));
   // 59 steps of 20 mm at the rim's 314 mm a second, each ending at a whole millisecond.
-  EXPECT_TRUE(only(bench.measure(3.7), VL_DT_SingleMeasResult).empty());
+  EXPECT_TRUE(only(bench.found(3.7), VL_DT_SingleMeasResult).empty());
   EXPECT_EQ(only(bench.after(0.2), VL_DT_SingleMeasResult).size(), 1u);
 }
 
 TEST(CentreModes, HonourARadiusThatIsFixed) {
   CentreBench bench(VL_MM_SphereCenter);
   const auto status_with = [&](double radius) {
-    bench.ask(protocol::build_SetSphereCenterModeParams(0.01, 80, 1, radius));
-    return code_of(only(bench.measure(), VL_DT_SingleMeasResult).at(0));
+    bench.ask(build_SetSphereCenterModeParams(0.01, 80, 1, radius));
+    return code_of(only(bench.found(), VL_DT_SingleMeasResult).at(0));
   };
   EXPECT_EQ(status_with(kBallRadius), VL_RS_AllOK);
   EXPECT_EQ(status_with(kBallRadius + 0.05), VL_RS_NoSphereCenterFound);
@@ -150,8 +142,8 @@ TEST(CentreModes, MakeAResultOfWhatThereIsWhenStopped) {
                                    std::pair{VL_MM_CircleCenter, VL_RS_NoCircleCenterFound}}) {
     CentreBench bench(mode);
     const auto stop_after = [&](double seconds) {
-      bench.measure(seconds);
-      const auto packets = bench.ask(protocol::build_StopMeasurement());
+      bench.found(seconds);
+      const auto packets = bench.ask(build_StopMeasurement());
       EXPECT_EQ(type_of(packets.at(0)), VL_DT_SingleMeasResult);
       EXPECT_EQ(code_of(packets.at(1)), VL_C_StopMeasurement);
       return code_of(packets.at(0));

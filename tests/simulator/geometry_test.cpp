@@ -3,24 +3,17 @@
 #include <numbers>
 
 #include "bench.h"
-#include "simulator/uncertainty.h"
 
 namespace kestrine::simulator {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-void expect_near(const Vector& actual, const Vector& expected, double tolerance = 1e-9) {
-  EXPECT_NEAR(actual.x, expected.x, tolerance);
-  EXPECT_NEAR(actual.y, expected.y, tolerance);
-  EXPECT_NEAR(actual.z, expected.z, tolerance);
-}
-
-TEST(Frames, TellOnePlaceInEveryCoordinateSystem) {
+TEST(Frames, GiveOnePlaceInEveryCoordinateSystem) {
   const Vector place{3, 4, 12};
   const double horizontal = std::atan2(4, 3);
   const double zenith = std::acos(12.0 / 13);
-  const std::pair<VL_CoordinateSystemType, Vector> told[]{
+  const std::pair<VL_CoordinateSystemType, Vector> expected[]{
       {VL_CS_RHR, {3, 4, 12}},
       {VL_CS_LHRX, {-3, 4, 12}},
       {VL_CS_LHRY, {3, -4, 12}},
@@ -30,17 +23,17 @@ TEST(Frames, TellOnePlaceInEveryCoordinateSystem) {
       {VL_CS_SCW, {-horizontal, zenith, 13}},
       {VL_CS_SCC, {horizontal, zenith, 13}},
   };
-  for (const auto& [type, values] : told) {
+  for (const auto& [type, values] : expected) {
     SCOPED_TRACE(type);
     Frame frame;
     frame.type = type;
-    expect_near(frame.to_outside(place), values);
-    expect_near(frame.to_inside(values), place);
+    expect_near(frame.to_values(place), values);
+    expect_near(frame.to_place(values), place);
     frame.length = VL_LU_Inch;
     frame.angle = VL_AU_Degree;
     frame.orientation = {{0.1, -0.2, 0.3}, rotation({0.1, 0.2, 0.3}), 1};
     frame.transformation = {{5, 6, 7}, rotation({-1, 0.5, 2}), 1.01};
-    expect_near(frame.to_inside(frame.to_outside(place)), place);
+    expect_near(frame.to_place(frame.to_values(place)), place);
   }
 }
 
@@ -51,32 +44,29 @@ TEST(Frames, ConvertLengthsAndAnglesIntoTheUnitsSet) {
   for (const auto& [unit, factor] : lengths) {
     Frame frame;
     frame.length = unit;
-    EXPECT_NEAR(frame.to_outside({1, 0, 0}).x / factor, 1, 1e-9);
+    EXPECT_NEAR(frame.to_values({1, 0, 0}).x() / factor, 1, 1e-9);
   }
   Frame frame;
   frame.type = VL_CS_SCC;
   frame.angle = VL_AU_Gon;
-  expect_near(frame.to_outside({0, 1, 0}), {100, 100, 1});
+  expect_near(frame.to_values({0, 1, 0}), {100, 100, 1});
 }
 
 TEST(Frames, ApplyTheStationFirstAndThenTheTransformation) {
   Frame frame;
   frame.orientation = {{1, 0, 0}, rotation({0, 0, kPi / 2}), 1};
-  frame.transformation = {{0, 0, 10}, kIdentity, 2};
-  expect_near(frame.to_outside({1, 0, 0}), {2, 2, 10});
+  frame.transformation = {{0, 0, 10}, Matrix::Identity(), 2};
+  expect_near(frame.to_values({1, 0, 0}), {2, 2, 10});
 }
 
 TEST(Frames, CarryACovarianceAcrossTheJumpOfTheAngle) {
   Frame frame;
   frame.type = VL_CS_SCC;
   const Vector beside_the_jump{-2, 0, 0};
-  Matrix covariance{};
-  covariance[0][0] = 1e-10;
-  covariance[1][1] = 4e-10;
-  covariance[2][2] = 9e-10;
-  const Uncertainty told = uncertainty(frame, beside_the_jump, covariance);
-  expect_near(told.deviations, {1e-5, 1.5e-5, 1e-5}, 1e-11);
-  EXPECT_NEAR(told.total, std::sqrt(14e-10), 1e-12);
+  const Matrix covariance = Vector{1e-10, 4e-10, 9e-10}.asDiagonal();
+  const Uncertainty spread = frame.uncertainty(beside_the_jump, covariance);
+  expect_near(spread.deviations, {1e-5, 1.5e-5, 1e-5}, 1e-11);
+  EXPECT_NEAR(spread.total, std::sqrt(14e-10), 1e-12);
 }
 
 TEST(Geometry, TurnsAngleTriplesIntoRotationsAndBack) {
@@ -93,42 +83,34 @@ TEST(Geometry, TurnsAngleTriplesIntoRotationsAndBack) {
 
 TEST(Geometry, FindsTheAxesOfAnEllipsoid) {
   const Matrix turn = rotation({0.4, 0.1, -1});
-  Matrix scaled{};
-  scaled[0][0] = 9;
-  scaled[1][1] = 4;
-  scaled[2][2] = 1;
-  const Axes axes = principal_axes(turn * scaled * transposed(turn));
+  const Axes axes = principal_axes(turn * Vector{9, 4, 1}.asDiagonal() * turn.transpose());
   expect_near(axes.values, {9, 4, 1});
-  for (std::size_t i = 0; i < 3; ++i) {
-    const double along =
-        axes.directions[0][i] * turn[0][i] + axes.directions[1][i] * turn[1][i] + axes.directions[2][i] * turn[2][i];
-    EXPECT_NEAR(std::abs(along), 1, 1e-9);
-  }
+  expect_near((axes.directions.transpose() * turn).diagonal().cwiseAbs(), {1, 1, 1});
 }
 
-TEST(Computations, GoFromTheBaseSystemToTheCurrentOneAndBack) {
-  Bench bench;
-  bench.ask(protocol::build_SetUnits(VL_LU_Millimeter, VL_AU_Degree, VL_TU_Celsius, VL_PU_Mbar, VL_HU_RH));
-  bench.ask(protocol::build_SetCoordinateSystemType(VL_CS_SCW));
+using Computations = BenchTest<>;
+
+TEST_F(Computations, GoFromTheBaseSystemToTheCurrentOneAndBack) {
+  set_units(VL_LU_Millimeter);
+  ask(build_SetCoordinateSystemType(VL_CS_SCW));
   SystemSettingsDataT settings;
   settings.bApplyTransformationParams = 1;
-  bench.ask(request_of(VL_C_SetSystemSettings, settings));
-  bench.ask(protocol::build_SetTransformationParams(0, 0, 500, 0, 0, 0, 1));
-  const auto current = bench.answer<ConvertDisplayCoordinatesRT>(
-      protocol::build_ConvertDisplayCoordinates(VL_DCC_BaseToCurrent, 0, 1000, -500));
-  expect_near({current.dVal1, current.dVal2, current.dVal3}, {-90, 90, 1000});
-  const auto base = bench.answer<ConvertDisplayCoordinatesRT>(
-      protocol::build_ConvertDisplayCoordinates(VL_DCC_CurrentToBase, -90, 90, 1000));
-  expect_near({base.dVal1, base.dVal2, base.dVal3}, {0, 1000, -500});
+  ask(request_of(VL_C_SetSystemSettings, settings));
+  ask(build_SetTransformationParams(0, 0, 500, 0, 0, 0, 1));
+  const auto current =
+      answer<ConvertDisplayCoordinatesRT>(build_ConvertDisplayCoordinates(VL_DCC_BaseToCurrent, 0, 1000, -500));
+  expect_near(values_of(current), {-90, 90, 1000});
+  const auto base =
+      answer<ConvertDisplayCoordinatesRT>(build_ConvertDisplayCoordinates(VL_DCC_CurrentToBase, -90, 90, 1000));
+  expect_near(values_of(base), {0, 1000, -500});
 }
 
-TEST(Computations, GiveAnErrorEllipsoidsAxes) {
-  Bench bench;
-  const auto ellipsoid = bench.answer<GetErrorEllipsoidRT>(
-      protocol::build_GetErrorEllipsoid(1, 2, 3, 2, 2, 1, 1, 0, 0));  // 45 degrees in the plane of X and Y
+TEST_F(Computations, GiveAnErrorEllipsoidsAxes) {
+  const auto ellipsoid = answer<GetErrorEllipsoidRT>(
+      build_GetErrorEllipsoid(1, 2, 3, 2, 2, 1, 1, 0, 0));  // 45 degrees in the plane of X and Y
   expect_near({ellipsoid.dStdDevX, ellipsoid.dStdDevY, ellipsoid.dStdDevZ}, {std::sqrt(5), std::sqrt(3), 1});
   EXPECT_NEAR(std::abs(std::remainder(ellipsoid.dRotationAngleZ, kPi)), kPi / 4, 1e-9);
-  EXPECT_EQ(bench.status(protocol::build_GetErrorEllipsoid(0, 0, 0, 1, 1, 1, 5, 0, 0)), VL_RS_InvalidInputData);
+  EXPECT_EQ(status(build_GetErrorEllipsoid(0, 0, 0, 1, 1, 1, 5, 0, 0)), VL_RS_InvalidInputData);
 }
 
 }  // namespace

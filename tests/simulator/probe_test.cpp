@@ -2,29 +2,19 @@
 #include <cmath>
 
 #include "bench.h"
-#include "simulator/inventory.h"
-#include "simulator/probe_result.h"
-#include "simulator/world.h"
+#include "simulator/measuring/results.h"
+#include "simulator/tracker/inventory.h"
+#include "simulator/tracker/world.h"
 
 namespace kestrine::simulator {
 namespace {
 
-// As a text-book has it, for a unit quaternion.
-Matrix of_quaternion(double w, double x, double y, double z) {
-  return {{{1 - 2 * (y * y + z * z), 2 * (x * y - w * z), 2 * (x * z + w * y)},
-           {2 * (x * y + w * z), 1 - 2 * (x * x + z * z), 2 * (y * z - w * x)},
-           {2 * (x * z - w * y), 2 * (y * z + w * x), 1 - 2 * (x * x + y * y)}}};
-}
-
 double difference(const Matrix& a, const Matrix& b) {
-  double most = 0;
-  for (std::size_t r = 0; r < 3; ++r)
-    for (std::size_t c = 0; c < 3; ++c) most = std::max(most, std::abs(a[r][c] - b[r][c]));
-  return most;
+  return (a - b).cwiseAbs().maxCoeff();
 }
 
 Matrix quaternion_of(const auto& r) {
-  return of_quaternion(r.dQuaternion0, r.dQuaternion1, r.dQuaternion2, r.dQuaternion3);
+  return Eigen::Quaterniond(r.dQuaternion0, r.dQuaternion1, r.dQuaternion2, r.dQuaternion3).toRotationMatrix();
 }
 Vector angles_of(const auto& r) {
   return {r.dRotationAngleX, r.dRotationAngleY, r.dRotationAngleZ};
@@ -36,24 +26,16 @@ Vector position_of(const auto& r) {
 struct ProbeBench : Bench {
   explicit ProbeBench(VL_MeasMode mode) {
     initialise();
-    ask(protocol::build_GoPosition(2.2, 0.4, -0.3, 1));
-    ask(protocol::build_SetMeasurementMode(mode));
+    ask(build_GoPosition(2.2, 0.4, -0.3, 1));
+    ask(build_SetMeasurementMode(mode));
   }
-  ProbeStationaryResultT measure() {
-    EXPECT_EQ(status(protocol::build_StartMeasurement()), VL_RS_AllOK);
-    const auto results = only(after(3), VL_DT_StationaryProbeMeasResult);
-    EXPECT_EQ(results.size(), 1u);
-    return results.empty() ? ProbeStationaryResultT{} : read_as<ProbeStationaryResultT>(results[0].data());
-  }
-  std::vector<Bytes> stream(double seconds) {
-    auto packets = ask(protocol::build_StartMeasurement());
-    const auto more = after(seconds);
-    packets.insert(packets.end(), more.begin(), more.end());
-    return packets;
+  ProbeStationaryResultT measure_point() {
+    EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
+    return result<ProbeStationaryResultT>(VL_DT_StationaryProbeMeasResult, 3);
   }
 };
 
-auto elements_of(const std::vector<Bytes>& packets) {
+auto elements_of(const Packets& packets) {
   return elements<ProbeContinuousResultT, ProbeMeasValueT>(packets, VL_DT_ContinuousProbeMeasResult);
 }
 
@@ -62,97 +44,100 @@ const Vector kNest{2.2, 0.4, -0.3};
 TEST(Quaternion, SaysTheSameAsTheMatrix) {
   for (const Vector& angles : {Vector{}, {0.1, -0.2, 0.3}, {3, 0.1, 0.2}, {0, 3.1, 0}, {0, 0, M_PI}, {-2, 1.5, -3}}) {
     const Matrix turned = rotation(angles);
-    const auto q = quaternion(turned);
-    EXPECT_LT(difference(of_quaternion(q[0], q[1], q[2], q[3]), turned), 1e-12);
-    EXPECT_GE(q[0], 0);
+    EXPECT_LT(difference(quaternion(turned).toRotationMatrix(), turned), 1e-12);
+    EXPECT_GE(quaternion(turned).w(), 0);
   }
 }
 
-struct List {
-  protocol::Request request;
-  std::vector<std::int32_t> ids;
-};
-
-TEST(ProbeLists, AreSeriesWithTheirTotals) {
+TEST(Lists, AreSeriesOfItemsWithTheirTotal) {
+  const std::pair<protocol::Request, Codes> lists[]{
+      {build_GetReflectors(), {1, 2, 3, 7}},
+      {build_GetCompensations(), {1, 2}},
+      {build_GetCompensations2(), {1, 2}},
+      {build_GetCameras(), {1, 2}},
+      {build_GetVizetToTrackerCompensations(), {1, 2}},
+      {build_GetProbes(), {1, 2}},
+      {build_GetProbeCompensations(), {1, 4}},
+      {build_GetTipAdapters(), {1, 2}},
+      {build_GetTipToProbeCompensations(), {1, 2, 6}},
+      {build_GetTipToProbeCompensations2(), {1, 2, 6}},
+  };
   Bench bench;
-  for (const List& list :
-       {List{protocol::build_GetCameras(), {1, 2}}, List{protocol::build_GetVizetToTrackerCompensations(), {1, 2}},
-        List{protocol::build_GetProbes(), {1, 2}}, List{protocol::build_GetProbeCompensations(), {1, 4}},
-        List{protocol::build_GetTipAdapters(), {1, 2}}, List{protocol::build_GetTipToProbeCompensations(), {1, 2, 6}},
-        List{protocol::build_GetTipToProbeCompensations2(), {1, 2, 6}}}) {
-    std::vector<std::int32_t> ids;
-    for (const Bytes& packet : bench.ask(list.request)) {
-      EXPECT_EQ(wire::load_i32(packet.data() + 16), static_cast<std::int32_t>(list.ids.size()));
+  for (const auto& [request, expected] : lists) {
+    Codes ids;
+    for (const Bytes& packet : bench.ask(request)) {
+      EXPECT_EQ(wire::load_i32(packet.data() + 16), static_cast<std::int32_t>(expected.size()));
       ids.push_back(wire::load_i32(packet.data() + 20));
     }
-    EXPECT_EQ(ids, list.ids);
+    EXPECT_EQ(ids, expected);
   }
-  bench.ask(protocol::build_SetUnits(VL_LU_Millimeter, VL_AU_Degree, VL_TU_Celsius, VL_PU_Mbar, VL_HU_RH));
-  const auto tip = bench.answer<GetTipAdaptersRT>(protocol::build_GetTipAdapters());
+  for (const std::int32_t id : lists[0].second) EXPECT_EQ(bench.status(build_SetReflector(id)), VL_RS_AllOK);
+  bench.set_units(VL_LU_Millimeter);
+  EXPECT_NEAR(bench.answer<GetReflectorsRT>(build_GetReflectors()).dSurfaceOffset, 19.05, 1e-9);
+  const auto tip = bench.answer<GetTipAdaptersRT>(build_GetTipAdapters());
   EXPECT_EQ(std::u16string(tip.cName), u"Ruby 6 mm");
   EXPECT_NEAR(tip.dRadius, 3, 1e-12);
   EXPECT_NEAR(tip.dLength, 50, 1e-12);
+  bench.ask(build_SetCompensation(2));
+  Codes active;
+  for (const Bytes& packet : bench.ask(build_GetCompensations2()))
+    active.push_back(read_as<GetCompensations2RT>(packet.data()).bIsActive);
+  EXPECT_EQ(active, (Codes{0, 1}));
 }
 
-TEST(ProbeInUse, FollowsWhatIsSetAndTellsWhoAsked) {
-  Bench bench;
-  bench.ask(request_of(VL_C_SetSystemSettings, wishes(true)));
-  const auto tip = [&] {
-    return bench.answer<GetTipToProbeCompensationRT>(protocol::build_GetTipToProbeCompensation());
-  };
+using ProbeInUse = BenchTest<>;
+
+TEST_F(ProbeInUse, FollowsWhatIsSetAndIsAnnounced) {
+  ask(request_of(VL_C_SetSystemSettings, client_settings(true)));
+  const auto tip = [&] { return answer<GetTipToProbeCompensationRT>(build_GetTipToProbeCompensation()); };
   EXPECT_EQ(tip().iInternalTipToProbeCompensationId, 1);
-  EXPECT_EQ(changes(bench.ask(protocol::build_SetTipAdapter(2))),
-            (std::vector<std::int32_t>{VL_SSC_TipChanged, VL_SSC_TipToProbeCompensationChanged}));
+  EXPECT_EQ(changes(ask(build_SetTipAdapter(2))), (Codes{VL_SSC_TipChanged, VL_SSC_TipToProbeCompensationChanged}));
   EXPECT_EQ(tip().iInternalTipToProbeCompensationId, 2);
-  EXPECT_EQ(changes(bench.ask(protocol::build_SetProbeCompensation(4))),
-            (std::vector<std::int32_t>{VL_SSC_ProbeCompensationChanged, VL_SSC_ProbeChanged,
-                                       VL_SSC_TipToProbeCompensationChanged}));
+  EXPECT_EQ(changes(ask(build_SetProbeCompensation(4))),
+            (Codes{VL_SSC_ProbeCompensationChanged, VL_SSC_ProbeChanged, VL_SSC_TipToProbeCompensationChanged}));
   EXPECT_EQ(tip().packetInfo.status, VL_RS_NoMeasurementTipCompSet);
-  EXPECT_EQ(bench.answer<GetProbeRT>(protocol::build_GetProbe()).iInternalProbeId, 2);
-  EXPECT_EQ(bench.answer<GetTipAdapterRT>(protocol::build_GetTipAdapter()).iInternalTipAdapterId, 2);
-  EXPECT_EQ(changes(bench.ask(protocol::build_SetVizetToTrackerCompensation(2))),
-            std::vector<std::int32_t>{VL_SSC_VizetToTrackerCompensationChanged});
-  EXPECT_EQ(bench.status(protocol::build_SetTipAdapter(3)), VL_RS_InvalidTipAdapter);
-  EXPECT_EQ(bench.status(protocol::build_SetProbeCompensation(2)), VL_RS_NoSuchCompensation);
-  EXPECT_EQ(bench.status(protocol::build_SetVizetToTrackerCompensation(9)), VL_RS_NoSuchCompensation);
-  EXPECT_EQ(bench.answer<GetProbeRT>(protocol::build_GetProbe()).iInternalProbeId, 2);  // as before the refusals
+  EXPECT_EQ(answer<GetProbeRT>(build_GetProbe()).iInternalProbeId, 2);
+  EXPECT_EQ(answer<GetTipAdapterRT>(build_GetTipAdapter()).iInternalTipAdapterId, 2);
+  EXPECT_EQ(changes(ask(build_SetVizetToTrackerCompensation(2))), Codes{VL_SSC_VizetToTrackerCompensationChanged});
+  EXPECT_EQ(status(build_SetTipAdapter(3)), VL_RS_InvalidTipAdapter);
+  EXPECT_EQ(status(build_SetProbeCompensation(2)), VL_RS_NoSuchCompensation);
+  EXPECT_EQ(status(build_SetVizetToTrackerCompensation(9)), VL_RS_NoSuchCompensation);
+  EXPECT_EQ(answer<GetProbeRT>(build_GetProbe()).iInternalProbeId, 2);  // as before the refusals
 }
 
 TEST(ProbeMeasurement, IsRefusedWhereTheProbeCannotBeSeen) {
   ProbeBench bench(VL_MM_6DStationary);
-  bench.ask(request_of(VL_C_SetSystemSettings, wishes(true)));
-  const auto state = [&] { return bench.answer<GetTrackerStatusRT>(protocol::build_GetTrackerStatus()).trackerStatus; };
+  bench.ask(request_of(VL_C_SetSystemSettings, client_settings(true)));
+  const auto state = [&] { return bench.answer<GetTrackerStatusRT>(build_GetTrackerStatus()).trackerStatus; };
   const auto refused_by = [&](const protocol::Request& request, std::int32_t status) {
-    const auto told = changes(bench.ask(request));
-    EXPECT_EQ(std::count(told.begin(), told.end(), VL_SSC_MeasStatus_6DStatusInvalid), 1) << status;
+    const auto announced = changes(bench.ask(request));
+    EXPECT_EQ(std::count(announced.begin(), announced.end(), VL_SSC_MeasStatus_6DStatusInvalid), 1) << status;
     EXPECT_EQ(state(), VL_TS_6DStatusInvalid);
-    EXPECT_EQ(bench.status(protocol::build_StartMeasurement()), status);
+    EXPECT_EQ(bench.status(build_StartMeasurement()), status);
   };
   const auto fine = [&](const protocol::Request& request) {
     bench.ask(request);
     EXPECT_EQ(state(), VL_TS_Ready);
   };
-  refused_by(protocol::build_SetMeasurementCameraMode(VL_MCM_Overview), VL_RS_6DModeNotAllowed);
-  fine(protocol::build_SetMeasurementCameraMode(VL_MCM_Measure));
-  refused_by(protocol::build_ChangeFace(), VL_RS_6DMeasurementFace2NotAllowed);
-  fine(protocol::build_ChangeFace());
-  const auto tips = [](VL_ProbeConfigTip value) {
-    return protocol::build_SetLongSystemParameter(VL_SP_ProbeConfig_Tip, value);
-  };
+  refused_by(build_SetMeasurementCameraMode(VL_MCM_Overview), VL_RS_6DModeNotAllowed);
+  fine(build_SetMeasurementCameraMode(VL_MCM_Measure));
+  refused_by(build_ChangeFace(), VL_RS_6DMeasurementFace2NotAllowed);
+  fine(build_ChangeFace());
+  const auto tips = [](VL_ProbeConfigTip value) { return build_SetLongSystemParameter(VL_SP_ProbeConfig_Tip, value); };
   refused_by(tips(VL_PCT_OnlyWithShankCompensation), VL_RS_NoMeasurementShankCompSet);
-  fine(protocol::build_SetTipAdapter(2));
+  fine(build_SetTipAdapter(2));
   fine(tips(VL_PCT_OnlyWithTip));
-  refused_by(protocol::build_SetProbeCompensation(4), VL_RS_NoMeasurementTipCompSet);
+  refused_by(build_SetProbeCompensation(4), VL_RS_NoMeasurementTipCompSet);
   const auto flags = [&] {
-    return bench.answer<GetMeasurementStatusInfoRT>(protocol::build_GetMeasurementStatusInfo()).lMeasurementStatusInfo;
+    return bench.answer<GetMeasurementStatusInfoRT>(build_GetMeasurementStatusInfo()).lMeasurementStatusInfo;
   };
   EXPECT_EQ(flags() & (VL_MSI_MeasurementTipFound | VL_MSI_TipParamsFound), VL_MSI_MeasurementTipFound);
   fine(tips(VL_PCT_NoTipAllowed));
-  EXPECT_EQ(bench.measure().tipStatus, VL_PTS_UnknownTip);
-  fine(protocol::build_SetTipAdapter(1));
+  EXPECT_EQ(bench.measure_point().tipStatus, VL_PTS_UnknownTip);
+  fine(build_SetTipAdapter(1));
   EXPECT_NE(flags() & VL_MSI_TipParamsFound, 0);
-  bench.ask(protocol::build_GoPosition(3, 3, 0, 1));
-  EXPECT_EQ(bench.status(protocol::build_StartMeasurement()), VL_RS_NoDistanceSet);
+  bench.ask(build_GoPosition(3, 3, 0, 1));
+  EXPECT_EQ(bench.status(build_StartMeasurement()), VL_RS_NoDistanceSet);
 }
 
 TEST(StationaryProbe, HasItsTipOnTheTargetWithinItsUncertainty) {
@@ -160,7 +145,7 @@ TEST(StationaryProbe, HasItsTipOnTheTargetWithinItsUncertainty) {
   double squares = 0, turns = 0;
   constexpr int kTimes = 20;
   for (int i = 0; i < kTimes; ++i) {
-    const ProbeStationaryResultT result = bench.measure();
+    const ProbeStationaryResultT result = bench.measure_point();
     EXPECT_EQ(result.measMode, VL_MM_6DStationary);
     EXPECT_EQ(result.tipStatus, VL_PTS_TipOK);
     EXPECT_EQ(result.iInternalProbeId, 1);
@@ -175,34 +160,34 @@ TEST(StationaryProbe, HasItsTipOnTheTargetWithinItsUncertainty) {
   EXPECT_NEAR(std::sqrt(turns / kTimes), 1, 0.35);
 }
 
-TEST(StationaryProbe, IsToldInTheSystemThatIsSet) {
+TEST(StationaryProbe, ComesInTheSystemThatIsSet) {
   ProbeBench bench(VL_MM_6DStationary);
-  bench.ask(protocol::build_SetUnits(VL_LU_Millimeter, VL_AU_Degree, VL_TU_Fahrenheit, VL_PU_Mbar, VL_HU_RH));
-  bench.ask(protocol::build_SetStationOrientationParams(1000, 0, 0, 0, 0, 90));
-  SystemSettingsDataT settings = wishes(false);
+  bench.set_units(VL_LU_Millimeter, VL_AU_Degree, VL_TU_Fahrenheit);
+  bench.ask(build_SetStationOrientationParams(1000, 0, 0, 0, 0, 90));
+  SystemSettingsDataT settings = client_settings(false);
   settings.bApplyStationOrientationParams = 1;
   bench.ask(request_of(VL_C_SetSystemSettings, settings));
   const Matrix turned = rotation({0, 0, M_PI / 2}) * probe_attitude(kNest);
-  const ProbeStationaryResultT level = bench.measure();
+  const ProbeStationaryResultT level = bench.measure_point();
   EXPECT_LT(length(position_of(level) - Vector{1000 - 400, 2200, -300}), 0.05);
   EXPECT_LT(difference(rotation(M_PI / 180 * angles_of(level)), turned), 1e-4);
   EXPECT_NEAR(level.dTemperature, 68, 1e-9);
   EXPECT_NEAR(level.dAprioriStdDevRotationAngleZ, 60e-6 * 180 / M_PI, 5e-4);
   // With Y inverted, turns about X and Z count the other way.
-  bench.ask(protocol::build_SetCoordinateSystemType(VL_CS_LHRY));
-  const ProbeStationaryResultT mirrored = bench.measure();
+  bench.ask(build_SetCoordinateSystemType(VL_CS_LHRY));
+  const ProbeStationaryResultT mirrored = bench.measure_point();
   EXPECT_NEAR(mirrored.dPosition2, -2200, 0.05);
   const Vector sum = angles_of(mirrored) + angles_of(level);
-  EXPECT_NEAR(sum.x, 0, 0.01);
-  EXPECT_NEAR(sum.y, 2 * level.dRotationAngleY, 0.01);
-  EXPECT_NEAR(sum.z, 0, 0.01);
+  EXPECT_NEAR(sum.x(), 0, 0.01);
+  EXPECT_NEAR(sum.y(), 2 * level.dRotationAngleY, 0.01);
+  EXPECT_NEAR(sum.z(), 0, 0.01);
   EXPECT_LT(difference(quaternion_of(mirrored), rotation(M_PI / 180 * angles_of(mirrored))), 1e-12);
 }
 
 TEST(ContinuousProbe, FollowsThePathAndTurnsWithIt) {
   ProbeBench bench(VL_MM_6DContinuousTime);
-  bench.ask(protocol::build_SetContinuousTimeModeParams(10, 205, 0, VL_RT_Sphere));
-  const auto packets = bench.stream(5);
+  bench.ask(build_SetContinuousTimeModeParams(10, 205, 0, VL_RT_Sphere));
+  const auto packets = bench.measure(5);
   const auto all = elements_of(packets);
   ASSERT_EQ(all.size(), 205u);
   EXPECT_EQ(only(packets, VL_DT_ContinuousProbeMeasResult).size(), 21u);
@@ -218,38 +203,38 @@ TEST(ContinuousProbe, FollowsThePathAndTurnsWithIt) {
   }
   EXPECT_GT(std::abs(all[60].dRotationAngleZ - all[0].dRotationAngleZ), 0.05);
   for (const VL_MeasMode mode : {VL_MM_6DContinuousDistance, VL_MM_6DGrid}) {
-    bench.ask(protocol::build_SetMeasurementMode(mode));
-    EXPECT_EQ(elements_of(bench.stream(30)).size(), 100u) << mode;
+    bench.ask(build_SetMeasurementMode(mode));
+    EXPECT_EQ(elements_of(bench.measure(30)).size(), 100u) << mode;
   }
 }
 
 TEST(ContinuousProbe, SendsNoBlockThatAClientCouldNotTake) {
   ProbeBench bench(VL_MM_6DContinuousTime);
-  bench.ask(protocol::build_SetContinuousTimeModeParams(0, 2000, 0, VL_RT_Sphere));
-  const auto blocks = only(bench.stream(1), VL_DT_ContinuousProbeMeasResult);
+  bench.ask(build_SetContinuousTimeModeParams(0, 2000, 0, VL_RT_Sphere));
+  const auto blocks = only(bench.measure(1), VL_DT_ContinuousProbeMeasResult);
   for (const Bytes& block : blocks) EXPECT_LT(block.size(), 131072u);
   EXPECT_EQ(elements_of(blocks).size(), 2000u);
 }
 
-TEST(ContinuousProbe, TellsTheButtonWhereTheParametersAskForIt) {
+TEST(ContinuousProbe, AnnouncesTheButtonWhereTheParametersAskForIt) {
   ProbeBench bench(VL_MM_6DContinuousTime);
-  bench.ask(request_of(VL_C_SetSystemSettings, wishes(true)));
+  bench.ask(request_of(VL_C_SetSystemSettings, client_settings(true)));
   const auto presses = [&] {
-    auto told = changes(bench.stream(5));
-    std::erase_if(told, [](std::int32_t change) { return change < VL_SSC_MeasStatus_6DStatusInvalid; });
-    return told;
+    auto announced = changes(bench.measure(5));
+    std::erase_if(announced, [](std::int32_t change) { return change < VL_SSC_MeasStatus_6DStatusInvalid; });
+    return announced;
   };
-  bench.ask(protocol::build_SetContinuousTimeModeParams(10, 120, 0, VL_RT_Sphere));
+  bench.ask(build_SetContinuousTimeModeParams(10, 120, 0, VL_RT_Sphere));
   EXPECT_TRUE(presses().empty());
-  bench.ask(protocol::build_SetLongSystemParameter(VL_SP_ProbeConfig_ButtonEvent, VL_PBE_EnableEvents));
-  EXPECT_EQ(presses(), (std::vector<std::int32_t>{100, 101, 100, 101}));
-  bench.ask(protocol::build_SetLongSystemParameter(VL_SP_ProbeConfig_Button, VL_PCB_4ButtonMode));
-  EXPECT_EQ(presses(), (std::vector<std::int32_t>{110, 111, 110, 111}));
+  bench.ask(build_SetLongSystemParameter(VL_SP_ProbeConfig_ButtonEvent, VL_PBE_EnableEvents));
+  EXPECT_EQ(presses(), (Codes{100, 101, 100, 101}));
+  bench.ask(build_SetLongSystemParameter(VL_SP_ProbeConfig_Button, VL_PCB_4ButtonMode));
+  EXPECT_EQ(presses(), (Codes{110, 111, 110, 111}));
 }
 
 TEST(ProbePosition, IsShownInPlaceOfTheReflectors) {
   ProbeBench bench(VL_MM_6DStationary);
-  bench.ask(request_of(VL_C_SetSystemSettings, wishes(false, true)));
+  bench.ask(request_of(VL_C_SetSystemSettings, client_settings(false, true)));
   const auto packets = bench.after(1.01);
   EXPECT_TRUE(only(packets, VL_DT_ReflectorPosResult).empty());
   const auto shown = only(packets, VL_DT_ProbePosResult);
@@ -258,7 +243,7 @@ TEST(ProbePosition, IsShownInPlaceOfTheReflectors) {
   EXPECT_LT(length(position_of(position) - kNest), 1e-12);
   EXPECT_LT(difference(quaternion_of(position), probe_attitude(kNest)), 1e-12);
   EXPECT_EQ(position.iInternalTipAdapterId, 1);
-  bench.ask(protocol::build_SetMeasurementMode(VL_MM_Stationary));
+  bench.ask(build_SetMeasurementMode(VL_MM_Stationary));
   EXPECT_TRUE(only(bench.after(1), VL_DT_ProbePosResult).empty());
 }
 

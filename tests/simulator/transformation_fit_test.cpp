@@ -1,0 +1,228 @@
+// The fit of one list of points onto another, against transformations that are known.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include "simulator/mathematics/transformation_fit.h"
+
+namespace kestrine::simulator {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+const std::vector<Vector> kPlaces{{0, 0, 0}, {2, 0.1, 0}, {0.3, 1.5, 0.2}, {1, 1, 1}, {-1, 0.5, 0.7}};
+
+std::vector<KnownPoint> at(const std::vector<Vector>& places, double deviation = 0) {
+  std::vector<KnownPoint> points;
+  for (const Vector& each : places) points.push_back({each, deviation * deviation * Matrix::Identity(), {}});
+  return points;
+}
+
+std::vector<Vector> moved(const std::vector<Vector>& places, const Pose& pose) {
+  std::vector<Vector> result;
+  for (const Vector& each : places) result.push_back(pose.apply(each));
+  return result;
+}
+
+Parameters free_but_scale(double scale = 1) {
+  Parameters given{};
+  given[6] = {scale, 0};
+  return given;
+}
+
+void expect_pose(const TransformationFit& fit, const Pose& expected, double tolerance = 1e-9) {
+  const Pose pose = fit.pose();
+  EXPECT_NEAR(length(pose.shift - expected.shift), 0, tolerance);
+  EXPECT_NEAR(pose.scale, expected.scale, tolerance);
+  for (int i = 0; i < 9; ++i) EXPECT_NEAR(pose.rotation(i), expected.rotation(i), tolerance);
+}
+
+TEST(BestFits, FindATransformationAgainWhateverItsAngles) {
+  const std::vector<Vector> three(kPlaces.begin(), kPlaces.begin() + 3);
+  for (const Vector& angles : {Vector{0, 0, 0},
+                               {0.3, -0.7, 2.1},
+                               {kPi, 0, 0},
+                               {0, kPi / 2, 0},
+                               {0.4, -kPi / 2, 1},
+                               {-3, 1.5, kPi},
+                               {2, 3, -2}}) {
+    for (const auto& places : {three, kPlaces}) {
+      const Pose pose{{5, -6, 7}, rotation(angles), 1.25};
+      const auto fit = fit_transformation(at(moved(places, pose)), at(places), Parameters{});
+      ASSERT_TRUE(fit);
+      expect_pose(*fit, pose);
+      EXPECT_LT(fit->max_deviation, 1e-9);
+      ASSERT_EQ(fit->points.size(), places.size());
+      EXPECT_NEAR(length(fit->points[2].actual.place - pose.apply(places[2])), 0, 1e-9);
+    }
+  }
+}
+
+TEST(BestFits, WorkFarFromTheOrigin) {
+  const Pose pose{{-2e6, 1e6, 3e6}, rotation({0.3, -0.7, 2.1}), 1};
+  const auto places = moved(kPlaces, {{1e6, -1e6, 2e6}});
+  const auto fit = fit_transformation(at(moved(places, pose), 1e-5), at(places, 1e-5), free_but_scale());
+  ASSERT_TRUE(fit);
+  EXPECT_LT(fit->max_deviation, 1e-8);  // of what doubles resolve there
+  for (const double size : {1e150, 1e300}) {
+    const auto huge = moved(kPlaces, {{}, Matrix::Identity(), size});
+    const auto beyond = fit_transformation(at(huge), at(kPlaces), free_but_scale());
+    EXPECT_TRUE(!beyond || std::isfinite(beyond->rms));
+  }
+}
+
+TEST(BestFits, RefuseWhatDeterminesNothing) {
+  const auto fits = [](std::vector<Vector> nominal, std::vector<Vector> actual) {
+    return fit_transformation(at(nominal), at(actual), free_but_scale()).has_value();
+  };
+  const std::vector<Vector> line{{0, 0, 0}, {1, 1e-5, 2}, {2, 0, 4}, {3, 0, 6}};
+  EXPECT_TRUE(fits(kPlaces, kPlaces));
+  EXPECT_FALSE(fits({}, {}));
+  EXPECT_FALSE(fits({kPlaces[0], kPlaces[1]}, {kPlaces[0], kPlaces[1]}));
+  EXPECT_FALSE(fits(kPlaces, {kPlaces[0], kPlaces[1], kPlaces[2]}));
+  EXPECT_FALSE(fits(line, line));
+  EXPECT_FALSE(fits({kPlaces[0], kPlaces[0], kPlaces[0]}, {kPlaces[0], kPlaces[0], kPlaces[0]}));
+  std::vector<Vector> odd = kPlaces;
+  odd[1].y() = std::nan("");
+  EXPECT_FALSE(fits(odd, kPlaces));
+  EXPECT_FALSE(fits(kPlaces, odd));
+  for (const double scale : {0.0, -1.0})
+    EXPECT_FALSE(fit_transformation(at(kPlaces), at(kPlaces), free_but_scale(scale)));
+}
+
+TEST(BestFits, TakePointsOnALineWhereTheRotationIsGiven) {
+  const std::vector<Vector> line{{0, 0, 0}, {1, 0, 2}, {2, 0, 4}};
+  Parameters given{};
+  for (std::size_t i = 3; i < 6; ++i) given[i] = {0, 0};
+  const Pose pose{{1, 2, 3}, Matrix::Identity(), 1.1};
+  const auto fit = fit_transformation(at(moved(line, pose)), at(line), given);
+  ASSERT_TRUE(fit);
+  expect_pose(*fit, pose);
+  given[3] = {};  // about X, which does not lie along the line
+  ASSERT_TRUE(fit_transformation(at(moved(line, pose)), at(line), given));
+  const std::vector<Vector> along_x{{0.1, 0, 0}, {1.7, 0, 0}, {2.3, 0, 0}};
+  given[5] = {0.7, 0};
+  EXPECT_FALSE(fit_transformation(at(moved(along_x, {{}, rotation({0, 0, 0.7})})), at(along_x), given));
+}
+
+TEST(BestFits, HoldWhatIsFixedAndWeighWhatIsObserved) {
+  const Pose pose{{5, -6, 7}, rotation({0.3, -0.7, 2.1}), 1.001};
+  const auto nominal = at(moved(kPlaces, pose), 1e-5);
+  const auto actual = at(kPlaces, 1e-5);
+  Parameters given = free_but_scale();
+  const auto unscaled = fit_transformation(nominal, actual, given);
+  ASSERT_TRUE(unscaled);
+  EXPECT_EQ(unscaled->parameters[6].value, 1);
+  EXPECT_EQ(unscaled->parameters[6].deviation, 0);
+  EXPECT_GT(unscaled->rms, 5e-4);
+  EXPECT_GT(unscaled->variance_factor, 100);
+
+  // The same turn by its other triple of angles, one of them fixed, another near.
+  given[6] = {1, kUnknown};
+  given[3] = {0.3 - kPi, 0};
+  given[5] = {2.1 + kPi, 0.01};  // whole turns are none
+  const auto other = fit_transformation(nominal, actual, given);
+  ASSERT_TRUE(other);
+  expect_pose(*other, pose, 1e-6);
+  EXPECT_EQ(other->parameters[3].value, given[3].value);
+  EXPECT_NEAR(std::remainder(other->parameters[5].value - given[5].value, 2 * kPi), 0, 1e-6);
+
+  // The more an observation is worth, the nearer the fit comes to it.
+  const double own = fit_transformation(nominal, actual, free_but_scale(1.001))->parameters[0].value;
+  const auto pulled = [&](double deviation) {
+    Parameters observed = free_but_scale(1.001);
+    observed[0] = {own + 1e-3, deviation};
+    return fit_transformation(nominal, actual, observed)->parameters[0].value - own;
+  };
+  EXPECT_NEAR(pulled(1e-2), 0, 1e-6);
+  EXPECT_NEAR(pulled(1e-5), 5e-4, 3e-4);
+  EXPECT_NEAR(pulled(1e-8), 1e-3, 1e-6);
+}
+
+TEST(BestFits, FindTheRestOfTheAnglesToAnyThatIsGiven) {
+  std::mt19937_64 engine(2);
+  std::uniform_real_distribution<double> any(-kPi, kPi);
+  for (int i = 0; i < 60; ++i) {
+    const std::array angles{any(engine), any(engine), any(engine)};
+    const Pose pose{{1, 2, 3}, rotation({angles[0], angles[1], angles[2]}), 1};
+    Parameters given = free_but_scale();
+    const auto index = static_cast<std::size_t>(i % 3);
+    given[3 + index] = {angles[index], 0};
+    const auto fit = fit_transformation(at(moved(kPlaces, pose)), at(kPlaces), given);
+    ASSERT_TRUE(fit) << i;
+    expect_pose(*fit, pose, 1e-8);
+    EXPECT_EQ(fit->parameters[3 + index].value, angles[index]);
+  }
+}
+
+TEST(BestFits, JudgeTheDeviationsGivenByTheResiduals) {
+  std::mt19937_64 engine(1);
+  std::normal_distribution<double> normal;
+  constexpr double kNominal = 3e-5, kActual = 4e-5;
+  const Pose pose{{1, 2, 3}, rotation({0.1, 0.2, 0.3}), 0.5};
+  const double spread = std::hypot(kNominal, 0.5 * kActual);
+  std::vector<Vector> places, noisy;
+  for (int i = 0; i < 200; ++i) {
+    places.push_back({2 * normal(engine), 2 * normal(engine), normal(engine)});
+    noisy.push_back(places.back() + kActual * Vector{normal(engine), normal(engine), normal(engine)});
+  }
+  std::vector<Vector> nominal = moved(places, pose);
+  for (Vector& each : nominal) each = each + kNominal * Vector{normal(engine), normal(engine), normal(engine)};
+  const auto fit = fit_transformation(at(nominal, kNominal), at(noisy, kActual), Parameters{});
+  ASSERT_TRUE(fit);
+  EXPECT_NEAR(fit->variance_factor, 1, 0.15);
+  EXPECT_NEAR(fit->rms, spread * std::sqrt(3), 0.1 * spread);
+  const double of_shift = spread / std::sqrt(200);
+  EXPECT_NEAR(fit->parameters[0].deviation, of_shift, 0.2 * of_shift);
+  const double of_scale = spread / std::sqrt(200 * 9);  // nine square metres, the points' own variance
+  EXPECT_NEAR(fit->parameters[6].deviation, of_scale, 0.2 * of_scale);
+  const std::array truth{1.0, 2.0, 3.0, 0.1, 0.2, 0.3, 0.5};
+  for (std::size_t i = 0; i < kUnknowns; ++i)
+    EXPECT_NEAR(fit->parameters[i].value, truth[i], 4 * fit->parameters[i].deviation) << i;
+  Vector sum;
+  for (const FittedPoint& each : fit->points) sum = sum + each.residual;
+  EXPECT_NEAR(length(sum), 0, 1e-9);  // equal weights
+  // Whoever gives too small deviations learns so, and gets the parameters' true ones.
+  const auto boasting = fit_transformation(at(nominal, spread / 5), at(noisy), Parameters{});
+  EXPECT_NEAR(boasting->variance_factor, 25, 4);
+  EXPECT_NEAR(boasting->parameters[0].deviation, of_shift, 0.2 * of_shift);
+}
+
+TEST(BestFits, AskNothingOfCoordinatesThatAreUnknown) {
+  const Pose pose{{5, -6, 7}, rotation({0.3, -0.7, 2.1}), 1};
+  auto nominal = at(moved(kPlaces, pose), 1e-5);
+  auto actual = at(kPlaces, 1e-5);
+  nominal[1].place.z() += 3;
+  nominal[1].unknown = {{0, 0, 1}};
+  for (const std::size_t i : {3u, 4u}) {
+    actual[i].place.x() -= 20;
+    actual[i].unknown = {{1, 0, 0}};
+  }
+  const auto fit = fit_transformation(nominal, actual, free_but_scale());
+  ASSERT_TRUE(fit);
+  expect_pose(*fit, pose);
+  EXPECT_LT(fit->max_deviation, 1e-9);
+  // Nor much of those that are bad, given in the system of each list.
+  actual[3].unknown = actual[4].unknown = {};
+  actual[3].covariance(0, 0) = actual[4].covariance(0, 0) = 1e12;
+  const auto weak = fit_transformation(nominal, actual, free_but_scale());
+  ASSERT_TRUE(weak);
+  expect_pose(*weak, pose, 1e-8);
+  for (KnownPoint& each : actual) each.unknown = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+  EXPECT_FALSE(fit_transformation(nominal, actual, free_but_scale()));
+}
+
+TEST(BestFits, SayThatAnglesOfOneAxisHaveNoDeviation) {
+  const Pose pose{{}, rotation({0, kPi / 2, 0}), 1};
+  auto nominal = moved(kPlaces, pose);
+  nominal[0].x() += 1e-4;
+  const auto fit = fit_transformation(at(nominal), at(kPlaces), free_but_scale());
+  ASSERT_TRUE(fit);
+  EXPECT_LT(fit->rms, 1e-4);
+  const auto straight = fit_transformation(at(moved(kPlaces, pose)), at(kPlaces), free_but_scale());
+  EXPECT_EQ(straight->parameters[3].deviation, kUnknown);
+}
+
+}  // namespace
+}  // namespace kestrine::simulator
