@@ -45,8 +45,8 @@ struct Frame {
   friend bool operator==(const Frame&, const Frame&) = default;
 };
 
-// Rewrites the doubles of a packet from one frame to another. A value whose units are the same in both stays as it is to
-// the last bit, and so does what only stands for a deviation.
+// Rewrites the doubles of a packet from one frame to another. A value whose units are the same in both stays as it is
+// to the last bit, and so does what only stands for a deviation.
 void convert(const protocol::TypeRow& record, std::uint8_t* packet, const Frame& from, const Frame& to);
 
 }  // namespace kestrine::simulator
