@@ -9,11 +9,9 @@ using protocol::MemberRow, protocol::Value, protocol::ValueType;
 
 namespace {
 
-// Their number stands before them.
-bool write_bytes(const Value& value, const std::uint8_t* packet, std::int32_t capacity, VARIANT& bytes) {
-  const std::int32_t size = wire::load_i32(packet + value.offset - 4);
-  if (size < 0 || size > capacity - value.offset) return false;
-  SAFEARRAY* array = connection::make_byte_array({packet + value.offset, static_cast<std::size_t>(size)});
+bool write_bytes(const Value& value, std::span<const std::uint8_t> packet, VARIANT& bytes) {
+  const auto found = protocol::counted_bytes(packet, value.offset);
+  SAFEARRAY* const array = found ? connection::make_byte_array(*found) : nullptr;
   if (array == nullptr) return false;
   VariantInit(&bytes);
   bytes.vt = VT_ARRAY | VT_UI1;
@@ -47,13 +45,13 @@ bool has_all_outputs(const MemberRow& row, const Argument* arguments) {
   return true;
 }
 
-bool write_outputs(const MemberRow& row, const std::uint8_t* packet, std::int32_t capacity, const Argument* arguments) {
+bool write_outputs(const MemberRow& row, std::span<const std::uint8_t> packet, const Argument* arguments) {
   for (std::size_t i = 0; i < row.values.size(); ++i) {
     const Value& value = row.values[i];
     if (!value.out) continue;
-    dispatch::write_argument(value, packet + value.offset, arguments[i].out);
+    dispatch::write_argument(value, packet.data() + value.offset, arguments[i].out);
     if (value.type != ValueType::kBytes) continue;
-    if (!write_bytes(value, packet, capacity, *static_cast<VARIANT*>(arguments[i].out))) return false;
+    if (!write_bytes(value, packet, *static_cast<VARIANT*>(arguments[i].out))) return false;
   }
   return true;
 }

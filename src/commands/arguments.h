@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "commands/drive_speeds.h"
 #include "kestrine/component.h"
@@ -26,9 +27,8 @@ protocol::Request build_request(const protocol::MemberRow& row, const Argument* 
 // True when every output has somewhere to go.
 bool has_all_outputs(const protocol::MemberRow& row, const Argument* arguments);
 
-// Writes every output. False when an array of bytes cannot be made: its size in the packet must fit the buffer, which
-// has that capacity. Throws std::bad_alloc when a text cannot be copied.
-bool write_outputs(const protocol::MemberRow& row, const std::uint8_t* packet, std::int32_t capacity,
-                   const Argument* arguments);
+// Writes every output from the buffer that holds the packet. False when an array of bytes cannot be made. Throws
+// std::bad_alloc when a text cannot be copied.
+bool write_outputs(const protocol::MemberRow& row, std::span<const std::uint8_t> packet, const Argument* arguments);
 
 }  // namespace kestrine::commands

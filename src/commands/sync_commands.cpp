@@ -168,7 +168,7 @@ const protocol::Error* SyncCommandObject::read_outputs(const MemberRow& row, Arg
   const ReceiveBuffers::Buffer source = connection.buffers().for_type(packet_type(row.source));
   const bool any_type = row.result_type == -1 || connection.accepts_any_statistic_mode();
   if (!any_type && wire::load_i32(source.bytes + 4) != row.result_type) return &protocol::error::kStatisticMode;
-  return write_outputs(row, source.bytes, source.capacity, arguments) ? nullptr : &protocol::error::kByteArray;
+  return write_outputs(row, source.content(), arguments) ? nullptr : &protocol::error::kByteArray;
 }
 
 std::u16string SyncCommandObject::explain_status(std::int32_t command) {

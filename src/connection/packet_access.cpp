@@ -6,6 +6,7 @@
 #include "kestrine/continuous.h"
 #include "kestrine/records.h"
 #include "kestrine/wire.h"
+#include "protocol/codec.h"
 
 namespace kestrine::connection {
 namespace {
@@ -22,7 +23,6 @@ constexpr std::size_t kCommandOffset = offsetof(BasicCommandRT, command);
 constexpr std::size_t kCountOffset = PointLayout::count;
 static_assert(kCountOffset == ProbeLayout::count);
 
-constexpr std::size_t kImageSizeOffset = offsetof(GetStillImageRT, lFileSize);
 constexpr std::size_t kImageOffset = offsetof(GetStillImageRT, cFileStart);
 
 struct Layout {
@@ -96,11 +96,9 @@ const Error* find_image(const VARIANT* packet, Bytes& file) {
   if (type_of(*bytes) != VL_DT_Command && wire::load_i32(bytes->data() + kCommandOffset) != VL_C_GetStillImage) {
     return &protocol::error::kStillImageKind;
   }
-  const std::int32_t size = wire::load_i32(bytes->data() + kImageSizeOffset);
-  if (size < 0 || static_cast<std::size_t>(size) > bytes->size() - kImageOffset) {
-    return &protocol::error::kStillImageKind;
-  }
-  file = bytes->subspan(kImageOffset, static_cast<std::size_t>(size));
+  const auto image = protocol::counted_bytes(*bytes, kImageOffset);
+  if (!image) return &protocol::error::kStillImageKind;
+  file = *image;
   return nullptr;
 }
 

@@ -16,6 +16,8 @@ class ReceiveBuffers {
   struct Buffer {
     std::uint8_t* bytes;
     std::int32_t capacity;
+
+    std::span<const std::uint8_t> content() const { return {bytes, static_cast<std::size_t>(capacity)}; }
   };
 
   // Any type that has no buffer of its own counts as a measurement.

@@ -74,4 +74,11 @@ void encode_record(const TypeRow& record, const void* host, std::uint8_t* wire) 
   }
 }
 
+std::optional<std::span<const std::uint8_t>> counted_bytes(std::span<const std::uint8_t> packet, std::size_t offset) {
+  if (packet.size() < offset) return std::nullopt;
+  const std::int32_t count = wire::load_i32(packet.data() + offset - sizeof count);
+  if (count < 0 || static_cast<std::size_t>(count) > packet.size() - offset) return std::nullopt;
+  return packet.subspan(offset, static_cast<std::size_t>(count));
+}
+
 }  // namespace kestrine::protocol

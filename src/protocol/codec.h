@@ -4,6 +4,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <span>
 
 #include "kestrine/wire.h"
 #include "protocol/catalogue.h"
@@ -18,6 +20,9 @@ void encode(const Value& value, const void* host, std::uint8_t* wire);
 // A whole record but for the elements that follow it.
 void decode_record(const TypeRow& record, const std::uint8_t* wire, void* host);
 void encode_record(const TypeRow& record, const void* host, std::uint8_t* wire);
+
+// The bytes from the offset on, as many as the number before them says; none when the packet does not hold so many.
+std::optional<std::span<const std::uint8_t>> counted_bytes(std::span<const std::uint8_t> packet, std::size_t offset);
 
 // A request packet: 12 bytes that every request begins with, then the parameters. The longest has 128 bytes.
 struct Request {
