@@ -1,4 +1,5 @@
 // Coordinate systems, units and the way back.
+#include <Eigen/LU>
 #include <cmath>
 #include <numbers>
 
@@ -85,6 +86,7 @@ TEST(Geometry, FindsTheAxesOfAnEllipsoid) {
   const Matrix turn = rotation({0.4, 0.1, -1});
   const Axes axes = principal_axes(turn * Vector{9, 4, 1}.asDiagonal() * turn.transpose());
   expect_near(axes.values, {9, 4, 1});
+  EXPECT_NEAR(axes.directions.determinant(), 1, 1e-9);
   expect_near((axes.directions.transpose() * turn).diagonal().cwiseAbs(), {1, 1, 1});
 }
 
