@@ -110,7 +110,7 @@ TEST_F(Computations, GoFromTheBaseSystemToTheCurrentOneAndBack) {
 TEST_F(Computations, GiveAnErrorEllipsoidsAxes) {
   const auto ellipsoid = answer<GetErrorEllipsoidRT>(
       build_GetErrorEllipsoid(1, 2, 3, 2, 2, 1, 1, 0, 0));  // 45 degrees in the plane of X and Y
-  expect_near({ellipsoid.dStdDevX, ellipsoid.dStdDevY, ellipsoid.dStdDevZ}, {std::sqrt(5), std::sqrt(3), 1});
+  expect_near(vector(ellipsoid.dStdDevX, ellipsoid.dStdDevY, ellipsoid.dStdDevZ), {std::sqrt(5), std::sqrt(3), 1});
   EXPECT_NEAR(std::abs(std::remainder(ellipsoid.dRotationAngleZ, kPi)), kPi / 4, 1e-9);
   EXPECT_EQ(status(build_GetErrorEllipsoid(0, 0, 0, 1, 1, 1, 5, 0, 0)), VL_RS_InvalidInputData);
 }
