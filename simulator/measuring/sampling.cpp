@@ -86,26 +86,20 @@ class ByGrid : public ByTravel {
   explicit ByGrid(const Vector& cell) : ByTravel(path_at), cell_(cell) {}
 
  private:
-  static bool is_full(double& travelled, double travel, double cell) {
-    travelled += std::abs(travel);
-    if (cell <= 0 || travelled < cell) return false;
-    travelled = 0;
-    return true;
-  }
   bool has_come_far_enough(const Vector& travel) override {
-    const bool x = is_full(travelled_.x(), travel.x(), cell_.x());
-    const bool y = is_full(travelled_.y(), travel.y(), cell_.y());
-    const bool z = is_full(travelled_.z(), travel.z(), cell_.z());
-    return x || y || z;
+    bool is_far = false;
+    for (int i = 0; i < 3; ++i) {
+      travelled_[i] += std::abs(travel[i]);
+      if (cell_[i] <= 0 || travelled_[i] < cell_[i]) continue;
+      travelled_[i] = 0;
+      is_far = true;
+    }
+    return is_far;
   }
 
   Vector cell_;
   Vector travelled_;
 };
-
-bool lies_between(double value, double a, double b) {
-  return value >= std::min(a, b) && value <= std::max(a, b);
-}
 
 }  // namespace
 
@@ -131,8 +125,8 @@ bool Region::contains(const Vector& place, const Vector& values) const {
     case Shape::kSphere:
       return length(place - first_) <= radius_;
     case Shape::kBox:
-      return lies_between(values.x(), first_.x(), second_.x()) && lies_between(values.y(), first_.y(), second_.y()) &&
-             lies_between(values.z(), first_.z(), second_.z());
+      return (values.array() >= first_.cwiseMin(second_).array()).all() &&
+             (values.array() <= first_.cwiseMax(second_).array()).all();
     default:
       return true;
   }
