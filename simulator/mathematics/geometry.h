@@ -11,6 +11,10 @@ namespace kestrine::simulator {
 using Vector = Eigen::Vector3d;
 using Matrix = Eigen::Matrix3d;
 
+// By value: what Eigen's own constructors take by reference may lie misaligned in a packed record.
+inline Vector vector(double x, double y, double z) {
+  return {x, y, z};
+}
 // Neither overflows nor underflows on the way, as the sum of squares does.
 double length(const Vector& a);
 // About X by the first angle, then about Y by the second, then about Z by the third; all axes fixed.

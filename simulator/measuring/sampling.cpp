@@ -86,26 +86,20 @@ class ByGrid : public ByTravel {
   explicit ByGrid(const Vector& cell) : ByTravel(path_at), cell_(cell) {}
 
  private:
-  static bool is_full(double& travelled, double travel, double cell) {
-    travelled += std::abs(travel);
-    if (cell <= 0 || travelled < cell) return false;
-    travelled = 0;
-    return true;
-  }
   bool has_come_far_enough(const Vector& travel) override {
-    const bool x = is_full(travelled_.x(), travel.x(), cell_.x());
-    const bool y = is_full(travelled_.y(), travel.y(), cell_.y());
-    const bool z = is_full(travelled_.z(), travel.z(), cell_.z());
-    return x || y || z;
+    bool is_far = false;
+    for (int i = 0; i < 3; ++i) {
+      travelled_[i] += std::abs(travel[i]);
+      if (cell_[i] <= 0 || travelled_[i] < cell_[i]) continue;
+      travelled_[i] = 0;
+      is_far = true;
+    }
+    return is_far;
   }
 
   Vector cell_;
   Vector travelled_;
 };
-
-bool lies_between(double value, double a, double b) {
-  return value >= std::min(a, b) && value <= std::max(a, b);
-}
 
 }  // namespace
 
@@ -114,14 +108,14 @@ Region Region::of(VL_RegionType type, const Settings& settings, const Frame& fra
   if (type == VL_RT_Sphere) {
     const auto sphere = settings.get<SphereRegionDataT>(VL_C_SetSphereRegionParams);
     region.shape_ = Shape::kSphere;
-    region.first_ = {sphere.dVal1, sphere.dVal2, sphere.dVal3};
+    region.first_ = vector(sphere.dVal1, sphere.dVal2, sphere.dVal3);
     region.radius_ = sphere.dRadius;
   } else {
     // A box is one of coordinates, so in a spherical system it is a piece of a shell.
     const auto box = settings.get<BoxRegionDataT>(VL_C_SetBoxRegionParams, frame);
     region.shape_ = Shape::kBox;
-    region.first_ = {box.dP1Val1, box.dP1Val2, box.dP1Val3};
-    region.second_ = {box.dP2Val1, box.dP2Val2, box.dP2Val3};
+    region.first_ = vector(box.dP1Val1, box.dP1Val2, box.dP1Val3);
+    region.second_ = vector(box.dP2Val1, box.dP2Val2, box.dP2Val3);
   }
   return region;
 }
@@ -131,8 +125,8 @@ bool Region::contains(const Vector& place, const Vector& values) const {
     case Shape::kSphere:
       return length(place - first_) <= radius_;
     case Shape::kBox:
-      return lies_between(values.x(), first_.x(), second_.x()) && lies_between(values.y(), first_.y(), second_.y()) &&
-             lies_between(values.z(), first_.z(), second_.z());
+      return (values.array() >= first_.cwiseMin(second_).array()).all() &&
+             (values.array() <= first_.cwiseMax(second_).array()).all();
     default:
       return true;
   }
@@ -144,20 +138,20 @@ Sampling sampling_of(VL_MeasMode mode, const Settings& settings, const Frame& fr
                     data.bUseRegion ? Region::of(data.regionType, settings, frame) : Region()};
   };
   const auto on_shape = [](const auto& data, Path path) {
-    return Sampling{std::make_unique<ByDistance>(data.dSpatialDistance, path), data.lNumberOfPoints, Region()};
+    return Sampling{std::make_unique<ByDistance>(double{data.dSpatialDistance}, path), data.lNumberOfPoints, Region()};
   };
   switch (point_mode(mode)) {
     case VL_MM_ContinuousTime: {
       const auto data = settings.get<ContinuousTimeModeDataT>(VL_C_SetContinuousTimeModeParams);
-      return on_path(std::make_unique<ByTime>(data.lTimeSeparation), data);
+      return on_path(std::make_unique<ByTime>(std::int32_t{data.lTimeSeparation}), data);
     }
     case VL_MM_ContinuousDistance: {
       const auto data = settings.get<ContinuousDistanceModeDataT>(VL_C_SetContinuousDistanceModeParams);
-      return on_path(std::make_unique<ByDistance>(data.dSpatialDistance, path_at), data);
+      return on_path(std::make_unique<ByDistance>(double{data.dSpatialDistance}, path_at), data);
     }
     case VL_MM_Grid: {
       const auto data = settings.get<GridModeDataT>(VL_C_SetGridModeParams);
-      return on_path(std::make_unique<ByGrid>(Vector{data.dVal1, data.dVal2, data.dVal3}), data);
+      return on_path(std::make_unique<ByGrid>(vector(data.dVal1, data.dVal2, data.dVal3)), data);
     }
     case VL_MM_SphereCenter:
       return on_shape(settings.get<SphereCenterModeDataT>(VL_C_SetSphereCenterModeParams), on_ball_at);

@@ -11,7 +11,7 @@ namespace {
 constexpr double kLaserWarming = 3;  // seconds; a real laser tube takes some twenty minutes
 
 Pose pose_of(const auto& data, double scale) {
-  return {{data.dVal1, data.dVal2, data.dVal3}, rotation({data.dRot1, data.dRot2, data.dRot3}), scale};
+  return {vector(data.dVal1, data.dVal2, data.dVal3), rotation(vector(data.dRot1, data.dRot2, data.dRot3)), scale};
 }
 
 bool refraction_follows_weather(const Settings& settings) {

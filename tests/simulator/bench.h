@@ -104,7 +104,7 @@ inline std::vector<MeasValueT> points(const std::vector<Bytes>& packets) {
 }
 
 inline Vector values_of(const auto& record) {
-  return {record.dVal1, record.dVal2, record.dVal3};
+  return vector(record.dVal1, record.dVal2, record.dVal3);
 }
 
 inline void expect_near(const Vector& actual, const Vector& expected, double tolerance = 1e-9) {

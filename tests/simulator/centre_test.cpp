@@ -112,7 +112,7 @@ TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
     bench.ask(build_StartMeasurement());
     const auto probe = bench.result<ProbeStationaryResultT>(VL_DT_StationaryProbeMeasResult, 20);
     EXPECT_EQ(probe.measMode, probe_mode);
-    const Vector off = Vector{probe.dPosition1, probe.dPosition2, probe.dPosition3} - 1000 * centre;
+    const Vector off = vector(probe.dPosition1, probe.dPosition2, probe.dPosition3) - 1000 * centre;
     EXPECT_LT(length(off), 4 * probe.dStdDevPositionTotal);
     EXPECT_LT(double{probe.dStdDevPositionTotal}, 0.1);
   }

@@ -1,4 +1,5 @@
 // Coordinate systems, units and the way back.
+#include <Eigen/LU>
 #include <cmath>
 #include <numbers>
 
@@ -85,6 +86,7 @@ TEST(Geometry, FindsTheAxesOfAnEllipsoid) {
   const Matrix turn = rotation({0.4, 0.1, -1});
   const Axes axes = principal_axes(turn * Vector{9, 4, 1}.asDiagonal() * turn.transpose());
   expect_near(axes.values, {9, 4, 1});
+  EXPECT_NEAR(axes.directions.determinant(), 1, 1e-9);
   expect_near((axes.directions.transpose() * turn).diagonal().cwiseAbs(), {1, 1, 1});
 }
 
@@ -108,7 +110,7 @@ TEST_F(Computations, GoFromTheBaseSystemToTheCurrentOneAndBack) {
 TEST_F(Computations, GiveAnErrorEllipsoidsAxes) {
   const auto ellipsoid = answer<GetErrorEllipsoidRT>(
       build_GetErrorEllipsoid(1, 2, 3, 2, 2, 1, 1, 0, 0));  // 45 degrees in the plane of X and Y
-  expect_near({ellipsoid.dStdDevX, ellipsoid.dStdDevY, ellipsoid.dStdDevZ}, {std::sqrt(5), std::sqrt(3), 1});
+  expect_near(vector(ellipsoid.dStdDevX, ellipsoid.dStdDevY, ellipsoid.dStdDevZ), {std::sqrt(5), std::sqrt(3), 1});
   EXPECT_NEAR(std::abs(std::remainder(ellipsoid.dRotationAngleZ, kPi)), kPi / 4, 1e-9);
   EXPECT_EQ(status(build_GetErrorEllipsoid(0, 0, 0, 1, 1, 1, 5, 0, 0)), VL_RS_InvalidInputData);
 }

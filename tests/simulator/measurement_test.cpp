@@ -95,6 +95,7 @@ TEST_F(StationaryPoint, NeedsATargetUnderTheBeam) {
   EXPECT_EQ(status(build_GoBirdBath()), VL_RS_AllOK);
   ask(build_SwitchLaser(0));
   EXPECT_EQ(status(build_StartMeasurement()), VL_RS_NoDistanceSet);
+  EXPECT_EQ(status(build_GoBirdBath()), VL_RS_NoDistanceSet);
 }
 
 TEST_F(StationaryPoint, LeavesNoResultWhenItIsStopped) {

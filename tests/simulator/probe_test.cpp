@@ -14,13 +14,14 @@ double difference(const Matrix& a, const Matrix& b) {
 }
 
 Matrix quaternion_of(const auto& r) {
-  return Eigen::Quaterniond(r.dQuaternion0, r.dQuaternion1, r.dQuaternion2, r.dQuaternion3).toRotationMatrix();
+  const double w = r.dQuaternion0, x = r.dQuaternion1, y = r.dQuaternion2, z = r.dQuaternion3;
+  return Eigen::Quaterniond(w, x, y, z).toRotationMatrix();
 }
 Vector angles_of(const auto& r) {
-  return {r.dRotationAngleX, r.dRotationAngleY, r.dRotationAngleZ};
+  return vector(r.dRotationAngleX, r.dRotationAngleY, r.dRotationAngleZ);
 }
 Vector position_of(const auto& r) {
-  return {r.dPosition1, r.dPosition2, r.dPosition3};
+  return vector(r.dPosition1, r.dPosition2, r.dPosition3);
 }
 
 struct ProbeBench : Bench {

@@ -125,6 +125,9 @@ TEST(Stream, LeavesOutWhatLiesOutsideTheRegion) {
   bench.ask(build_SetSphereRegionParams(0, 0, 0, 0.1));  // nothing of it
   bench.ask(build_SetContinuousTimeModeParams(10, 0, 1, VL_RT_Sphere));
   EXPECT_TRUE(points(bench.measure(10)).empty());
+  bench.ask(build_StopMeasurement());
+  bench.ask(build_SetContinuousTimeModeParams(10, 0, 0, VL_RT_Sphere));  // no region at all
+  EXPECT_FALSE(points(bench.measure(1)).empty());
 }
 
 TEST(Stream, EndsWithItsClient) {

@@ -73,7 +73,7 @@ TEST_F(Transformations, ShowEveryPointWithItsResidualInTheUnitsSet) {
   for (std::size_t i = 0; i < packets.size(); ++i) {
     const auto item = read_as<GetTransformedPointsRT>(packets[i].data());
     EXPECT_EQ(item.iTotalPoints, 4);
-    const Vector residual{item.dResidualVal1, item.dResidualVal2, item.dResidualVal3};
+    const Vector residual = vector(item.dResidualVal1, item.dResidualVal2, item.dResidualVal3);
     EXPECT_NEAR(item.dVal1 - item.dResidualVal1, kNominal[i].x(), 1e-6);
     EXPECT_NEAR(item.dVal3 - item.dResidualVal3, kNominal[i].z(), 1e-6);
     EXPECT_NEAR(item.dStd1, 0.01, 1e-6);
