@@ -13,8 +13,9 @@ class AsyncCommandObject : public CommandBase<dispatch::AsyncCommands> {
   // fails.
   HRESULT perform(int dispid, const Argument* arguments);
 
-  void clear_vertical_speed() override { speeds_.vertical = 0; }
-  void clear_horizontal_speed() override { speeds_.horizontal = 0; }
+  void clear_blocked_speeds(std::int32_t command, std::int32_t status) override {
+    speeds_.clear_blocked(command, status);
+  }
 
  protected:
   ~AsyncCommandObject() = default;

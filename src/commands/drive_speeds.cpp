@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "commands/arguments.h"
+#include "kestrine/enums.h"
 
 namespace kestrine::commands {
 
@@ -12,6 +13,10 @@ namespace {
 
 constexpr std::int32_t kFullSpeed = 100;
 constexpr std::int32_t kStep = 10;
+
+// Statuses of an axis that ran into its limit while it was driven; the catalogue of statuses does not name them.
+constexpr std::int32_t kHorizontalLimitStatus = 703;
+constexpr std::int32_t kVerticalLimitStatus = 704;
 
 void add(std::int32_t& speed, std::int32_t by) {
   if (by < 0 ? speed > -kFullSpeed : speed < kFullSpeed) speed += by;
@@ -48,6 +53,12 @@ DriveSpeeds DriveSpeeds::to_send(Speed drive, const Argument* arguments) const {
 
 void DriveSpeeds::sent(Speed drive) {
   if (drive == Speed::kGiven) *this = {};
+}
+
+void DriveSpeeds::clear_blocked(std::int32_t command, std::int32_t status) {
+  if (command != VL_C_MoveHV && command != VL_C_Unknown) return;
+  if (status == kVerticalLimitStatus) vertical = 0;
+  if (status == kHorizontalLimitStatus) horizontal = 0;
 }
 
 }  // namespace kestrine::commands

@@ -20,6 +20,9 @@ struct DriveSpeeds {
   DriveSpeeds to_send(protocol::Speed drive, const Argument* arguments) const;
   // Driving at a given speed leaves the stored speeds at rest: the next step starts from there.
   void sent(protocol::Speed drive);
+  // The tracker stops an axis at its limit by itself: the next step of that axis starts from rest. `command` and
+  // `status` are those of a bad answer, or of an error that belongs to no command.
+  void clear_blocked(std::int32_t command, std::int32_t status);
 };
 
 }  // namespace kestrine::commands

@@ -1,7 +1,5 @@
 #include "commands/sync_commands.h"
 
-#include <utility>
-
 #include "kestrine/enums.h"
 #include "kestrine/host.h"
 #include "kestrine/pointer.h"
@@ -79,7 +77,7 @@ HRESULT SyncCommandObject::perform(int dispid, Argument* arguments) {
   }
   if (const HRESULT result = send(row, request); FAILED(result) || row.sends_only) return result;
 
-  wait_for_answer(row, *connection);
+  wait_for_answer(row, *connection);  // there is one: without it nothing is sent
   if (const protocol::Error* failure = read_outputs(row, arguments, *connection)) return refuse(*failure, false);
   const HRESULT result = finish_call(row.command->code);
   if (SUCCEEDED(result)) remember(row, request);
@@ -171,6 +169,7 @@ const protocol::Error* SyncCommandObject::read_outputs(const MemberRow& row, Arg
   return write_outputs(row, source.content(), arguments) ? nullptr : &protocol::error::kByteArray;
 }
 
+// A call that ran out keeps the status 36, and only with increased timeouts gets the number of its failure: kept.
 std::u16string SyncCommandObject::explain_status(std::int32_t command) {
   if (!timed_out_) return protocol::bad_answer_text(command, last_result_status_);
   if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown) {
@@ -181,7 +180,7 @@ std::u16string SyncCommandObject::explain_status(std::int32_t command) {
 
 void SyncCommandObject::report_status(std::int32_t command) {
   if (last_result_status_ == VL_RS_AllOK) return;
-  clear_blocked_speeds(command);
+  speeds_.clear_blocked(command, last_result_status_);
   const std::u16string text = explain_status(command);
   generation_.errors().report_sync_status(last_result_status_, text);
 }
@@ -189,8 +188,8 @@ void SyncCommandObject::report_status(std::int32_t command) {
 HRESULT SyncCommandObject::finish_call(std::int32_t command) {
   HRESULT result = S_OK;
   if (last_result_status_ != VL_RS_AllOK) {
-    clear_blocked_speeds(command);
-    const std::u16string text = explain_status(command);
+    speeds_.clear_blocked(command, last_result_status_);
+    const std::u16string text = explain_status(command);  // may set the status
     const std::int32_t status = last_result_status_;
     dispatch::ErrorReporting& errors = generation_.errors();
     if (protocol::warning_row(status) != 0) {
@@ -202,13 +201,6 @@ HRESULT SyncCommandObject::finish_call(std::int32_t command) {
   }
   release_wait();
   return result;
-}
-
-// The tracker stopped an axis by itself: its stored speed starts from rest again.
-void SyncCommandObject::clear_blocked_speeds(std::int32_t command) {
-  if (command != VL_C_MoveHV && command != VL_C_Unknown) return;
-  if (last_result_status_ == protocol::kVerticalLimitStatus) speeds_.vertical = 0;
-  if (last_result_status_ == protocol::kHorizontalLimitStatus) speeds_.horizontal = 0;
 }
 
 }  // namespace kestrine::commands

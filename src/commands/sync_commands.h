@@ -51,7 +51,6 @@ class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
   const protocol::Error* read_outputs(const MemberRow& row, Argument* arguments, connection::Connection& connection);
   HRESULT finish_call(std::int32_t command);
   std::u16string explain_status(std::int32_t command);
-  void clear_blocked_speeds(std::int32_t command);
 
   Timeouts timeouts_;
   bool increased_timeouts_ = false;

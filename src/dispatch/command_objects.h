@@ -6,7 +6,6 @@
 #include "connection/connection.h"
 #include "dispatch/event_source.h"
 #include "kestrine/component.h"
-#include "kestrine/enums.h"
 
 namespace kestrine::dispatch {
 
@@ -73,9 +72,8 @@ class AsyncCommands : public CommandObject {
  public:
   AsyncCommands() : CommandObject(CommandSet::kAsync) {}
 
-  // The tracker stopped that axis by itself: the stored speed starts from rest again.
-  virtual void clear_vertical_speed() = 0;
-  virtual void clear_horizontal_speed() = 0;
+  // A bad answer may say that the tracker stopped an axis by itself: its stored speed starts from rest again.
+  virtual void clear_blocked_speeds(std::int32_t command, std::int32_t status) = 0;
 
  protected:
   ~AsyncCommands() = default;

@@ -39,10 +39,10 @@ void fire_async(AsyncCommands& object, std::int32_t dispid, const std::uint8_t* 
   object.event_source().fire(protocol::async_events()[static_cast<std::size_t>(dispid) - 1], packet);
 }
 
-// The two command objects of a moment, kept alive: a handler may drop the last reference to either, or put another
-// one in its place.
-struct Present {
-  explicit Present(const CommandRoster& objects)
+// The two command objects in use now, kept alive: a handler may drop the last reference to either, or put another one
+// in its place.
+struct HeldObjects {
+  explicit HeldObjects(const CommandRoster& objects)
       : sync(objects.sync()), async(objects.async()), keep_sync(unknown_of(sync)), keep_async(unknown_of(async)) {}
 
   SyncCommands* sync;
@@ -60,11 +60,11 @@ void fire_status_change(CommandObject& object, std::int32_t change) {
 }
 
 void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& received) {
-  const Present present(generation_.objects());
+  const HeldObjects held(generation_.objects());
   const std::uint8_t* const packet = received.bytes;
-  Delivery delivery{connection, packet, connection.is_used_by(CommandSet::kSync) ? present.sync : nullptr,
-                    connection.fires_events_to(CommandSet::kSync) ? present.sync : nullptr,
-                    connection.fires_events_to(CommandSet::kAsync) ? present.async : nullptr};
+  Delivery delivery{connection, packet, connection.is_used_by(CommandSet::kSync) ? held.sync : nullptr,
+                    connection.fires_events_to(CommandSet::kSync) ? held.sync : nullptr,
+                    connection.fires_events_to(CommandSet::kAsync) ? held.async : nullptr};
   // A received packet has its eight header bytes at the least.
   const std::int32_t type = word(packet, kTypeOffset);
   if (received.length > received.capacity || received.length <= 0 || received.length != word(packet, kSizeOffset) ||
@@ -75,8 +75,8 @@ void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& receive
   // Whatever lies at the place of an answer's status: the mode of a measurement, what follows a status change.
   connection.set_last_result_status(word(packet, kAnswerStatusOffset));
 
-  // A handler may start a call whose answer lands in the same buffer; whoever hears of this packet after it must
-  // hear of this one still. An answer can be two events to one sink. No event reads further than a small buffer.
+  // A handler may start a call whose answer lands in the same buffer; the sinks that are called after it must still
+  // get this packet. An answer can be two events to one sink. No event reads further than a small buffer.
   std::array<std::uint8_t, connection::kSmallBuffer> snapshot;
   const std::size_t sinks = (delivery.sync == nullptr ? 0 : delivery.sync->event_source().sink_count()) +
                             (delivery.async == nullptr ? 0 : delivery.async->event_source().sink_count());
@@ -106,8 +106,8 @@ void Dispatcher::on_closed(Connection& connection) {
 }
 
 void Dispatcher::on_timer(Connection& connection) {
-  const Present present(generation_.objects());
-  if (connection.fires_events_to(CommandSet::kSync) && present.sync != nullptr) present.sync->time_out();
+  SyncCommands* const sync = generation_.objects().sync();
+  if (connection.fires_events_to(CommandSet::kSync) && sync != nullptr) sync->time_out();
 }
 
 bool Dispatcher::on_flush() {
@@ -165,8 +165,8 @@ void Dispatcher::end_wait_by_answer(const Delivery& delivery, std::int32_t comma
   SyncCommands& sync = *delivery.waiting;
   Connection& connection = delivery.connection;
   // The acknowledgement of a stationary measurement does not end that measurement's own wait; the result does.
-  // The status is left alone, too, or a wait that ran out would look like a success. The flag alone would not tell:
-  // it stays clear after a measurement that nobody acknowledged, and other calls must end all the same.
+  // The status is left alone, too, or a wait that ran out would look like a success. The acknowledged flag is not
+  // enough: it stays clear after a measurement that nobody acknowledged, and other calls must end all the same.
   const bool measures = sync.is_awaiting_result(command) &&
                         (command != VL_C_StartMeasurement || !connection.measurement().is_start_acknowledged());
   if (!measures || status != VL_RS_AllOK) {
@@ -216,12 +216,14 @@ bool Dispatcher::is_good_or_reported(std::int32_t command, std::int32_t status) 
   return false;
 }
 
-// Reported on and told by the asynchronous object, also for answers that the synchronous interface tests.
+// Error information and event are the asynchronous object's, also for answers whose status is tested for the
+// synchronous one.
 void Dispatcher::report_bad_answer(std::int32_t command, std::int32_t status) {
   AsyncCommands* const async = generation_.objects().async();
   if (async == nullptr) return;
   const Pointer<IUnknown> keep(async->unknown());
-  generation_.errors().report_async_answer(*async, command, status);
+  async->clear_blocked_speeds(command, status);
+  generation_.errors().report_async_answer(command, status);
   async->event_source().fire(protocol::async_event::ErrorEvent, {command, status});
 }
 
@@ -267,8 +269,8 @@ void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
   }
 }
 
-// The two interfaces treat a 6D stationary result differently: the asynchronous one tells it as a stationary
-// measurement, the synchronous one not at all.
+// The two interfaces treat a 6D stationary result differently: the asynchronous one fires it as a stationary
+// measurement, the synchronous one does not fire it at all.
 void Dispatcher::on_probe_result(const Delivery& delivery) {
   const std::int32_t status = word(delivery.packet, kStatusOffset);
   const std::int32_t mode = word(delivery.packet, kMeasModeOffset);

@@ -23,7 +23,9 @@ class Dispatcher final : public connection::ConnectionEvents {
   bool on_flush() override;
 
  private:
-  // One packet on its way, with the objects that its events go to; null where an interface gets none.
+  // One packet on its way, with the objects that its events go to; null where an interface gets none, as under every
+  // notification method but events. Then errors, the server's closing and timers end no wait either, only answers,
+  // results and a stream out of step do: kept.
   struct Delivery {
     connection::Connection& connection;
     const std::uint8_t* packet;

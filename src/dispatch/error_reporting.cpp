@@ -31,6 +31,7 @@ HRESULT ErrorReporting::raise(connection::Connection* connection, std::u16string
   if (connection != nullptr && connection->fires_events_to(CommandSet::kAsync) && objects.async() != nullptr) {
     objects.async()->event_source().fire(protocol::async_event::ExceptionEvent, {number, text});
   }
+  // The source is the connection's also where the interface is a command object's: kept.
   const auto info = component_types::set_error_info(text, generation_.identity().connect_source, iid, number);
   if (throws) throw _com_error(code, info);
   return code;
@@ -41,12 +42,8 @@ HRESULT ErrorReporting::raise(connection::Connection* connection, const protocol
   return raise(connection, protocol::table_text(failure.row), iid, code, throws, failure.number);
 }
 
-void ErrorReporting::report_async_answer(AsyncCommands& object, std::int32_t command, std::int32_t status) {
+void ErrorReporting::report_async_answer(std::int32_t command, std::int32_t status) {
   if (status == VL_RS_AllOK) return;
-  if (command == VL_C_MoveHV || command == VL_C_Unknown) {
-    if (status == protocol::kVerticalLimitStatus) object.clear_vertical_speed();
-    if (status == protocol::kHorizontalLimitStatus) object.clear_horizontal_speed();
-  }
   const Identity& identity = generation_.identity();
   component_types::set_error_info(text_of(status, protocol::bad_answer_text(command, status)), identity.async_source,
                                   identity.async, status);

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "connection/connection.h"
-#include "dispatch/command_objects.h"
 #include "protocol/errors.h"
 
 namespace kestrine::dispatch {
@@ -22,9 +21,9 @@ class ErrorReporting {
                 std::int32_t number);
   HRESULT raise(connection::Connection* connection, const protocol::Error& failure, const IID& iid, HRESULT code,
                 bool throws);
-  // Error information alone, for an answer with a bad status that nobody waited for.
-  void report_async_answer(AsyncCommands& object, std::int32_t command, std::int32_t status);
-  // The same for a status of the synchronous object; `text` is what is said of one that is no mere warning.
+  // Error information alone, for an answer of the asynchronous object; nothing for a good one.
+  void report_async_answer(std::int32_t command, std::int32_t status);
+  // The same for a status of the synchronous object; a warning has its own text, any other status gets `text`.
   void report_sync_status(std::int32_t status, std::u16string_view text);
 
  private:

@@ -12,8 +12,6 @@
 namespace kestrine::dispatch {
 namespace {
 
-constexpr std::size_t kMostArguments = 64;  // the longest event has 49
-
 void set_argument(VARIANT& argument, const EventArgument& given) {
   argument = given.value;
   if (given.value.vt != VT_BSTR) return;
@@ -38,7 +36,7 @@ struct ArgumentBlock {
   VARIANT& argument(std::size_t index) { return values[count - 1 - index]; }
 
   std::size_t count;
-  std::array<VARIANT, kMostArguments> values;
+  std::array<VARIANT, protocol::kMostValues> values;
 };
 
 HRESULT call_sink(IDispatch& sink, std::int32_t dispid, ArgumentBlock& block) {

@@ -1,9 +1,9 @@
-// Counting, interface queries and aggregation, written once for the six component classes.
+// Counting, interface queries and aggregation, written once for all component classes.
 #pragma once
 
 #include <type_traits>
 
-#include "dispatch/generation.h"
+#include "dispatch/process_state.h"
 #include "kestrine/component.h"
 #include "kestrine/interface_id.h"
 

@@ -26,8 +26,6 @@ class Module {
  public:
   Module();
 
-  dispatch::ProcessState& process() { return process_; }
-
   // S_OK with the class object, CLASS_E_CLASSNOTAVAILABLE for a class that is not ours. From any thread.
   HRESULT get_class_object(const CLSID& clsid, const IID& iid, void** object);
   // S_OK when nothing of the module is in use, else S_FALSE.

@@ -2,6 +2,7 @@
 // is encoded, decoded, sent, waited for, fired and described is read from these rows instead of written per command.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -56,6 +57,9 @@ struct Value {
   std::uint16_t offset;  // in its record, or in the packet that carries it
   std::uint16_t count;   // elements: units of a text, 1 for what is only the first of many; 0 for a single value
 };
+
+// No member has more parameters and no event more arguments: the room that a call keeps for them.
+inline constexpr std::size_t kMostValues = 64;
 
 // Where an argument of an event has no place in any packet.
 inline constexpr std::uint16_t kInNoPacket = 0xFFFF;
@@ -157,7 +161,7 @@ struct TypeRow {
 struct PacketRow {
   std::int32_t type;
   const char* name;
-  const TypeRow* record;  // the answer to a command is told by its code instead
+  const TypeRow* record;  // the answer to a command is found by its code instead
 };
 
 struct TextRow {

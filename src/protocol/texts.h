@@ -7,10 +7,6 @@
 
 namespace kestrine::protocol {
 
-// Statuses of an axis that ran into its limit while it was driven; the catalogue of statuses does not name them.
-inline constexpr std::int32_t kHorizontalLimitStatus = 703;
-inline constexpr std::int32_t kVerticalLimitStatus = 704;
-
 // The server's own words for a status, spelling included; every number has a text.
 std::u16string status_text(std::int32_t status);
 // A command's display name; "Unknown command (unexpected)" for what is none. Ends in a NUL.

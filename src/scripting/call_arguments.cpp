@@ -55,7 +55,7 @@ HRESULT DispatchArguments::bind(const DISPPARAMS& given, VARIANT* result, UINT* 
     if (given.cArgs != 0) return DISP_E_BADPARAMCOUNT;
     return hold_output(member_.values[0], result, bound_++);
   }
-  std::array<VARIANTARG*, kMost> found;
+  Matches found;
   if (const HRESULT matched = match(given, found, bad); FAILED(matched)) return matched;
   for (std::size_t i = 0; i < member_.values.size(); ++i) {
     const Value& param = member_.values[i];
@@ -69,7 +69,7 @@ HRESULT DispatchArguments::bind(const DISPPARAMS& given, VARIANT* result, UINT* 
 }
 
 // Positional arguments come last one first, behind the named ones.
-HRESULT DispatchArguments::match(const DISPPARAMS& given, std::array<VARIANTARG*, kMost>& found, UINT* bad) const {
+HRESULT DispatchArguments::match(const DISPPARAMS& given, Matches& found, UINT* bad) const {
   const std::size_t count = member_.values.size();
   UINT named = given.cNamedArgs;
   if (member_.kind == MemberKind::kPut && named == 1 && given.rgdispidNamedArgs[0] == DISPID_PROPERTYPUT) named = 0;

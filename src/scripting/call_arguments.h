@@ -24,21 +24,21 @@ class DispatchArguments {
   void hand_out();
 
  private:
-  static constexpr std::size_t kMost = 64;  // parameters of a member; the schema allows no more, the longest has 49
-
   struct Place {
     VARIANT held;     // a converted input, or an output until it is handed out
     VARIANT* target;  // the caller's variant for it; null where the member writes to the caller's value at once
   };
 
-  HRESULT match(const DISPPARAMS& given, std::array<VARIANTARG*, kMost>& found, UINT* bad) const;
+  using Matches = std::array<VARIANTARG*, protocol::kMostValues>;
+
+  HRESULT match(const DISPPARAMS& given, Matches& found, UINT* bad) const;
   HRESULT bind_input(const Value& param, VARIANTARG& given, std::size_t i);
   HRESULT bind_output(const Value& param, VARIANTARG& given, std::size_t i);
   HRESULT hold_output(const Value& param, VARIANT* target, std::size_t i);
 
   const MemberRow& member_;
-  std::array<commands::Argument, kMost> values_;
-  std::array<Place, kMost> places_;  // the first `bound_` are in use
+  std::array<commands::Argument, protocol::kMostValues> values_;
+  std::array<Place, protocol::kMostValues> places_;  // the first `bound_` are in use
   std::size_t bound_ = 0;
 };
 
