@@ -1,4 +1,4 @@
-// What both command objects do alike: appear and go, refuse, and send an operation's request.
+// What both command objects do alike: join and leave their generation, refuse operations, and send requests.
 #pragma once
 
 #include "commands/arguments.h"
@@ -17,14 +17,14 @@ class CommandBase : public Commands {
  public:
   explicit CommandBase(dispatch::Generation& generation) : generation_(generation) {}
 
-  // What the object calls when it is whole, and before it goes.
+  // For the complete object, and for one about to be destroyed.
   void enter() { generation_.objects().enter(*this, generation_.connection()); }
   void leave() { generation_.objects().leave(*this); }
 
  protected:
   ~CommandBase() = default;
 
-  // S_OK when the operation may be sent, S_FALSE when it gives up in silence, else the failure.
+  // S_OK when the operation may be sent, S_FALSE when it is dropped without a failure, else the failure.
   HRESULT check(const MemberRow& row);
   // A step of speed counts as made from here on, also when the request cannot be sent.
   protocol::Request build(const MemberRow& row, const Argument* arguments);

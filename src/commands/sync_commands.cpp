@@ -31,7 +31,7 @@ constexpr std::uint32_t kDroppedMessage = 0x036A;  // an idle notice of applicat
 // A stream that never pauses must not keep a call from returning whose wait is over.
 constexpr int kMostMessagesInARow = 1000;
 
-// Waits a slice, then delivers what is due on the thread. A quit message ends the delivery and is thereby lost.
+// Waits a slice, then delivers what is due on the thread. A quit message ends the delivery and is lost by that: kept.
 void deliver_due_messages() {
   platform::wait_slice();
   // With early wake the next slice begins with a look at the sockets; a second one here would be a system call for
@@ -84,8 +84,8 @@ HRESULT SyncCommandObject::perform(int dispid, Argument* arguments) {
   return result;
 }
 
-// The incremental moves give up in silence unless timeouts are increased. Of all failures of this interface only the
-// refusal of an operation that does not wait is ever thrown.
+// The incremental moves are dropped without a failure unless timeouts are increased. Of all failures of this interface
+// only the refusal of an operation that does not wait is ever thrown. Both are kept.
 HRESULT SyncCommandObject::refuse_while_waiting(const MemberRow& row) {
   if (row.speed != protocol::Speed::kNone && !increased_timeouts_) return S_FALSE;
   return refuse(protocol::error::kPendingAnswer, row.sends_only && has_throwing_connection());

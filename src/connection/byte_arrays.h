@@ -1,4 +1,4 @@
-// Arrays of bytes as callers hand them in and get them.
+// Arrays of bytes as callers hand them in and get them, and the disk file of one.
 #pragma once
 
 #include <cstdint>

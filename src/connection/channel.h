@@ -22,7 +22,8 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
   ~Channel();
 
   platform::WindowHandle window() const { return window_; }
-  // Connects with this channel's window: another connection object's, when that was made before this channel.
+  // Connects, with this channel's window for the notifications. Of the connection that this channel was made for, or of
+  // an earlier one: that connects by the latest channel, too.
   const protocol::Error* connect(Connection& connection, const std::string& address, std::uint16_t port);
 
   bool send(const std::uint8_t* bytes, std::int32_t size) const;
@@ -52,7 +53,7 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
 
   Connection* connection_;
   platform::WindowHandle window_;
-  // Of the notification at hand: an earlier connection object's, when that connected by this channel.
+  // The one that the message at hand is about, which may be an earlier connection's.
   platform::SocketHandle socket_ = platform::kInvalidSocket;
   PacketReader reader_{*this, *this};
   int depth_ = 0;  // handlers under way, nested ones included

@@ -17,7 +17,7 @@ namespace kestrine::connection {
 
 class Connection;
 
-// Whoever is responsible for what happens on a connection.
+// What happens on a connection, for the dispatcher.
 class ConnectionEvents {
  public:
   virtual void on_packet(Connection& connection, const ReceivedPacket& packet) = 0;

@@ -31,7 +31,7 @@ const protocol::Error* Link::connect(const std::string& address, std::uint16_t p
   if (!found) return fail(protocol::error::kHostNotFound);
   if (!connect_socket(*found, port)) return fail(protocol::error::kConnectFailed);
 
-  // A result of -1 counts as success here; only a positive one is taken as a failure.
+  // A result of -1 counts as success here; only a positive one is taken as a failure: kept.
   if (platform::select_notifications(socket_, window, message, platform::kSocketReadable | platform::kSocketClosed) >
       0) {
     return fail(protocol::error::kNotificationFailed);
@@ -52,7 +52,7 @@ bool Link::connect_socket(platform::AddressWord address, std::uint16_t port) con
     return platform::connect_socket(socket_, address, port) == 0;
   }
   const std::int32_t timeout = settings::connection_timeout();
-  // Without a timeout nothing is attempted and the connection counts as made.
+  // Without a timeout nothing is attempted and the connection counts as made: kept.
   if (timeout > 0 && !wait_for_connection(address, port, timeout)) return false;
   return platform::set_non_blocking(socket_, false) == 0;
 }

@@ -33,7 +33,7 @@ class MeasurementState {
   bool is_start_acknowledged() const { return start_acknowledged_; }
   // False for the first acknowledgement of a start.
   bool acknowledge_start() { return std::exchange(start_acknowledged_, true); }
-  // Stationary results seen so far: tells a new result from the one that still lies in the buffer.
+  // Stationary results so far. A higher number than before a call means that the result in the buffer is the call's.
   std::uint32_t results() const { return results_; }
 
  private:

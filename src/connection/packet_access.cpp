@@ -92,7 +92,7 @@ const Error* find_image(const VARIANT* packet, Bytes& file) {
   const std::optional<Bytes> bytes = bytes_of(packet);
   if (!bytes) return &protocol::error::kStillImageNull;
   if (bytes->size() < kImageOffset) return &protocol::error::kStillImageKind;
-  // Any answer passes, and any packet with this command's number at its place: refused is only what is neither.
+  // Any answer passes, and any packet with this command's number at its place: refused is only what is neither. Kept.
   if (type_of(*bytes) != VL_DT_Command && wire::load_i32(bytes->data() + kCommandOffset) != VL_C_GetStillImage) {
     return &protocol::error::kStillImageKind;
   }

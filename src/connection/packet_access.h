@@ -12,7 +12,7 @@
 namespace kestrine::connection {
 
 // Where the accessor finds its record or element. On failure `at` is left alone and the failure is returned.
-// `any_statistic` lets the two readers of points at each other's packets, at the step of their own elements.
+// With `any_statistic` the two accessors of points take each other's packets, and still step by their own elements.
 const protocol::Error* find_in_packet(PacketAccessor accessor, const VARIANT* data, std::int32_t index,
                                       bool any_statistic, const std::uint8_t*& at);
 

@@ -14,7 +14,7 @@ constexpr std::int32_t kMostDiscards = 128;  // reads for a packet and for throw
 
 }  // namespace
 
-// Some or none of a header came. True when there is still hope for the rest.
+// Some or none of a header came. True while the rest may still come.
 bool PacketReader::take_short_header(int peeked) {
   if (peeked == -1) {
     if (!source_.would_block() && source_.is_open()) {
@@ -24,7 +24,7 @@ bool PacketReader::take_short_header(int peeked) {
     source_.nap();
   } else if (peeked > 0) {
     // The bytes must leave the socket: a full receive buffer would keep the peer from sending the rest. They go
-    // to the front whatever was held before, so a header in three pieces is lost.
+    // to the front whatever was held before, so a header in three pieces is lost: kept.
     held_ = std::max(source_.receive(header_.data(), peeked, false), 0);
     if (held_ != 4) {
       source_.beep(1000, 200);

@@ -50,7 +50,7 @@ class PacketReader {
   // Reads what the notification announced; a whole packet goes to the consumer. False when the stream was out of step
   // and everything readable has been thrown away.
   bool on_readable(ReceiveBuffers& buffers);
-  // The same clean-up for a notification that is none.
+  // The same clean-up for a notification that is neither of bytes nor of the closing.
   bool on_unknown_event();
   // A new stream begins with a whole header, whatever the one before left unfinished.
   void restart();

@@ -21,10 +21,10 @@ class CommandObject {
   virtual IUnknown* unknown() = 0;
   virtual EventSource& event_source() = 0;
 
-  // Milliseconds since the object was whole.
+  // Milliseconds since start_age().
   std::uint32_t age() const;
   void start_age();
-  // The connection has made the object for itself and drops it: to go soon after being made is no surprise then.
+  // The connection made the object for itself and drops it: then a short life is no sign of mixed generations.
   void retire() { retired_ = true; }
   bool is_retired() const { return retired_; }
 
@@ -48,9 +48,9 @@ class SyncCommands : public CommandObject {
   virtual bool is_awaiting_result(std::int32_t command) const = 0;
   // Ends the wait, whichever command waits, and stops the timer of `command`; nothing for a negative one.
   virtual void end_wait(std::int32_t command) = 0;
-  // Ends the wait and asks for the held-back events; no timer is stopped.
+  // Ends the wait and has the held-back events fired by the loop; no timer is stopped.
   virtual void release_wait() = 0;
-  // Ends the wait and stops its timer; asks for nothing.
+  // Ends the wait and stops its timer; what is held back stays so.
   virtual void cancel_wait() = 0;
   // The command's time is over.
   virtual void time_out() = 0;

@@ -9,7 +9,7 @@
 namespace kestrine::dispatch {
 namespace {
 
-// A command object that goes sooner than this, once an application has fetched one from a connection, is taken for a
+// A command object that lives shorter than this, once an application has fetched one from a connection, is taken for a
 // sign of mixed generations.
 constexpr std::uint32_t kShortestLife = 100;  // milliseconds
 
@@ -24,7 +24,7 @@ void CommandObject::start_age() {
   creation_tick_ = platform::tick_count();
 }
 
-// Whichever way round the counter has gone since.
+// The shorter way around the counter, which wraps.
 std::uint32_t CommandObject::age() const {
   const std::uint32_t now = platform::tick_count();
   return std::min(now - creation_tick_, creation_tick_ - now);
@@ -34,7 +34,8 @@ void CommandRoster::enter(CommandObject& object, connection::Connection* connect
   Place& own = place(object.command_set);
   if (!creating_internally_) own.current = &object;
   if (!process_.has_fetched_objects()) {
-    // Who makes command objects of his own does not want the connection's. When it makes those, there are none yet.
+    // An application that makes command objects itself does not use the connection's. While the connection makes
+    // these, there is nothing to release yet.
     if (own.current != nullptr && connection != nullptr) connection->mark_used_by(object.command_set);
     release_internal(object.command_set);
   }

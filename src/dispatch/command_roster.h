@@ -29,7 +29,8 @@ class CommandRoster {
   SyncCommands* sync() const { return static_cast<SyncCommands*>(place(CommandSet::kSync).current); }
   AsyncCommands* async() const { return static_cast<AsyncCommands*>(place(CommandSet::kAsync).current); }
 
-  // A command object is whole, or about to go. `connection` is the one that it belongs to, null when there is none.
+  // A command object is complete, or about to be destroyed. `connection` is the one that it belongs to, null when there
+  // is none.
   void enter(CommandObject& object, connection::Connection* connection);
   void leave(CommandObject& object);
 

@@ -14,7 +14,7 @@
 
 namespace kestrine::dispatch {
 
-// All that tells the generations apart.
+// All that differs between the generations.
 struct Identity {
   int generation;  // 1 or 2
   const IID& connect;

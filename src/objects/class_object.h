@@ -1,4 +1,4 @@
-// The class objects of the six classes.
+// The class objects, which create the objects of their classes.
 #pragma once
 
 #include <atomic>

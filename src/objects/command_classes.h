@@ -1,4 +1,4 @@
-// The command classes: engine or dispatcher state, an interface family and an event source, put together.
+// The command classes: typed operations, what performs them, and an event source, put together.
 #pragma once
 
 #include "commands/async_commands.h"

@@ -1,4 +1,4 @@
-// The operations of ILTConnect, for both generations' connection classes, which add their interface and nothing else.
+// What the operations of ILTConnect do, for the connection classes of both generations.
 #pragma once
 
 #include "connection/connection.h"
@@ -11,7 +11,7 @@ class ConnectBase : public connection::Connection {
   explicit ConnectBase(dispatch::Generation& generation)
       : Connection(generation.connection_events()), generation_(generation) {}
 
-  // What the object calls when it is whole, and before it goes.
+  // For the complete object, and for one about to be destroyed.
   void enter() { generation_.attach(*this); }
   void leave();
 

@@ -52,7 +52,7 @@ class Connect final
   HRESULT get_ILTCommandAsync(IUnknown** value) override { return fetch_commands(dispatch::CommandSet::kAsync, value); }
   HRESULT get_ILTCommandSync(IUnknown** value) override { return fetch_commands(dispatch::CommandSet::kSync, value); }
   HRESULT get_LastResultStatus(VL_ResultStatus* value) override {
-    return hand(value, static_cast<VL_ResultStatus>(last_result_status()));
+    return hand_out(value, static_cast<VL_ResultStatus>(last_result_status()));
   }
   HRESULT ConnectEmbeddedSystem(BSTR address, std::int32_t port) override { return connect(address, port); }
   HRESULT DisconnectEmbeddedSystem() override { return disconnect(); }
@@ -60,16 +60,16 @@ class Connect final
     return select_notification(method, target, cookie);
   }
   HRESULT GetData(VARIANT* data) override { return copy_latest_packet(data); }
-  HRESULT get_Version(std::int32_t* value) override { return hand(value, version_.packed()); }
-  HRESULT get_BuildNumber(std::int32_t* value) override { return hand(value, version_.build); }
-  HRESULT get_MajorVersion(std::int32_t* value) override { return hand(value, (version_.packed() >> 16) & 0xFFFF); }
-  HRESULT get_MinorVersion(std::int32_t* value) override { return hand(value, version_.packed() & 0xFFFF); }
+  HRESULT get_Version(std::int32_t* value) override { return hand_out(value, version_.packed()); }
+  HRESULT get_BuildNumber(std::int32_t* value) override { return hand_out(value, version_.build); }
+  HRESULT get_MajorVersion(std::int32_t* value) override { return hand_out(value, (version_.packed() >> 16) & 0xFFFF); }
+  HRESULT get_MinorVersion(std::int32_t* value) override { return hand_out(value, version_.packed() & 0xFFFF); }
   HRESULT put_ExceptionHandlingPolicy(std::int32_t value) override {
     set_throws(value != 0);
     return S_OK;
   }
   HRESULT get_IsConnected(VARIANT_BOOL* value) override {
-    return hand(value, static_cast<VARIANT_BOOL>(link().is_connected() ? 1 : 0));  // 1, not VARIANT_TRUE
+    return hand_out(value, static_cast<VARIANT_BOOL>(link().is_connected() ? 1 : 0));  // 1, not VARIANT_TRUE
   }
   HRESULT put_ForceSingleConnection(VARIANT_BOOL) override {
     return S_OK;  // the rule is the server's: it answers VL_RS_MultiConnectionsNotAllowed
@@ -106,7 +106,7 @@ class Connect final
   }
 
   template <class Value>
-  static HRESULT hand(Value* out, Value value) {
+  static HRESULT hand_out(Value* out, Value value) {
     if (out == nullptr) return E_POINTER;
     *out = value;
     return S_OK;

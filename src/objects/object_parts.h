@@ -1,4 +1,5 @@
-// What every component object offers beside its own interface.
+// What component objects offer beside their own interface: all of them error information, command objects events and
+// information on their class.
 #pragma once
 
 #include <vector>

@@ -71,7 +71,7 @@ std::u16string to_text(const GUID& id) {
   return text;
 }
 
-// The registrar: turns scripts into edits.
+// Turns scripts into edits of the registry.
 class Registrar {
  public:
   Registrar(bool entering, std::u16string module) : entering_(entering), module_(std::move(module)) {}

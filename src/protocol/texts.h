@@ -1,4 +1,4 @@
-// Every text that the library says: statuses, commands, messages, and how a command ended badly.
+// All texts of the library: statuses, commands, messages, and how a command failed.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ std::u16string status_text(std::int32_t status);
 std::u16string_view command_text(std::int32_t command);
 // A row of the string table; empty for a row that is not there.
 std::u16string_view table_text(std::int32_t row);
-// The row, 517 to 522, that warns of one of the six statuses that accept a parameter out of its range, else 0.
+// The row of the warning for a status that accepts a parameter out of its range; 0 for every other status.
 std::int32_t warning_row(std::int32_t status);
 
 // A request could not be written to the socket.

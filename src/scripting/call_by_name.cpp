@@ -30,6 +30,7 @@ DISPID parameter_id(const MemberRow& member, std::u16string_view name) {
   return DISPID_UNKNOWN;
 }
 
+// Taking the thread's error information clears it, so it is put back.
 Pointer<IErrorInfo> thread_error() {
   Pointer<IErrorInfo> info;
   GetErrorInfo(0, info.put());

@@ -47,7 +47,7 @@ class LateBound : public Methods {
   }
 };
 
-// As they are for an interface of the first generation.
+// `Methods` as an object offers them: callable by name where the interface is dual, else as they are.
 template <class Methods>
 using Offered = std::conditional_t<std::is_base_of_v<IDispatch, Methods>, LateBound<Methods>, Methods>;
 

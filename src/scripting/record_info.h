@@ -6,7 +6,7 @@
 namespace kestrine::scripting {
 
 // `row` is a record of types(). Records lie in memory as their rows say, packed as on the wire, and own nothing
-// outside themselves.
+// outside themselves. A text or an array that is longer than its field is refused with DISP_E_OVERFLOW.
 HRESULT make_record_info(const TypeRow& row, IRecordInfo** info);
 
 }  // namespace kestrine::scripting
