@@ -11,12 +11,7 @@ namespace {
 
 bool write_bytes(const Value& value, std::span<const std::uint8_t> packet, VARIANT& bytes) {
   const auto found = protocol::counted_bytes(packet, value.offset);
-  SAFEARRAY* const array = found ? connection::make_byte_array(*found) : nullptr;
-  if (array == nullptr) return false;
-  VariantInit(&bytes);
-  bytes.vt = VT_ARRAY | VT_UI1;
-  bytes.parray = array;
-  return true;
+  return found && connection::put_byte_array(*found, bytes);
 }
 
 }  // namespace

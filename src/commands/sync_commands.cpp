@@ -165,7 +165,9 @@ const protocol::Error* SyncCommandObject::read_outputs(const MemberRow& row, Arg
   if (row.outputs_when_good && last_result_status_ != VL_RS_AllOK) return nullptr;
   const ReceiveBuffers::Buffer source = connection.buffers().for_type(packet_type(row.source));
   const bool any_type = row.result_type == -1 || connection.accepts_any_statistic_mode();
-  if (!any_type && wire::load_i32(source.bytes + 4) != row.result_type) return &protocol::error::kStatisticMode;
+  if (!any_type && wire::load_i32(source.bytes + connection::kTypeOffset) != row.result_type) {
+    return &protocol::error::kStatisticMode;
+  }
   return write_outputs(row, source.content(), arguments) ? nullptr : &protocol::error::kByteArray;
 }
 

@@ -34,6 +34,15 @@ SAFEARRAY* make_byte_array(std::span<const std::uint8_t> bytes) {
   return array;
 }
 
+bool put_byte_array(std::span<const std::uint8_t> bytes, VARIANT& variant) {
+  SAFEARRAY* const array = make_byte_array(bytes);
+  if (array == nullptr) return false;
+  VariantInit(&variant);
+  variant.vt = VT_ARRAY | VT_UI1;
+  variant.parray = array;
+  return true;
+}
+
 SAFEARRAY* array_of(const VARIANT* variant) {
   if (variant != nullptr && variant->vt == (VT_BYREF | VT_VARIANT)) variant = variant->pvarVal;
   if (variant == nullptr || (variant->vt & VT_ARRAY) == 0) return nullptr;

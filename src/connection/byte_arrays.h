@@ -11,6 +11,8 @@ namespace kestrine::connection {
 
 // A copy of the bytes, for the caller to destroy; null when there is no memory for it.
 SAFEARRAY* make_byte_array(std::span<const std::uint8_t> bytes);
+// Puts such a copy into a variant, whatever that holds; false, and the variant as it was, when there is no memory.
+bool put_byte_array(std::span<const std::uint8_t> bytes, VARIANT& variant);
 // The array in a variant, or in what a variant refers to; null when there is none.
 SAFEARRAY* array_of(const VARIANT* variant);
 // The bytes of a one-dimensional array of bytes, which may be empty; nothing for anything else.

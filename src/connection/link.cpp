@@ -13,6 +13,7 @@ constexpr std::uint16_t kSocketsVersion = 0x0101;
 constexpr std::int32_t kReceiveBufferBytes = 256 * 1024;  // large continuous blocks in few notifications
 constexpr std::int32_t kConnectStep = 100;                // milliseconds between two looks at a pending connect
 
+// What has a dot but is no address is found all the same: its connect fails. Kept.
 std::optional<platform::AddressWord> find_address(const std::string& name) {
   if (name.find('.') != std::string::npos) return platform::parse_dotted_address(name);
   return platform::resolve_host_name(name);

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "connection/byte_arrays.h"
+#include "connection/packet_reader.h"
 #include "kestrine/continuous.h"
 #include "kestrine/records.h"
 #include "kestrine/wire.h"
@@ -18,7 +19,6 @@ using PointLayout = ContinuousLayout<MultiMeasResultT>;
 using Point2Layout = ContinuousLayout<MultiMeasResult2T>;
 using ProbeLayout = ContinuousLayout<ProbeContinuousResultT>;
 
-constexpr std::size_t kTypeOffset = offsetof(PacketHeaderT, type);
 constexpr std::size_t kCommandOffset = offsetof(BasicCommandRT, command);
 constexpr std::size_t kCountOffset = PointLayout::count;
 static_assert(kCountOffset == ProbeLayout::count);

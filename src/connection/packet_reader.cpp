@@ -7,7 +7,6 @@
 namespace kestrine::connection {
 namespace {
 
-constexpr std::int32_t kHeaderBytes = 8;
 constexpr std::int32_t kMostPeeks = 30;
 constexpr std::int32_t kMostReads = 64;      // for one packet
 constexpr std::int32_t kMostDiscards = 128;  // reads for a packet and for throwing away, together
@@ -47,8 +46,8 @@ bool PacketReader::on_readable(ReceiveBuffers& buffers) {
   peek_tries_ = 0;
   attempts_ = 0;
 
-  const std::int32_t size = wire::load_i32(header_.data());
-  const std::int32_t type = wire::load_i32(header_.data() + 4);
+  const std::int32_t size = wire::load_i32(header_.data() + kSizeOffset);
+  const std::int32_t type = wire::load_i32(header_.data() + kTypeOffset);
   const ReceiveBuffers::Buffer buffer = buffers.for_type(type);
   const bool valid =
       ok && peeked + held_ == kHeaderBytes && size >= kHeaderBytes && size < buffer.capacity && type >= 0;

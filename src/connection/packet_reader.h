@@ -10,6 +10,11 @@
 
 namespace kestrine::connection {
 
+// The header that begins every packet: its size, itself included, and its data type.
+inline constexpr std::int32_t kSizeOffset = 0;
+inline constexpr std::int32_t kTypeOffset = 4;
+inline constexpr std::int32_t kHeaderBytes = 8;
+
 // One packet in its buffer, of which it fills the first `length` bytes.
 struct ReceivedPacket {
   const std::uint8_t* bytes;
@@ -66,7 +71,7 @@ class PacketReader {
   PacketConsumer& consumer_;
   std::int32_t peek_tries_ = 0;  // notifications in a row on which the header was not complete
   std::int32_t held_ = 0;        // header bytes already taken out of the source
-  std::array<std::uint8_t, 8> header_{};
+  std::array<std::uint8_t, kHeaderBytes> header_{};
   std::int32_t attempts_ = 0;  // reads made for the packet at hand
 };
 

@@ -13,11 +13,9 @@
 namespace kestrine::dispatch {
 namespace {
 
-using connection::Connection, connection::ReceivedPacket;
+using connection::Connection, connection::ReceivedPacket, connection::kSizeOffset, connection::kTypeOffset;
 
 // Offsets that every packet of the kind shares.
-constexpr std::int32_t kSizeOffset = 0;
-constexpr std::int32_t kTypeOffset = 4;
 constexpr std::int32_t kStatusOffset = 8;         // of measurement packets; the change of a status change
 constexpr std::int32_t kCommandOffset = 8;        // of answers and error packets
 constexpr std::int32_t kAnswerStatusOffset = 12;  // of answers and error packets
@@ -65,7 +63,7 @@ void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& receive
   Delivery delivery{connection, packet, connection.is_used_by(CommandSet::kSync) ? held.sync : nullptr,
                     connection.fires_events_to(CommandSet::kSync) ? held.sync : nullptr,
                     connection.fires_events_to(CommandSet::kAsync) ? held.async : nullptr};
-  // A received packet has its eight header bytes at the least.
+  // A received packet has its header at the least.
   const std::int32_t type = word(packet, kTypeOffset);
   if (received.length > received.capacity || received.length <= 0 || received.length != word(packet, kSizeOffset) ||
       type < VL_DT_Command || type > VL_DT_ProbePosResult) {

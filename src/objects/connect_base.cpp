@@ -61,12 +61,7 @@ HRESULT ConnectBase::select_notification(KR_NotifyMethod method, std::int32_t ta
 HRESULT ConnectBase::copy_latest_packet(VARIANT* data) {
   if (data == nullptr) return E_POINTER;
   // A fresh array for every call: the caller destroys it when it likes.
-  SAFEARRAY* array = connection::make_byte_array(buffers().latest());
-  if (array == nullptr) return fail(protocol::error::kByteArray);
-  VariantInit(data);
-  data->vt = VT_ARRAY | VT_UI1;
-  data->parray = array;
-  return S_OK;
+  return connection::put_byte_array(buffers().latest(), *data) ? S_OK : fail(protocol::error::kByteArray);
 }
 
 HRESULT ConnectBase::extract_image(const VARIANT* packet, std::int32_t* size, VARIANT* file) {

@@ -42,7 +42,7 @@ class WindowProcedure {
   ~WindowProcedure() = default;
 };
 
-// A window without a face: a handle to which messages can be addressed. 0 when none can be made.
+// A hidden window: a handle to which messages can be addressed. 0 when none can be made.
 KESTRINE_HOST_API WindowHandle create_window(WindowProcedure& procedure, std::u16string_view name);
 // Drops the window's timers, notifications and undelivered messages with it. False for an unknown handle.
 KESTRINE_HOST_API bool destroy_window(WindowHandle window);

@@ -1,6 +1,6 @@
-// What the library says without being asked: message boxes, beeps, log lines and window messages; and what it asks its
-// host. None ever blocks here; a host can take all over (host.h). A message box goes to standard error by default, the
-// others nowhere.
+// Notices to the host: message boxes, beeps, log lines and window messages; and the question whether a waiting call is
+// to end. None ever blocks here; a host can take all over (host.h). A message box goes to standard error by default,
+// the others nowhere.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The socket notifications of one thread: turns what the kernel says of a socket into queued messages.
+// The socket notifications of one thread: what the kernel reports of a socket becomes queued messages.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 namespace kestrine::platform {
 
 // The kernel's notices are level-triggered. As long as messages are read as they come, a socket simply stays in the
-// epoll set; it is taken out only when the kernel has something to say that must not be reported now (bytes that
+// epoll set; it is taken out only when the kernel would go on reporting what nobody must get now (bytes that
 // nobody reads, a closing that has been reported), and put back by the next receive(), so that no wait spins on it.
 class SocketWatches {
  public:

@@ -64,7 +64,7 @@ class ThreadLoop {
   bool take_queued(Message& message);
   bool take_timer(Message& message);
   bool take_late_timer(Message& message);
-  // Moves what the kernel has to say into the queue. False when a signal handler ended the wait.
+  // Moves what the kernel reports into the queue. False when a signal handler ended the wait.
   bool poll(std::optional<std::chrono::nanoseconds> wait);
   bool poll_or_wait(std::optional<TimePoint> until);
   std::optional<std::chrono::nanoseconds> time_to_wait(std::optional<TimePoint> until) const;
