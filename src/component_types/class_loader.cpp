@@ -101,7 +101,7 @@ std::string class_key(const std::string& clsid, const char* subkey) {
   return std::string(kClasses) + "\\" + clsid + "\\" + subkey;
 }
 
-// What a class's key says; REGDB_E_CLASSNOTREG when nobody has registered it.
+// The value in a class's key; REGDB_E_CLASSNOTREG when nobody has registered it.
 HRESULT look_up_class(REFCLSID clsid, const char* subkey, std::string& value) {
   const std::string id = to_text(clsid);
   const HRESULT status = look_up(class_key(id, subkey), value);

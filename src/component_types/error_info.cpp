@@ -10,18 +10,18 @@
 
 namespace {
 
-// Plain thread-locals, still readable after the reaper has run: static objects may report later than that.
+// Plain thread-locals, still readable after SlotCleanup has run: static objects may report later than that.
 thread_local IErrorInfo* slot = nullptr;
-thread_local bool slot_gone = false;
+thread_local bool is_slot_closed = false;
 
-void let_go(IErrorInfo* info) {
+void release(IErrorInfo* info) {
   if (info != nullptr) info->Release();
 }
 
-struct Reaper {
-  ~Reaper() {
-    slot_gone = true;
-    let_go(std::exchange(slot, nullptr));
+struct SlotCleanup {
+  ~SlotCleanup() {
+    is_slot_closed = true;
+    release(std::exchange(slot, nullptr));
   }
 };
 
@@ -29,11 +29,11 @@ struct Reaper {
 
 HRESULT SetErrorInfo(ULONG reserved, IErrorInfo* info) {
   if (reserved != 0) return E_INVALIDARG;
-  if (slot_gone) return S_OK;
-  static thread_local Reaper reaper;
+  if (is_slot_closed) return S_OK;
+  static thread_local SlotCleanup cleanup;
   if (info != nullptr) info->AddRef();
-  // The slot holds the new one before the old one goes, whose last Release() may come back here.
-  let_go(std::exchange(slot, info));
+  // The slot holds the new one before the old one is released, whose last Release() may call back here.
+  release(std::exchange(slot, info));
   return S_OK;
 }
 

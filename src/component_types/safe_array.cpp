@@ -109,7 +109,7 @@ bool copy_elements(const SAFEARRAY* array, SAFEARRAY* copy) {
   std::memcpy(copy->pvData, array->pvData, count_of(array) * array->cbElements);
   bool complete = true;
   for_each_owner(copy, [&](VARIANT& element) {
-    if (is_variant_type(element.vt) && SUCCEEDED(own(element))) return;
+    if (is_variant_type(element.vt) && SUCCEEDED(make_own(element))) return;
     VariantInit(&element);
     complete = false;
   });

@@ -12,7 +12,7 @@ bool is_variant_type(VARTYPE type) {
   return base <= VT_UNKNOWN || (base >= VT_I1 && base <= VT_UINT);
 }
 
-HRESULT own(VARIANT& copy) {
+HRESULT make_own(VARIANT& copy) {
   if ((copy.vt & VT_BYREF) != 0) return S_OK;
   if ((copy.vt & VT_ARRAY) != 0) return SafeArrayCopy(copy.parray, &copy.parray);
   switch (copy.vt) {
@@ -40,7 +40,7 @@ HRESULT own(VARIANT& copy) {
   }
 }
 
-HRESULT look_at(const VARIANT& from, VARIANT& value) {
+HRESULT dereference(const VARIANT& from, VARIANT& value) {
   if (!is_variant_type(from.vt)) return DISP_E_BADVARTYPE;
   value = from;
   if ((from.vt & VT_BYREF) == 0) return S_OK;
@@ -53,7 +53,7 @@ HRESULT look_at(const VARIANT& from, VARIANT& value) {
   }
   if (value.vt == VT_VARIANT) {
     // One step further, but not on and on: references could go round in a circle.
-    return from.pvarVal->vt == (VT_BYREF | VT_VARIANT) ? E_INVALIDARG : look_at(*from.pvarVal, value);
+    return from.pvarVal->vt == (VT_BYREF | VT_VARIANT) ? E_INVALIDARG : dereference(*from.pvarVal, value);
   }
   const ULONG size = value_size(value.vt);
   if (size == 0) return DISP_E_BADVARTYPE;
@@ -113,14 +113,14 @@ HRESULT VariantCopy(VARIANT* to, const VARIANT* from) {
   if (!is_variant_type(from->vt)) return DISP_E_BADVARTYPE;
   // The copy comes first: `from` may be part of what `to` gives up.
   VARIANT copy = *from;
-  const HRESULT result = own(copy);
+  const HRESULT result = make_own(copy);
   return FAILED(result) ? result : replace(*to, copy);
 }
 
 HRESULT VariantCopyInd(VARIANT* to, const VARIANT* from) {
   if (to == nullptr || from == nullptr) return E_INVALIDARG;
   VARIANT value;
-  const HRESULT result = look_at(*from, value);
+  const HRESULT result = dereference(*from, value);
   if (FAILED(result)) return result;
   return to == from && to->vt == value.vt ? S_OK : VariantCopy(to, &value);
 }

@@ -258,7 +258,7 @@ HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID, USHORT flags
   if (to == nullptr || from == nullptr) return E_INVALIDARG;
   if (!is_variant_type(type)) return DISP_E_BADVARTYPE;
   VARIANT value;
-  if (const HRESULT result = look_at(*from, value); FAILED(result)) return result;
+  if (const HRESULT result = dereference(*from, value); FAILED(result)) return result;
   if (value.vt == type) return VariantCopyInd(to, from);
   VARIANT changed{};
   changed.vt = type;

@@ -42,10 +42,10 @@ constexpr ULONG value_size(VARTYPE type) {
 bool is_variant_type(VARTYPE type);
 
 // Makes the bits copied from another variant a value of its own. On failure it owns nothing.
-HRESULT own(VARIANT& copy);
+HRESULT make_own(VARIANT& copy);
 
 // The value that `from` holds or points at, without a copy of its own: nothing to clear.
-HRESULT look_at(const VARIANT& from, VARIANT& value);
+HRESULT dereference(const VARIANT& from, VARIANT& value);
 
 // Gives `to` the value, which it owns from then on, for the one that it has. On failure the value is cleared.
 HRESULT replace(VARIANT& to, VARIANT value);

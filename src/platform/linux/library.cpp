@@ -16,7 +16,7 @@ std::u16string library_path(const void* inside) {
   const auto named = std::filesystem::absolute(library.dli_fname, failed);
   if (failed) return {};
   const auto directory = std::filesystem::canonical(named.parent_path(), failed);
-  // Whoever may not look into a folder on the way has to do with the path as it was given.
+  // Where a folder on the way cannot be read, the path stays as it was given.
   return to_utf16((failed ? named.lexically_normal() : directory / named.filename()).string());
 }
 

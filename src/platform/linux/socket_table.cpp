@@ -11,7 +11,7 @@
 namespace kestrine::platform {
 namespace {
 
-// As many as Linux lets a process have unless told otherwise. A plain table, indexed by descriptor, needs no lock
+// As many as Linux lets a process have by default. A plain table, indexed by descriptor, needs no lock
 // and is still there when the last static object closes its socket; untouched pages of it take no memory.
 std::array<SocketRecord, 1 << 20> table;
 

@@ -16,13 +16,13 @@ constexpr int kMessagesBetweenTimers = 64;
 
 std::atomic<WindowHandle> last_window = 0;
 
-// Plain thread-locals, still readable after the reaper has run. They are read several times for each packet, and so
+// Plain thread-locals, still readable after LoopCleanup has run. They are read several times for each packet, and so
 // lie where a single instruction finds them.
 [[gnu::tls_model("initial-exec")]] thread_local ThreadLoop* thread_loop = nullptr;
 [[gnu::tls_model("initial-exec")]] thread_local bool thread_loop_gone = false;
 
-struct Reaper {
-  ~Reaper() {
+struct LoopCleanup {
+  ~LoopCleanup() {
     thread_loop_gone = true;
     delete std::exchange(thread_loop, nullptr);
   }
@@ -32,7 +32,7 @@ struct Reaper {
 
 ThreadLoop* ThreadLoop::current() {
   if (thread_loop == nullptr && !thread_loop_gone) {
-    static thread_local Reaper reaper;
+    static thread_local LoopCleanup cleanup;
     thread_loop = new ThreadLoop;
   }
   return thread_loop;
