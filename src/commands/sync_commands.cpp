@@ -72,7 +72,7 @@ HRESULT SyncCommandObject::perform(int dispid, Argument* arguments) {
   if (const HRESULT result = check(row); result != S_OK) return result;
   const protocol::Request request = build(row, arguments);
   if (!row.sends_only) {
-    last_result_status_ = VL_RS_Unknown;
+    call_status_ = VL_RS_Unknown;
     timed_out_ = false;
   }
   if (const HRESULT result = send(row, request); FAILED(result) || row.sends_only) return result;
@@ -132,8 +132,8 @@ void SyncCommandObject::wait_for_answer(const MemberRow& row, Connection& connec
     if (is_awaiting_answer(command) && platform::host_gives_up()) cancel_wait();
   }
   // Whatever else ended the wait, an old result is never handed out as a new one.
-  if (row.waits_for_result && last_result_status_ == VL_RS_AllOK && measurement.results() == results_before) {
-    last_result_status_ = VL_RS_Unknown;
+  if (row.waits_for_result && call_status_ == VL_RS_AllOK && measurement.results() == results_before) {
+    call_status_ = VL_RS_Unknown;
   }
 }
 
@@ -162,7 +162,7 @@ void SyncCommandObject::fire_deferred_events() {
 
 const protocol::Error* SyncCommandObject::read_outputs(const MemberRow& row, Argument* arguments,
                                                        Connection& connection) {
-  if (row.outputs_when_good && last_result_status_ != VL_RS_AllOK) return nullptr;
+  if (row.outputs_when_good && call_status_ != VL_RS_AllOK) return nullptr;
   const ReceiveBuffers::Buffer source = connection.buffers().for_type(packet_type(row.source));
   const bool any_type = row.result_type == -1 || connection.accepts_any_statistic_mode();
   if (!any_type && wire::load_i32(source.bytes + connection::kTypeOffset) != row.result_type) {
@@ -173,26 +173,26 @@ const protocol::Error* SyncCommandObject::read_outputs(const MemberRow& row, Arg
 
 // A call that ran out keeps the status 36, and only with increased timeouts gets the number of its failure: kept.
 std::u16string SyncCommandObject::explain_status(std::int32_t command) {
-  if (!timed_out_) return protocol::bad_answer_text(command, last_result_status_);
-  if (increased_timeouts_ && last_result_status_ == VL_RS_Unknown) {
-    last_result_status_ = protocol::error::kTimedOut.number;
+  if (!timed_out_) return protocol::bad_answer_text(command, call_status_);
+  if (increased_timeouts_ && call_status_ == VL_RS_Unknown) {
+    call_status_ = protocol::error::kTimedOut.number;
   }
   return protocol::timeout_text(command);
 }
 
 void SyncCommandObject::report_status(std::int32_t command) {
-  if (last_result_status_ == VL_RS_AllOK) return;
-  speeds_.clear_blocked(command, last_result_status_);
+  if (call_status_ == VL_RS_AllOK) return;
+  speeds_.clear_blocked(command, call_status_);
   const std::u16string text = explain_status(command);
-  generation_.errors().report_sync_status(last_result_status_, text);
+  generation_.errors().report_sync_status(call_status_, text);
 }
 
 HRESULT SyncCommandObject::finish_call(std::int32_t command) {
   HRESULT result = S_OK;
-  if (last_result_status_ != VL_RS_AllOK) {
-    speeds_.clear_blocked(command, last_result_status_);
+  if (call_status_ != VL_RS_AllOK) {
+    speeds_.clear_blocked(command, call_status_);
     const std::u16string text = explain_status(command);  // may set the status
-    const std::int32_t status = last_result_status_;
+    const std::int32_t status = call_status_;
     dispatch::ErrorReporting& errors = generation_.errors();
     if (protocol::warning_row(status) != 0) {
       errors.report_sync_status(status, text);

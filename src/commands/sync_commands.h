@@ -30,7 +30,7 @@ class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
   void cancel_wait() override;
   void time_out() override;
 
-  void set_last_result_status(std::int32_t status) override { last_result_status_ = status; }
+  void set_call_status(std::int32_t status) override { call_status_ = status; }
   void report_status(std::int32_t command) override;
 
   bool must_defer(std::int32_t status_change) const override;
@@ -57,7 +57,7 @@ class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
   std::int32_t pending_command_ = -1;
   bool awaits_result_ = false;  // of the pending command
   bool timed_out_ = false;
-  std::int32_t last_result_status_ = 0;
+  std::int32_t call_status_ = 0;
   std::deque<std::int32_t> deferred_;  // only status changes are ever held back
 };
 

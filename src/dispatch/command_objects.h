@@ -55,7 +55,8 @@ class SyncCommands : public CommandObject {
   // The command's time is over.
   virtual void time_out() = 0;
 
-  virtual void set_last_result_status(std::int32_t status) = 0;
+  // What the waiting call, or else the latest one, came to. The status received last is the connection's.
+  virtual void set_call_status(std::int32_t status) = 0;
   // Error information for the status at hand and no more: fires nothing, ends nothing.
   virtual void report_status(std::int32_t command) = 0;
 

@@ -168,7 +168,7 @@ void Dispatcher::end_wait_by_answer(const Delivery& delivery, std::int32_t comma
   const bool measures = sync.is_awaiting_result(command) &&
                         (command != VL_C_StartMeasurement || !connection.measurement().is_start_acknowledged());
   if (!measures || status != VL_RS_AllOK) {
-    sync.set_last_result_status(status);
+    sync.set_call_status(status);
     sync.end_wait(command);  // whichever command waits
   }
   if (command != VL_C_StartMeasurement) return;
@@ -229,7 +229,7 @@ void Dispatcher::on_error(const Delivery& delivery) {
   const std::int32_t command = word(delivery.packet, kCommandOffset);
   const std::int32_t status = word(delivery.packet, kAnswerStatusOffset);
   if (delivery.sync != nullptr) {
-    delivery.sync->set_last_result_status(status);
+    delivery.sync->set_call_status(status);
     if (command == VL_C_Unknown) {
       delivery.sync->report_status(command);
       delivery.sync->event_source().fire(protocol::sync_event::ErrorEvent, {command, status});
@@ -248,7 +248,7 @@ void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
   connection.measurement().on_result();
   const bool consumed = delivery.waiting != nullptr && delivery.waiting->is_answer_pending();
   if (consumed) {
-    delivery.waiting->set_last_result_status(status);
+    delivery.waiting->set_call_status(status);
     const bool starts = delivery.waiting->is_awaiting_answer(VL_C_StartMeasurement);
     delivery.waiting->end_wait(starts ? VL_C_StartMeasurement : VL_C_GoAndMeasure);
   }
@@ -276,7 +276,7 @@ void Dispatcher::on_probe_result(const Delivery& delivery) {
   connection.measurement().on_result();
   connection.measurement().set_legacy_stationary(mode == VL_MM_Standard);
   if (delivery.waiting != nullptr && delivery.waiting->is_answer_pending()) {
-    delivery.waiting->set_last_result_status(status);
+    delivery.waiting->set_call_status(status);
     delivery.waiting->end_wait(VL_C_StartMeasurement);
   }
 
@@ -302,7 +302,7 @@ void Dispatcher::on_probe_result(const Delivery& delivery) {
 void Dispatcher::on_tiltra_result(const Delivery& delivery) {
   const std::int32_t status = word(delivery.packet, kStatusOffset);
   if (delivery.waiting != nullptr && delivery.waiting->is_answer_pending()) {
-    delivery.waiting->set_last_result_status(status);
+    delivery.waiting->set_call_status(status);
     delivery.waiting->end_wait(VL_C_StartTiltraMeasurement);
   }
   if (delivery.async != nullptr && is_good_or_reported(VL_C_StartTiltraMeasurement, status)) {
