@@ -29,12 +29,10 @@ IUnknown* unknown_of(CommandObject* object) {
   return object == nullptr ? nullptr : object->unknown();
 }
 
-void fire_sync(SyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
-  object.event_source().fire(protocol::sync_events()[static_cast<std::size_t>(dispid) - 1], packet);
-}
-
-void fire_async(AsyncCommands& object, std::int32_t dispid, const std::uint8_t* packet) {
-  object.event_source().fire(protocol::async_events()[static_cast<std::size_t>(dispid) - 1], packet);
+// The event with that identifier on the object's side, its arguments from the packet.
+void fire(CommandObject& object, std::int32_t dispid, const std::uint8_t* packet) {
+  const auto events = object.command_set == CommandSet::kSync ? protocol::sync_events() : protocol::async_events();
+  object.event_source().fire(events[static_cast<std::size_t>(dispid) - 1], packet);
 }
 
 // The two command objects in use now, kept alive: a handler may drop the last reference to either, or put another one
@@ -153,8 +151,8 @@ void Dispatcher::on_malformed(const Delivery& delivery, std::int32_t type) {
 
 // Counted and announced, without a test of their status; the application fetches the bytes itself.
 void Dispatcher::on_data(const Delivery& delivery, std::int32_t sync_event, std::int32_t async_event) {
-  if (delivery.sync != nullptr) fire_sync(*delivery.sync, sync_event, delivery.packet);
-  if (delivery.async != nullptr) fire_async(*delivery.async, async_event, delivery.packet);
+  if (delivery.sync != nullptr) fire(*delivery.sync, sync_event, delivery.packet);
+  if (delivery.async != nullptr) fire(*delivery.async, async_event, delivery.packet);
 }
 
 // --- Answers and errors
@@ -261,9 +259,9 @@ void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
   const std::int32_t async_id =
       stationary ? (extended ? async_event::StationaryPoint2MeasData : async_event::StationaryPointMeasData)
                  : (extended ? async_event::CenterPoint2Data : async_event::CenterPointData);
-  if (delivery.sync != nullptr && !(stationary && consumed)) fire_sync(*delivery.sync, sync_id, delivery.packet);
+  if (delivery.sync != nullptr && !(stationary && consumed)) fire(*delivery.sync, sync_id, delivery.packet);
   if (delivery.async != nullptr && is_good_or_reported(VL_C_StartMeasurement, status)) {
-    fire_async(*delivery.async, async_id, delivery.packet);
+    fire(*delivery.async, async_id, delivery.packet);
   }
 }
 
@@ -286,16 +284,15 @@ void Dispatcher::on_probe_result(const Delivery& delivery) {
   if (delivery.sync != nullptr) {
     if (standard) {
       if (is_good_or_reported(VL_C_StartMeasurement, status)) {
-        fire_sync(*delivery.sync, sync_event::StationaryProbeMeasData, delivery.packet);
+        fire(*delivery.sync, sync_event::StationaryProbeMeasData, delivery.packet);
       }
     } else if (!is_6d) {
-      fire_sync(*delivery.sync, sync_event::CenterPointProbeData, delivery.packet);
+      fire(*delivery.sync, sync_event::CenterPointProbeData, delivery.packet);
     }
   }
   if (delivery.async != nullptr && is_good_or_reported(VL_C_StartMeasurement, status)) {
-    fire_async(*delivery.async,
-               standard || is_6d ? async_event::StationaryProbeMeasData : async_event::CenterPointProbeData,
-               delivery.packet);
+    fire(*delivery.async, standard || is_6d ? async_event::StationaryProbeMeasData : async_event::CenterPointProbeData,
+         delivery.packet);
   }
 }
 
@@ -306,7 +303,7 @@ void Dispatcher::on_tiltra_result(const Delivery& delivery) {
     delivery.waiting->end_wait(VL_C_StartTiltraMeasurement);
   }
   if (delivery.async != nullptr && is_good_or_reported(VL_C_StartTiltraMeasurement, status)) {
-    fire_async(*delivery.async, protocol::async_event::TiltraMeasurementData, delivery.packet);
+    fire(*delivery.async, protocol::async_event::TiltraMeasurementData, delivery.packet);
   }
 }
 
