@@ -37,7 +37,7 @@ def from_values(record, values, prefix=""):
 
 def reply_to(method, dice):
     """What the server answers, and what the call returns of it."""
-    if method.still_image:
+    if any(parameter.type == "variant" for parameter in method.parameters):
         return IMAGE_PACKET, (40, IMAGE)
     if method.source == "none":
         return b"" if method.sends_only else answer(method.command.code), None
@@ -76,7 +76,7 @@ def call_in_other_case(target, method, arguments):
 def test_a_call_sends_its_inputs_and_one_that_waits_returns_its_outputs(early_wake, tracker, sender, peer, dice,
                                                                         wait_for, method):
     modes = kestrine.VL_MeasMode
-    tracker.SetMeasurementMode(modes.VL_MM_ContinuousTime if method.family.startswith("continuous")
+    tracker.SetMeasurementMode(modes.VL_MM_ContinuousTime if method.mode.startswith("continuous")
                                else modes.VL_MM_Standard)
     if method.speed:
         tracker.StopMove()  # the drives begin at rest

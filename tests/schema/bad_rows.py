@@ -12,7 +12,7 @@ BAD_ROWS = [
     (COMMANDS, "code = 2", 'code = "2"', "code must be of type int"),
     (RECORDS, "size = 12\n", "sizes = 12\n", "sizes is no key here; there are: name, doc,"),
     (RECORDS, '[[record]]\nname = "SpeedT"', '[[rekord]]\n[[record]]\nname = "SpeedT"',
-     "rekord is no table; there are: command"),
+     "rekord is no table here; there are: command"),
     (COMMANDS, "[[command.member]]", "[[command.membre]]", "membre is no table here; there are: member"),
     (REST, "texts = [", "textes = []\ntexts = [", "textes is no key here; there are: "),
     # Names and numbers
