@@ -46,27 +46,29 @@ TEST(Charts, escape_what_the_tracker_calls_itself) {
   EXPECT_EQ(chart.find('\x01'), std::string::npos);
 }
 
-TEST(Charts, name_their_axes_with_units_in_either_scale) {
-  const std::string close = draw_chart(measurement_of(Kind::kStationary, still_points(10)));
-  for (const char* name : {"X relative to 2000.0020 mm [µm]", "deviation [µm]", "point number"}) {
-    EXPECT_EQ(count_of(close, name), 1u) << name;
-  }
-  const std::string wide = draw_chart(measurement_of(Kind::kStream, arc_of(kTurn, 500)));
-  for (const char* name : {">X [mm]<", ">Y [mm]<", "time [s]", "Deviation from the fitted circle", ">radial<"}) {
-    EXPECT_EQ(count_of(wide, name), 1u) << name;
-  }
-}
-
-TEST(Charts, show_what_suits_the_measurement) {
+TEST(Charts, name_what_suits_the_measurement_with_its_units) {
   auto probe = measurement_of(Kind::kStream, arc_of(kTurn, 300));
   probe.attitudes.resize(300);
-  EXPECT_EQ(count_of(draw_chart(probe), "angle [°]"), 1u);
   auto spaced = measurement_of(Kind::kStream, arc_of(kTurn, 300));
   spaced.spaced = true;
   spaced.manner = "5 mm apart";
-  for (const char* words : {"Distance from the point before", "distance [mm]", "s, 5 mm apart</text>"}) {
-    EXPECT_EQ(count_of(draw_chart(spaced), words), 1u) << words;
+  const struct {
+    Measurement measurement;
+    std::vector<const char*> words;
+  } cases[] = {
+      {measurement_of(Kind::kStationary, still_points(10)),
+       {"X relative to 2000.0020 mm [µm]", "deviation [µm]", "point number"}},
+      {measurement_of(Kind::kStream, arc_of(kTurn, 500)),
+       {">X [mm]<", ">Y [mm]<", "time [s]", "Deviation from the fitted circle", ">radial<"}},
+      {probe, {"angle [°]"}},
+      {spaced, {"Distance from the point before", "distance [mm]", "s, 5 mm apart</text>"}},
+  };
+  for (const auto& [measurement, words] : cases) {
+    for (const char* each : words) EXPECT_EQ(count_of(draw_chart(measurement), each), 1u) << each;
   }
+}
+
+TEST(Charts, show_a_centre_with_its_ellipse_whatever_its_deviations) {
   Point point = point_at(1900, 350, 50);
   for (const Vector& deviation : {Vector{0.01, 0.02, 0.03}, Vector{}, Vector{0, 1e-9, 5}}) {
     point.deviation = deviation;
