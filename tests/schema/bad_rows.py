@@ -39,7 +39,7 @@ BAD_ROWS = [
     (RECORDS, '"VL_DT_SingleMeasResult"', '"VL_DT_Blok"', "VL_DT_Blok is no data type; there are: VL_DT_Command, "),
     (RECORDS, '"VL_DT_SingleMeasResult"', '"VL_DT_Command"', "the data type VL_DT_Command stands already at"),
     # Commands
-    (COMMANDS, "request_size = 24", "request_size = 28", "Measure is said to have 28 bytes, but its parameters end at 24"),
+    (COMMANDS, "request_size = 24", "request_size = 28", "said to have 28 bytes, but its parameters end at 24"),
     (COMMANDS, "request_size = 24\n", "", "request_size is missing", "[[command]]\ncode = 5"),
     (COMMANDS, "answer_size = 84\n", "", "the size of GetNamesRT must be stated", "answer = [\n"),
     (COMMANDS, "sent = false", "sent = false\nids = { async = 4 }", "is never sent and has ids", "ids = { async = 4 }"),
@@ -57,7 +57,7 @@ BAD_ROWS = [
     (COMMANDS, "{ async = 2 }", "{ asinc = 2 }", "asinc is no kind of identifier; there are: sync, ex, async"),
     (COMMANDS, "measure time + find", "measure time + fond", "fond is no wait class; there are: none, standard, find"),
     (COMMANDS, 'speed = "stop"', 'speed = "fast"', "fast is no speed; there are: given,"),
-    (COMMANDS, 'result = "BlockData"', 'result = "BlokData"', "BlokData is no event; there are: CommandCompletedData, "),
+    (COMMANDS, 'result = "BlockData"', 'result = "BlokData"', "BlokData is no event; there are: CommandCompleted"),
     (COMMANDS, 'result = "BlockData"', 'result = "NamesData"', "NamesData is made from no result packet"),
     (COMMANDS, 'result = "BlockData"\n', "", "waits_for_result, but there is no result", "waits_for_result"),
     (COMMANDS, "{ sync = 5, async", "{ ex = 5, async", "neither request nor answer of GetNames is a record"),
