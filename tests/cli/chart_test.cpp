@@ -32,6 +32,7 @@ TEST(Charts, hold_plain_numbers_for_every_figure) {
     for (const auto& points : {still_points(1), still_points(30), still_points(5000), arc_of(kTurn, 3000),
                                std::vector<Point>{point_at(0, 0, 0), point_at(9, 0, 0)}, std::vector<Point>(3)}) {
       const std::string chart = draw_chart(measurement_of(kind, points));
+      EXPECT_EQ(count_of(chart, "<g"), count_of(chart, "</g>"));
       for (const char* wrong : {"nan", "inf", "e+", "e-0"})
         EXPECT_EQ(chart.find(wrong, chart.find("</style>")), std::string::npos);
     }
