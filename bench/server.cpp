@@ -11,8 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "kestrine/records.h"
-#include "kestrine/wire.h"
+#include "bench/packets.h"
 
 namespace kestrine::bench {
 namespace {
@@ -20,7 +19,7 @@ namespace {
 constexpr std::size_t kRequest = 12;
 constexpr std::size_t kAnswer = 16;
 constexpr std::size_t kHeader = 8;
-constexpr std::int32_t kBlockPoints = 1000;
+constexpr std::size_t kBlockPoints = 1000;
 constexpr std::size_t kPositionsTogether = 50;
 
 [[noreturn]] void give_up(const char* what) {
@@ -55,13 +54,6 @@ bool receive_all(int socket, std::uint8_t* into, std::size_t bytes) {
   return recv(socket, into, bytes, MSG_WAITALL) == static_cast<ssize_t>(bytes);
 }
 
-std::vector<std::uint8_t> packet_of(std::size_t size, std::int32_t type) {
-  std::vector<std::uint8_t> packet(size);
-  wire::store_i32(packet.data(), static_cast<std::int32_t>(size));
-  wire::store_i32(&packet[4], type);
-  return packet;
-}
-
 }  // namespace
 
 void pin_to_one_core() {
@@ -73,18 +65,16 @@ void pin_to_one_core() {
 
 // Many to a write: else every packet is a switch between the two threads, and nothing else can be seen.
 Burst position_burst(std::size_t count) {
-  const auto packet = packet_of(RecordTraits<ReflectorPosResultT>::size, VL_DT_ReflectorPosResult);
+  std::vector<std::uint8_t> packet(RecordTraits<ReflectorPosResultT>::size);
+  wire::store_i32(packet.data(), static_cast<std::int32_t>(packet.size()));
+  wire::store_i32(&packet[4], VL_DT_ReflectorPosResult);
   std::vector<std::uint8_t> together;
   for (std::size_t i = 0; i < kPositionsTogether; ++i) together.insert(together.end(), packet.begin(), packet.end());
   return {together, count / kPositionsTogether};
 }
 
 Burst block_burst(std::size_t count) {
-  using Block = RecordTraits<MultiMeasResultT>;
-  Burst burst{packet_of(Block::header_size + kBlockPoints * RecordTraits<MeasValueT>::size, VL_DT_MultiMeasResult),
-              count};
-  wire::store_i32(&burst.bytes[12], kBlockPoints);
-  return burst;
+  return {block_of<MultiMeasResultT>(kBlockPoints), count};
 }
 
 Server::Server(Burst burst) : burst_(std::move(burst)), listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {

@@ -7,6 +7,7 @@ with a bracket. A list with one row may stand in the line of its key.
 
 import re
 import tomllib
+from collections.abc import Sequence
 from pathlib import Path
 
 from .errors import SchemaError, Where, require, require_known
@@ -33,7 +34,7 @@ class Block:
 
 
 class Table(dict):
-    """One [[table]], or what stands before the first of them; its lists of lists are rows."""
+    """One [[table]], or a whole file; its lists of lists are rows."""
 
     def __init__(self, data: dict, block: Block, parts: dict[str, list["Table"]]):
         super().__init__(data)
@@ -75,7 +76,7 @@ class Table(dict):
                 f"{key} must be a list of texts")
         return values
 
-    def allow(self, keys: tuple[str, ...], parts: tuple[str, ...] = ()) -> None:
+    def allow(self, keys: Sequence[str], parts: Sequence[str] = ()) -> None:
         for key in self:
             require_known(key, keys, self.at(key), "key here")
         for kind, tables in self._parts.items():
@@ -86,7 +87,7 @@ class Source:
     """All tables of all files of a folder, by kind, in file order."""
 
     def __init__(self, folder: Path):
-        self._tables: dict[str, list[Table]] = {}
+        self._files: list[Table] = []
         self._kinds: set[str] = set()  # of the tables and the lists that anybody has asked for
         self._lists: set[str] = set()
         self._root = folder.absolute().parent
@@ -95,20 +96,17 @@ class Source:
 
     def tables(self, kind: str) -> list[Table]:
         self._kinds.add(kind)
-        return self._tables.get(kind, [])
+        return [table for file in self._files for table in file.parts(kind)]
 
     def rows(self, key: str, *shapes: tuple[type, ...]) -> list[Row]:
         """The rows of a list that stands before the first table of some file."""
         self._lists.add(key)
-        return [row for table in self._tables.get("", []) if key in table for row in table.rows(key, *shapes)]
+        return [row for file in self._files if key in file for row in file.rows(key, *shapes)]
 
     def check_all_read(self) -> None:
         """What nobody has asked for is misspelt."""
-        for kind, tables in self._tables.items():
-            if kind:
-                require_known(kind, sorted(self._kinds), tables[0].where, "table")
-        for table in self._tables.get("", []):
-            table.allow(tuple(sorted(self._lists)))
+        for file in self._files:
+            file.allow(sorted(self._lists), sorted(self._kinds))
 
     def _read(self, path: Path) -> None:
         text, name = path.read_text(encoding="utf-8"), str(path.relative_to(self._root))
@@ -117,23 +115,15 @@ class Source:
         except tomllib.TOMLDecodeError as error:
             line = re.search(r"at line (\d+)", str(error))
             raise SchemaError(Where(name, int(line[1]) if line else text.count("\n") + 1), str(error)) from error
-        blocks = _blocks(name, text.split("\n"))
-        for kind, tables in _split(data, "", blocks)[1].items():
-            self._tables.setdefault(kind, []).extend(tables)
-        self._tables.setdefault("", []).append(_table(data, "", blocks))
+        self._files.append(_table(data, "", _blocks(name, text.split("\n"))))
 
 
 def _table(data: dict, kind: str, blocks: dict[str, list[Block]]) -> Table:
-    values, parts = _split(data, kind, blocks) if kind else ({key: value for key, value in data.items()
-                                                              if not _is_tables(value)}, {})
-    return Table(values, blocks[kind].pop(0), parts)
-
-
-def _split(data: dict, kind: str, blocks: dict[str, list[Block]]) -> tuple[dict, dict[str, list[Table]]]:
-    """What a table holds itself, and the tables inside it. Every table takes the next place of its kind."""
-    values = {key: value for key, value in data.items() if not _is_tables(value)}
-    inside = {key: f"{kind}.{key}".lstrip(".") for key, value in data.items() if _is_tables(value)}
-    return values, {key: [_table(entry, path, blocks) for entry in data[key]] for key, path in inside.items()}
+    """A table with those inside it. Every one takes the next place of its kind."""
+    block = blocks[kind].pop(0)
+    parts = {key: [_table(entry, f"{kind}.{key}".lstrip("."), blocks) for entry in value]
+             for key, value in data.items() if _is_tables(value)}
+    return Table({key: value for key, value in data.items() if key not in parts}, block, parts)
 
 
 def _is_tables(value) -> bool:

@@ -56,23 +56,18 @@ TEST(Completeness, fails_for_a_stream_that_was_cut_short) {
 }
 
 TEST(Completeness, of_a_centre_fails_without_one_unless_the_user_gave_it_up) {
-  const auto is_missing = [](std::size_t packets, bool given_up) {
-    return !check_centre({.announced = packets, .packets = packets}, given_up).missing.empty();
-  };
-  EXPECT_FALSE(is_missing(1, false));
-  EXPECT_TRUE(is_missing(0, false));
-  EXPECT_FALSE(is_missing(0, true));
+  EXPECT_TRUE(check_centre({.announced = 1, .packets = 1}, false).missing.empty());
+  EXPECT_FALSE(check_centre({}, false).missing.empty());
+  EXPECT_TRUE(check_centre({}, true).missing.empty());
 }
 
 TEST(Completeness, fails_for_packets_that_were_overwritten_and_for_points_that_were_asked_for) {
-  const auto points = row_of(10);
   Reception reception = kAll;
-  reception.announced = 3;
-  EXPECT_EQ(missing(reception, {}, points), "1 packet overwritten before it was read\n");
-  reception = kAll;
   reception.announced_points = 12;
-  EXPECT_EQ(missing(reception, {}, points), "10 points received of 12 announced\n");
-  EXPECT_EQ(missing(kAll, {.points = 11}, points), "1 of 11 points asked for\n");
+  EXPECT_EQ(missing(reception, {}, row_of(10)), "10 points received of 12 announced\n");
+  reception.announced = 3;
+  EXPECT_EQ(missing(reception, {.points = 11}, row_of(10)),
+            "1 packet overwritten before it was read\n1 of 11 points asked for\n");
 }
 
 TEST(Completeness, fails_for_gaps_in_time_and_for_stamps_that_do_not_rise) {

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -26,11 +25,7 @@ class Files : public testing::Test {
   void TearDown() override { fs::remove_all(folder_); }
 
   std::string path(const char* name) const { return (folder_ / name).string(); }
-  std::vector<std::string> names() const {
-    std::vector<std::string> found;
-    for (const auto& entry : fs::directory_iterator(folder_)) found.push_back(entry.path().filename().string());
-    return found;
-  }
+  std::ptrdiff_t count() const { return std::distance(fs::directory_iterator(folder_), {}); }
   static std::string text_of(const std::string& name) {
     std::ostringstream text;
     text << std::ifstream(name).rdbuf();
@@ -43,13 +38,12 @@ class Files : public testing::Test {
 
 TEST_F(Files, appear_only_when_they_are_whole) {
   const OutputFile file(path("new.csv"));
-  EXPECT_TRUE(names().empty());
   file.write([&](std::ostream& out) {
     out << "one\n" << std::flush;
     EXPECT_FALSE(fs::exists(path("new.csv")));
   });
   EXPECT_EQ(text_of(path("new.csv")), "one\n");
-  EXPECT_EQ(names().size(), 1u);
+  EXPECT_EQ(count(), 1);
 }
 
 TEST_F(Files, keep_what_they_held_when_writing_fails) {
@@ -62,7 +56,7 @@ TEST_F(Files, keep_what_they_held_when_writing_fails) {
                std::runtime_error);
   EXPECT_THROW(file.write([](std::ostream& out) { out.setstate(std::ios::badbit); }), Failure);
   EXPECT_EQ(text_of(path("old.csv")), "old");
-  EXPECT_EQ(names().size(), 1u);
+  EXPECT_EQ(count(), 1);
 }
 
 TEST_F(Files, keep_their_permissions_and_the_links_to_them) {
@@ -73,15 +67,6 @@ TEST_F(Files, keep_their_permissions_and_the_links_to_them) {
   EXPECT_TRUE(fs::is_symlink(path("link.csv")));
   EXPECT_EQ(text_of(path("real.csv")), "new");
   EXPECT_EQ(fs::status(path("real.csv")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-}
-
-TEST_F(Files, that_cannot_be_written_are_refused_at_once) {
-  mkfifo(path("pipe").c_str(), 0600);
-  for (const std::string& name :
-       {path("no/such/folder.csv"), folder_.string(), path("pipe"), std::string("/dev/null"), path("pipe/below.csv")}) {
-    EXPECT_THROW(OutputFile{name}, Failure) << name;
-  }
-  EXPECT_EQ(names(), std::vector<std::string>{"pipe"});
 }
 
 Measurement full_measurement(Kind kind, bool extended) {

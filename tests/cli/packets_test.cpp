@@ -46,21 +46,10 @@ TEST(StreamBlocks, give_all_figures_of_their_points_in_order_with_the_trackers_t
   const std::vector<MeasValue2T> second{{VL_MS_AllOK, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}};
   EXPECT_EQ(rows_of(block_of<MultiMeasResult2T>(VL_DT_MultiMeasResult2, second, 1)),
             "1,0,1,2,3,4,5,6,7,8,9,10,21,0,0,0\n");
-  const std::vector<ProbeMeasValueT> probe{{}, {VL_MS_AllOK, VL_TS_TriggerPressed,
-                                                4,           7,
-                                                0,           1,
-                                                2,           3,
-                                                4,           5,
-                                                6,           7,
-                                                8,           9,
-                                                10,          11,
-                                                12,          13,
-                                                14,          15,
-                                                16,          17,
-                                                18,          19,
-                                                20,          21,
-                                                22,          23,
-                                                24}};
+  // clang-format off
+  const std::vector<ProbeMeasValueT> probe{{}, {VL_MS_AllOK, VL_TS_TriggerPressed, 4, 7, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9,
+                                                10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24}};
+  // clang-format on
   EXPECT_EQ(rows_of(block_of<ProbeContinuousResultT>(VL_DT_ContinuousProbeMeasResult, probe, 2)),
             "1,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,21,0,0,0\n"
             "2,7,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,4,1,21,0,0,0\n");

@@ -27,20 +27,16 @@ class RegistrationTest(ToolCase):
         self.assertEqual(self.run_tool("unregister"), "no classes are registered\n")
         self.assertFalse(self.file("user").exists())
 
-    def test_the_systems_classes_are_apart_from_the_users(self):
-        self.run_tool("register", "--system")
+    def test_the_systems_classes_are_apart_from_the_users_and_a_library_is_missed_when_it_is_gone(self):
+        own = self.run_tool("register", "--system").splitlines()[1].split()[-1]
         self.assertEqual([self.file(place).exists() for place in ("user", "system")], [False, True])
-        both = self.run_tool("register")
+        copy = shutil.copy(own, self.folder / "copy.so")
+        both = self.run_tool("register", "--library", "copy.so")
         self.assertLess(both.index(str(self.file("user"))), both.index(str(self.file("system"))))
-        self.assertNotIn(str(self.file("user")), self.run_tool("unregister"))
-
-    def test_another_library_is_registered_and_missed_when_it_is_gone(self):
-        own = self.run_tool("register").splitlines()[1].split()[-1]
-        shutil.copy(own, self.folder / "copy.so")
-        table = self.run_tool("register", "--library", "copy.so")
-        self.assertEqual(table.count(f"{self.folder}/copy.so\n"), 6)
-        (self.folder / "copy.so").unlink()
+        self.assertEqual(both.count(f"{copy}\n"), 6)
+        copy.unlink()
         self.assertEqual(self.run_tool("classes").count("copy.so (missing)\n"), 6)
+        self.assertNotIn(str(self.file("user")), self.run_tool("unregister"))
 
     def test_failures_are_one_line_each(self):
         text = self.folder / "text.so"

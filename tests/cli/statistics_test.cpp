@@ -17,11 +17,11 @@ TEST(Summaries, state_mean_spread_extent_and_rate) {
   EXPECT_EQ(summary.count, 3u);
   EXPECT_DOUBLE_EQ(summary.seconds, 1);
   EXPECT_DOUBLE_EQ(summary.rate, 2);
-  EXPECT_NEAR(summary.mean[0], 2, 1e-12);
-  EXPECT_NEAR(summary.mean[1], 11, 1e-12);
-  EXPECT_NEAR(summary.spread[0], 1, 1e-12);
-  EXPECT_NEAR(summary.spread[1], std::sqrt(3), 1e-12);
-  EXPECT_NEAR(summary.spread[2], 0, 1e-12);
+  const Vector mean{2, 11, -1}, spread{1, std::sqrt(3), 0};
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_NEAR(summary.mean[i], mean[i], 1e-12);
+    EXPECT_NEAR(summary.spread[i], spread[i], 1e-12);
+  }
   EXPECT_EQ(summary.low, (Vector{1, 10, -1}));
   EXPECT_EQ(summary.high, (Vector{3, 13, -1}));
   EXPECT_NEAR(summary.rms_distance, std::sqrt(8.0 / 3), 1e-12);
@@ -45,28 +45,22 @@ TEST(Summaries, keep_micrometres_at_fifty_metres_over_a_million_points) {
   EXPECT_NEAR(summary.spread[0], 0.001, 1e-8);
 }
 
-TEST(Circles, are_found_on_full_turns_and_on_short_arcs) {
+TEST(Circles, are_found_on_full_turns_and_on_short_arcs_in_metres_as_in_micrometres) {
   for (const double arc : {kTurn, kTurn / 2, kTurn / 8}) {
-    const auto circle = fit_circle(arc_of(arc, 400, 0.02));
-    ASSERT_TRUE(circle) << arc;
-    EXPECT_NEAR(circle->x, 2000, 0.2);
-    EXPECT_NEAR(circle->y, -100, 0.2);
-    EXPECT_NEAR(circle->radius, 300, 0.2);
-    EXPECT_NEAR(circle->rms, 0.02, 1e-3);
-    EXPECT_NEAR(circle->arc, arc * 399 / 400, 1e-2);
-    EXPECT_NEAR(circle->radial_deviation(point_at(2000 + 301, -100, 0)), 1, 0.2);
-  }
-}
-
-TEST(Circles, are_found_in_metres_as_in_micrometres) {
-  for (const double scale : {1e-3, 1e3}) {
-    auto points = arc_of(kTurn, 50);
-    for (auto& point : points) {
-      for (double& value : point.position) value *= scale;
+    for (const double scale : {1e-3, 1.0, 1e3}) {
+      auto points = arc_of(arc, 400, 0.02);
+      for (auto& point : points) {
+        for (double& value : point.position) value *= scale;
+      }
+      const auto circle = fit_circle(points);
+      ASSERT_TRUE(circle) << arc;
+      EXPECT_NEAR(circle->x / scale, 2000, 0.2);
+      EXPECT_NEAR(circle->y / scale, -100, 0.2);
+      EXPECT_NEAR(circle->radius / scale, 300, 0.2);
+      EXPECT_NEAR(circle->rms / scale, 0.02, 1e-3);
+      EXPECT_NEAR(circle->arc, arc * 399 / 400, 1e-2);
+      EXPECT_NEAR(circle->radial_deviation(point_at(2301 * scale, -100 * scale, 0)) / scale, 1, 0.2);
     }
-    const auto circle = fit_circle(points);
-    ASSERT_TRUE(circle);
-    EXPECT_NEAR(circle->radius / scale, 300, 1e-6);
   }
 }
 

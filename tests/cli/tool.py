@@ -49,7 +49,8 @@ class ToolCase(unittest.TestCase):
         self.outputs = [word for kind, path in self.files.items() for word in (f"--{kind}", str(path))]
 
     def run_tool(self, *arguments, **keywords):
-        return subprocess.run([TOOL, *arguments], capture_output=True, text=True, timeout=PATIENCE, **keywords)
+        pipes = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
+        return subprocess.run([TOOL, *arguments], text=True, timeout=PATIENCE, **pipes | keywords)
 
     def start_on_terminal(self, *arguments):
         terminal = Terminal()

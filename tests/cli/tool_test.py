@@ -1,11 +1,11 @@
 """Runs the command line tool itself: against its own simulator, against one that is killed, and with bad input."""
 
+import os
 import signal
 import socket
-import subprocess
 import unittest
 
-from tool import PATIENCE, TOOL, ToolCase
+from tool import PATIENCE, ToolCase
 
 FAST = ["measure", "--simulate", "--speed", "20"]
 STREAM = ["stream", "--simulate"]
@@ -78,21 +78,17 @@ class ToolTest(ToolCase):
         self.check_refusal(run, 1, r"\(error \d+\)")
         self.assertEqual(list(self.folder.iterdir()), [])
 
-    def test_the_same_seed_gives_the_same_points(self):
+    def test_the_same_seed_gives_the_same_points_and_quiet_prints_nothing(self):
         def series(seed):
-            self.assertEqual(self.run_tool(*FAST, "--points", "2", "--seed", seed, *self.outputs).returncode, 0)
+            run = self.run_tool(*FAST, "--points", "1", "--seed", seed, "--quiet", *self.outputs)
+            self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "", ""))
             return [(point["x_mm"], point["y_mm"], point["z_mm"]) for point in self.check_files()]
 
         self.assertEqual(series("5"), series("5"))
         self.assertNotEqual(series("5"), series("6"))
 
-    def test_quiet_prints_nothing(self):
-        run = self.run_tool(*FAST, "--points", "1", "--quiet", *self.outputs)
-        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "", ""))
-        self.assertEqual(len(self.check_files()), 1)
-
     def test_help_and_version_are_given(self):
-        for arguments, words in (("--help", "measure"), ("measure --help", "--points"), ("--version", r"\d+\.\d+\.\d+"),
+        for arguments, words in (("--help", "measure"), ("--version", r"\d+\.\d+\.\d+"),
                                  ("stream --help", "--time-separation")):
             run = self.run_tool(*arguments.split())
             self.assertEqual((run.returncode, run.stderr), (0, ""))
@@ -103,36 +99,29 @@ class ToolTest(ToolCase):
         for arguments, pattern in (
             ([], "subcommand"),
             (["measure"], "--simulate"),
-            (["mesure"], "subcommand"),
+            (["stream"], "--simulate"),
             (host, "--port"),
-            ([*host, "--port", "0"], "Value 0 not in range"),
             ([*host, "--port", "65536"], "not in range"),
             ([*host, "--port", "70", "--simulate"], "excludes"),
             (["measure", "--host", "tracker.example", "--port", "70"], "no address"),
             ([*FAST, "--points", "0"], "not in range"),
             ([*FAST, "--measure-time", "-5"], "not in range"),
-            ([*FAST, "--count", "5"], "--count"),
             ([*FAST, "--length-unit", "parsec"], "parsec"),
             ([*STREAM, "--duration", "nan"], "not in range"),
-            ([*STREAM, "--duration", "1e999"], "--duration"),
-            ([*STREAM, "--duration", "0"], "not in range"),
-            (["stream"], "--simulate"),
             ([*STREAM, "--mode", "spiral"], "spiral"),
             ([*STREAM, "--mode", "grid", "--time-separation", "5"], "--time-separation: has no meaning with --mode grid"),
             ([*STREAM, "--mode", "grid", "--separation", "5"], "no meaning"),
             ([*STREAM, "--cell", "5", "5", "5"], "no meaning with --mode time"),
-            ([*STREAM, "--mode", "grid", "--cell", "5", "5"], "--cell"),
             ([*STREAM, "--mode", "grid", "--cell", "0", "0", "0"], "--cell: needs a side that is not 0"),
             ([*STREAM, "--mode", "distance", "--radius", "5"], "no meaning"),
             ([*STREAM, "--mode", "distance", "--separation", "0"], "not in range"),
             ([*STREAM, "--mode", "sphere-center", "--count", "3"], "not in range 4 to 10000"),
             ([*STREAM, "--mode", "circle-center", "--count", "10001"], "not in range 3 to 10000"),
             ([*STREAM, "--probe", "--extended"], "excludes"),
-            ([*FAST, "--csv"], "--csv"),
             ([*FAST, "--svg", ""], "names no file"),
         ):
             with self.subTest(arguments):
-                more = self.outputs if arguments[:1] in (["measure"], ["stream"]) and not {"--csv", "--svg"} & {*arguments} else []
+                more = self.outputs if arguments and "--svg" not in arguments else []
                 self.check_refusal(self.run_tool(*arguments, *more), 2, pattern)
                 self.assertEqual(list(self.folder.iterdir()), [])
 
@@ -140,27 +129,28 @@ class ToolTest(ToolCase):
         with socket.socket() as unused:
             unused.bind(("127.0.0.1", 0))
             closed = str(unused.getsockname()[1])
-            for host, number in (("127.0.0.1", 40011), ("no-such-host", 40010), ("höst", 40010)):
-                with self.subTest(host):
-                    for command in ("measure", "stream"):
-                        run = self.run_tool(command, "--host", host, "--port", closed, *self.outputs)
-                        self.check_refusal(run, 1, rf"\(error {number}\)")
-                        self.assertEqual(list(self.folder.iterdir()), [])
+            for command, host, number in (("measure", "127.0.0.1", 40011), ("stream", "127.0.0.1", 40011),
+                                          ("measure", "no-such-host", 40010), ("measure", "höst", 40010)):
+                with self.subTest((command, host)):
+                    run = self.run_tool(command, "--host", host, "--port", closed, *self.outputs)
+                    self.check_refusal(run, 1, rf"\(error {number}\)")
+                    self.assertEqual(list(self.folder.iterdir()), [])
 
     def test_files_that_cannot_be_written_are_refused_before_measuring(self):
         (self.folder / "old").write_text("old")
-        for name in (self.folder / "no/such.csv", self.folder, "/dev/null", self.folder / "old" / "below"):
+        os.mkfifo(pipe := self.folder / "pipe")
+        for name in (self.folder / "no/such.csv", self.folder, "/dev/null", pipe, self.folder / "old" / "below"):
             with self.subTest(name):
                 run = self.run_tool(*FAST, "--csv", str(self.folder / "first"), "--json", str(name))
                 self.check_refusal(run, 1, "cannot write")
                 self.assertEqual(run.stdout, "")
         self.check_refusal(self.run_tool(*FAST, "--csv", "x", "--svg", "./x", cwd=self.folder), 1, "same file")
+        pipe.unlink()
         self.assertEqual([(path.name, path.read_text()) for path in self.folder.iterdir()], [("old", "old")])
 
     def test_a_full_standard_output_is_a_failure_that_keeps_the_files(self):
         with open("/dev/full", "w") as full:
-            run = subprocess.run([TOOL, *FAST, "--points", "1", *self.outputs], stdout=full, stderr=subprocess.PIPE,
-                                 text=True, timeout=PATIENCE)
+            run = self.run_tool(*FAST, "--points", "1", *self.outputs, stdout=full)
         self.check_refusal(run, 1, "standard output")
         self.assertEqual(len(self.check_files()), 1)
 

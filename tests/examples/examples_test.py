@@ -20,33 +20,30 @@ class Examples(unittest.TestCase):
 
     def tearDown(self):
         self.simulator.terminate()
-        self.simulator.wait(10)
-        self.simulator.stdout.close()
+        self.simulator.communicate(timeout=10)
 
-    def start(self, name: str, port: str) -> subprocess.Popen:
-        return subprocess.Popen([EXAMPLES / name, "localhost", port], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, text=True, env=self.environment)
+    def start(self, name: str) -> subprocess.Popen:
+        return subprocess.Popen([EXAMPLES / name, "localhost", self.port], stdin=subprocess.PIPE,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=self.environment)
 
-    def run_to_end(self, name: str, port: str) -> tuple[int, str, str]:
-        process = self.start(name, port)
+    def run_to_end(self, name: str) -> str:
+        process = self.start(name)
         out, errors = process.communicate(timeout=30)
-        return process.returncode, out, errors
+        self.assertEqual((process.returncode, errors), (0, ""))
+        return out
 
     def test_measures_a_point(self):
-        status, out, errors = self.run_to_end("measure_point", self.port)
-        self.assertEqual((status, errors), (0, ""))
+        out = self.run_to_end("measure_point")
         self.assertEqual(len(out.split()), 3)
         self.assertAlmostEqual(float(out.split()[0]), 0.26, places=4)
 
     def test_reacts_to_the_events_of_a_stream(self):
-        status, out, errors = self.run_to_end("react_to_events", self.port)
-        self.assertEqual((status, errors), (0, ""))
-        counts = [int(line.split()[0]) for line in out.splitlines()]
+        counts = [int(line.split()[0]) for line in self.run_to_end("react_to_events").splitlines()]
         self.assertGreater(counts[-1], 100)
         self.assertEqual(counts, sorted(counts))
 
     def test_shows_positions_from_a_loop_of_its_own_until_a_line_comes(self):
-        process = self.start("poll_loop", self.port)
+        process = self.start("poll_loop")
         self.assertEqual([len(process.stdout.readline().split()) for _ in range(2)], [3, 3])
         _, errors = process.communicate("\n", timeout=10)
         self.assertEqual((process.returncode, errors), (0, ""))
@@ -55,8 +52,9 @@ class Examples(unittest.TestCase):
         self.simulator.terminate()
         self.simulator.wait(10)
         for name in ("measure_point", "react_to_events", "poll_loop"):
-            status, out, errors = self.run_to_end(name, self.port)
-            self.assertEqual((status, out), (1, ""))
+            process = self.start(name)
+            out, errors = process.communicate(timeout=30)
+            self.assertEqual((process.returncode, out), (1, ""))
             self.assertIn("(error 40011)", errors)
 
 

@@ -96,9 +96,8 @@ class Peer:
     def close(self) -> None:
         self._listener.shutdown(socket.SHUT_RDWR)
         self._listener.close()
-        if self._client is not None:
-            with contextlib.suppress(OSError):
-                self.hang_up()
+        with contextlib.suppress(OSError, AttributeError):  # no client, or one that has gone
+            self.hang_up()
         self._thread.join(5)
 
     def _serve(self) -> None:

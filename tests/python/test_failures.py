@@ -1,6 +1,6 @@
 """What goes wrong, and how Python tells it."""
 
-import threading
+import concurrent.futures
 import warnings
 
 import pytest
@@ -43,27 +43,22 @@ def test_a_warning_of_the_server_is_a_warning_and_the_outputs_are_there(early_wa
         assert tracker.ReleaseMotors() is None
     assert caught[0].message.status == warning and caught[0].filename == __file__
     assert tracker._hresult_ == 1
-    with warnings.catch_warnings():
-        warnings.simplefilter("error", kestrine.ServerWarning)
-        with pytest.raises(kestrine.ServerWarning):
-            tracker.ReleaseMotors()
+    with warnings.catch_warnings(action="error", category=kestrine.ServerWarning), \
+            pytest.raises(kestrine.ServerWarning):
+        tracker.ReleaseMotors()
 
 
-@pytest.mark.parametrize(
-    "call, code, argument",
-    [
-        (lambda tracker: tracker.SetUnits(1, 2), DISP_E_BADPARAMCOUNT, None),
-        (lambda tracker: tracker.SetUnits(1, 2, 3, 4, 5, 6), DISP_E_BADPARAMCOUNT, None),
-        (lambda tracker: tracker.GetUnits(1), DISP_E_BADPARAMCOUNT, None),
-        (lambda tracker: tracker.SetUnits(1, 2, 3, lengthUnit=4), DISP_E_PARAMNOTFOUND, 1),
-        (lambda tracker: tracker.SetUnits(1, 2, 3, humidityUnit=4), DISP_E_PARAMNOTOPTIONAL, None),
-        (lambda tracker: tracker.SetUnits(1, 2, 3, 4, colour=5), DISP_E_UNKNOWNNAME, None),
-        (lambda tracker: tracker.SetUnits(1, "metre", 3, 4, 5), DISP_E_TYPEMISMATCH, 2),
-        (lambda tracker: tracker.SetUnits(1, 2, 3, 4, humidityUnit="x"), DISP_E_TYPEMISMATCH, 5),
-        (lambda tracker: tracker.SetUnits(1, 2, 2**40, 4, 5), DISP_E_OVERFLOW, 3),
-        (lambda tracker: tracker.SetUnits(1, 2, 2**70, 4, 5), DISP_E_OVERFLOW, None),
-    ],
-)
+@pytest.mark.parametrize("call, code, argument", [
+    (lambda tracker: tracker.SetUnits(1, 2, 3, 4, 5, 6), DISP_E_BADPARAMCOUNT, None),
+    (lambda tracker: tracker.GetUnits(1), DISP_E_BADPARAMCOUNT, None),
+    (lambda tracker: tracker.SetUnits(1, 2, 3, lengthUnit=4), DISP_E_PARAMNOTFOUND, 1),
+    (lambda tracker: tracker.SetUnits(1, 2, 3, humidityUnit=4), DISP_E_PARAMNOTOPTIONAL, None),
+    (lambda tracker: tracker.SetUnits(1, 2, 3, 4, colour=5), DISP_E_UNKNOWNNAME, None),
+    (lambda tracker: tracker.SetUnits(1, "metre", 3, 4, 5), DISP_E_TYPEMISMATCH, 2),
+    (lambda tracker: tracker.SetUnits(1, 2, 3, 4, humidityUnit="x"), DISP_E_TYPEMISMATCH, 5),
+    (lambda tracker: tracker.SetUnits(1, 2, 2**40, 4, 5), DISP_E_OVERFLOW, 3),
+    (lambda tracker: tracker.SetUnits(1, 2, 2**70, 4, 5), DISP_E_OVERFLOW, None),
+])
 def test_arguments_that_do_not_fit_are_refused_before_anything_is_sent(tracker, peer, call, code, argument):
     with pytest.raises(kestrine.com_error) as caught:
         call(tracker)
@@ -89,18 +84,9 @@ def test_names_that_do_not_exist_are_attribute_errors(tracker, connection):
 
 
 def test_an_object_of_another_thread_is_refused(tracker):
-    caught = []
-
-    def use():
-        try:
-            tracker.ReleaseMotors()
-        except kestrine.com_error as error:
-            caught.append(error.hresult & 0xFFFFFFFF)
-
-    thread = threading.Thread(target=use)
-    thread.start()
-    thread.join()
-    assert caught == [0x8001010E]
+    with concurrent.futures.ThreadPoolExecutor() as threads, pytest.raises(kestrine.com_error) as caught:
+        threads.submit(tracker.ReleaseMotors).result()
+    assert caught.value.hresult & 0xFFFFFFFF == 0x8001010E
 
 
 def test_a_name_of_no_class_is_a_com_error():

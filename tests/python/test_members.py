@@ -7,6 +7,9 @@ from peer import COMMAND, SCHEMA, TYPES, answer, code_of, encode, filled, random
 
 import kestrine
 
+IMAGE = bytes(range(40))
+IMAGE_PACKET = struct.pack("<6i", 24 + 40, COMMAND, kestrine.constants.VL_C_GetStillImage, 0, 1, 40) + IMAGE
+
 
 def inputs_of(method, dice):
     """Arguments, and the bytes by which the request carries them."""
@@ -14,19 +17,13 @@ def inputs_of(method, dice):
     for parameter in (each for each in method.parameters if not each.out):
         if parameter.is_record:
             record = SCHEMA.records.all[parameter.type]
-            value, body = record_of(record, dice)
-            sent += body
+            body, values = filled(record, dice)
+            arguments.append(from_values(record, values))
         else:
-            value = random_value(parameter.type, dice)
-            sent += encode(parameter.type, value)
-        arguments.append(value)
+            arguments.append(random_value(parameter.type, dice))
+            body = encode(parameter.type, arguments[-1])
+        sent += body
     return arguments, sent
-
-
-def record_of(record, dice):
-    values = {leaf.name: random_value(leaf.type, dice) for leaf in record.leaves}
-    body = b"".join(encode(leaf.type, values[leaf.name]) for leaf in record.leaves)
-    return from_values(record, values), body
 
 
 def from_values(record, values, prefix=""):
@@ -38,66 +35,33 @@ def from_values(record, values, prefix=""):
     return getattr(kestrine.records, record.name)(**fields)
 
 
-def source_record(method):
-    """The record of the packet that the outputs are read from."""
-    if method.source == "answer":
-        return method.command.answer
-    wanted = next((each.type for each in method.parameters if each.out and each.is_record), None)
-    known = {"tiltra": "TiltraResultT", "stationary-point": "SingleMeasResultT", "stationary-probe":
-             "ProbeStationaryResultT", "go-and-measure": "SingleMeasResultT"}
-    name = wanted or known[method.family]
-    if wanted is None and "2" in method.name and method.family != "tiltra":
-        name = "SingleMeasResult2T"
-    return SCHEMA.records.all[name]
-
-
-def expected_outputs(method, packet, values):
+def reply_to(method, dice):
+    """What the server answers, and what the call returns of it."""
+    if any(parameter.type == "variant" for parameter in method.parameters):
+        return IMAGE_PACKET, (40, IMAGE)
+    if method.source == "none":
+        return b"" if method.sends_only else answer(method.command.code), None
+    record = method.command.answer
+    head = (COMMAND, method.command.code, 0)
+    if method.source != "answer":
+        record = next(packet.record for packet in SCHEMA.packets if packet.value.value == result_type(method))
+        head = (TYPES[record.name], 0)
+    reply, values = filled(record, dice, *head)
     outputs = []
     for parameter in (each for each in method.parameters if each.out):
-        record = SCHEMA.records.all.get(parameter.type)
-        if record is not None:
-            field = next((each for each in source_record(method).fields if each.type == parameter.type), None)
-            whole = record is source_record(method)
-            outputs.append(from_values(record, values, "" if whole else field.name + "."))
+        if parameter.is_record:
+            field = next((each.name + "." for each in record.fields if each.type == parameter.type), "")
+            outputs.append(from_values(SCHEMA.records.all[parameter.type], values, field))
         else:
-            leaf = next(leaf for leaf in source_record(method).leaves if leaf.offset == parameter.offset)
-            outputs.append(values[leaf.name])
-    return None if not outputs else outputs[0] if len(outputs) == 1 else tuple(outputs)
+            outputs.append(next(values[leaf.name] for leaf in record.leaves if leaf.offset == parameter.offset))
+    return reply, outputs[0] if len(outputs) == 1 else tuple(outputs)
 
 
-def make_ready(tracker, method):
-    """The mode that lets the method pass, and drives at rest."""
-    tracker.SetMeasurementMode(kestrine.VL_MeasMode.VL_MM_ContinuousTime if method.family.startswith("continuous")
-                               else kestrine.VL_MeasMode.VL_MM_Standard)
-    if method.family == "move":
-        tracker.StopMove()
-
-
-@pytest.mark.parametrize("method", SCHEMA.sync_methods, ids=lambda method: method.name)
-def test_a_call_that_waits_sends_its_inputs_and_returns_its_outputs(early_wake, tracker, peer, dice, wait_for, method):
-    if method.family == "property":
-        tracker.UseIncreasedTimeouts = True
-        assert tracker._hresult_ == 0
-        return
-    make_ready(tracker, method)
-    del peer.requests[:]
-    arguments, sent = inputs_of(method, dice)
-    expected = None
-    reply = b"" if method.family == "send-only" else answer(method.command.code)
-    if method.family == "still-image":
-        reply = struct.pack("<6i", 24 + 40, COMMAND, method.command.code, 0, 1, 40) + bytes(range(40))
-        expected = (40, bytes(range(40)))
-    elif method.source != "none":
-        record = source_record(method)
-        head = (COMMAND, method.command.code, 0) if method.source == "answer" else (TYPES[record.name], 0)
-        reply, values = filled(record, dice, *head)
-        expected = expected_outputs(method, reply, values)
-    peer.reply = lambda request: reply
-    assert call_in_other_case(tracker, method, arguments) == expected
-    wait_for(lambda: peer.requests)
-    assert code_of(peer.requests[0]) == method.command.code
-    if method.family not in ("move", "still-image"):
-        assert peer.requests[0][12:] == sent
+def result_type(method):
+    """Of a call that takes its outputs from a packet of its own."""
+    if method.source == "tiltra":
+        return kestrine.constants.VL_DT_TiltraResult
+    return kestrine.constants.VL_DT_StationaryProbeMeasResult if method.result_type == -1 else method.result_type
 
 
 def call_in_other_case(target, method, arguments):
@@ -107,38 +71,38 @@ def call_in_other_case(target, method, arguments):
     return getattr(target, method.name.lower())(*arguments[:half], **dict(zip(names[half:], arguments[half:])))
 
 
-@pytest.mark.parametrize("method", SCHEMA.async_methods, ids=lambda method: method.name)
-def test_a_call_that_does_not_wait_sends_its_inputs(early_wake, tracker, sender, peer, dice, wait_for, method):
-    make_ready(tracker, method)
+@pytest.mark.parametrize("method", [each for each in SCHEMA.sync_methods + SCHEMA.async_methods if each.command],
+                         ids=lambda method: f"{method.side} {method.name}")
+def test_a_call_sends_its_inputs_and_one_that_waits_returns_its_outputs(early_wake, tracker, sender, peer, dice,
+                                                                        wait_for, method):
+    modes = kestrine.VL_MeasMode
+    tracker.SetMeasurementMode(modes.VL_MM_ContinuousTime if method.mode.startswith("continuous")
+                               else modes.VL_MM_Standard)
+    if method.speed:
+        tracker.StopMove()  # the drives begin at rest
     del peer.requests[:]
     arguments, sent = inputs_of(method, dice)
-    assert call_in_other_case(sender, method, arguments) is None
+    reply, expected = reply_to(method, dice) if method.side == "sync" else (answer(method.command.code), None)
+    peer.reply = lambda request: reply
+    assert call_in_other_case(tracker if method.side == "sync" else sender, method, arguments) == expected
     wait_for(lambda: peer.requests)
     assert code_of(peer.requests[0]) == method.command.code
-    if method.family != "move":
+    if not method.speed:
         assert peer.requests[0][12:] == sent
 
 
-READERS = {"ContinuousDataGetHeaderInfo": 3, "ContinuousPointGetAt": 3, "ContinuousProbeDataGetAt": 5,
-           "ContinuousPoint2GetAt": 10, "ContinuousProbeDataGetHeaderInfo": 5}
+@pytest.mark.parametrize("make", [bytes, bytearray, memoryview])
+def test_an_accessor_reads_a_packet_from_any_buffer(connection, dice, make):
+    block = SCHEMA.records.all["MultiMeasResult2T"]
+    element, values = filled(block.element, dice)
+    packet = filled(block, dice, TYPES[block.name], 0, 1)[0][: block.header_size] + element
+    member = next(member for member in SCHEMA.connect_members if member.name == "ContinuousPoint2GetAt")
+    names = {leaf.offset: leaf.name for leaf in block.element.leaves}
+    expected = tuple(values[names[parameter.offset]] for parameter in member.parameters if parameter.out)
+    assert connection.ContinuousPoint2GetAt(make(packet), 0) == expected
 
 
-@pytest.mark.parametrize("name", READERS)
-def test_an_accessor_reads_a_packet_from_any_buffer(early_wake, connection, dice, name):
-    record = next(packet.record for packet in SCHEMA.packets if packet.value.value == READERS[name])
-    head, in_head = filled(record, dice, READERS[name], 0, 1)
-    element, in_element = filled(record.element, dice)
-    packet = head[: record.header_size] + element
-    member = next(member for member in SCHEMA.connect_members if member.name == name)
-    of_element = name.endswith("At")
-    leaves = {leaf.offset: leaf.name for leaf in (record.element if of_element else record).leaves}
-    expected = tuple((in_element if of_element else in_head)[leaves[parameter.offset]]
-                     for parameter in member.parameters if parameter.out)
-    for buffer in (packet, bytearray(packet), memoryview(packet)):
-        assert getattr(connection, name)(buffer, *([0] if of_element else [])) == expected
-
-
-def test_the_connection_has_its_other_members(early_wake, connection, peer, tracker, sender, tmp_path):
+def test_objects_have_their_other_members(early_wake, connection, peer, tracker, sender, tmp_path):
     constants = kestrine.constants
     for name in ("ExceptionHandlingPolicy", "ForceSingleConnection", "IsHostedByWebApplication",
                  "SupportLegacyStationaryMode"):
@@ -149,8 +113,7 @@ def test_the_connection_has_its_other_members(early_wake, connection, peer, trac
     assert (connection.MajorVersion, connection.MinorVersion, connection.BuildNumber) == (3, 8, 680)
     assert connection.Version == 3 << 16 | 8
     assert connection.ILTCommandSync == tracker and connection.ILTCommandAsync == sender != tracker
-    image = struct.pack("<6i", 24 + 40, COMMAND, constants.VL_C_GetStillImage, 0, 1, 40) + bytes(range(40))
-    assert connection.StillImageGetFile(image) == (40, bytes(range(40)))
+    assert connection.StillImageGetFile(IMAGE_PACKET) == (40, IMAGE)
     connection.WriteDiskFile(memoryview(b"data"), str(tmp_path / "file"))
     assert (tmp_path / "file").read_bytes() == b"data"
     assert connection.GetConstant(constants.KR_C_LengthFactorMillimeter) == 1000.0

@@ -27,7 +27,7 @@ def outline(schema: Schema) -> str:
     for side, members in (("connect", schema.connect_members), ("sync", schema.sync_methods),
                           ("async", schema.async_methods)):
         lines += [f"{side} {each.dispid} {each.slot_name}({'; '.join(map(_parameter, each.parameters))})"
-                  f"{_departures(each) if side != 'connect' else ''}" for each in members]
+                  f"{_departures(each) if side != 'connect' else ''}".rstrip() for each in members]
     lines += [f"wait {wait}" for wait in schema.waits]
     lines += [f"status {status} is the warning {row}" for status, row in schema.warnings.items()]
     lines += [f"class {each.program}" for each in schema.library.classes]
@@ -50,6 +50,5 @@ def _parameter(parameter) -> str:
 def _departures(method) -> str:
     facts = {"waits": method.wait, "measure time": method.adds_measure_time, "reads": method.source,
              "type": method.result_type, "mode": method.mode, "speed": method.speed, "mirrors": method.mirror,
-             "for result": method.waits_for_result, "when good": method.outputs_when_good, "ends": method.ends,
-             "family": method.family}
+             "for result": method.waits_for_result, "when good": method.outputs_when_good, "ends": method.ends}
     return " " + "; ".join(f"{name}: {fact}" for name, fact in facts.items() if fact not in ("", False, (), "none", -1))

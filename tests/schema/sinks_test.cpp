@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "commands/typed_methods.h"
 #include "kestrine/events.h"
 #include "kestrine/pointer.h"
 
@@ -13,87 +12,65 @@ namespace {
 class Listener : public SyncEvents {
  public:
   void ReflectorsData(std::int32_t id, BSTR name, VL_TargetType type, double offset, std::int32_t total) override {
-    heard.push_back(std::to_string(id) + " " + std::to_string(name == nullptr ? -1 : name[0]) + " " +
-                    std::to_string(type) + " " + std::to_string(offset) + " " + std::to_string(total));
+    heard += std::to_string(id) + " " + std::to_string(name == nullptr ? -1 : name[0]) + " " + std::to_string(type) +
+             " " + std::to_string(offset) + " " + std::to_string(total) + "\n";
   }
   void StationaryPointMeasData(double val1, double, double, double, double, double, double, double, double, double,
                                double, double, double, double, double, double, double, VARIANT_BOOL try_mode) override {
-    heard.push_back(std::to_string(val1) + " " + std::to_string(try_mode));
+    heard += std::to_string(val1) + " " + std::to_string(try_mode) + "\n";
   }
 
-  std::vector<std::string> heard;
+  std::string heard;
 };
 
-struct Call {
-  std::vector<VARIANT> arguments;  // the last one first
-  UINT bad_argument = 99;
-
-  HRESULT on(SyncEvents& sink, DISPID member) {
-    DISPPARAMS block{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
-    return sink.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &block, nullptr, nullptr, &bad_argument);
-  }
-};
+template <class Member>
+VARIANT variant(VARTYPE type, Member VARIANT::*member, Member value) {
+  VARIANT made{};
+  made.vt = type;
+  made.*member = value;
+  return made;
+}
 
 VARIANT number(std::int32_t value) {
-  VARIANT variant{};
-  variant.vt = VT_I4;
-  variant.lVal = value;
-  return variant;
-}
-
-VARIANT real(double value) {
-  VARIANT variant{};
-  variant.vt = VT_R8;
-  variant.dblVal = value;
-  return variant;
-}
-
-VARIANT text(BSTR value) {
-  VARIANT variant{};
-  variant.vt = VT_BSTR;
-  variant.bstrVal = value;
-  return variant;
+  return variant(VT_I4, &VARIANT::lVal, value);
 }
 
 class Sinks : public testing::Test {
  protected:
+  // The last argument first.
+  HRESULT fire(DISPID member, std::vector<VARIANT> arguments) {
+    DISPPARAMS block{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
+    return sink->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &block, nullptr, nullptr,
+                        &bad_argument);
+  }
+
   Pointer<Listener> sink = Pointer<Listener>::adopt(new Listener);
+  UINT bad_argument = 99;
   char16_t name[2] = {u'R', 0};
+  VARIANT text = variant(VT_BSTR, &VARIANT::bstrVal, BSTR{name});
+  VARIANT real = variant(VT_R8, &VARIANT::dblVal, 0.5);
 };
 
-TEST_F(Sinks, TakeAnEventsArgumentsLastOneFirst) {
-  Call call{{number(3), real(0.5), number(VL_TT_CatsEye), text(name), number(7)}};
-  EXPECT_EQ(call.on(*sink, 2), S_OK);
-  EXPECT_EQ(sink->heard, std::vector<std::string>{"7 82 2 0.500000 3"});
-}
-
-TEST_F(Sinks, HandFlagsOnAsTheyCome) {
-  Call call{std::vector<VARIANT>(18, real(1.5))};
-  call.arguments[0] = VARIANT{};
-  call.arguments[0].vt = VT_BOOL;
-  call.arguments[0].boolVal = 1;
-  EXPECT_EQ(call.on(*sink, 22), S_OK);
-  EXPECT_EQ(sink->heard, std::vector<std::string>{"1.500000 1"});
+TEST_F(Sinks, TakeAnEventsArgumentsLastOneFirstAndFlagsAsTheyCome) {
+  EXPECT_EQ(fire(2, {number(3), real, number(VL_TT_CatsEye), text, number(7)}), S_OK);
+  std::vector<VARIANT> values(18, real);
+  values[0] = variant(VT_BOOL, &VARIANT::boolVal, VARIANT_BOOL{1});
+  EXPECT_EQ(fire(22, values), S_OK);
+  EXPECT_EQ(fire(7, {number(998)}), S_OK) << "nobody overrides it";
+  EXPECT_EQ(sink->heard, "7 82 2 0.500000 3\n0.500000 1\n");
 }
 
 TEST_F(Sinks, RefuseWhatTheEventDoesNotHave) {
-  Call call{{number(3), real(0.5), number(2), text(name), number(7)}};
-  EXPECT_EQ(call.on(*sink, 25), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(call.on(*sink, 0), DISP_E_MEMBERNOTFOUND);
-  call.arguments[3] = number(1);
-  EXPECT_EQ(call.on(*sink, 2), DISP_E_TYPEMISMATCH);
-  EXPECT_EQ(call.bad_argument, 3u);
-  call.arguments.pop_back();
-  EXPECT_EQ(call.on(*sink, 2), DISP_E_BADPARAMCOUNT);
-  EXPECT_EQ(sink->Invoke(2, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr), DISP_E_BADPARAMCOUNT);
-  EXPECT_EQ(sink->Invoke(2, IID_IUnknown, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr),
-            DISP_E_UNKNOWNINTERFACE);
-  EXPECT_TRUE(sink->heard.empty());
-}
-
-TEST_F(Sinks, IgnoreEventsThatNobodyOverrides) {
-  Call call{{number(998)}};
-  EXPECT_EQ(call.on(*sink, 7), S_OK);
+  for (const DISPID member : {0, 25}) EXPECT_EQ(fire(member, {number(1)}), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(fire(2, {number(3), real, number(2), number(1), number(7)}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(bad_argument, 3u);
+  EXPECT_EQ(fire(2, {number(3), real, number(2), text}), DISP_E_BADPARAMCOUNT);
+  const auto fire_nothing = [this](const IID& reserved) {
+    return sink->Invoke(2, reserved, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr);
+  };
+  EXPECT_EQ(fire_nothing(IID_NULL), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(fire_nothing(IID_IUnknown), DISP_E_UNKNOWNINTERFACE);
+  EXPECT_EQ(sink->heard, "");
 }
 
 TEST_F(Sinks, KnowTheirEventsByName) {
@@ -123,55 +100,6 @@ TEST_F(Sinks, AnswerToTheEventInterfacesOfBothGenerations) {
   UINT count = 9;
   EXPECT_EQ(sink->GetTypeInfoCount(&count), S_OK);
   EXPECT_EQ(count, 0u);
-}
-
-class Recorder final : public commands::TypedSyncMethods<ILTCommandSync> {
- public:
-  HRESULT QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
-  ULONG AddRef() override { return 1; }
-  ULONG Release() override { return 1; }
-  HRESULT call(int dispid, commands::Argument* arguments) override {
-    called = dispid;
-    gave_nothing = arguments == nullptr;
-    if (look) look(arguments);
-    return S_FALSE;
-  }
-
-  int called = 0;
-  bool gave_nothing = false;
-  void (*look)(const commands::Argument*) = nullptr;
-};
-
-TEST(TypedMethods, PackTheirParametersInOrder) {
-  Recorder recorder;
-  recorder.look = [](const commands::Argument* arguments) {
-    EXPECT_EQ(arguments[0].f64, 1.0);
-    EXPECT_EQ(arguments[2].f64, 3.0);
-    EXPECT_EQ(arguments[3].i32, -1);
-  };
-  EXPECT_EQ(recorder.GoPosition(1, 2, 3, VARIANT_TRUE), S_FALSE);
-  EXPECT_EQ(recorder.called, 9);
-  recorder.look = [](const commands::Argument* arguments) {
-    EXPECT_EQ(arguments[0].i32, VL_SP_QuickReleaseStatus);
-    *static_cast<std::int32_t*>(arguments[1].out) = -1;
-  };
-  std::int32_t status = 0;
-  recorder.GetLongSystemParameter(VL_SP_QuickReleaseStatus, &status);
-  EXPECT_EQ(status, -1);
-  recorder.look = [](const commands::Argument* arguments) {
-    EXPECT_EQ(static_cast<const SearchParamsDataT*>(arguments[0].record)->lTimeOut, 5);
-  };
-  SearchParamsDataT search;
-  search.lTimeOut = 5;
-  recorder.SetSearchParamsEx(search);
-  EXPECT_EQ(recorder.called, 39);
-}
-
-TEST(TypedMethods, PassNothingWhereThereAreNoParameters) {
-  Recorder recorder;
-  recorder.SystemPowerDown();
-  EXPECT_EQ(recorder.called, 201);
-  EXPECT_TRUE(recorder.gave_nothing);
 }
 
 }  // namespace

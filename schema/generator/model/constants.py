@@ -6,7 +6,6 @@ from dataclasses import dataclass
 from ..errors import require
 from ..source import Source
 from .enums import Enum, EnumValue
-from .names import Scope
 
 _DECIMAL = r"\d+\.\d+(?:e\d+)?"
 _VALUE = re.compile(rf"{_DECIMAL}(?: / (?:{_DECIMAL}|pi))?")
@@ -20,10 +19,9 @@ class Constant:
 
 def load_constants(source: Source, enum: Enum | None) -> list[Constant]:
     names = {value.name: value for value in enum.values} if enum else {}
-    claimed, constants = Scope("the value of"), []
+    constants = []
     for row in source.rows("constants", (str, str)):
-        claimed.claim(row[0], row.where)
-        require(row[0] in names, row.where, f"{row[0]} is no constant")
+        require(row[0] in names, row.where, f"{row[0]} is no constant, or has its value already")
         require(bool(_VALUE.fullmatch(row[1])), row.where, f"{row[1]} is no decimal and no quotient")
         constants.append(Constant(names.pop(row[0]), row[1]))
     for left in names.values():

@@ -9,7 +9,7 @@ from .enums import Enum
 from .interfaces import identifiers, single_parameters
 from .names import Numbers
 from .records import Record, Records, record_tables
-from .values import Value, all_values, chosen_values
+from .values import Value, listed_values
 
 _VERBS = ("Get", "Call")
 _TESTS = ("once", "none", "each")
@@ -56,9 +56,8 @@ class Events:
     def _add_of_packet(self, table: Table, record: Record, records: Records) -> None:
         table.allow(("name", "ids", "values", "also_from"))
         sources = [record] + [records.get(name, table.at("also_from")) for name in table.words("also_from") or []]
-        words = table.words("values")
-        values = chosen_values(sources, words, table.at("values")) if words else all_values(record, False)
-        self._add(table, table.take("name", str), identifiers(table, ("async", "sync")), sources, values)
+        self._add(table, table.take("name", str), identifiers(table, ("async", "sync")), sources,
+                  listed_values(table, sources))
 
     def _add(self, table: Table, name: str, ids: dict[str, int], records: list[Record],
              values: list[Value]) -> list[Event]:
@@ -83,9 +82,7 @@ class Events:
         ids = identifiers(table, None)
         require("event" in ids, table.at("ids"), f"nothing says what the answer to {command.method_name} fires")
         require(("sync_event" in ids) == command.series, table.at("ids"), "a series has a sync_event, and nothing else")
-        words = table.words("values")
-        values = chosen_values([command.answer], words, table.at("values")) if words else \
-            all_values(command.answer, command.series)
+        values = listed_values(table, [command.answer], command.series)
         sides = {"async": ids["event"]} | ({"sync": ids["sync_event"]} if command.series else {})
         events = self._add(table, table.take("event", str, event_name(command)), sides, [command.answer], values)
         second = None

@@ -7,7 +7,7 @@ from ..source import Source, Table
 from .enums import Enum
 from .names import Numbers, Scope
 from .records import Record, Records
-from .values import Value, check_type, chosen_values
+from .values import Value, check_type, listed_values
 
 _OBJECT_TYPES = ("bytes", "unknown")
 _IDS = ("sync", "ex", "async", "event", "sync_event", "second_event")
@@ -67,9 +67,8 @@ def _reader(table: Table, records: Records, elements: set[str], enums: dict[str,
     require(bool(read), table.where, "records is missing")
     name = table.take("name", str)
     inputs = "data: bytes, index: long" if read[0].name in elements else "data: bytes"
-    words = table.words("values") or [f"{read[0].content[0].public}..{read[0].content[-1].public}"]
     parameters = single_parameters(inputs, False, enums, table.where) + \
-        output_parameters(chosen_values(read, words, table.at("values")))
+        output_parameters(listed_values(table, read))
     return Reader(table.take("id", int), name, "method", distinct(parameters, name, table.where),
                   table.take("doc", str, ""))
 

@@ -17,12 +17,9 @@ from .waits import NO_WAIT, WaitClass, parse_wait
 # The buffers that results are kept in, by the type of their packet.
 _RESULT_BUFFERS = {"VL_DT_SingleMeasResult": "measurement", "VL_DT_SingleMeasResult2": "measurement",
                    "VL_DT_StationaryProbeMeasResult": "measurement", "VL_DT_TiltraResult": "tiltra"}
-MODES = {"continuous point": "continuous-point-start", "continuous probe": "continuous-probe-start",
-         "stationary point": "stationary-point", "stationary probe": "stationary-probe"}
+MODES = ("continuous point", "continuous probe", "stationary point", "stationary probe")
 SPEEDS = ("given", "left", "right", "up", "down", "stop")
-MIRRORS = {"measurement mode": "set-measurement-mode", "stationary time": "set-stationary-time"}
-FAMILIES = ("plain", "send-only", "move", *MODES.values(), "go-and-measure",
-            *MIRRORS.values(), "still-image", "tiltra", "property")
+MIRRORS = ("measurement mode", "stationary time")
 _COMPLETION = "CommandCompletedData"
 
 
@@ -46,24 +43,6 @@ class Method(Member):
     @property
     def sends_only(self) -> bool:
         return self.side == "sync" and self.kind == "method" and self.wait == NO_WAIT
-
-    @property
-    def still_image(self) -> bool:
-        return self.source == "answer" and any(each.type == "variant" for each in self.parameters)
-
-    @property
-    def family(self) -> str:
-        if self.kind == "put":
-            return "property"
-        if self.speed:
-            return "move"
-        if self.sends_only:
-            return "send-only"
-        if self.mode or self.mirror:
-            return MODES.get(self.mode) or MIRRORS[self.mirror]
-        if self.still_image or self.source == "tiltra":
-            return "still-image" if self.still_image else "tiltra"
-        return "go-and-measure" if self.waits_for_result else "plain"
 
 
 class Methods:

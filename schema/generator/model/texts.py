@@ -2,7 +2,7 @@
 
 from dataclasses import dataclass
 
-from ..errors import require
+from ..errors import Where, require
 from ..source import Source
 from .enums import Enum
 from .names import Scope
@@ -34,17 +34,19 @@ def load_texts(source: Source) -> list[TextRow]:
 
 def load_errors(source: Source, texts: list[TextRow]) -> list[Error]:
     names, errors = Scope("the error"), []
-    rows = {text.row for text in texts}
     for row in source.rows("errors", (int, str, int)):
         names.claim_name(row[1], row.where)
-        require(row[2] == 0 or row[2] in rows, row.where, f"there is no text row {row[2]}")
+        _require_row(row[2] or None, texts, row.where)
         errors.append(Error(*row))
     return errors
 
 
 def load_warnings(statuses: Enum, texts: list[TextRow]) -> dict[int, int]:
     """The statuses that are warnings, and the text row of each."""
-    rows = {text.row for text in texts}
     for value in statuses.values:
-        require(value.warning in (None, *rows), value.where, f"there is no text row {value.warning}")
+        _require_row(value.warning, texts, value.where)
     return {value.value: value.warning for value in statuses.values if value.warning is not None}
+
+
+def _require_row(number: int | None, texts: list[TextRow], where: Where) -> None:
+    require(number in (None, *(text.row for text in texts)), where, f"there is no text row {number}")

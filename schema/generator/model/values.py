@@ -3,6 +3,7 @@
 from dataclasses import dataclass
 
 from ..errors import Where, require, require_known
+from ..source import Table
 from .enums import Enum
 from .names import Scope
 from .records import Leaf, Record
@@ -26,10 +27,14 @@ def value_type(leaf: Leaf) -> str:
     return _TYPES.get(leaf.type, leaf.type)
 
 
-def all_values(record: Record, total_last: bool) -> list[Value]:
-    """Everything behind what packets have in common; in a series the total, which stands first, comes last."""
-    content = record.content
-    return [_value(leaf.public, leaf) for leaf in (content[1:] + content[:1] if total_last else content)]
+def listed_values(table: Table, records: list[Record], total_last: bool = False) -> list[Value]:
+    """What the table lists, or everything behind what packets have in common; in a series the total, which stands
+    first, comes last then."""
+    content = records[0].content
+    everything = [f"{content[0].public}..{content[-1].public}"] if content else []
+    words = table.words("values")
+    values = chosen_values(records, words or everything, table.at("values"))
+    return values[1:] + values[:1] if total_last and not words else values
 
 
 def chosen_values(records: list[Record], words: list[str], where: Where) -> list[Value]:
@@ -43,13 +48,9 @@ def chosen_values(records: list[Record], words: list[str], where: Where) -> list
             for record in records[1:]:
                 require(leaf in record.leaves, where,
                         f"{leaf.name} differs between {records[0].name} and {record.name}")
-            values.append(_value(name if field else leaf.public, leaf))
+            values.append(Value(name if field else leaf.public, value_type(leaf), leaf))
             names.claim_name(values[-1].name, where)
     return values
-
-
-def _value(name: str, leaf: Leaf) -> Value:
-    return Value(name, value_type(leaf), leaf)
 
 
 def _slice(record: Record, first: str, last: str, where: Where) -> list[Leaf]:

@@ -15,8 +15,8 @@ WRITERS = {
     "src/connection/packet_accessors.h": accessors.write,
     "src/objects/class_names.h": library.write_classes,
     "src/platform/library_version.h": library.write_version,
-    "src/protocol/catalogue_rows.cpp": catalogue.write_rows,
+    "src/protocol/catalogue_rows.cpp": catalogue.write,
     "src/protocol/errors.h": texts.write,
-    "src/protocol/event_numbers.h": catalogue.write_event_numbers,
+    "src/protocol/event_numbers.h": events.write_numbers,
     "tests/protocol/requests.h": requests.write,
 }

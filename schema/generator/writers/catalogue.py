@@ -1,4 +1,4 @@
-"""src/protocol/catalogue_rows.cpp and src/protocol/event_numbers.h"""
+"""src/protocol/catalogue_rows.cpp"""
 
 from ..model.commands import Command
 from ..model.events import Answer, Event
@@ -7,23 +7,14 @@ from ..model.methods import Method
 from ..model.records import Field, Leaf, Record
 from ..model.schema import Schema
 from ..model.values import Value
-from .text import array, constant, flag, header, literal, source
+from .text import array, constant, flag, literal, source
 
 _TYPES = {"int32": "kInt32", "long": "kInt32", "bool32": "kFlag", "bool": "kFlag", "double": "kDouble",
           "text": "kText", "text32": "kText", "text128": "kText", "byte": "kBytes", "variant": "kBytes",
           "bytes": "kBytes", "unknown": "kObject"}
 
 
-def write_event_numbers(schema: Schema) -> str:
-    body = "\n\n".join(
-        f"namespace {side}_event {{\n" +
-        "".join(f"inline constexpr int {event.name} = {event.dispid};\n" for event in events.values()) +
-        f"}}  // namespace {side}_event"
-        for side, events in (("async", schema.async_events), ("sync", schema.sync_events)))
-    return header("The identifiers of events, for code that fires one by name.", [], body, "kestrine::protocol")
-
-
-def write_rows(schema: Schema) -> str:
+def write(schema: Schema) -> str:
     return source("The catalogue as rows.",
                   ['"protocol/catalogue.h"', "", "<numbers>", "", '"kestrine/interfaces.h"'],
                   _Catalogue(schema).body(), "kestrine::protocol")
@@ -109,52 +100,40 @@ class _Catalogue:
             is_event = isinstance(member, Event)
             values = self._array("Value", f"{what}_{member.name if is_event else member.slot_name}",
                                  [self._parameter(each) for each in (member.values if is_event else member.parameters)])
-            columns = {"dispid": member.dispid, "name": literal(member.name)}
-            if not is_event and member.kind != "method":
-                columns["kind"] = f"MemberKind::{constant(member.kind)}"
-            if values != "{}":
-                columns["values"] = values
-            if isinstance(member, Method):
-                columns |= self._departures(member)
-            rows.append(_row(columns))
+            columns = {"dispid": member.dispid, "name": literal(member.name),
+                       "kind": not is_event and member.kind != "method" and f"MemberKind::{constant(member.kind)}",
+                       "values": values != "{}" and values}
+            rows.append(_row(columns | (self._departures(member) if isinstance(member, Method) else {})))
         return rows
 
     def _departures(self, method: Method) -> dict[str, object]:
         schema, wait = self._schema, [wait.name for wait in self._schema.waits]
-        given = {"command": method.command and f"&kCommands[{list(schema.commands.values()).index(method.command)}]",
-                 "wait": method.wait in wait and f"&kWaitClasses[{wait.index(method.wait)}]",
-                 "adds_measure_time": method.adds_measure_time,
-                 "sends_only": method.sends_only,
-                 "mode_check": method.mode and f"ModeCheck::{constant(method.mode)}",
-                 "source": method.source in ("measurement", "tiltra") and f"Source::{constant(method.source)}",
-                 "waits_for_result": method.waits_for_result,
-                 "outputs_when_good": method.outputs_when_good,
-                 "result_type": method.result_type if method.result_type != -1 else None,
-                 "mirror": method.mirror and f"Mirror::{constant(method.mirror)}",
-                 "speed": method.speed and f"Speed::{constant(method.speed)}"}
-        return {name: flag(value) if value is True else value for name, value in given.items() if value}
+        return {"command": method.command and f"&kCommands[{list(schema.commands.values()).index(method.command)}]",
+                "wait": method.wait in wait and f"&kWaitClasses[{wait.index(method.wait)}]",
+                "adds_measure_time": method.adds_measure_time, "sends_only": method.sends_only,
+                "mode_check": method.mode and f"ModeCheck::{constant(method.mode)}",
+                "source": method.source in ("measurement", "tiltra") and f"Source::{constant(method.source)}",
+                "waits_for_result": method.waits_for_result, "outputs_when_good": method.outputs_when_good,
+                "result_type": None if method.result_type == -1 else method.result_type,
+                "mirror": method.mirror and f"Mirror::{constant(method.mirror)}",
+                "speed": method.speed and f"Speed::{constant(method.speed)}"}
 
     def _command(self, command: Command, answer: Answer | None) -> str:
-        columns = {"code": command.code, "name": literal(command.name), "text": literal(command.text, "u")}
-        if command.request_size:
-            columns["request_size"] = command.request_size
-        if command.parameters:
-            columns["parameters"] = self._array("Value", f"Parameters_{command.name}", [
-                self._value(leaf.name, leaf.type, leaf.quantity, False, leaf.offset, 0) for leaf in command.parameters])
-        if command.answer:
-            columns["answer"] = self._type(command.answer.name)
-        if command.series:
-            columns["series"] = "true"
+        def fires(side: str, event: Event | None) -> str | None:
+            return event and f"&k{side}Events[{event.dispid - 1}]"
+
+        parameters = [self._value(leaf.name, leaf.type, leaf.quantity, False, leaf.offset, 0)
+                      for leaf in command.parameters]
+        columns = {"code": command.code, "name": literal(command.name), "text": literal(command.text, "u"),
+                   "request_size": command.request_size or None,
+                   "parameters": parameters and self._array("Value", f"Parameters_{command.name}", parameters),
+                   "answer": command.answer and self._type(command.answer.name), "series": command.series}
         if answer:
-            for column, side, event in (("async_event", "Async", answer.async_event),
-                                        ("async_event2", "Async", answer.second_event),
-                                        ("sync_event", "Sync", answer.sync_event)):
-                if event:
-                    columns[column] = f"&k{side}Events[{event.dispid - 1}]"
-            if not answer.tested:
-                columns["status_tested"] = "false"
-            if answer.tested_twice:
-                columns["status_tested_twice"] = "true"
+            columns |= {"async_event": fires("Async", answer.async_event),
+                        "async_event2": fires("Async", answer.second_event),
+                        "sync_event": fires("Sync", answer.sync_event),
+                        "status_tested": None if answer.tested else "false",
+                        "status_tested_twice": answer.tested_twice}
         return _row(columns)
 
     def _add_types(self) -> None:
@@ -186,7 +165,9 @@ class _Catalogue:
 
 
 def _row(columns: dict[str, object]) -> str:
-    return "{" + ", ".join(f".{name} = {value}" for name, value in columns.items()) + "}"
+    """Columns that hold nothing are left out."""
+    return "{" + ", ".join(f".{name} = {'true' if value is True else value}" for name, value in columns.items()
+                           if value or type(value) is int) + "}"
 
 
 def _snake(name: str) -> str:

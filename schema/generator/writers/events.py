@@ -1,4 +1,4 @@
-"""include/kestrine/events.h"""
+"""include/kestrine/events.h and src/protocol/event_numbers.h"""
 
 from ..model.events import Event
 from ..model.schema import Schema
@@ -53,3 +53,12 @@ def _case(name: str, event: Event) -> str:
 def _handler(event: Event) -> str:
     parameters = [f"{cpp_type(value.type)} /*{value.name}*/" for value in event.values]
     return comment(units_note(event.values), "  ") + wrapped(f"  virtual void {event.name}(", parameters, ") {}")
+
+
+def write_numbers(schema: Schema) -> str:
+    body = "\n\n".join(
+        f"namespace {side}_event {{\n" +
+        "".join(f"inline constexpr int {event.name} = {event.dispid};\n" for event in events.values()) +
+        f"}}  // namespace {side}_event"
+        for side, events in (("async", schema.async_events), ("sync", schema.sync_events)))
+    return header("The identifiers of events, for code that fires one by name.", [], body, "kestrine::protocol")

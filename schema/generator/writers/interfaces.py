@@ -1,7 +1,5 @@
 """include/kestrine/interfaces.h"""
 
-from uuid import UUID
-
 from ..model.library import Identifier
 from ..model.interfaces import Member
 from ..model.methods import Method
@@ -27,12 +25,15 @@ _CONNECT_COMMENT = """// The connection to the server. The member number is the 
 
 
 def write(schema: Schema) -> str:
+    keys = {wait.name: wait.key for wait in schema.waits}
     parts = [_identifier(identifier) for identifier in schema.identifiers]
     parts += ["", _interfaces("ILTConnect", _CONNECT_COMMENT, [(each, each.doc) for each in schema.connect_members]),
-              _interfaces("ILTCommandSync", _SYNC_COMMENT, _sync_docs(schema)),
+              _interfaces("ILTCommandSync", _SYNC_COMMENT,
+                          [(each, _sync_doc(each, keys)) for each in schema.sync_methods]),
               _interfaces("ILTCommandAsync", _ASYNC_COMMENT, _async_docs(schema)), "namespace kestrine {\n"]
-    parts += [_interface_id(name + suffix) for name in ("ILTConnect", "ILTCommandSync", "ILTCommandAsync")
-              for suffix in ("", "2")]
+    parts += [f"template <>\nstruct InterfaceId<{name}> {{\n"
+              f"  static constexpr const IID& value = IID_{name};\n}};\n"
+              for first in ("ILTConnect", "ILTCommandSync", "ILTCommandAsync") for name in (first, f"{first}2")]
     parts += ["}  // namespace kestrine"]
     includes = ["<cstdint>", "", '"kestrine/component.h"', '"kestrine/enums.h"', '"kestrine/interface_id.h"',
                 '"kestrine/records.h"']
@@ -40,12 +41,10 @@ def write(schema: Schema) -> str:
 
 
 def _identifier(identifier: Identifier) -> str:
-    return f"inline constexpr GUID {identifier.constant}{_guid(identifier.value)};"
-
-
-def _guid(value: UUID) -> str:
+    value = identifier.value
     tail = ", ".join(f"0x{byte:02X}" for byte in value.bytes[8:])
-    return (f"{{0x{value.time_low:08X}, 0x{value.time_mid:04X}, 0x{value.time_hi_version:04X}, {{{tail}}}}}")
+    return (f"inline constexpr GUID {identifier.constant}"
+            f"{{0x{value.time_low:08X}, 0x{value.time_mid:04X}, 0x{value.time_hi_version:04X}, {{{tail}}}}};")
 
 
 def _interfaces(name: str, comment: str, members: list[tuple[Member, str]]) -> str:
@@ -65,11 +64,6 @@ def _slot(member: Member, doc: str) -> str:
     return f"  // {member.dispid}. {doc}\n{comment(units_note(member.parameters), '  ')}{declared}" if doc else declared
 
 
-def _sync_docs(schema: Schema) -> list[tuple[Method, str]]:
-    keys = {wait.name: wait.key for wait in schema.waits}
-    return [(each, _sync_doc(each, keys)) for each in schema.sync_methods]
-
-
 def _sync_doc(member: Method, keys: dict[str, str]) -> str:
     parts = []
     if member.command:
@@ -86,8 +80,3 @@ def _async_docs(schema: Schema) -> list[tuple[Method, str]]:
               for answer in schema.answers}
     return [(each, f'"{each.command.text}" ({each.command.code}); {events[each.command.name]}.')
             for each in schema.async_methods]
-
-
-def _interface_id(name: str) -> str:
-    return (f"template <>\nstruct InterfaceId<{name}> {{\n"
-            f"  static constexpr const IID& value = IID_{name};\n}};\n")

@@ -1,12 +1,13 @@
 """src/objects/class_names.h and src/platform/library_version.h"""
 
-from ..model.library import ComponentClass
 from ..model.schema import Schema
 from .text import flag, header, literal
 
 
 def write_classes(schema: Schema) -> str:
-    rows = "".join(f"    {_row(each)},\n" for each in schema.library.classes)
+    rows = "".join(f"    {{{literal(each.name, 'u')}, {literal(each.program, 'u')}, "
+                   f"{literal(each.program + '.1', 'u')}, CLSID_{each.name}, {flag(each.for_scripts)}}},\n"
+                   for each in schema.library.classes)
     body = f"""struct ClassName {{
   const char16_t* name;
   const char16_t* program;  // the program identifier, without and with its version
@@ -26,11 +27,6 @@ consteval const ClassName& class_named(std::u16string_view name) {{
 }}"""
     return header("The names of the classes.", ["<string_view>", "", '"kestrine/interfaces.h"'], body,
                   "kestrine::objects")
-
-
-def _row(each: ComponentClass) -> str:
-    return (f"{{{literal(each.name, 'u')}, {literal(each.program, 'u')}, {literal(each.program + '.1', 'u')}, "
-            f"CLSID_{each.name}, {flag(each.for_scripts)}}}")
 
 
 def write_version(schema: Schema) -> str:

@@ -30,7 +30,7 @@ def write(schema: Schema) -> str:
     body += ["// Readers and writers of whole records; of a record with elements only the part before them. The readers of elements\n"
              "// are a part of what calls them, in any case: of an element read in a loop, only the fields in use are loaded.\n"]
     elements = {record.element.name for record in records if record.element}
-    body += [_reader(record, enums, record.name in elements) + "\n" + _writer(record, enums) for record in records]
+    body += [_functions(record, enums, record.name in elements) for record in records]
     body += [_READ_AS, "}  // namespace kestrine"]
     includes = ["<cstddef>", "<cstdint>", "<type_traits>", "", '"kestrine/enums.h"', '"kestrine/wire.h"']
     return header(_COMMENT, includes, "\n".join(body))
@@ -108,41 +108,28 @@ def _traits(record: Record) -> str:
     return "\n".join(lines + ["};"]) + "\n"
 
 
-def _reader(record: Record, enums: set[str], is_element: bool) -> str:
-    body = "".join(f"  {_read(field, enums)}\n" for field in record.own_fields)
+def _functions(record: Record, enums: set[str], is_element: bool) -> str:
+    """The reader and the writer."""
+    moves = [_moves(field, enums) for field in record.own_fields]
     inline = "[[gnu::always_inline]] inline" if is_element else "inline"
-    return f"{inline} void read_record(const std::uint8_t* from, {record.name}& into) {{\n{body}}}\n"
+    return (f"{inline} void read_record(const std::uint8_t* from, {record.name}& into) {{\n"
+            f"{''.join(f'  {load}{chr(10)}' for load, _ in moves)}}}\n\n"
+            f"inline void write_record(const {record.name}& from, std::uint8_t* into) {{\n"
+            f"{''.join(f'  {store}{chr(10)}' for _, store in moves)}}}\n")
 
 
-def _writer(record: Record, enums: set[str]) -> str:
-    body = "".join(f"  {_write(field, enums)}\n" for field in record.own_fields)
-    return f"inline void write_record(const {record.name}& from, std::uint8_t* into) {{\n{body}}}\n"
-
-
-def _read(field: Field, enums: set[str]) -> str:
-    at, member = f"from + {field.offset}", f"into.{field.name}"
-    if field.type in enums:
-        return f"{member} = static_cast<{field.type}>(wire::load_i32({at}));"
-    if field.type.startswith("text"):
-        return f"wire::load_text({at}, {member}, {SCALARS[field.type] // 2});"
-    if field.type == "byte":
-        return f"{member} = from[{field.offset}];"
-    if field.type in SCALARS:
-        return f"{member} = wire::load_{_SUFFIX[field.type]}({at});"
-    return f"read_record({at}, {member});"
-
-
-_SUFFIX = {"int32": "i32", "bool32": "i32", "double": "f64"}
-
-
-def _write(field: Field, enums: set[str]) -> str:
-    at, member = f"into + {field.offset}", f"from.{field.name}"
-    if field.type in enums:
-        return f"wire::store_i32({at}, {member});"
-    if field.type.startswith("text"):
-        return f"wire::store_text({at}, {member}, {SCALARS[field.type] // 2});"
-    if field.type == "byte":
-        return f"into[{field.offset}] = {member};"
-    if field.type in SCALARS:
-        return f"wire::store_{_SUFFIX[field.type]}({at}, {member});"
-    return f"write_record({member}, {at});"
+def _moves(field: Field, enums: set[str]) -> tuple[str, str]:
+    """The statements that load and store a field."""
+    name, kind, at = field.name, field.type, field.offset
+    if kind == "byte":
+        return f"into.{name} = from[{at}];", f"into[{at}] = from.{name};"
+    if kind.startswith("text"):
+        units = SCALARS[kind] // 2
+        return (f"wire::load_text(from + {at}, into.{name}, {units});",
+                f"wire::store_text(into + {at}, from.{name}, {units});")
+    if kind not in enums and kind not in SCALARS:
+        return f"read_record(from + {at}, into.{name});", f"write_record(from.{name}, into + {at});"
+    suffix = "f64" if kind == "double" else "i32"
+    load = f"wire::load_{suffix}(from + {at})"
+    return (f"into.{name} = {f'static_cast<{kind}>({load})' if kind in enums else load};",
+            f"wire::store_{suffix}(into + {at}, from.{name});")

@@ -12,11 +12,15 @@ def literal(text: str, prefix: str = "") -> str:
 
 def header(comment: str, includes: list[str], body: str, namespace: str = "") -> str:
     """A header file with its guard, includes and namespace."""
-    return "\n".join([f"// {comment}", "#pragma once", "", *_includes(includes), "", _within(namespace, body)])
+    return source(f"{comment}\n#pragma once\n", includes, body, namespace)
 
 
 def source(comment: str, includes: list[str], body: str, namespace: str) -> str:
-    return "\n".join([f"// {comment}", *_includes(includes), "", _within(namespace, body)])
+    lines = [f"#include {name}" if name else "" for name in includes]
+    body = body.strip("\n")
+    if namespace:
+        body = f"namespace {namespace} {{\n\n{body}\n\n}}  // namespace {namespace}"
+    return "\n".join([f"// {comment}", *lines, "", body]) + "\n"
 
 
 def array(kind: str, name: str, rows: list[str]) -> str:
@@ -47,14 +51,3 @@ def flag(value: bool) -> str:
 def constant(words: str) -> str:
     """kTwoWords of "two words" or "two-words"."""
     return "k" + "".join(word.capitalize() for word in words.replace("-", " ").split())
-
-
-def _includes(includes: list[str]) -> list[str]:
-    return [f"#include {name}" if name else "" for name in includes]
-
-
-def _within(namespace: str, body: str) -> str:
-    body = body.strip("\n")
-    if not namespace:
-        return body + "\n"
-    return f"namespace {namespace} {{\n\n{body}\n\n}}  // namespace {namespace}\n"
