@@ -27,7 +27,6 @@ else:
     AwaitableCommands = object
 
 _DISP_E_EXCEPTION, _E_FAIL = -2147352567, -2147467259
-_START_MEASUREMENT = constants.VL_C_StartMeasurement
 _ENDS_OF_LINK = (constants.VL_SSC_ServerClosing, constants.VL_SSC_TPConnectionClosing)
 _SOURCE = PROGRAMS["LTCommandAsync2"]
 
@@ -61,13 +60,9 @@ class _Call:
     """A call that waits for its events."""
 
     def __init__(self, name: str):
-        self.command, self.ends, self.total = CALLS[name]
+        self.command, self.ends, self.total, self.failures = CALLS[name]
         self.future: asyncio.Future = asyncio.get_running_loop().create_future()
         self._items: list[tuple] = []
-
-    def fails_with(self, command: int) -> bool:
-        # A bad result comes as a failure to start the measurement, whatever asked for it.
-        return command == self.command or (command == _START_MEASUREMENT and self.ends[0].endswith("MeasData"))
 
     def is_ended_by(self, event: Event) -> bool:
         """Takes an event of the call; True when it was the last one."""
@@ -174,7 +169,7 @@ class Tracker(AwaitableCommands):
         if event.name == "ErrorEvent":
             command, status = event.values
             failure = _failure(status)
-            self._end_first(lambda call: call.fails_with(command), lambda call: call.fail(failure))
+            self._end_first(lambda call: command in call.failures, lambda call: call.fail(failure))
         elif event.name == "StatusChangeEvent" and event.values[0] in _ENDS_OF_LINK:
             failure = _com_error("the server has closed the connection", _SOURCE, 0)
             while self._calls:

@@ -40,19 +40,25 @@ def write_records(schema: Schema) -> str:
 
 def write_tables(schema: Schema) -> str:
     answers = {answer.command.name: answer for answer in schema.answers}
-    calls = "".join(f"    {method.name!r}: ({method.command.code}, {list(method.ends)!r}, "
-                    f"{_total(method, answers)}),\n" for method in schema.async_methods)
+    start = schema.commands["VL_C_StartMeasurement"].code if "VL_C_StartMeasurement" in schema.commands else None
+    calls = "".join(f"    {method.name!r}: ({method.command.code}, {list(method.ends)!r}, {_total(method, answers)}, "
+                    f"{_failures(method, start)}),\n" for method in schema.async_methods)
     blocks = "".join(f"    {packet.value.value}: {_block(packet.record)!r},\n"
                      for packet in schema.packets if packet.record.element)
     programs = "".join(f"    {each.name!r}: {f'{each.program}.1'!r},\n" for each in schema.library.classes)
     return ('"""Facts that the type library does not tell."""\n\n'
-            "# Of an asynchronous call: its command, the events that end it, and which of the event's values says how\n"
-            "# many items there are, where each comes with an event of its own.\n"
+            "# Of an asynchronous call: its command; the events that end it; which of the event's values says how many\n"
+            "# items there are, where each comes with an event of its own; the commands by which its failure goes.\n"
             f"CALLS = {{\n{calls}}}\n\n"
             "# Of a continuous packet, by its type: bytes before the first element, their number, size, fields.\n"
             f"BLOCKS = {{\n{blocks}}}\n\n"
             "# The program identifiers of the classes, with their version.\n"
             f"PROGRAMS = {{\n{programs}}}\n")
+
+
+def _failures(method: Method, start: int | None) -> list[int]:
+    """A bad result comes as a failure to start the measurement, whatever asked for it."""
+    return sorted({method.command.code, start} if method.waits_for_result else {method.command.code})
 
 
 def write_stubs(schema: Schema) -> str:
