@@ -40,9 +40,8 @@ def write_records(schema: Schema) -> str:
 
 def write_tables(schema: Schema) -> str:
     answers = {answer.command.name: answer for answer in schema.answers}
-    start = schema.commands["VL_C_StartMeasurement"].code if "VL_C_StartMeasurement" in schema.commands else None
     calls = "".join(f"    {method.name!r}: ({method.command.code}, {list(method.ends)!r}, {_total(method, answers)}, "
-                    f"{_failures(method, start)}),\n" for method in schema.async_methods)
+                    f"{_failures(schema, method)}),\n" for method in schema.async_methods)
     blocks = "".join(f"    {packet.value.value}: {_block(packet.record)!r},\n"
                      for packet in schema.packets if packet.record.element)
     programs = "".join(f"    {each.name!r}: {f'{each.program}.1'!r},\n" for each in schema.library.classes)
@@ -56,9 +55,10 @@ def write_tables(schema: Schema) -> str:
             f"PROGRAMS = {{\n{programs}}}\n")
 
 
-def _failures(method: Method, start: int | None) -> list[int]:
+def _failures(schema: Schema, method: Method) -> list[int]:
     """A bad result comes as a failure to start the measurement, whatever asked for it."""
-    return sorted({method.command.code, start} if method.waits_for_result else {method.command.code})
+    has_result = any(each.name == method.name and each.waits_for_result for each in schema.sync_methods)
+    return sorted({method.command.code} | ({schema.commands["VL_C_StartMeasurement"].code} if has_result else set()))
 
 
 def write_stubs(schema: Schema) -> str:
