@@ -141,7 +141,11 @@ class EventWalk : public ClientTest {
     };
     const bool good = row.tested == Tested::kNever || status == VL_RS_AllOK;
     if ((objects & kSync) != 0 && row.sync_event != nullptr) {
-      good || row.tested == Tested::kAsyncOnly ? hear("sync", *row.sync_event) : report();
+      if (good || row.tested == Tested::kAsyncOnly) {
+        hear("sync", *row.sync_event);
+      } else {
+        report();
+      }
     }
     // A measurement that was not even begun is told to those who wait for its result.
     if (row.command == VL_C_StartMeasurement && row.type == VL_DT_Command && !good && (objects & kSync) != 0) {
