@@ -43,21 +43,6 @@ TEST_F(Operations, SendTheirInputsAndHandOutWhatTheServerAnswers) {
   EXPECT_TRUE(peer.nothing_to_receive());
 }
 
-TEST_F(Operations, HandOutTheFieldsBehindTheirAnswersHeader) {
-  start();
-  for (const SyncOperation& row : chosen(waits)) {
-    if (row.packet_type() != VL_DT_Command) continue;
-    peer.send(reply(row, 0));
-    const TypedCall made = call(row);
-    if (made.outputs.empty() || std::string_view(row.name).ends_with("Ex")) continue;
-    // These answers begin with a field that is no output.
-    const bool skips = row.code() == VL_C_GetLongSystemParameter || row.code() == VL_C_GetDoubleSystemParameter ||
-                       row.code() == VL_C_GetMeasurementStatusInfo || row.code() == VL_C_GetStillImage;
-    const auto fields = protocol::leaves_of(row.record());
-    EXPECT_EQ(fields[fields.size() - made.outputs.size()].offset, skips ? 20 : 16) << row.name;
-  }
-}
-
 TEST_F(Operations, TellOfEveryWarning) {
   start();
   for (const SyncOperation& row : chosen(waits)) {
