@@ -36,6 +36,7 @@ class SenderWalk : public ClientTest {
       expect_remembered(mode_, kMeasureTime);
     }
   }
+
   std::int32_t mode_ = VL_MM_Stationary;  // in which the last call was made
 
  private:
