@@ -2,9 +2,7 @@
 #include <algorithm>
 
 #include "client_test.h"
-#include "operation_rows.h"
-#include "protocol/catalogue.h"
-#include "random_packet.h"
+#include "typed_call.h"
 
 namespace kestrine::test {
 namespace {
@@ -12,12 +10,7 @@ namespace {
 class Misbehaviour : public ClientTest, public testing::WithParamInterface<unsigned> {
  protected:
   Misbehaviour() {
-    for (const char16_t* key :
-         {u"StandardWaitTime", u"ExtendedWaitTime", u"TrackerInitWaitTime", u"MeasurementAdditionalTime",
-          u"FindWaitTime", u"TransformationWaitTime", u"OrientToGravityWaitTime", u"IntermedCompensationWaitTime",
-          u"ATRCompensationWaitTime"}) {
-      set_timeout(key, 3);
-    }
+    for (const protocol::WaitRow& wait : protocol::wait_classes()) set_timeout(wait.key, 3);
   }
 
   std::size_t choose(std::size_t count) { return random() % count; }
@@ -49,12 +42,12 @@ class Misbehaviour : public ClientTest, public testing::WithParamInterface<unsig
     }
   }
 
-  HRESULT call(const OperationRow& row) {
+  HRESULT call(const SyncOperation& row) {
     connection->measurement().set_stationary_time(1);  // whatever a call before has set
-    return row.call(*commands, random, {}).result;
+    return row.call(*commands, random).result;
   }
 
-  const OperationRow& any_operation() { return operation_rows()[choose(operation_rows().size())]; }
+  const SyncOperation& any_operation() { return sync_operations()[choose(sync_operations().size())]; }
 
   // At most one nested call at a time, or the test would go ever deeper.
   HRESULT misbehave(Pointer<Listener>& listener) {
@@ -94,7 +87,7 @@ TEST_P(Misbehaviour, NeverKeepsACallFromReturningOrTheNextFromSucceeding) {
       (*listener)->handler = [this, listener](DISPID) { return misbehave(*listener); };
     }
     for (std::size_t count = choose(4); count > 0; --count) peer.send(any_packet());
-    const OperationRow& row = any_operation();
+    const SyncOperation& row = any_operation();
     const HRESULT result = call(row);
     EXPECT_TRUE(result == S_OK || result == S_FALSE || result == E_FAIL) << row.name << " " << result;
     EXPECT_FALSE(engine().is_answer_pending()) << row.name;

@@ -2,35 +2,16 @@
 
 #include <algorithm>
 
-#include "kestrine/text.h"
-#include "random_packet.h"
-
 namespace kestrine::test {
-namespace {
 
-// The parameters of a drive by speed are not the operation's own: the steps begin at rest after MoveHV.
-Bytes expected_parameters(const OperationRow& row, const TypedCall& call) {
-  if (row.command != VL_C_MoveHV) return call.parameters;
-  const std::string_view name = row.name;
-  Bytes speeds(8);
-  if (name == "MoveHV") {
-    put_i32(speeds, 0, std::clamp(call.longs[0], -100, 100));
-    put_i32(speeds, 4, std::clamp(call.longs[1], -100, 100));
-  }
-  if (name == "MoveLeft") put_i32(speeds, 0, -10);  // MoveRight comes back to rest
-  if (name == "MoveUp") put_i32(speeds, 4, -10);
-  return speeds;
+const std::vector<SyncOperation>& sync_operations() {
+  static const auto all = operations_of<ILTCommandSync>(SyncMembers(), protocol::sync_methods());
+  return all;
 }
 
-}  // namespace
-
-const protocol::TypeRow& result_record(const OperationRow& row) {
-  return row.result == VL_DT_Command ? *protocol::find_command(row.command)->answer
-                                     : *protocol::find_packet(row.result)->record;
-}
-
-std::string command_text(const OperationRow& row) {
-  return to_utf8(protocol::find_command(row.command)->text);
+const std::vector<AsyncOperation>& async_operations() {
+  static const auto all = operations_of<ILTCommandAsync>(AsyncMembers(), protocol::async_methods());
+  return all;
 }
 
 std::string number(std::int32_t value) {
@@ -43,19 +24,30 @@ std::string join(std::initializer_list<std::string_view> pieces) {
   return whole;
 }
 
-Bytes expected_request(const OperationRow& row, const TypedCall& call) {
-  return request(row.command, expected_parameters(row, call));
+// The parameters of a drive by speed are not the operation's own: the steps begin at rest after MoveHV.
+Bytes expected_request(const protocol::MemberRow& row, const TypedCall& call) {
+  const std::int32_t code = row.command->code;
+  if (code != VL_C_MoveHV) return request(code, call.parameters);
+  const std::string_view name = row.name;
+  Bytes speeds(8);
+  if (name == "MoveHV") {
+    put_i32(speeds, 0, std::clamp(call.longs[0], -100, 100));
+    put_i32(speeds, 4, std::clamp(call.longs[1], -100, 100));
+  }
+  if (name == "MoveLeft") put_i32(speeds, 0, -10);  // MoveRight comes back to rest
+  if (name == "MoveUp") put_i32(speeds, 4, -10);
+  return request(code, speeds);
 }
 
 // The values of an answer are the last fields of its record; a result's try mode comes first there and last here.
-std::vector<std::string> expected_outputs(const OperationRow& row, const TypedCall& call, const Bytes& bytes) {
+std::vector<std::string> expected_outputs(const SyncOperation& row, const TypedCall& call, const Bytes& bytes) {
   std::vector<std::string> all;
   std::size_t count = call.outputs.size();
   if (count == 0) return all;
-  const auto fields = protocol::leaves_of(result_record(row));
-  if (row.command == VL_C_GetStillImage) return {tell(40), tell_bytes(std::span(bytes).subspan(24))};
+  const auto fields = protocol::leaves_of(row.record());
+  if (row.code() == VL_C_GetStillImage) return {tell(40), tell_bytes(std::span(bytes).subspan(24))};
   if (std::string_view(row.name).ends_with("Ex")) {
-    return {tell_bytes(std::span(bytes).subspan(row.result == VL_DT_Command ? 16 : 0))};
+    return {tell_bytes(std::span(bytes).subspan(row.packet_type() == VL_DT_Command ? 16 : 0))};
   }
   std::string try_mode;
   for (const protocol::Leaf& field : fields) {
@@ -67,28 +59,22 @@ std::vector<std::string> expected_outputs(const OperationRow& row, const TypedCa
   return all;
 }
 
-TypedCall Operations::call(const OperationRow& row, std::int32_t measure_time) {
+TypedCall Operations::call(const SyncOperation& row, std::int32_t measure_time) {
   const bool starts_continuous = std::string_view(row.name).starts_with("StartContinuous");
   connection->measurement().set_mode(starts_continuous ? VL_MM_ContinuousTime : VL_MM_Standard);
   connection->measurement().set_legacy_stationary(false);
   connection->measurement().acknowledge_start();
   connection->measurement().set_stationary_time(measure_time);
-  std::set<std::size_t> flags;
-  if (row.command >= 0) {
-    for (const protocol::Value& field : protocol::find_command(row.command)->parameters) {
-      if (field.type == protocol::ValueType::kFlag) flags.insert(field.offset);
-    }
-  }
   SetErrorInfo(0, nullptr);
   heard();
-  return row.call(*commands, random, flags);
+  return row.call(*commands, random);
 }
 
-Bytes Operations::reply(const OperationRow& row, std::int32_t status) {
-  Bytes bytes = random_packet(result_record(row), row.result, random);
-  if (row.result == VL_DT_Command) put_i32(bytes, 8, row.command);
-  put_i32(bytes, row.result == VL_DT_Command ? 12 : 8, status);
-  if (row.command != VL_C_GetStillImage) return bytes;
+Bytes Operations::reply(const SyncOperation& row, std::int32_t status) {
+  Bytes bytes = random_packet(row.record(), row.packet_type(), random);
+  if (row.packet_type() == VL_DT_Command) put_i32(bytes, 8, row.code());
+  put_i32(bytes, row.packet_type() == VL_DT_Command ? 12 : 8, status);
+  if (row.code() != VL_C_GetStillImage) return bytes;
   bytes.resize(24 + 40);
   for (std::size_t i = 24; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(random());
   put_i32(bytes, 0, static_cast<std::int32_t>(bytes.size()));
@@ -104,7 +90,14 @@ Lines Operations::exceptions() {
   return lines;
 }
 
-void Operations::expect_failure(const OperationRow& row, HRESULT result, std::int32_t status, const std::string& text) {
+std::vector<SyncOperation> Operations::chosen(bool (*is_meant)(const protocol::MemberRow&)) {
+  std::vector<SyncOperation> some;
+  std::ranges::copy_if(sync_operations(), std::back_inserter(some), is_meant);
+  return some;
+}
+
+void Operations::expect_failure(const SyncOperation& row, HRESULT result, std::int32_t status,
+                                const std::string& text) {
   EXPECT_EQ(told(result), join({"80004005 ", number(status), " Kestrine.LTConnect.1: ", text})) << row.name;
   EXPECT_EQ(exceptions(), Lines{join({"sync ExceptionEvent ", number(status), " '", text, "'"})}) << row.name;
 }

@@ -1,6 +1,5 @@
 // Every operation of ILTCommandSync, in every way in which it can end but by its timer.
 #include <array>
-#include <set>
 
 #include "commands/arguments.h"
 #include "kestrine/com_error.h"
@@ -9,19 +8,29 @@
 namespace kestrine::test {
 namespace {
 
-TEST_F(Operations, AreTwoHundredAndOne) {
-  ASSERT_EQ(operation_rows().size(), 201u);
-  std::set<std::string_view> names;
-  for (const OperationRow& row : operation_rows()) names.insert(row.name);
-  EXPECT_EQ(names.size(), 201u);
+template <class Interface>
+void expect_places_and_types(const std::vector<Operation<Interface>>& operations) {
+  std::size_t slot = 3;  // behind those of IUnknown
+  for (const Operation<Interface>& row : operations) {
+    std::string types;
+    for (const protocol::Value& value : row.values) {
+      types += (value.out ? "LBDTVR" : "lbdtvr")[static_cast<int>(value.type)];
+    }
+    EXPECT_EQ(row.slot, slot++) << row.name;
+    EXPECT_EQ(row.types, types) << row.name;
+  }
+}
+
+TEST_F(Operations, HaveTheirPlacesInTheInterfacesAndTheirParameters) {
+  expect_places_and_types(sync_operations());
+  expect_places_and_types(async_operations());
 }
 
 TEST_F(Operations, SendTheirInputsAndHandOutWhatTheServerAnswers) {
   start();
   for (int round = 0; round < 3; ++round) {
-    for (const OperationRow& row : operation_rows()) {
-      if (row.command < 0) continue;
-      const Bytes bytes = row.waits() ? reply(row, 0) : Bytes();
+    for (const SyncOperation& row : chosen(sends)) {
+      const Bytes bytes = waits(row) ? reply(row, 0) : Bytes();
       peer.send(bytes);
       const TypedCall made = call(row);
       EXPECT_EQ(told(made.result), "ok") << row.name;
@@ -34,25 +43,9 @@ TEST_F(Operations, SendTheirInputsAndHandOutWhatTheServerAnswers) {
   EXPECT_TRUE(peer.nothing_to_receive());
 }
 
-TEST_F(Operations, HandOutTheFieldsBehindTheirAnswersHeader) {
-  start();
-  for (const OperationRow& row : operation_rows()) {
-    if (!row.waits() || row.result != VL_DT_Command) continue;
-    peer.send(reply(row, 0));
-    const TypedCall made = call(row);
-    if (made.outputs.empty() || std::string_view(row.name).ends_with("Ex")) continue;
-    // These answers begin with a field that is no output.
-    const bool skips = row.command == VL_C_GetLongSystemParameter || row.command == VL_C_GetDoubleSystemParameter ||
-                       row.command == VL_C_GetMeasurementStatusInfo || row.command == VL_C_GetStillImage;
-    const auto fields = protocol::leaves_of(result_record(row));
-    EXPECT_EQ(fields[fields.size() - made.outputs.size()].offset, skips ? 20 : 16) << row.name;
-  }
-}
-
 TEST_F(Operations, TellOfEveryWarning) {
   start();
-  for (const OperationRow& row : operation_rows()) {
-    if (!row.waits()) continue;
+  for (const SyncOperation& row : chosen(waits)) {
     for (std::int32_t parameter = 1; parameter <= 6; ++parameter) {
       const std::int32_t status = 9 + 2 * parameter;
       peer.send(reply(row, status));
@@ -67,16 +60,14 @@ TEST_F(Operations, TellOfEveryWarning) {
 
 TEST_F(Operations, FailWithTheServersRefusal) {
   start();
-  for (const OperationRow& row : operation_rows()) {
-    if (!row.waits()) continue;
+  for (const SyncOperation& row : chosen(waits)) {
     const Bytes bytes = reply(row, VL_RS_WrongParameter);
     peer.send(bytes);
     const TypedCall made = call(row);
-    expect_failure(
-        row, made.result, VL_RS_WrongParameter,
-        join({"[", number(row.command), "] \"", command_text(row), "\" failed  (status:  Wrong Parameter)"}));
+    expect_failure(row, made.result, VL_RS_WrongParameter,
+                   join({"[", number(row.code()), "] \"", row.text(), "\" failed  (status:  Wrong Parameter)"}));
     // A point that was not measured is not handed out; all else comes whatever the status.
-    const bool is_point = row.result == VL_DT_SingleMeasResult || row.result == VL_DT_SingleMeasResult2;
+    const bool is_point = row.packet_type() == VL_DT_SingleMeasResult || row.packet_type() == VL_DT_SingleMeasResult2;
     if (is_point) {
       for (const std::string& output : made.outputs) {
         EXPECT_EQ(output.find_first_of("123456789"), std::string::npos) << row.name;
@@ -87,21 +78,19 @@ TEST_F(Operations, FailWithTheServersRefusal) {
   }
 }
 
-bool needs_a_result(const OperationRow& row) {
-  return row.result != VL_DT_Command && row.result != VL_DT_TiltraResult;
+bool needs_a_result(const SyncOperation& row) {
+  return row.source == protocol::Source::kMeasurement;
 }
 
 TEST_F(Operations, EndWithTheAnswerToAnotherCommandButHandOutNoOldResult) {
   start();
-  for (const OperationRow& row : operation_rows()) {
-    if (!row.waits()) continue;
+  for (const SyncOperation& row : chosen(waits)) {
     if (needs_a_result(row)) deliver(reply(row, 0));  // arrives while nobody waits
     peer.send(answer(VL_C_ActivateCameraView, 0));
     const HRESULT result = call(row).result;
     if (needs_a_result(row)) {
-      expect_failure(
-          row, result, VL_RS_Unknown,
-          join({"[", number(row.command), "] \"", command_text(row), "\" failed  (status:  Unknown status)"}));
+      expect_failure(row, result, VL_RS_Unknown,
+                     join({"[", number(row.code()), "] \"", row.text(), "\" failed  (status:  Unknown status)"}));
     } else {
       EXPECT_EQ(told(result), "ok") << row.name;
     }
@@ -110,25 +99,23 @@ TEST_F(Operations, EndWithTheAnswerToAnotherCommandButHandOutNoOldResult) {
 
 TEST_F(Operations, EndWithTheServer) {
   start();
-  for (const OperationRow& row : operation_rows()) {
-    if (!row.waits()) continue;
+  for (const SyncOperation& row : chosen(waits)) {
     peer.send(status_change(VL_SSC_ServerClosing));
     expect_failure(row, call(row).result, VL_RS_Unknown,
-                   join({"[", number(row.command), "] \"", command_text(row), "\" failed  (status:  Unknown status)"}));
+                   join({"[", number(row.code()), "] \"", row.text(), "\" failed  (status:  Unknown status)"}));
     EXPECT_FALSE(connection->link().mark_ended());
   }
 }
 
 TEST_F(Operations, RememberTheModeAndTheTimeThatTheServerHasTaken) {
   start();
-  for (const OperationRow& row : operation_rows()) {
-    if (!row.waits()) continue;
+  for (const SyncOperation& row : chosen(waits)) {
     for (const std::int32_t status : {0, 11, 3}) {
       peer.send(reply(row, status));
       const TypedCall made = call(row, 1234);
       const bool taken = status != 3;
-      const bool sets_mode = row.command == VL_C_SetMeasurementMode;
-      const bool sets_time = row.command == VL_C_SetStationaryModeParams;
+      const bool sets_mode = row.code() == VL_C_SetMeasurementMode;
+      const bool sets_time = row.code() == VL_C_SetStationaryModeParams;
       const std::int32_t mode =
           std::string_view(row.name).starts_with("StartContinuous") ? VL_MM_ContinuousTime : VL_MM_Standard;
       connection::MeasurementState asked;
@@ -164,10 +151,9 @@ TEST_F(Operations, ReportAFailedSend) {
   start();
   connection->DisconnectEmbeddedSystem();
   connection->put_ExceptionHandlingPolicy(1);  // no send failure of this interface is ever thrown
-  for (const OperationRow& row : operation_rows()) {
-    if (row.command < 0) continue;
+  for (const SyncOperation& row : chosen(sends)) {
     expect_failure(row, call(row).result, 40002,
-                   join({"Invoking command \"", command_text(row), "\" [", number(row.command), "] failed!"}));
+                   join({"Invoking command \"", row.text(), "\" [", number(row.code()), "] failed!"}));
     EXPECT_FALSE(engine().is_answer_pending());
   }
 }
@@ -179,8 +165,7 @@ TEST_F(Operations, AreRefusedWhileAnotherOneWaits) {
     commands->put_UseIncreasedTimeouts(increased ? VARIANT_TRUE : VARIANT_FALSE);
     for (const bool policy : {false, true}) {
       connection->put_ExceptionHandlingPolicy(policy ? 1 : 0);
-      for (const OperationRow& row : operation_rows()) {
-        if (row.command < 0) continue;
+      for (const SyncOperation& row : chosen(sends)) {
         bool thrown = false;
         HRESULT result = S_OK;
         try {
@@ -189,8 +174,8 @@ TEST_F(Operations, AreRefusedWhileAnotherOneWaits) {
           thrown = true;
           result = error.Error();
         }
-        EXPECT_EQ(thrown, policy && row.sends_only()) << row.name;
-        if (row.command == VL_C_MoveHV && !increased) {
+        EXPECT_EQ(thrown, policy && row.sends_only) << row.name;
+        if (row.code() == VL_C_MoveHV && !increased) {
           EXPECT_EQ(result, S_FALSE) << row.name;
           EXPECT_EQ(exceptions(), Lines{}) << row.name;
         } else {

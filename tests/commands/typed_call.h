@@ -1,16 +1,30 @@
-// From the type of an operation's member function to a call of it.
+// Every typed operation of both command sets with its row of the catalogue, to be called with random arguments.
 #pragma once
 
 #include <cstring>
+#include <random>
+#include <set>
+#include <string>
 #include <tuple>
 #include <type_traits>
+#include <vector>
 
+#include "commands/members.h"
 #include "kestrine/enums.h"
 #include "kestrine/records.h"
-#include "operation_rows.h"
+#include "kestrine/text.h"
+#include "protocol/catalogue.h"
 #include "random_packet.h"
 
 namespace kestrine::test {
+
+// One call with random arguments.
+struct TypedCall {
+  HRESULT result = E_UNEXPECTED;
+  Bytes parameters;                  // as the request has to carry them
+  std::vector<std::int32_t> longs;   // the inputs that are whole numbers
+  std::vector<std::string> outputs;  // in order; a record as its bytes
+};
 
 struct Inputs {
   std::mt19937& random;
@@ -32,7 +46,7 @@ struct Slot {  // an input
   Parameter value{};
 
   Parameter pass() { return value; }
-  void tell_output(TypedCall&) {}
+  void take_output(TypedCall&) {}
 
   void fill(Inputs inputs) {
     if constexpr (std::is_same_v<Parameter, double>) {
@@ -74,7 +88,7 @@ struct Slot<Value*> {  // an output
   Value* pass() { return &value; }
   void fill(Inputs) {}
 
-  void tell_output(TypedCall& call) {
+  void take_output(TypedCall& call) {
     if constexpr (std::is_same_v<Value, BSTR>) {
       call.outputs.push_back(tell_text({value, SysStringLen(value)}));
       SysFreeString(value);
@@ -100,14 +114,14 @@ struct Slot<Value*> {  // an output
     if (FAILED(SafeArrayGetUBound(image.parray, 1, &last)) || FAILED(SafeArrayAccessData(image.parray, &bytes))) {
       return "no bytes";
     }
-    std::string told = tell_bytes({static_cast<const std::uint8_t*>(bytes), static_cast<std::size_t>(last + 1)});
+    std::string text = tell_bytes({static_cast<const std::uint8_t*>(bytes), static_cast<std::size_t>(last + 1)});
     SafeArrayUnaccessData(image.parray);
-    return told;
+    return text;
   }
 };
 
-template <class... Parameters>
-TypedCall call_member(ILTCommandSync& commands, HRESULT (ILTCommandSync::*member)(Parameters...), std::mt19937& random,
+template <class Interface, class... Parameters>
+TypedCall call_member(Interface& commands, HRESULT (Interface::*member)(Parameters...), std::mt19937& random,
                       const std::set<std::size_t>& flags) {
   TypedCall call;
   std::tuple<Slot<Parameters>...> slots;
@@ -115,15 +129,76 @@ TypedCall call_member(ILTCommandSync& commands, HRESULT (ILTCommandSync::*member
       [&](auto&... slot) {
         (slot.fill({random, flags, call}), ...);
         call.result = (commands.*member)(slot.pass()...);
-        (slot.tell_output(call), ...);
+        (slot.take_output(call), ...);
       },
       slots);
   return call;
 }
 
-template <auto Member>
-TypedCall typed(ILTCommandSync& commands, std::mt19937& random, const std::set<std::size_t>& flags) {
-  return call_member(commands, Member, random, flags);
+template <class Interface>
+struct Operation : protocol::MemberRow {
+  TypedCall (*member)(Interface&, std::mt19937&, const std::set<std::size_t>& flags);
+  std::size_t slot;   // in the table of the interface's virtual functions
+  std::string types;  // a letter for each parameter, a capital for an output
+
+  TypedCall call(Interface& commands, std::mt19937& random) const {
+    std::set<std::size_t> flags;
+    if (command == nullptr) return member(commands, random, flags);
+    for (const protocol::Value& field : command->parameters) {
+      if (field.type == protocol::ValueType::kFlag) flags.insert(field.offset);
+    }
+    return member(commands, random, flags);
+  }
+  std::int32_t code() const { return command->code; }
+  std::string text() const { return to_utf8(command->text); }
+  // The type of the packet that brings the outputs, and its record.
+  std::int32_t packet_type() const {
+    if (source == protocol::Source::kAnswer) return VL_DT_Command;
+    if (source == protocol::Source::kTiltra) return VL_DT_TiltraResult;
+    return result_type == -1 ? VL_DT_StationaryProbeMeasResult + 0 : result_type;
+  }
+  const protocol::TypeRow& record() const {
+    return packet_type() == VL_DT_Command ? *command->answer : *protocol::find_packet(packet_type())->record;
+  }
+};
+
+template <class Parameter>
+constexpr char kLetter = std::is_same_v<Parameter, double>         ? 'd'
+                         : std::is_same_v<Parameter, VARIANT_BOOL> ? 'b'
+                         : std::is_same_v<Parameter, BSTR>         ? 't'
+                         : std::is_same_v<Parameter, VARIANT>      ? 'v'
+                         : std::is_class_v<Parameter>              ? 'r'
+                                                                   : 'l';
+template <class Value>
+constexpr char kLetter<Value*> = std::is_same_v<Value*, BSTR> ? 't' : static_cast<char>(kLetter<Value> - 'a' + 'A');
+
+// A pointer to a virtual member begins with the offset of its entry in the table; some machines mark that with the
+// lowest bit.
+template <class Interface, class... Parameters>
+Operation<Interface> operation_of(HRESULT (Interface::*member)(Parameters...), const protocol::MemberRow& row) {
+  std::uintptr_t offset = 0;
+  std::memcpy(&offset, &member, sizeof offset);
+  return {row, nullptr, (offset & ~std::uintptr_t{1}) / sizeof(void*), {kLetter<Parameters>...}};
 }
+
+template <class Interface, auto... Members>
+std::vector<Operation<Interface>> operations_of(MemberList<Members...>, std::span<const protocol::MemberRow> rows) {
+  auto row = rows.begin();
+  std::vector<Operation<Interface>> all = {operation_of(Members, *row++)...};
+  auto operation = all.begin();
+  ((operation++->member =
+        [](Interface& commands, std::mt19937& random, const std::set<std::size_t>& flags) {
+          return call_member(commands, Members, random, flags);
+        }),
+   ...);
+  return all;
+}
+
+using SyncOperation = Operation<ILTCommandSync>;
+using AsyncOperation = Operation<ILTCommandAsync>;
+
+// In the order of their identifiers.
+const std::vector<SyncOperation>& sync_operations();
+const std::vector<AsyncOperation>& async_operations();
 
 }  // namespace kestrine::test

@@ -1,10 +1,10 @@
 // Every event of both interfaces, fired from its packet with random fields.
+#include <algorithm>
 #include <set>
-#include <sstream>
 #include <string_view>
+#include <vector>
 
 #include "client_test.h"
-#include "event_walk_rows.h"
 #include "protocol/catalogue.h"
 #include "random_packet.h"
 
@@ -13,72 +13,82 @@ namespace {
 
 constexpr std::int32_t kBadStatus = 5;
 
-const protocol::TypeRow& record_of(const EventWalkRow& row) {
-  return row.type == VL_DT_Command ? *protocol::find_command(row.command)->answer
-                                   : *protocol::find_packet(row.type)->record;
-}
+// Whether a bad status of the packet keeps an event back and is told as an ErrorEvent instead.
+enum class Tested {
+  kNever,
+  kOnce,      // for each interface, for all the events of the packet together
+  kEachTime,  // for each interface and each event
+  kAsyncOnly,
+};
 
-std::size_t field_index(const EventWalkRow& row, std::string_view name) {
-  const auto fields = protocol::leaves_of(record_of(row));
-  for (std::size_t i = 0; i < fields.size(); ++i) {
-    const std::string_view path = fields[i].path;
-    if (path == name || (path.ends_with(name) && path[path.size() - name.size() - 1] == '.')) return i;
+// A kind of packet with the events that it fires.
+struct Firing {
+  std::int32_t type;
+  std::int32_t command;  // of an answer or an error packet; else what a bad status is told of
+  std::int32_t mode;     // that the measurement is made in, or -1
+  std::vector<const protocol::MemberRow*> async_events;
+  const protocol::MemberRow* sync_event;
+  Tested tested;
+
+  const protocol::TypeRow& record() const {
+    return type == VL_DT_Command ? *protocol::find_command(command)->answer : *protocol::find_packet(type)->record;
   }
-  ADD_FAILURE() << row.name << ": no field " << name;
-  return 0;
+};
+
+const protocol::MemberRow* find_event(std::span<const protocol::MemberRow> events, std::string_view name) {
+  const auto found = std::ranges::find(events, name, &protocol::MemberRow::name);
+  return found == events.end() ? nullptr : &*found;
 }
 
-// The fields that the row's text names, in its order.
-std::vector<protocol::Leaf> fields_of(const EventWalkRow& row) {
-  const auto all = protocol::leaves_of(record_of(row));
-  std::vector<protocol::Leaf> chosen;
-  std::istringstream words(row.fields);
-  for (std::string word; words >> word;) {
-    const std::size_t dots = word.find("..");
-    std::size_t first = 0;
-    std::size_t last = all.size() - 1;
-    if (dots == std::string::npos) {
-      first = last = field_index(row, word);
-    } else if (dots == 0) {
-      first = field_index(row, "packetInfo.status") + 1;
-    } else {
-      first = field_index(row, word.substr(0, dots));
-      last = field_index(row, word.substr(dots + 2));
-    }
-    for (std::size_t i = first; i <= last; ++i) chosen.push_back(all[i]);
+// What is no answer: the dispatcher knows these packets one by one.
+std::vector<Firing> packets_that_fire() {
+  using enum Tested;
+  const struct {
+    std::int32_t type, command, mode;
+    const char* event;
+    bool also_sync;
+    Tested tested;
+  } packets[] = {
+      {VL_DT_Error, VL_C_Unknown, -1, "ErrorEvent", true, kNever},
+      {VL_DT_SystemStatusChange, 0, -1, "StatusChangeEvent", true, kNever},
+      {VL_DT_MultiMeasResult, 0, -1, "ContinuousPointMeasDataReady", true, kNever},
+      {VL_DT_MultiMeasResult2, 0, -1, "ContinuousPointMeasDataReady", true, kNever},
+      {VL_DT_ContinuousProbeMeasResult, 0, -1, "ContinuousProbeMeasDataReady", true, kNever},
+      {VL_DT_ReflectorPosResult, 0, -1, "ReflectorPositionData", true, kNever},
+      {VL_DT_ProbePosResult, 0, -1, "ProbePositionData", true, kNever},
+      {VL_DT_TiltraResult, VL_C_StartTiltraMeasurement, -1, "TiltraMeasurementData", false, kOnce},
+      {VL_DT_SingleMeasResult, VL_C_StartMeasurement, VL_MM_SphereCenter, "CenterPointData", true, kAsyncOnly},
+      {VL_DT_SingleMeasResult2, VL_C_StartMeasurement, VL_MM_SphereCenter, "CenterPoint2Data", true, kAsyncOnly},
+      {VL_DT_SingleMeasResult, VL_C_StartMeasurement, VL_MM_Stationary, "StationaryPointMeasData", true, kAsyncOnly},
+      {VL_DT_SingleMeasResult2, VL_C_StartMeasurement, VL_MM_Outdoor, "StationaryPoint2MeasData", true, kAsyncOnly},
+      {VL_DT_StationaryProbeMeasResult, VL_C_StartMeasurement, VL_MM_Standard, "StationaryProbeMeasData", true, kOnce},
+      {VL_DT_StationaryProbeMeasResult, VL_C_StartMeasurement, VL_MM_6DStationary, "StationaryProbeMeasData", false,
+       kOnce},
+      {VL_DT_StationaryProbeMeasResult, VL_C_StartMeasurement, VL_MM_SphereCenter, "CenterPointProbeData", true,
+       kAsyncOnly},
+  };
+  std::vector<Firing> all;
+  for (const auto& [type, command, mode, event, also_sync, tested] : packets) {
+    const auto* const sync_event = also_sync ? find_event(protocol::sync_events(), event) : nullptr;
+    all.push_back({type, command, mode, {find_event(protocol::async_events(), event)}, sync_event, tested});
   }
-  return chosen;
+  return all;
 }
 
-char letter(protocol::ValueType type) {
-  switch (type) {
-    case protocol::ValueType::kInt32:
-      return 'l';
-    case protocol::ValueType::kDouble:
-      return 'd';
-    case protocol::ValueType::kFlag:
-      return 'b';
-    case protocol::ValueType::kText:
-      return 't';
-    default:
-      return '?';
+std::vector<Firing> all_firings() {
+  std::vector<Firing> all = packets_that_fire();
+  const protocol::MemberRow* const completed = find_event(protocol::async_events(), "CommandCompletedData");
+  for (const protocol::CommandRow& row : protocol::commands()) {
+    if (row.answer == nullptr) continue;
+    const Tested tested = !row.status_tested        ? Tested::kNever
+                          : row.status_tested_twice ? Tested::kEachTime
+                                                    : Tested::kOnce;
+    Firing firing{VL_DT_Command, row.code, -1, {row.async_event}, row.sync_event, tested};
+    if (row.async_event == nullptr) firing.async_events = {completed};
+    if (row.async_event2 != nullptr) firing.async_events.push_back(row.async_event2);
+    all.push_back(firing);
   }
-}
-
-bool share_a_packet(const EventWalkRow& left, const EventWalkRow& right) {
-  return left.type == right.type && left.command == right.command && left.mode == right.mode;
-}
-
-// The events of each packet.
-std::vector<std::span<const EventWalkRow>> packets_of_walk() {
-  std::vector<std::span<const EventWalkRow>> groups;
-  for (auto rows = event_walk_rows(); !rows.empty();) {
-    std::size_t count = 1;
-    while (count < rows.size() && share_a_packet(rows[0], rows[count])) ++count;
-    groups.push_back(rows.first(count));
-    rows = rows.subspan(count);
-  }
-  return groups;
+  return all;
 }
 
 class EventWalk : public ClientTest {
@@ -99,8 +109,8 @@ class EventWalk : public ClientTest {
     if (async_listener) async_listener->handler = note;
   }
 
-  Bytes packet_of(const EventWalkRow& row, std::int32_t status) {
-    Bytes bytes = random_packet(record_of(row), row.type, random);
+  Bytes packet_of(const Firing& row, std::int32_t status) {
+    Bytes bytes = random_packet(row.record(), row.type, random);
     const bool names_command = row.type == VL_DT_Command || row.type == VL_DT_Error;
     if (names_command) put_i32(bytes, 8, row.command);
     if (row.type != VL_DT_SystemStatusChange) put_i32(bytes, names_command ? 12 : 8, status);
@@ -108,7 +118,7 @@ class EventWalk : public ClientTest {
     return bytes;
   }
 
-  Heard fire(const EventWalkRow& row, const Bytes& bytes) {
+  Heard fire(const Firing& row, const Bytes& bytes) {
     connection->measurement().set_mode(row.mode);
     deliver(bytes);
     return all_heard();
@@ -116,35 +126,38 @@ class EventWalk : public ClientTest {
   Heard all_heard() { return {heard(), std::exchange(ids_, {})}; }
 
   // What a packet brings about: the synchronous interface hears its event first.
-  Heard expected(std::span<const EventWalkRow> rows, const Bytes& bytes, std::int32_t status, Objects objects) {
+  Heard expected(const Firing& row, const Bytes& bytes, std::int32_t status, Objects objects) {
     Heard all;
-    const auto hear = [&](const char* who, std::int32_t id, const EventWalkRow& row) {
-      std::string line = std::string(who).append(" ").append(row.name);
-      for (const protocol::Leaf& field : fields_of(row)) line.append(" ").append(tell_field(field, bytes));
+    const auto hear = [&](const char* who, const protocol::MemberRow& event) {
+      std::string line = std::string(who).append(" ").append(event.name);
+      for (const protocol::Value& value : event.values) line.append(" ").append(tell_field(value, bytes));
       all.lines.push_back(line);
-      all.ids.push_back(id);
+      all.ids.push_back(event.dispid);
     };
-    const auto report = [&](const EventWalkRow& row) {
+    const auto report = [&] {
       if ((objects & kAsync) == 0) return;
-      all.lines.push_back(
-          std::string("async ErrorEvent ").append(tell(row.command)).append(" ").append(tell(kBadStatus)));
+      all.lines.push_back("async ErrorEvent " + tell(row.command) + " " + tell(kBadStatus));
       all.ids.push_back(1);
     };
-    const auto is_good = [&](Tested tested) { return tested == Tested::kNever || status == VL_RS_AllOK; };
-    for (const EventWalkRow& row : rows) {
-      if ((objects & kSync) == 0 || row.sync_id == 0) continue;
-      if (row.tested == Tested::kAsyncOnly || is_good(row.tested)) {
-        hear("sync", row.sync_id, row);
+    const bool good = row.tested == Tested::kNever || status == VL_RS_AllOK;
+    if ((objects & kSync) != 0 && row.sync_event != nullptr) {
+      if (good || row.tested == Tested::kAsyncOnly) {
+        hear("sync", *row.sync_event);
       } else {
-        report(row);
+        report();
       }
     }
-    for (const EventWalkRow& row : rows) {
+    // A measurement that was not even begun is told to those who wait for its result.
+    if (row.command == VL_C_StartMeasurement && row.type == VL_DT_Command && !good && (objects & kSync) != 0) {
+      all.lines.push_back("sync ErrorEvent " + tell(row.command) + " " + tell(kBadStatus));
+      all.ids.push_back(1);
+    }
+    for (const protocol::MemberRow* event : row.async_events) {
       if ((objects & kAsync) == 0) break;
-      if (is_good(row.tested)) {
-        hear("async", row.async_id, row);
-      } else if (row.tested == Tested::kEachTime || &row == &rows.front()) {
-        report(row);
+      if (good) {
+        hear("async", *event);
+      } else if (row.tested == Tested::kEachTime || event == row.async_events.front()) {
+        report();
       }
     }
     return all;
@@ -157,23 +170,14 @@ class EventWalk : public ClientTest {
 };
 
 TEST_F(EventWalk, MissesNoEventButTheOneThatNoPacketFires) {
-  std::set<std::int32_t> async_ids = {90};  // ExceptionEvent
-  std::set<std::int32_t> sync_ids = {21};
-  for (const EventWalkRow& row : event_walk_rows()) {
-    async_ids.insert(row.async_id);
-    if (row.sync_id != 0) sync_ids.insert(row.sync_id);
+  std::set<const protocol::MemberRow*> fired = {find_event(protocol::sync_events(), "ExceptionEvent"),
+                                                find_event(protocol::async_events(), "ExceptionEvent")};
+  for (const Firing& row : all_firings()) {
+    fired.insert(row.sync_event);
+    fired.insert(row.async_events.begin(), row.async_events.end());
   }
-  EXPECT_EQ(async_ids.size(), 96u);
-  EXPECT_EQ(*async_ids.rbegin(), 96);
-  EXPECT_EQ(sync_ids.size(), 24u);
-  EXPECT_EQ(*sync_ids.rbegin(), 24);
-}
-
-TEST_F(EventWalk, FindsFieldsOfTheArgumentsTypes) {
-  for (const EventWalkRow& row : event_walk_rows()) {
-    std::string types;
-    for (const protocol::Leaf& field : fields_of(row)) types += letter(field.type);
-    EXPECT_EQ(types, row.types) << row.name;
+  for (const auto events : {protocol::sync_events(), protocol::async_events()}) {
+    for (const protocol::MemberRow& event : events) EXPECT_TRUE(fired.contains(&event)) << event.name;
   }
 }
 
@@ -192,13 +196,13 @@ TEST_P(EventWalkOf, FiresEveryEventWithThePacketsFields) {
   make(objects);
   listen_to_ids();
   for (int round = 0; round < 3; ++round) {
-    for (const auto rows : packets_of_walk()) {
+    for (const Firing& row : all_firings()) {
       for (const std::int32_t status : {VL_RS_AllOK + 0, kBadStatus}) {
-        const Bytes bytes = packet_of(rows.front(), status);
-        const Heard wanted = expected(rows, bytes, status, objects);
-        const Heard all = fire(rows.front(), bytes);
+        const Bytes bytes = packet_of(row, status);
+        const Heard wanted = expected(row, bytes, status, objects);
+        const Heard all = fire(row, bytes);
         EXPECT_EQ(all.lines, wanted.lines);
-        EXPECT_EQ(all.ids, wanted.ids) << rows.front().name;
+        EXPECT_EQ(all.ids, wanted.ids) << row.type << " " << row.command;
       }
     }
   }
@@ -209,9 +213,9 @@ TEST_P(EventWalkOf, FiresNothingUnderAnotherNotificationMethod) {
   for (const KR_NotifyMethod method :
        {KR_NM_None, KR_NM_WM_CopyData, KR_NM_WM_Notify, static_cast<KR_NotifyMethod>(7)}) {
     connection->SelectNotificationMethod(method, 0, 0);
-    for (const auto rows : packets_of_walk()) {
+    for (const Firing& row : all_firings()) {
       for (const std::int32_t status : {VL_RS_AllOK + 0, kBadStatus}) {
-        EXPECT_EQ(fire(rows.front(), packet_of(rows.front(), status)).lines, Lines{});
+        EXPECT_EQ(fire(row, packet_of(row, status)).lines, Lines{});
       }
     }
   }

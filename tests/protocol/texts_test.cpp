@@ -14,27 +14,19 @@ TEST(StatusText, GivesEveryNumberAText) {
   const std::u16string unexpected = u"Unknown status (unexpected)";
   const std::map<std::int32_t, std::u16string> cases{
       {0, u"All OK"},
-      {27, u"No Weather- Monitor found"},
       {34, unexpected},
       {36, u"Unknown status"},
-      {41, u"Server Module timed out !"},
       {63, unexpected},
-      {73, u"Wrong active Camera to Tracker Compensation in Database"},
       {99, u"No Trigger Board"},
       {100, u"TRK #100"},
-      {150, u"TRK #150"},
       {999, u"TRK #999"},
       {1000, u"1000"},
-      {5000, u"5000"},
       {10000, u"10000"},
       {10001, u"No Shank Compensation is set"},
-      {10005, u"AIFM Start Busy"},
-      {10014, u"Sensor not rady for measurement"},
       {10025, u"Item selection failed"},
       {10026, u"10026"},
       {29999, u"29999"},
       {30000, unexpected},
-      {50000, unexpected},
       {100000, unexpected},
       {100001, u"100001"},
       {INT_MAX, u"2147483647"},
@@ -49,14 +41,9 @@ TEST(CommandText, NamesEveryCommandAndWhatIsNone) {
       {0, u"Exit Application"},
       {7, u"Initialize"},
       {64, u"Unknown command"},
-      {86, u"Get Compensations"},
-      {95, u"Go Bird Bath2"},
-      {101, u"Set CameraMode"},
-      {123, u"Get Compensations"},
-      {140, u"Get Korv40x Info"},
       {144, u"System Power Down"},
       {50, u"Unknown command (unexpected)"},
-      {145, u"Unknown command (unexpected)"},
+      {999, u"Unknown command (unexpected)"},
       {-1, u"Unknown command (unexpected)"},
   };
   for (const auto& [command, text] : cases) EXPECT_EQ(command_text(command), text) << command;
@@ -75,11 +62,10 @@ TEST(SendFailureText, NamesTheCommandAndItsCode) {
 }
 
 TEST(WarningRow, KnowsTheSixAcceptedParametersOnly) {
-  const std::map<std::int32_t, std::int32_t> rows{{11, 517}, {13, 518}, {15, 519}, {17, 520}, {19, 521}, {21, 522}};
   for (std::int32_t status = -2; status < 30; ++status) {
-    EXPECT_EQ(warning_row(status), rows.contains(status) ? rows.at(status) : 0) << status;
+    const bool warns = status >= 11 && status <= 21 && status % 2 == 1;
+    EXPECT_EQ(warning_row(status), warns ? 517 + (status - 11) / 2 : 0) << status;
   }
-  EXPECT_EQ(table_text(520), u"Warning: Parameter 4 out of range but still accepted");
 }
 
 TEST(TableText, GivesNothingForARowThatIsNotThere) {

@@ -6,7 +6,7 @@ from ..errors import require, require_known
 from ..source import Source, Table
 from .commands import BASIC_ANSWER, Command
 from .enums import Enum
-from .interfaces import identifiers, single_parameters
+from .interfaces import distinct, identifiers, single_parameters
 from .names import Numbers
 from .records import Record, Records, record_tables
 from .values import Value, listed_values
@@ -68,7 +68,8 @@ class Events:
             renamed = table.take("sync_names", dict, {}) if side == "sync" else {}
             for old in renamed:
                 require_known(old, [value.name for value in values], table.at("sync_names"), f"value of {name}")
-            own = [Value(renamed.get(value.name, value.name), value.type, value.leaf) for value in values]
+            own = distinct([Value(renamed.get(value.name, value.name), value.type, value.leaf) for value in values],
+                           name, table.where)
             made.append(Event(dispid, name, records, own))
             self._found[side].append(made[-1])
         return made

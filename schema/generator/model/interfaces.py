@@ -101,7 +101,7 @@ def identifiers(table: Table, wanted: tuple[str, ...] | None) -> dict[str, int]:
     return ids
 
 
-# Calls by name keep their arguments in an array of that many.
+# Calls by name and events keep their arguments in an array of that many.
 _MOST_PARAMETERS = 64
 
 

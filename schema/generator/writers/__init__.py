@@ -1,6 +1,7 @@
 """One entry for each generated file."""
 
-from . import accessors, catalogue, enums, events, interfaces, library, methods, python, records, requests, texts
+from . import (accessors, catalogue, enums, events, interfaces, library, methods, python, records, requests, test_members,
+               texts)
 
 WRITERS = {
     "python/kestrine/_interfaces.pyi": python.write_stubs,
@@ -18,5 +19,6 @@ WRITERS = {
     "src/protocol/catalogue_rows.cpp": catalogue.write,
     "src/protocol/errors.h": texts.write,
     "src/protocol/event_numbers.h": events.write_numbers,
+    "tests/commands/members.h": test_members.write,
     "tests/protocol/requests.h": requests.write,
 }
