@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 
 #include "byte_variant.h"
@@ -14,48 +13,33 @@ const std::string kFailed =
 
 class DiskFileTest : public ClientTest {
  protected:
-  DiskFileTest() {
-    fs::create_directory(folder);
-    make();
-  }
-  ~DiskFileTest() override { fs::remove_all(folder); }
+  DiskFileTest() { make(); }
 
   std::string write(VARIANT* data, const std::string& to) {
     return told(connection->WriteDiskFile(data, Text(std::string_view(to))));
   }
-  static Bytes content(const std::string& name) {
-    std::ifstream file(name, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), {});
+  Bytes content() const {
+    const std::string text = text_of(name);
+    return Bytes(text.begin(), text.end());
   }
   static std::ptrdiff_t open_descriptors() {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
   }
 
-  const fs::path folder = fs::path(testing::TempDir()) / ("kestrine-disk-" + std::to_string(peer.port()));
+  const fs::path folder = environment.directory();
   const std::string name = (folder / "Größe 1.jpg").string();
 };
 
-TEST_F(DiskFileTest, TheBytesOfTheArrayReplaceWhatTheFileHeld) {
+TEST_F(DiskFileTest, AsManyBytesReplaceTheFileAsTheFirstDimensionInMemoryHasElements) {
   Bytes bytes(100'000);
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 7);
-  for (const std::size_t size : {bytes.size(), std::size_t{3}, std::size_t{0}}) {
-    bytes.resize(size);
-    EXPECT_EQ(write(ByteVariant(bytes), name), "ok");
-    EXPECT_EQ(content(name), bytes);
+  ByteVariant many(bytes), none(Bytes{}), wide(Bytes{1, 2, 3}, VT_I4), two_dimensions(2, 5), no_rows(0, 5);
+  const std::pair<VARIANT*, Bytes> rows[] = {
+      {many, bytes}, {wide, {1, 2, 3}}, {none, {}}, {two_dimensions, Bytes(5)}, {no_rows, {}}};
+  for (const auto& [data, expected] : rows) {
+    EXPECT_EQ(write(data, name), "ok");
+    EXPECT_EQ(content(), expected);
   }
-}
-
-TEST_F(DiskFileTest, OfWiderElementsAsManyBytesAreWrittenAsThereAreElements) {
-  ByteVariant words(Bytes{1, 2, 3}, VT_I4);
-  EXPECT_EQ(write(words, name), "ok");
-  EXPECT_EQ(content(name), (Bytes{1, 2, 3}));
-}
-
-TEST_F(DiskFileTest, OfSeveralDimensionsTheFirstInMemoryCounts) {
-  EXPECT_EQ(write(ByteVariant(2, 5), name), "ok");
-  EXPECT_EQ(content(name), Bytes(5));
-  EXPECT_EQ(write(ByteVariant(0, 5), name), "ok");
-  EXPECT_EQ(content(name), Bytes()) << "there is no byte to write";
 }
 
 TEST_F(DiskFileTest, WithoutDataOrNameNothingIsTouched) {
@@ -66,8 +50,7 @@ TEST_F(DiskFileTest, WithoutDataOrNameNothingIsTouched) {
   EXPECT_EQ(write(&empty, name), kFailed);
   EXPECT_EQ(write(data, ""), kFailed);
   EXPECT_EQ(told(connection->WriteDiskFile(data, nullptr)), kFailed);
-  EXPECT_EQ(content(name), Bytes{1});
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
+  EXPECT_EQ(content(), Bytes{1});
 }
 
 TEST_F(DiskFileTest, AFileThatCannotBeWrittenFailsAndIsNotLeftOpen) {
