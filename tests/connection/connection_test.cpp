@@ -101,7 +101,7 @@ TEST_F(ConnectionTest, ANameIsLookedUpUnlessItHasADot) {
     EXPECT_EQ(is_connected(), 0);
   }
   expect_failure(told(connection->ConnectEmbeddedSystem(nullptr, 1)), 40010, not_found);
-  for (const auto name : {u"localhost.", u"localhost.localdomain", u".", u"1.2.3.4.5"}) {
+  for (const auto name : {u"localhost.", u"localhost.localdomain", u".", u"1.2.3.4.5", u"1.2.3.256"}) {
     expect_failure(try_connect(name, peer.port()), 40011, kNotReached);
   }
 }

@@ -345,14 +345,5 @@ TEST(SocketStartTest, SocketsNeedAStartUp) {
   EXPECT_EQ(open_socket(), kInvalidSocket);
 }
 
-TEST(SocketStartTest, AddressesAndNamesBecomeWords) {
-  EXPECT_EQ(parse_dotted_address("127.0.0.1"), kLoopback);
-  for (const char* bad : {"localhost.example", "1.2.3.256", "1.2.3.4.5", "", "."}) {
-    EXPECT_EQ(parse_dotted_address(bad), kAddressNone) << bad;
-  }
-  EXPECT_EQ(resolve_host_name("localhost"), kLoopback);
-  EXPECT_EQ(resolve_host_name(""), std::nullopt);
-}
-
 }  // namespace
 }  // namespace kestrine::platform

@@ -42,6 +42,13 @@ TEST_F(Dispatch, ReadsAndWritesPropertiesAndCallsMethodsEachInItsOwnWay) {
   Value result, yes(true);
   EXPECT_EQ(call(*connection, version, DISPATCH_PROPERTYGET | DISPATCH_METHOD, {}, {}, &*result).code, S_OK);
   EXPECT_TRUE(result->vt == VT_I4 && result->lVal == 196'616);
+  Pointer<ITypeInfo> info;
+  DISPPARAMS none{};
+  ASSERT_EQ(connection->GetTypeInfo(0, 0, info.put()), S_OK);
+  EXPECT_EQ(info->Invoke(connection.get(), version, DISPATCH_PROPERTYGET, &none, &*result, nullptr, nullptr), S_OK);
+  EXPECT_TRUE(result->vt == VT_I4 && result->lVal == 196'616);
+  EXPECT_EQ(info->Invoke(connection.get(), 99, DISPATCH_METHOD, &none, &*result, nullptr, nullptr),
+            DISP_E_MEMBERNOTFOUND);
   const struct {
     IDispatch& object;
     DISPID id;

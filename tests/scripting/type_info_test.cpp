@@ -7,7 +7,6 @@
 #include "described.h"
 #include "kestrine/enums.h"
 #include "kestrine/interfaces.h"
-#include "objects/module.h"
 
 namespace kestrine::test {
 namespace {
@@ -154,21 +153,6 @@ TEST(TypeInfo, TellsWhatAClassImplementsAndFires) {
     EXPECT_EQ(info->GetImplTypeFlags(1, &flags), S_OK);
     EXPECT_EQ(flags, IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE);
   }
-}
-
-TEST(TypeInfo, CallsAnObjectThatItDescribes) {
-  objects::Module module;
-  Pointer<IClassFactory> factory;
-  Pointer<IDispatch> object;
-  Pointer<ITypeInfo> info;
-  ASSERT_EQ(module.get_class_object(CLSID_LTConnect2, IID_IClassFactory, factory.put_void()), S_OK);
-  ASSERT_EQ(factory->CreateInstance(nullptr, IID_ILTConnect2, object.put_void()), S_OK);
-  ASSERT_EQ(object->GetTypeInfo(0, 0, info.put()), S_OK);
-  DISPPARAMS none{};
-  VARIANT result{};
-  EXPECT_EQ(info->Invoke(object.get(), 20, DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr), S_OK);
-  EXPECT_EQ(result.vt, VT_I4);
-  EXPECT_EQ(info->Invoke(object.get(), 99, DISPATCH_METHOD, &none, &result, nullptr, nullptr), DISP_E_MEMBERNOTFOUND);
 }
 
 TEST(TypeInfo, SaysWhatItDoesNotHave) {

@@ -1,4 +1,6 @@
-// The image file out of the answer that brought it.
+// Files out of arrays that callers hand in: the image in the answer that brought it, and any bytes at all.
+#include <filesystem>
+#include <iterator>
 #include <optional>
 
 #include "byte_variant.h"
@@ -6,9 +8,9 @@
 namespace kestrine::test {
 namespace {
 
-const std::string kNull =
+const std::string kNoData =
     "80004005 40019 Kestrine.LTConnect.1: StillImageGetFile(): Invalid data passed-in (first parameter) !";
-const std::string kWrongPacket =
+const std::string kNoImage =
     "80004005 40027 Kestrine.LTConnect.1: StillImageGetFile(): Passed data is invalid (not a Still Image packet) !";
 
 Bytes image_packet(std::int32_t type, std::int32_t command, std::int32_t size) {
@@ -62,14 +64,73 @@ TEST_F(StillImageTest, APacketNeedsTheTypeOrTheCommandAndTheBytesThatItsSizeProm
   for (const Row& row : rows) {
     SCOPED_TRACE(testing::Message() << row.type << ' ' << row.command << ' ' << row.size);
     ByteVariant data(image_packet(row.type, row.command, row.size));
-    EXPECT_EQ(file_of(data, row.file ? "ok" : kWrongPacket), row.file.value_or(Bytes{}));
+    EXPECT_EQ(file_of(data, row.file ? "ok" : kNoImage), row.file.value_or(Bytes{}));
   }
   Bytes headless = image_packet(VL_DT_Command, VL_C_GetStillImage, 0);
   headless.resize(23);
-  file_of(ByteVariant(headless), kWrongPacket);
-  file_of(ByteVariant(Bytes{}), kWrongPacket);
-  file_of(nullptr, kNull);
+  file_of(ByteVariant(headless), kNoImage);
+  file_of(ByteVariant(Bytes{}), kNoImage);
+  file_of(nullptr, kNoData);
   EXPECT_EQ(connection->StillImageGetFile(nullptr, nullptr, nullptr), E_POINTER);
+}
+
+namespace fs = std::filesystem;
+
+const std::string kNotWritten =
+    "80004005 40025 Kestrine.LTConnect.1: WriteDiskFile(): File could not be written. Check for valid Filename/Path !";
+
+class DiskFileTest : public ClientTest {
+ protected:
+  DiskFileTest() { make(); }
+
+  std::string write(VARIANT* data, const std::string& to) {
+    return told(connection->WriteDiskFile(data, Text(std::string_view(to))));
+  }
+  Bytes content() const {
+    const std::string text = text_of(name);
+    return Bytes(text.begin(), text.end());
+  }
+  static std::ptrdiff_t open_descriptors() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+  }
+
+  const fs::path folder = environment.directory();
+  const std::string name = (folder / "Größe 1.jpg").string();
+};
+
+TEST_F(DiskFileTest, AsManyBytesReplaceTheFileAsTheFirstDimensionInMemoryHasElements) {
+  Bytes bytes(100'000);
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 7);
+  ByteVariant many(bytes), none(Bytes{}), wide(Bytes{1, 2, 3}, VT_I4), two_dimensions(2, 5), no_rows(0, 5);
+  const std::pair<VARIANT*, Bytes> rows[] = {
+      {many, bytes}, {wide, {1, 2, 3}}, {none, {}}, {two_dimensions, Bytes(5)}, {no_rows, {}}};
+  for (const auto& [data, expected] : rows) {
+    EXPECT_EQ(write(data, name), "ok");
+    EXPECT_EQ(content(), expected);
+  }
+}
+
+TEST_F(DiskFileTest, WithoutDataOrNameNothingIsTouched) {
+  ByteVariant data(Bytes{1});
+  VARIANT empty{};
+  EXPECT_EQ(write(data, name), "ok");
+  EXPECT_EQ(write(nullptr, name), kNotWritten);
+  EXPECT_EQ(write(&empty, name), kNotWritten);
+  EXPECT_EQ(write(data, ""), kNotWritten);
+  EXPECT_EQ(told(connection->WriteDiskFile(data, nullptr)), kNotWritten);
+  EXPECT_EQ(content(), Bytes{1});
+}
+
+TEST_F(DiskFileTest, AFileThatCannotBeWrittenFailsAndIsNotLeftOpen) {
+  const std::ptrdiff_t before = open_descriptors();
+  ByteVariant little(Bytes(10));  // fails when the file is closed
+  ByteVariant much(Bytes(1'000'000));
+  EXPECT_EQ(write(little, (folder / "missing" / "a").string()), kNotWritten);
+  EXPECT_EQ(write(little, folder.string()), kNotWritten);
+  for (VARIANT* data : {static_cast<VARIANT*>(little), static_cast<VARIANT*>(much)}) {
+    EXPECT_EQ(write(data, "/dev/full"), kNotWritten);
+  }
+  EXPECT_EQ(open_descriptors(), before);
 }
 
 }  // namespace
