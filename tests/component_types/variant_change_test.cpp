@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -23,21 +24,19 @@ VARIANT holding(VARTYPE type, std::int64_t bits) {
   return value;
 }
 VARIANT real(double number) {
-  VARIANT value{};
-  value.vt = VT_R8;
-  value.dblVal = number;
-  return value;
+  return holding(VT_R8, std::bit_cast<std::int64_t>(number));
 }
 VARIANT single(float number) {
-  VARIANT value{};
-  value.vt = VT_R4;
-  value.fltVal = number;
-  return value;
+  return holding(VT_R4, std::bit_cast<std::int32_t>(number));
 }
 VARIANT text(const char16_t* units) {
-  VARIANT value{};
-  value.vt = VT_BSTR;
+  VARIANT value = holding(VT_BSTR, 0);
   value.bstrVal = SysAllocString(units);
+  return value;
+}
+VARIANT reference_to(VARTYPE type, void* target) {
+  VARIANT value = holding(VT_BYREF | type, 0);
+  value.byref = target;
   return value;
 }
 
@@ -96,22 +95,36 @@ TEST(VariantChange, RoundsHalvesToTheEvenNeighbour) {
   EXPECT_EQ(changed(single(1.5F), VT_I2), "2");
 }
 
+struct Row {
+  VARIANT from;
+  VARTYPE to;
+  const char* expected;
+  USHORT flags = 0;
+};
+
+// Also what has no such form.
 TEST(VariantChange, RefusesWhatDoesNotFit) {
-  const std::int64_t least = std::numeric_limits<std::int64_t>::min();
-  EXPECT_EQ(changed(holding(VT_I4, 0x80), VT_I1), kOverflow);
-  EXPECT_EQ(changed(holding(VT_I8, least), VT_I4), kOverflow);
-  EXPECT_EQ(changed(holding(VT_I8, -1), VT_UI8), kOverflow);
-  EXPECT_EQ(changed(holding(VT_UI8, -1), VT_I8), kOverflow);
-  EXPECT_EQ(changed(holding(VT_UI8, -1), VT_R8), "1.84467441e+19");
-  EXPECT_EQ(changed(real(255.5), VT_UI1), kOverflow);
-  EXPECT_EQ(changed(real(2147483647.4), VT_I4), "2147483647");
-  EXPECT_EQ(changed(real(2147483647.5), VT_I4), kOverflow);
-  EXPECT_EQ(changed(real(9223372036854775808.0), VT_I8), kOverflow);
-  EXPECT_EQ(changed(real(1e39), VT_R4), kOverflow);
-  EXPECT_EQ(changed(real(std::nan("")), VT_I4), kOverflow);
-  EXPECT_EQ(changed(text(u"1e400"), VT_R8), kOverflow);
-  EXPECT_EQ(changed(text(u"18446744073709551615"), VT_UI8), "18446744073709551615");
-  EXPECT_EQ(changed(text(u"18446744073709551616"), VT_UI8), kOverflow);
+  const Row rows[] = {{holding(VT_I4, 0x80), VT_I1, kOverflow},
+                      {holding(VT_I8, std::numeric_limits<std::int64_t>::min()), VT_I4, kOverflow},
+                      {holding(VT_I8, -1), VT_UI8, kOverflow},
+                      {holding(VT_UI8, -1), VT_I8, kOverflow},
+                      {holding(VT_UI8, -1), VT_R8, "1.84467441e+19"},
+                      {real(255.5), VT_UI1, kOverflow},
+                      {real(2147483647.4), VT_I4, "2147483647"},
+                      {real(2147483647.5), VT_I4, kOverflow},
+                      {real(9223372036854775808.0), VT_I8, kOverflow},
+                      {real(1e39), VT_R4, kOverflow},
+                      {real(std::nan("")), VT_I4, kOverflow},
+                      {text(u"1e400"), VT_R8, kOverflow},
+                      {text(u"18446744073709551615"), VT_UI8, "18446744073709551615"},
+                      {text(u"18446744073709551616"), VT_UI8, kOverflow},
+                      {holding(VT_NULL, 0), VT_I4, kMismatch},
+                      {holding(VT_ERROR, DISP_E_PARAMNOTFOUND), VT_I4, kMismatch},
+                      {holding(VT_I4, 1), VT_UNKNOWN, kMismatch},
+                      {holding(VT_I4, 1), VT_ARRAY | VT_I4, kMismatch},
+                      {holding(VT_I4, 1), VT_PTR, kBadType},
+                      {holding(VT_I4, 1), VT_VARIANT, kBadType}};
+  for (const Row& row : rows) EXPECT_EQ(changed(row.from, row.to), row.expected) << row.from.vt << " to " << row.to;
 }
 
 TEST(VariantChange, ReadsAndWritesTextsWithoutALocale) {
@@ -128,50 +141,37 @@ TEST(VariantChange, ReadsAndWritesTextsWithoutALocale) {
 
 TEST(VariantChange, KnowsBooleansAsNumbersAndAsWords) {
   const VARIANT yes = holding(VT_BOOL, 0xFFFF);
-  EXPECT_EQ(changed(real(-0.25), VT_BOOL), "65535");
-  EXPECT_EQ(changed(yes, VT_R8), "-1");
-  EXPECT_EQ(changed(yes, VT_BSTR), "'-1'");
-  EXPECT_EQ(changed(yes, VT_UI1), "255");
-  EXPECT_EQ(changed(yes, VT_UI4), "4294967295");
-  EXPECT_EQ(changed(holding(VT_BOOL, 1), VT_R8), "1");
-  EXPECT_EQ(changed(yes, VT_BSTR, VARIANT_ALPHABOOL), "'True'");
-  EXPECT_EQ(changed(holding(VT_BOOL, 0), VT_BSTR, VARIANT_ALPHABOOL), "'False'");
+  const Row rows[] = {{real(-0.25), VT_BOOL, "65535"},
+                      {yes, VT_R8, "-1"},
+                      {yes, VT_BSTR, "'-1'"},
+                      {yes, VT_UI1, "255"},
+                      {yes, VT_UI4, "4294967295"},
+                      {holding(VT_BOOL, 1), VT_R8, "1"},
+                      {yes, VT_BSTR, "'True'", VARIANT_ALPHABOOL},
+                      {holding(VT_BOOL, 0), VT_BSTR, "'False'", VARIANT_ALPHABOOL},
+                      {text(u"yes"), VT_BOOL, kMismatch},
+                      {text(u"True"), VT_I4, kMismatch}};
+  for (const Row& row : rows) EXPECT_EQ(changed(row.from, row.to, row.flags), row.expected) << row.expected;
   for (const char16_t* word : {u"true", u"TRUE", u"#True#", u"-1", u"0.5"}) {
     EXPECT_EQ(changed(text(word), VT_BOOL), "65535") << to_utf8(word);
   }
   for (const char16_t* word : {u"False", u"0"}) EXPECT_EQ(changed(text(word), VT_BOOL), "0") << to_utf8(word);
-  EXPECT_EQ(changed(text(u"yes"), VT_BOOL), kMismatch);
-  EXPECT_EQ(changed(text(u"True"), VT_I4), kMismatch);
-}
-
-TEST(VariantChange, RefusesTypesThatHaveNoSuchForm) {
-  EXPECT_EQ(changed(holding(VT_NULL, 0), VT_I4), kMismatch);
-  EXPECT_EQ(changed(holding(VT_ERROR, DISP_E_PARAMNOTFOUND), VT_I4), kMismatch);
-  EXPECT_EQ(changed(holding(VT_I4, 1), VT_UNKNOWN), kMismatch);
-  EXPECT_EQ(changed(holding(VT_I4, 1), VT_ARRAY | VT_I4), kMismatch);
-  EXPECT_EQ(changed(holding(VT_I4, 1), VT_PTR), kBadType);
-  EXPECT_EQ(changed(holding(VT_I4, 1), VT_VARIANT), kBadType);
 }
 
 class Plain final : public Object<IUnknown> {};
 
 TEST(VariantChange, FollowsReferences) {
   std::int16_t number = -3;
-  VARIANT reference = holding(VT_BYREF | VT_I2, 0);
-  reference.piVal = &number;
+  VARIANT reference = reference_to(VT_I2, &number);
   EXPECT_EQ(changed(reference, VT_R8), "-3");
-  VARIANT outer = holding(VT_BYREF | VT_VARIANT, 0);
-  outer.pvarVal = &reference;
-  EXPECT_EQ(changed(outer, VT_BSTR), "'-3'");
-  VARIANT circle = holding(VT_BYREF | VT_VARIANT, 0);
-  circle.pvarVal = &circle;
+  EXPECT_EQ(changed(reference_to(VT_VARIANT, &reference), VT_BSTR), "'-3'");
+  VARIANT circle = reference_to(VT_VARIANT, &circle);
   VARIANT to{};
   EXPECT_EQ(VariantCopyInd(&to, &circle), E_INVALIDARG);
-  EXPECT_EQ(changed(holding(VT_BYREF | VT_I4, 0), VT_I4), "0057") << "a reference to nothing";
+  EXPECT_EQ(changed(reference_to(VT_I4, nullptr), VT_I4), "0057") << "a reference to nothing";
 
   VARIANT own = text(u"12");
-  VARIANT text_reference = holding(VT_BYREF | VT_BSTR, 0);
-  text_reference.pbstrVal = &own.bstrVal;
+  const VARIANT text_reference = reference_to(VT_BSTR, &own.bstrVal);
   ASSERT_EQ(VariantCopyInd(&to, &text_reference), S_OK);
   EXPECT_EQ(to.vt, VT_BSTR);
   EXPECT_NE(to.bstrVal, own.bstrVal);

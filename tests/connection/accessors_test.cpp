@@ -75,8 +75,8 @@ class AccessorsTest : public ClientTest {
     ByteVariant data(bytes);
     const std::int32_t type = get_i32(bytes, 4);
     const std::int32_t count = get_i32(bytes, 12);
-    const bool has_points = type == kPoints.type || type == kPoints2.type;
-    const bool has_probes = type == kProbes.type;
+    const bool has_points = (type == kPoints.type || type == kPoints2.type) && bytes.size() >= kPoints.first();
+    const bool has_probes = type == kProbes.type && bytes.size() >= kProbes.first();
     const double as_it_stands = count;
     expect_outcome(header(data), has_points ? "" : kHeaderKind, {as_it_stands, 16, 24.5, 32.5, 40.5, 20});
     expect_outcome(probe_header(data), has_probes ? "" : kHeaderKind,
@@ -125,6 +125,16 @@ TEST_F(AccessorsTest, EachReaderTakesItsOwnKindsAndWhatLiesWholeWithinTheCount) 
   }
 }
 
+TEST_F(AccessorsTest, OfATruncatedPacketThoseElementsAreReadThatAreWhole) {
+  make();
+  for (const PacketKind& kind : kKinds) {
+    for (Bytes bytes = continuous(kind, 2); bytes.size() >= 16; bytes.resize(bytes.size() - 4)) {
+      SCOPED_TRACE(testing::Message() << "type " << kind.type << ", " << bytes.size() << " bytes");
+      expect_packet(bytes, false);
+    }
+  }
+}
+
 TEST_F(AccessorsTest, TheTryModeIsTheLowHalfOfItsWord) {
   make();
   const std::pair<std::int32_t, double> rows[] = {{1, 1}, {0x8000, -32768}, {0x10000, 0}, {-1, -1}};
@@ -135,24 +145,6 @@ TEST_F(AccessorsTest, TheTryModeIsTheLowHalfOfItsWord) {
     put_i32(probes, 20, word);
     EXPECT_EQ(header(ByteVariant(points)).values.back(), flag);
     EXPECT_EQ(probe_header(ByteVariant(probes)).values.back(), flag);
-  }
-}
-
-TEST_F(AccessorsTest, OfATruncatedPacketThoseElementsAreReadThatAreWhole) {
-  make();
-  for (const PacketKind& kind : kKinds) {
-    const Bytes whole = continuous(kind, 2);
-    for (std::size_t size = 0; size <= whole.size(); size += 4) {
-      ByteVariant data(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
-      const bool is_probe = kind.type == kProbes.type;
-      const bool has_header = size >= kind.first();
-      EXPECT_EQ((is_probe ? probe_header(data) : header(data)).told, has_header ? "ok" : kRaised + kHeaderKind);
-      for (const int k : {0, 1}) {
-        const bool is_whole = size >= kind.first() + kind.element() * static_cast<std::size_t>(k + 1);
-        EXPECT_EQ(element(kind, data, k).told, is_whole ? "ok" : kRaised + (has_header ? kElementIndex : kElementKind))
-            << size;
-      }
-    }
   }
 }
 

@@ -1,9 +1,10 @@
-// The way between library and server over a real socket: packets cut, too large, out of step, more than fit, and the
-// messages of the hidden window.
+// The way between library and server over a real socket: packets cut, broken off, more than fit, and the messages of
+// the hidden window.
 #include "connection/channel.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
+
+#include <algorithm>
 
 #include "environment.h"
 #include "kestrine/host.h"
@@ -75,18 +76,6 @@ TEST_F(ChannelTest, APacketCutAnywhereArrivesWhole) {
   EXPECT_EQ(environment.trace("recv6"), "unecpected packet boundary (peek)");
 }
 
-TEST_F(ChannelTest, LargePacketsArriveInOrder) {
-  std::vector<Bytes> all;
-  Bytes stream;
-  for (const std::int32_t size : {65'535, 65'536, 65'540, 131'071, 16, 100'000}) {
-    all.push_back(filled(size, size == 16 ? VL_DT_Command : VL_DT_MultiMeasResult));
-    stream = stream + all.back();
-  }
-  peer.run([&](ScriptedPeer& server) { server.send(stream); });
-  EXPECT_TRUE(arrives(all.size()));
-  EXPECT_TRUE(packets == all);
-}
-
 TEST_F(ChannelTest, AFullReceiveBufferThatEndsInAHeaderRecovers) {
   // Twelve-byte packets: two cuts out of three fall into a header.
   constexpr std::int32_t kPackets = 60'000;
@@ -104,26 +93,6 @@ TEST_F(ChannelTest, AFullReceiveBufferThatEndsInAHeaderRecovers) {
   for (std::size_t i = 0; i < packets.size(); ++i) in_order &= get_i32(packets[i], 8) == static_cast<std::int32_t>(i);
   EXPECT_TRUE(in_order);
   EXPECT_EQ(environment.trace("recv4"), "");
-}
-
-TEST_F(ChannelTest, WhatCannotBeAPacketIsThrownAwayAndTheStreamGoesOn) {
-  Bytes seven = answer(VL_C_GoBirdBath, 0);
-  put_i32(seven, 0, 7);
-  std::size_t good = 0;
-  for (const Bytes& bad : {seven, Bytes(300, 0xA5), filled(1'500, VL_DT_ReflectorPosResult)}) {
-    environment.beeps.clear();
-    others.clear();
-    peer.send(bad);
-    EXPECT_TRUE(pump_until([&] { return !environment.beeps.empty(); }));
-    EXPECT_EQ(environment.beeps, (std::vector<Environment::Beep>{{250, 10}}));
-    EXPECT_EQ(others, Lines{"out of step"});
-    EXPECT_TRUE(peer.client_has_read_all());
-    EXPECT_EQ(packets.size(), good);
-    peer.send(answer(VL_C_GoBirdBath, 0));
-    EXPECT_TRUE(arrives(++good));
-  }
-  EXPECT_EQ(environment.trace_keys(), Lines{"recv4"});
-  EXPECT_EQ(environment.trace("recv4"), "unknown socket reading error");
 }
 
 TEST_F(ChannelTest, AServerThatLeavesInMidPacketHangsNobody) {
@@ -147,6 +116,7 @@ TEST_F(ChannelTest, AServerThatLeavesInMidPacketHangsNobody) {
     EXPECT_TRUE(std::ranges::equal(client.buffers().latest(), most)) << "what was read stays readable";
     EXPECT_EQ(environment.trace("recv4"), "unknown socket reading error");
     EXPECT_EQ(environment.trace("recv3"), in_good_order ? "" : "unknown socket reading error");
+    EXPECT_EQ(std::ranges::count(environment.beeps, Environment::Beep(250, 10)), 1);
     EXPECT_EQ(environment.beeps.back(), Environment::Beep(1'000, 200));
   }
 }
@@ -201,18 +171,6 @@ TEST_F(ChannelTest, ATimerGoesOffOnceUnlessItIsStopped) {
   EXPECT_TRUE(pump_until([&] { return others.size() == 2; }));
   EXPECT_FALSE(platform::kill_timer(channel.window(), 51)) << "no timer stays behind without a connection";
   EXPECT_EQ(others, Lines({"timer", "timer"}));
-}
-
-TEST_F(ChannelTest, AnIdleConnectionKeepsTheThreadAsleep) {
-  peer.send(status_change(26));
-  ASSERT_TRUE(arrives(1));
-  ASSERT_TRUE(pump_until([&] { return host::dispatch() == 0; }));
-  rusage before{};
-  rusage after{};
-  ::getrusage(RUSAGE_THREAD, &before);
-  host::run_for(200ms);
-  ::getrusage(RUSAGE_THREAD, &after);
-  EXPECT_LE(after.ru_nvcsw - before.ru_nvcsw, 3) << "each wake-up is one";
 }
 
 }  // namespace

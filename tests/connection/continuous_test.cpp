@@ -101,7 +101,7 @@ TEST(ContinuousViewTest, APacketThatIsNotWhatItSaysGivesNoView) {
   EXPECT_TRUE(empty && empty->empty() && empty->begin() == empty->end());
 }
 
-TEST(ContinuousViewTest, ColumnsOfPointsHoldWhatTheElementsHold) {
+TEST(ContinuousViewTest, ColumnsHoldWhatTheElementsHold) {
   using V = MeasValueT;
   expect_columns<Points, &V::status, &V::lTime1, &V::lTime2, &V::dVal1, &V::dVal2, &V::dVal3>(kPoints);
   expect_columns<Points, &V::lTime2>(kPoints);
@@ -110,14 +110,11 @@ TEST(ContinuousViewTest, ColumnsOfPointsHoldWhatTheElementsHold) {
   using V2 = MeasValue2T;
   expect_columns<Points2, &V2::status, &V2::lTime1, &V2::dVal2, &V2::dVal3, &V2::dAprioriStd1, &V2::dAprioriStdTotal,
                  &V2::dAprioriCovar13, &V2::dAprioriCovar23>(kPoints2);
-}
-
-TEST(ContinuousViewTest, ColumnsOfProbesHoldWhatTheElementsHold) {
-  using V = ProbeMeasValueT;
-  expect_columns<Probes, &V::status, &V::triggerStatus, &V::lRotationStatus, &V::lTime1, &V::lTime2, &V::dPosition1,
-                 &V::dPosition2, &V::dPosition3, &V::dQuaternion0, &V::dRotationAngleZ, &V::dCovarRotationAngleYZ>(
+  using P = ProbeMeasValueT;
+  expect_columns<Probes, &P::status, &P::triggerStatus, &P::lRotationStatus, &P::lTime1, &P::lTime2, &P::dPosition1,
+                 &P::dPosition2, &P::dPosition3, &P::dQuaternion0, &P::dRotationAngleZ, &P::dCovarRotationAngleYZ>(
       kProbes);
-  expect_columns<Probes, &V::triggerStatus, &V::lTime1, &V::lTime2>(kProbes);
+  expect_columns<Probes, &P::triggerStatus, &P::lTime1, &P::lTime2>(kProbes);
 }
 
 TEST(ContinuousViewTest, BlocksCollectedInLargeArraysHoldWhatTheElementsHold) {

@@ -7,7 +7,7 @@ namespace {
 
 class ReceiveAllocationTest : public ClientTest {};
 
-TEST_F(ReceiveAllocationTest, ReceivingAllocatesNothingOnceWarm) {
+TEST_F(ReceiveAllocationTest, ReceivingMessagesAndTimersAllocateNothingOnceWarm) {
   make(kBoth);
   // Nobody listens: what events hand to their sinks is another matter.
   const auto leave = [](IUnknown& object, const IID& events) {
@@ -35,11 +35,14 @@ TEST_F(ReceiveAllocationTest, ReceivingAllocatesNothingOnceWarm) {
     const std::span answered(connection->buffers().for_type(VL_DT_Command).bytes, 12);
     answered[8] = 0;
     peer.send(stream);
+    platform::set_timer(generation.window(), 9, 60'000);
+    for (int i = 0; i < 5; ++i) platform::post_message(generation.window(), 1, 0, 0);
     while (get_i32(answered, 8) != VL_C_GetTrackerStatus) {
       platform::wait_slice();
       platform::Message message;
       while (platform::peek_message() && platform::get_message(message)) platform::dispatch_message(message);
     }
+    platform::kill_timer(generation.window(), 9);
   };
   for (int i = 0; i < 5; ++i) round();
   const std::size_t before = test::allocations();

@@ -58,12 +58,9 @@ class LoaderTest : public RegistryTest {
   }
 };
 
-TEST_F(LoaderTest, FindsTheClassesOfTheLibraryBesideItWithoutRegistration) {
+TEST_F(LoaderTest, FindsTheClassesOfTheLibraryBesideItRegisteredOrNot) {
   find_all();
   EXPECT_FALSE(std::filesystem::exists(directory / "user")) << "asking registers nothing";
-}
-
-TEST_F(LoaderTest, FindsRegisteredClasses) {
   ASSERT_EQ(host::register_library({}), S_OK);
   find_all();
   std::vector<host::RegisteredClass> classes;
@@ -87,12 +84,12 @@ TEST_F(LoaderTest, CreatesByNameInOneCall) {
 }
 
 TEST_F(LoaderTest, LooksAtTheUsersClassesFirstThenAtThoseOfTheSystem) {
-  put(class_of(kOther, "/second/lib.so"), "second");
-  EXPECT_EQ(create_object(kOtherId), CO_E_DLLNOTFOUND);
-  EXPECT_NE(reason().find("/second/lib.so"), std::string::npos);
-  put(class_of(kOther, "/user/lib.so"));
-  EXPECT_EQ(create_object(kOtherId), CO_E_DLLNOTFOUND);
-  EXPECT_NE(reason().find("/user/lib.so"), std::string::npos);
+  for (const char* place : {"second", "first", "user"}) {
+    const std::string library = std::string("/") + place + "/lib.so";
+    put(class_of(kOther, library), place);
+    EXPECT_EQ(create_object(kOtherId), CO_E_DLLNOTFOUND);
+    EXPECT_NE(reason().find(library), std::string::npos);
+  }
   put("[Kestrine.LTConnect\\CLSID]\n@=" + std::string(kOther));
   CLSID clsid{};
   EXPECT_EQ(CLSIDFromProgID(u"Kestrine.LTConnect", &clsid), S_OK);
@@ -118,18 +115,17 @@ TEST_F(LoaderTest, TellsWhyAClassCannotBeHad) {
   EXPECT_EQ(create_object(CLSID_LTConnect, IID_IUnknown, 0x4), REGDB_E_CLASSNOTREG) << "not in another process";
   EXPECT_EQ(host::register_library(no_library), CO_E_ERRORINDLL);
   EXPECT_EQ(host::register_library("/gone.so"), CO_E_DLLNOTFOUND);
+  EXPECT_EQ(create_object(CLSID_LTConnect, IID_ILTCommandSync), E_NOINTERFACE) << "what the class itself says";
   LPOLESTR name = nullptr;
   EXPECT_EQ(ProgIDFromCLSID(kOtherId, &name), REGDB_E_CLASSNOTREG);
   EXPECT_EQ(name, nullptr);
-}
-
-TEST_F(LoaderTest, RefusesMissingArgumentsAndPassesOnWhatTheClassSays) {
   CLSID clsid{};
-  EXPECT_EQ(CLSIDFromProgID(nullptr, &clsid), E_POINTER);
-  EXPECT_EQ(CLSIDFromProgID(u"Kestrine.LTConnect", nullptr), E_POINTER);
-  EXPECT_EQ(ProgIDFromCLSID(kOtherId, nullptr), E_POINTER);
-  EXPECT_EQ(CoCreateInstance(CLSID_LTConnect, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, nullptr), E_POINTER);
-  EXPECT_EQ(create_object(CLSID_LTConnect, IID_ILTCommandSync), E_NOINTERFACE);
+  for (const HRESULT refused :
+       {CLSIDFromProgID(nullptr, &clsid), CLSIDFromProgID(u"Kestrine.LTConnect", nullptr),
+        ProgIDFromCLSID(kOtherId, nullptr),
+        CoCreateInstance(CLSID_LTConnect, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, nullptr)}) {
+    EXPECT_EQ(refused, E_POINTER);
+  }
 }
 
 TEST_F(LoaderTest, ReadsAndWritesIdentifiers) {

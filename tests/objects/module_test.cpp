@@ -13,8 +13,10 @@
 namespace kestrine::test {
 namespace {
 
-const CLSID* const kClasses[] = {&CLSID_LTConnect,  &CLSID_LTCommandSync,  &CLSID_LTCommandAsync,
-                                 &CLSID_LTConnect2, &CLSID_LTCommandSync2, &CLSID_LTCommandAsync2};
+const std::pair<CLSID, IID> kClasses[] = {
+    {CLSID_LTConnect, IID_ILTConnect},           {CLSID_LTCommandSync, IID_ILTCommandSync},
+    {CLSID_LTCommandAsync, IID_ILTCommandAsync}, {CLSID_LTConnect2, IID_ILTConnect2},
+    {CLSID_LTCommandSync2, IID_ILTCommandSync2}, {CLSID_LTCommandAsync2, IID_ILTCommandAsync2}};
 
 class Module : public testing::Test {
  protected:
@@ -34,10 +36,15 @@ class Module : public testing::Test {
 };
 
 TEST_F(Module, HasOneClassObjectForEachOfSixClasses) {
-  for (const CLSID* clsid : kClasses) {
+  for (const auto& [clsid, iid] : kClasses) {
     Pointer<IClassFactory> from_thread;
-    std::thread([&] { from_thread = class_object(*clsid); }).join();
-    EXPECT_EQ(class_object(*clsid).get(), from_thread.get());
+    std::thread([&, id = clsid] { from_thread = class_object(id); }).join();
+    EXPECT_EQ(class_object(clsid).get(), from_thread.get());
+    const auto support = create(clsid).query<ISupportErrorInfo>();
+    ASSERT_TRUE(support);
+    for (const auto& [other, each] : kClasses) {
+      EXPECT_EQ(support->InterfaceSupportsErrorInfo(each), each == iid ? S_OK : S_FALSE) << "error information";
+    }
   }
   void* object = &object;
   EXPECT_EQ(module.get_class_object(CLSID_LTConnect, IID_IDispatch, &object), E_NOINTERFACE);
@@ -121,18 +128,6 @@ TEST_F(Module, WarnsOfMixedGenerations) {
   EXPECT_EQ(environment.message_boxes, (std::vector{text, text})) << "one for each of its command objects";
   Pointer<IUnknown> commands;
   EXPECT_EQ(other.query<ILTConnect2>()->get_ILTCommandSync(commands.put()), S_OK) << "made all the same";
-}
-
-TEST_F(Module, SaysForWhichInterfaceItsObjectsSetErrorInformation) {
-  const IID* const interfaces[] = {&IID_ILTConnect,  &IID_ILTCommandSync,  &IID_ILTCommandAsync,
-                                   &IID_ILTConnect2, &IID_ILTCommandSync2, &IID_ILTCommandAsync2};
-  for (std::size_t i = 0; i < std::size(kClasses); ++i) {
-    const auto support = create(*kClasses[i]).query<ISupportErrorInfo>();
-    ASSERT_TRUE(support) << i;
-    for (std::size_t k = 0; k < std::size(interfaces); ++k) {
-      EXPECT_EQ(support->InterfaceSupportsErrorInfo(*interfaces[k]), i == k ? S_OK : S_FALSE);
-    }
-  }
 }
 
 }  // namespace

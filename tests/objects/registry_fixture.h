@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "environment.h"
 #include "kestrine/kestrine.h"
 
 namespace kestrine::test {
@@ -18,20 +19,13 @@ namespace kestrine::test {
 class RegistryTest : public testing::Test {
  protected:
   RegistryTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "registry-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) std::abort();
-    directory = pattern;
     ::setenv("XDG_DATA_HOME", (directory / "user").c_str(), 1);
     ::setenv("XDG_DATA_DIRS", ((directory / "first").string() + ":" + (directory / "second").string()).c_str(), 1);
-    // Objects of both generations in one process are told of aloud.
-    host::set_message_box_hook([](const std::u16string&, const std::u16string&, std::uint32_t) {});
     host::set_log_hook([this](const std::string& line) { log.push_back(line); });
   }
   ~RegistryTest() override {
     host::set_log_hook({});
-    host::set_message_box_hook({});
     host::set_registration_scope(host::RegistrationScope::kUser);
-    std::filesystem::remove_all(directory);
   }
 
   std::filesystem::path file(const char* place = "user") const { return directory / place / "kestrine/classes.reg"; }
@@ -41,11 +35,7 @@ class RegistryTest : public testing::Test {
     std::ofstream(file(place), std::ios::binary) << text;
   }
 
-  std::string text(const char* place = "user") const {
-    std::stringstream all;
-    all << std::ifstream(file(place), std::ios::binary).rdbuf();
-    return all.str();
-  }
+  std::string text(const char* place = "user") const { return text_of(file(place)); }
 
   // The values of a file: "key|name" and the text; for a key without values "key|".
   std::map<std::string, std::string> values(const char* place = "user") const {
@@ -76,7 +66,8 @@ class RegistryTest : public testing::Test {
     return what;
   }
 
-  std::filesystem::path directory;
+  Environment environment;
+  const std::filesystem::path& directory = environment.directory();
   std::vector<std::string> log;
 };
 

@@ -36,39 +36,31 @@ TEST_F(LoopTest, DeliversPostedMessagesThenQuitThenTimers) {
   EXPECT_EQ(std::pair(timer.id, timer.wparam), std::pair(kTimerMessage, std::uint64_t{7}));
 }
 
-TEST_F(LoopTest, TakingTheQuitMessageConsumesIt) {
-  EXPECT_FALSE(peek_message());
-  post_quit_message(3);
-  EXPECT_TRUE(peek_message());
-  Message message;
-  EXPECT_FALSE(get_message(message));
-  EXPECT_EQ(std::pair(message.id, message.wparam), std::pair(kQuitMessage, std::uint64_t{3}));
-  EXPECT_FALSE(peek_message());
-}
-
 TEST_F(LoopTest, DispatchLeavesTheQuitMessageForRunAndDeliversTimersPastIt) {
   set_timer(box_.window, 7, 50);
   host::quit(5);
+  EXPECT_TRUE(peek_message());
   advance_clock(55ms);
   EXPECT_EQ(host::dispatch(), 1);
   EXPECT_EQ(host::run(), 5);
+  EXPECT_FALSE(peek_message()) << "it is there once";
   host::quit();
   EXPECT_FALSE(host::run_for(1h));
+  post_quit_message(3);
+  Message message;
+  EXPECT_FALSE(get_message(message));
+  EXPECT_EQ(std::pair(message.id, message.wparam), std::pair(kQuitMessage, std::uint64_t{3}));
 }
 
-TEST_F(LoopTest, ExpiredTimersComeEarliestFirstAndOnceHoweverLate) {
+TEST_F(LoopTest, TimersComeEarliestFirstRepeatUntilKilledAndRestartFromAnew) {
   set_timer(box_.window, 1, 80);
   set_timer(box_.window, 2, 50);
   advance_clock(120ms);
+  EXPECT_EQ(host::dispatch(), 2) << "each once, however late";
+  EXPECT_EQ(std::pair(box_.seen[0].wparam, box_.seen[1].wparam), std::pair(std::uint64_t{2}, std::uint64_t{1}));
+  advance_clock(120ms);
   EXPECT_EQ(host::dispatch(), 2);
-  ASSERT_EQ(box_.ids(), (Ids{kTimerMessage, kTimerMessage}));
-  EXPECT_EQ(box_.seen[0].wparam, 2U);
-  EXPECT_EQ(box_.seen[1].wparam, 1U);
-}
-
-TEST_F(LoopTest, TimersRepeatUntilKilledAndRestartFromAnew) {
-  set_timer(box_.window, 1, 5);
-  ASSERT_TRUE(pump_until([&] { return box_.seen.size() >= 3; }));
+  EXPECT_TRUE(kill_timer(box_.window, 2));
   set_timer(box_.window, 1, 1);
   advance_clock(3ms);
   set_timer(box_.window, 1, 60'000);
@@ -79,13 +71,6 @@ TEST_F(LoopTest, TimersRepeatUntilKilledAndRestartFromAnew) {
   advance_clock(3ms);
   kill_timer(box_.window, 2);
   EXPECT_EQ(host::dispatch(), 0);
-}
-
-TEST_F(LoopTest, SendRunsTheProcedureAtOnce) {
-  post_message(box_.window, 1, 0, 0);
-  EXPECT_EQ(send_message(box_.window, 2, 10, 0), 11);
-  EXPECT_EQ(box_.ids(), (Ids{2}));
-  EXPECT_EQ(send_message(box_.window + 1000, 2, 10, 0), 0);
 }
 
 TEST_F(LoopTest, ADestroyedWindowTakesItsMessagesAndTimersWithIt) {
@@ -116,19 +101,14 @@ TEST_F(LoopTest, HandlersMayPumpPostAndDestroy) {
     destroy_window(other.window);
     destroy_window(box_.window);
   };
+  EXPECT_EQ(send_message(box_.window, 4, 10, 0), 11) << "at once";
+  box_.seen.clear();
   post_message(box_.window, 1, 0, 0);
   post_message(other.window, 2, 0, 0);
   EXPECT_TRUE(pump_until([&] { return box_.seen.size() >= 2; }));
   EXPECT_EQ(box_.ids(), (Ids{1, 3}));
   EXPECT_EQ(other.ids(), (Ids{2}));
   EXPECT_FALSE(is_window(box_.window));
-}
-
-TEST_F(LoopTest, AHandlerThatKeepsPostingHoldsNeitherDispatchNorRunFor) {
-  box_.handler = [&](const Message&) { post_message(box_.window, 1, 0, 0); };
-  post_message(box_.window, 1, 0, 0);
-  EXPECT_GT(host::dispatch(), 1);
-  EXPECT_TRUE(host::run_for(5ms));
 }
 
 TEST_F(LoopTest, QuitEndsTheInnermostLoop) {
@@ -138,10 +118,16 @@ TEST_F(LoopTest, QuitEndsTheInnermostLoop) {
     inner_ended = !host::run_for(1h);
     host::quit(8);
   };
-  post_message(box_.window, 1, 0, 0);
-  post_message(box_.window, 2, 0, 0);
+  for (const std::uint32_t id : {1u, 2u}) post_message(box_.window, id, 0, 0);
   EXPECT_EQ(host::run(), 8);
   EXPECT_TRUE(inner_ended);
+}
+
+TEST_F(LoopTest, AHandlerThatKeepsPostingHoldsNeitherDispatchNorRunFor) {
+  box_.handler = [&](const Message&) { post_message(box_.window, 1, 0, 0); };
+  post_message(box_.window, 1, 0, 0);
+  EXPECT_GT(host::dispatch(), 1);
+  EXPECT_TRUE(host::run_for(5ms));
 }
 
 TEST_F(LoopTest, ASignalEndsRunForButNotGetMessage) {
@@ -201,11 +187,13 @@ TEST_F(LoopTest, TheHostsDescriptorIsReadableExactlyWhileSomethingIsDue) {
   EXPECT_EQ(host::run(), 0);
 }
 
-TEST_F(LoopTest, DuesFromBeforeTheFirstAskingShowAtTheHostsDescriptor) {
-  std::thread([] {
+TEST_F(LoopTest, AThreadHasWindowsAndAHostsDescriptorOfItsOwn) {
+  std::thread([&] {
     Recorder box;
+    EXPECT_NE(box.window, box_.window);
+    EXPECT_FALSE(is_window(box_.window) || post_message(box_.window, 1, 0, 0));
     post_message(box.window, 1, 0, 0);
-    EXPECT_TRUE(is_readable(host::fd()));
+    EXPECT_TRUE(is_readable(host::fd())) << "due from before the first asking";
     host::dispatch();
     EXPECT_FALSE(is_readable(host::fd()));
     set_timer(box.window, 1, 1);
@@ -261,16 +249,6 @@ TEST_F(LoopTest, CallsAfterTheThreadsLoopHasGoneAreRefused) {
     host::fd();
   }).join();
   EXPECT_EQ(refusals, 10);
-}
-
-TEST_F(LoopTest, WindowsOfAnotherThreadAreNotThere) {
-  std::thread([&] {
-    Recorder own;
-    EXPECT_NE(own.window, box_.window);
-    EXPECT_FALSE(is_window(box_.window));
-    EXPECT_FALSE(post_message(box_.window, 1, 0, 0));
-  }).join();
-  EXPECT_FALSE(peek_message());
 }
 
 }  // namespace

@@ -8,8 +8,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
+
+#include "environment.h"
+#include "kestrine/text.h"
 
 namespace kestrine::platform {
 namespace {
@@ -18,24 +20,8 @@ using std::filesystem::path;
 
 class ProfileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "profile-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    directory_ = pattern;
-    ::setenv("KESTRINE_PROFILE_DIR", directory_.c_str(), 1);
-  }
-  void TearDown() override {
-    ::unsetenv("KESTRINE_PROFILE_DIR");
-    std::filesystem::remove_all(directory_);
-  }
-
   void put(const std::string& text) const { std::ofstream(file(), std::ios::binary) << text; }
-  std::string text(const path& of) const {
-    std::stringstream all;
-    all << std::ifstream(of, std::ios::binary).rdbuf();
-    return all.str();
-  }
-  std::string text() const { return text(file()); }
+  std::string text() const { return test::text_of(file()); }
   path file() const { return directory_ / "Test.ini"; }
   static std::int32_t read(std::u16string_view key, std::u16string_view section = u"Settings") {
     return profile_int(section, key, 77, u"Test.ini");
@@ -44,7 +30,8 @@ class ProfileTest : public ::testing::Test {
     return write_profile_string(section, key, value, u"Test.ini");
   }
 
-  path directory_;
+  test::Environment environment_;
+  const path& directory_ = environment_.directory();
 };
 
 TEST_F(ProfileTest, ReadsIntegersUpToTheFirstOtherCharacter) {
@@ -94,20 +81,11 @@ TEST_F(ProfileTest, WritingKeepsEveryOtherLine) {
   }
 }
 
-TEST_F(ProfileTest, TextsAreUtf8) {
-  EXPECT_TRUE(write(u"k\u00E4", u"\u20AC \U0001F600 \xD800", u"\u00DCber"));
-  EXPECT_EQ(text(),
-            "[\xC3\x9C"
-            "ber]\nk\xC3\xA4=\xE2\x82\xAC \xF0\x9F\x98\x80 \xEF\xBF\xBD\n");
-}
-
-TEST_F(ProfileTest, TextsThatWouldBreakTheFileAreRefused) {
-  put("[Settings]\nkey=1\n");
-  EXPECT_FALSE(write(u"key", u"a\nb"));
-  EXPECT_FALSE(write(u"k=y", u"a"));
-  EXPECT_FALSE(write(u"[key", u"a"));
-  EXPECT_FALSE(write(u"key", u"a", u"x]\n[y"));
-  EXPECT_EQ(text(), "[Settings]\nkey=1\n");
+TEST_F(ProfileTest, TextsAreUtf8AndThoseThatWouldBreakTheFileAreRefused) {
+  EXPECT_TRUE(write(u"k\u00E4", u"\u20AC \U0001F600 \xD800", u"\u00DC"));
+  const std::string written = "[\xC3\x9C]\nk\xC3\xA4=\xE2\x82\xAC \xF0\x9F\x98\x80 \xEF\xBF\xBD\n";
+  EXPECT_FALSE(write(u"key", u"a\nb") || write(u"k=y", u"a") || write(u"[key", u"a") || write(u"key", u"a", u"x]\n[y"));
+  EXPECT_EQ(text(), written);
 }
 
 TEST_F(ProfileTest, TheFileIsReplacedBehindItsLinkWithItsMode) {
@@ -134,40 +112,28 @@ TEST_F(ProfileTest, NamesLieInTheDirectoryAndPathsWhereTheySay) {
   ::unsetenv("KESTRINE_PROFILE_DIR");
   ::setenv("XDG_CONFIG_HOME", (directory_ / "xdg").c_str(), 1);
   EXPECT_TRUE(write(u"key", u"1"));
-  EXPECT_EQ(text(directory_ / "xdg/kestrine/Test.ini"), "[Settings]\nkey=1\n");
+  EXPECT_EQ(test::text_of(directory_ / "xdg/kestrine/Test.ini"), "[Settings]\nkey=1\n");
   ::unsetenv("XDG_CONFIG_HOME");
   const std::string home = std::getenv("HOME") != nullptr ? std::getenv("HOME") : "";
   ::setenv("HOME", (directory_ / "home").c_str(), 1);
   EXPECT_TRUE(write(u"key", u"2"));
-  EXPECT_EQ(text(directory_ / "home/.config/kestrine/Test.ini"), "[Settings]\nkey=2\n");
+  EXPECT_EQ(test::text_of(directory_ / "home/.config/kestrine/Test.ini"), "[Settings]\nkey=2\n");
   ::setenv("HOME", home.c_str(), 1);
 }
 
 TEST_F(ProfileTest, ProcessesWritingAtOnceLoseNothing) {
   constexpr int kKeys = 200;
-  std::vector<pid_t> writers;
-  for (const char16_t name : {u'a', u'b'}) {
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      bool written = true;
-      for (int i = 0; i < kKeys; ++i) {
-        const std::string number = std::to_string(i);
-        written = written && write(name + std::u16string(number.begin(), number.end()), u"5");
-      }
-      ::_exit(written ? 0 : 1);
-    }
-    writers.push_back(child);
-  }
-  for (const pid_t writer : writers) {
-    int status = -1;
-    ::waitpid(writer, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
-  for (int i = 0; i < 2 * kKeys; ++i) {
-    const std::string number = std::to_string(i / 2);
-    EXPECT_EQ(read((i % 2 == 0 ? u'a' : u'b') + std::u16string(number.begin(), number.end())), 5);
-  }
+  const auto key = [](char16_t first, int i) { return first + to_utf16(std::to_string(i)); };
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  bool written = true;
+  for (int i = 0; i < kKeys; ++i) written = written && write(key(child == 0 ? u'a' : u'b', i), u"5");
+  if (child == 0) ::_exit(written ? 0 : 1);
+  EXPECT_TRUE(written);
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  for (int i = 0; i < kKeys; ++i) EXPECT_TRUE(read(key(u'a', i)) == 5 && read(key(u'b', i)) == 5) << i;
 }
 
 }  // namespace

@@ -34,28 +34,38 @@ TEST_F(Dispatch, FindsMembersAndParametersWhateverTheCaseOfTheirNames) {
   EXPECT_EQ(connection->GetTypeInfo(1, 0, &info), DISP_E_BADINDEX);
 }
 
-TEST_F(Dispatch, ReadsAndWritesProperties) {
-  Value result;
-  const DISPID version = ids(*connection, {u"Version"})[0];
-  EXPECT_EQ(call(*connection, version, DISPATCH_PROPERTYGET | DISPATCH_METHOD, {}, {}, &*result).code, S_OK);
-  EXPECT_EQ(result->vt, VT_I4);
-  EXPECT_EQ(result->lVal, 196'616);
-  EXPECT_EQ(call(*connection, version, DISPATCH_PROPERTYPUT, {*Value(1)}, {DISPID_PROPERTYPUT}).code,
-            DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(call(*connection, version, DISPATCH_PROPERTYGET, {*Value(1)}).code, DISP_E_BADPARAMCOUNT);
-  const DISPID policy = ids(*connection, {u"ExceptionHandlingPolicy"})[0];
-  Value yes(true);
-  EXPECT_EQ(call(*connection, policy, DISPATCH_PROPERTYPUT, {*yes}, {DISPID_PROPERTYPUT}).code, S_OK);
-  EXPECT_EQ(call(*connection, policy, DISPATCH_PROPERTYGET, {}, {}, &*result).code, DISP_E_MEMBERNOTFOUND);
-}
-
-TEST_F(Dispatch, RefusesToReadAMethodAndSendsNothing) {
+TEST_F(Dispatch, ReadsAndWritesPropertiesAndCallsMethodsEachInItsOwnWay) {
   const auto sync = commands(u"ILTCommandSync", {});
-  Value result;
-  EXPECT_EQ(call(*sync, ids(*sync, {u"Initialize"})[0], DISPATCH_PROPERTYGET, {}, {}, &*result).code,
+  const DISPID version = ids(*connection, {u"Version"})[0];
+  const DISPID policy = ids(*connection, {u"ExceptionHandlingPolicy"})[0];
+  const DISPID initialize = ids(*sync, {u"Initialize"})[0];
+  Value result, yes(true);
+  EXPECT_EQ(call(*connection, version, DISPATCH_PROPERTYGET | DISPATCH_METHOD, {}, {}, &*result).code, S_OK);
+  EXPECT_TRUE(result->vt == VT_I4 && result->lVal == 196'616);
+  Pointer<ITypeInfo> info;
+  DISPPARAMS none{};
+  ASSERT_EQ(connection->GetTypeInfo(0, 0, info.put()), S_OK);
+  EXPECT_EQ(info->Invoke(connection.get(), version, DISPATCH_PROPERTYGET, &none, &*result, nullptr, nullptr), S_OK);
+  EXPECT_TRUE(result->vt == VT_I4 && result->lVal == 196'616);
+  EXPECT_EQ(info->Invoke(connection.get(), 99, DISPATCH_METHOD, &none, &*result, nullptr, nullptr),
             DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(call(*sync, 0, DISPATCH_METHOD, {}).code, DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(call(*sync, 202, DISPATCH_METHOD, {}).code, DISP_E_MEMBERNOTFOUND);
+  const struct {
+    IDispatch& object;
+    DISPID id;
+    WORD flags;
+    std::vector<VARIANT> arguments;
+    std::vector<DISPID> named;
+    HRESULT code;
+  } rows[] = {{*connection, policy, DISPATCH_PROPERTYPUT, {*yes}, {DISPID_PROPERTYPUT}, S_OK},
+              {*connection, policy, DISPATCH_PROPERTYGET, {}, {}, DISP_E_MEMBERNOTFOUND},
+              {*connection, version, DISPATCH_PROPERTYPUT, {*yes}, {DISPID_PROPERTYPUT}, DISP_E_MEMBERNOTFOUND},
+              {*connection, version, DISPATCH_PROPERTYGET, {*yes}, {}, DISP_E_BADPARAMCOUNT},
+              {*sync, initialize, DISPATCH_PROPERTYGET, {}, {}, DISP_E_MEMBERNOTFOUND},
+              {*sync, 0, DISPATCH_METHOD, {}, {}, DISP_E_MEMBERNOTFOUND},
+              {*sync, 202, DISPATCH_METHOD, {}, {}, DISP_E_MEMBERNOTFOUND}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(call(row.object, row.id, row.flags, row.arguments, row.named, &*result).code, row.code) << row.id;
+  }
   EXPECT_TRUE(peer.nothing_to_receive());
 }
 
@@ -179,32 +189,24 @@ TEST_F(Dispatch, PassesAWarningOnAndKeepsItsText) {
   EXPECT_EQ(to_utf8(warning.source()), "Kestrine.LTCommandSync2.1");
 }
 
-TEST_F(Dispatch, DoesNotBlameACallForAnOlderFailure) {
+TEST_F(Dispatch, TakesAndGivesByteArraysAndBlamesNoCallForAnOlderFailure) {
   Value value;
   call(*connection, u"GetConstant", {*Value(23), Value::to(value)});
   const auto sync = commands(u"ILTCommandSync", units_answer);
   EXPECT_EQ(call(*sync, u"Initialize").code, S_OK);
   EXPECT_EQ(take_error(E_FAIL).number(), 40026);  // a success does not clear it
-  Value path(u"x");
-  const DISPID data = ids(*connection, {u"StillImageGetFile"})[0];
-  LONG size = 0;
-  VARIANT nowhere{};
-  const Called called = call(*connection, data, DISPATCH_METHOD, {*path, Value::to(VT_I4, size), Value::to(nowhere)});
-  EXPECT_EQ(called.code, DISP_E_EXCEPTION);
-  EXPECT_EQ(called.description, "StillImageGetFile(): Invalid data passed-in (first parameter) !");
-}
-
-TEST_F(Dispatch, TakesAndGivesByteArrays) {
-  const auto sync = commands(u"ILTCommandSync", units_answer);
-  EXPECT_EQ(call(*sync, u"Initialize").code, S_OK);
   Value data(u"replaced");
   EXPECT_EQ(call(*connection, u"GetData", {Value::to(data)}).code, S_OK);
   ASSERT_EQ(data->vt, VT_ARRAY | VT_UI1);
   EXPECT_EQ(data->parray->rgsabound[0].cElements, 16u);
-  const auto file = testing::TempDir() + "packet.bin";
-  Value name(to_utf16(file).c_str());
+  Value name((environment.directory() / "packet.bin").u16string().c_str());
   EXPECT_EQ(call(*connection, u"WriteDiskFile", {Value::to(data), *name}).code, S_OK);
-  EXPECT_EQ(std::remove(file.c_str()), 0);
+  Value path(u"x");
+  LONG size = 0;
+  VARIANT nowhere{};
+  const Called called = call(*connection, u"StillImageGetFile", {*path, Value::to(VT_I4, size), Value::to(nowhere)});
+  EXPECT_EQ(called.code, DISP_E_EXCEPTION);
+  EXPECT_EQ(called.description, "StillImageGetFile(): Invalid data passed-in (first parameter) !");
 }
 
 }  // namespace

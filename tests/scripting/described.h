@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <sstream>
 #include <string>
 
@@ -59,38 +60,15 @@ inline Pointer<ITypeInfo> base_of(ITypeInfo& info, UINT index = 0) {
   return referred(info, reference);
 }
 
-// "long", "VL_MeasMode", "double*", "text[32]".
+// "long", "VL_MeasMode", "double*".
 inline std::string told(ITypeInfo& info, const TYPEDESC& type) {
-  switch (type.vt) {
-    case VT_I4:
-      return "long";
-    case VT_R8:
-      return "double";
-    case VT_BOOL:
-      return "bool";
-    case VT_BSTR:
-      return "text";
-    case VT_VARIANT:
-      return "variant";
-    case VT_UNKNOWN:
-      return "unknown";
-    case VT_VOID:
-      return "nothing";
-    case VT_HRESULT:
-      return "status";
-    case VT_UI1:
-      return "byte";
-    case VT_UI2:
-      return "unit";
-    case VT_PTR:
-      return told(info, *type.lptdesc) + "*";
-    case VT_CARRAY:
-      return told(info, type.lpadesc->tdescElem) + "[" + std::to_string(type.lpadesc->rgbounds[0].cElements) + "]";
-    case VT_USERDEFINED:
-      return name_of(*referred(info, type.hreftype));
-    default:
-      return "type " + std::to_string(type.vt);
-  }
+  static const std::map<VARTYPE, const char*> words = {
+      {VT_I4, "long"},         {VT_R8, "double"},    {VT_BOOL, "bool"},      {VT_BSTR, "text"}, {VT_VARIANT, "variant"},
+      {VT_UNKNOWN, "unknown"}, {VT_VOID, "nothing"}, {VT_HRESULT, "status"}, {VT_UI1, "byte"},  {VT_UI2, "unit"}};
+  if (type.vt == VT_PTR) return told(info, *type.lptdesc) + "*";
+  if (type.vt == VT_USERDEFINED) return name_of(*referred(info, type.hreftype));
+  const auto word = words.find(type.vt);
+  return word != words.end() ? word->second : "type " + std::to_string(type.vt);
 }
 
 // "7 nothing GetData(out variant* data)"

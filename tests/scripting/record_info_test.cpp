@@ -128,18 +128,14 @@ TEST(RecordInfo, VariantsOwnTheirRecords) {
   EXPECT_NE(third.record.pvRecord, first.record.pvRecord);
   EXPECT_EQ(VariantClear(&reference), S_OK);
   for (VARIANT* variant : {&first, &second, &third}) EXPECT_EQ(VariantClear(variant), S_OK);
+  EXPECT_EQ(record->IsMatchingType(record_named("systemsettingsdatat").get()), 1);
+  EXPECT_EQ(record->IsMatchingType(record_named("SystemUnitsDataT").get()), 0);
+  Pointer<IRecordInfo> none;
+  EXPECT_EQ(GetRecordInfoFromTypeInfo(type_named("VL_MeasMode").get(), none.put()), TYPE_E_WRONGTYPEKIND);
   VARIANT blank{};
   blank.vt = VT_RECORD;
   EXPECT_EQ(VariantCopy(&second, &blank), S_OK);
   EXPECT_EQ(VariantClear(&second), S_OK);
-}
-
-TEST(RecordInfo, BelongsToRecordsAlone) {
-  Pointer<IRecordInfo> record;
-  EXPECT_EQ(GetRecordInfoFromTypeInfo(type_named("VL_MeasMode").get(), record.put()), TYPE_E_WRONGTYPEKIND);
-  const auto one = record_named("SystemSettingsDataT");
-  EXPECT_EQ(one->IsMatchingType(record_named("systemsettingsdatat").get()), 1);
-  EXPECT_EQ(one->IsMatchingType(record_named("SystemUnitsDataT").get()), 0);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include <fstream>
+#include <iterator>
 
 #include "kestrine/error.h"
 #include "kestrine/host.h"
@@ -18,6 +19,11 @@ bool pump_until(const std::function<bool()>& condition, std::chrono::millisecond
     host::run_for(std::chrono::milliseconds(2));
   }
   return true;
+}
+
+std::string text_of(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 Environment::Environment() {

@@ -15,6 +15,8 @@ namespace kestrine::test {
 bool pump_until(const std::function<bool()>& condition,
                 std::chrono::milliseconds patience = std::chrono::milliseconds(5000));
 
+std::string text_of(const std::filesystem::path& file);
+
 // For the life of one test; ends with the hooks and the early wake at their defaults. Waiting calls wake early
 // unless the test says otherwise.
 class Environment {
@@ -24,8 +26,9 @@ class Environment {
   Environment(const Environment&) = delete;
   Environment& operator=(const Environment&) = delete;
 
-  void set(std::u16string_view key, std::int32_t value);  // in section Settings of Kestrine.ini
-  // The text at a key of section SocketError; empty when there is none.
+  const std::filesystem::path& directory() const { return directory_; }  // of its own, gone with it
+  void set(std::u16string_view key, std::int32_t value);                 // in section Settings of Kestrine.ini
+  // What a key of section SocketError says; empty when there is none.
   std::string trace(const std::string& key) const;
   // The keys of section SocketError, in the order in which they were first written.
   std::vector<std::string> trace_keys() const;

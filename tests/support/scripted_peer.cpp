@@ -85,10 +85,10 @@ Bytes answer(std::int32_t command, std::int32_t status, std::int32_t type) {
 }
 
 Bytes request(std::int32_t command, const Bytes& parameters) {
-  Bytes bytes = packet(static_cast<std::int32_t>(12 + parameters.size()), VL_DT_Command);
-  put_i32(bytes, 8, command);
-  std::copy(parameters.begin(), parameters.end(), bytes.begin() + 12);
-  return bytes;
+  Bytes header = packet(12, VL_DT_Command);
+  put_i32(header, 0, static_cast<std::int32_t>(12 + parameters.size()));
+  put_i32(header, 8, command);
+  return header + parameters;
 }
 
 Bytes status_change(std::int32_t change) {
@@ -180,10 +180,6 @@ Bytes ScriptedPeer::receive_request() {
   return size <= kRequestHeader ? request : std::move(request) + receive(size - kRequestHeader);
 }
 
-bool ScriptedPeer::nothing_to_receive() {
-  return !wait_readable(client_, 0ms);
-}
-
 bool ScriptedPeer::client_leaves() {
   std::uint8_t scratch[4096];
   ssize_t got = 1;
@@ -259,18 +255,6 @@ void ScriptedPeer::serve(Reply reply) {
 std::vector<Bytes> ScriptedPeer::requests() const {
   const std::lock_guard lock(requests_lock_);
   return requests_;
-}
-
-void ScriptedPeer::finish() {
-  if (script_.joinable()) script_.join();
-}
-
-void ScriptedPeer::close() {
-  end_client(false);
-}
-
-void ScriptedPeer::reset() {
-  end_client(true);
 }
 
 void ScriptedPeer::end_client(bool at_once) {

@@ -60,7 +60,7 @@ class ScriptedPeer {
   // The next request whole, framed by its own size.
   Bytes receive_request();
   // True when the client has sent nothing that was not received yet.
-  bool nothing_to_receive();
+  bool nothing_to_receive() const { return !wait_readable(client_, {}); }
   // True when the client closes its end in time; what it sent before is thrown away.
   bool client_leaves();
   // The client's own socket.
@@ -84,10 +84,12 @@ class ScriptedPeer {
   // What serve() has received so far.
   std::vector<Bytes> requests() const;
   // Waits for the script's end.
-  void finish();
+  void finish() {
+    if (script_.joinable()) script_.join();
+  }
 
-  void close();  // in good order
-  void reset();  // at once: what the client has not read yet is lost
+  void close() { end_client(false); }  // in good order
+  void reset() { end_client(true); }   // at once: what the client has not read yet is lost
 
  private:
   bool wait_readable(int descriptor, std::chrono::milliseconds time) const;
