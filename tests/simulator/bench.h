@@ -1,4 +1,5 @@
-// A tracker on the bench: time that only the test moves, and clients that keep what they are sent.
+// A tracker on the bench: time that only the test moves, and clients that keep
+// what they are sent.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -68,16 +69,23 @@ inline std::int32_t status_of(const Bytes& answer) {
   return wire::load_i32(answer.data() + 12);
 }
 
-// The packets of one data type, in order.
-inline std::vector<Bytes> only(const std::vector<Bytes>& packets, VL_DataType type) {
-  std::vector<Bytes> found;
-  std::copy_if(packets.begin(), packets.end(), std::back_inserter(found),
-               [&](const Bytes& packet) { return type_of(packet) == type; });
-  return found;
-}
-
 using Codes = std::vector<std::int32_t>;
 using Packets = std::vector<Bytes>;
+
+// The packets of one data type, in order.
+inline Packets only(Packets packets, VL_DataType type) {
+  std::erase_if(packets, [&](const Bytes& packet) { return type_of(packet) != type; });
+  return packets;
+}
+
+// The first packet of one data type.
+template <class Record>
+Record first(const Packets& packets, VL_DataType type = VL_DT_Command) {
+  const Packets found = only(packets, type);
+  if (!found.empty() && found[0].size() == RecordTraits<Record>::size) return read_as<Record>(found[0].data());
+  ADD_FAILURE() << "no such packet";
+  return {};
+}
 
 // The status changes among the packets.
 inline Codes changes(const Packets& packets) {
@@ -87,7 +95,7 @@ inline Codes changes(const Packets& packets) {
 }
 
 template <class Packet, class Element>
-std::vector<Element> elements(const std::vector<Bytes>& packets, VL_DataType type) {
+std::vector<Element> elements(const Packets& packets, VL_DataType type) {
   std::vector<Element> all;
   for (const Bytes& packet : only(packets, type)) {
     const auto count = static_cast<std::size_t>(wire::load_i32(packet.data() + 12));
@@ -99,7 +107,7 @@ std::vector<Element> elements(const std::vector<Bytes>& packets, VL_DataType typ
   return all;
 }
 
-inline std::vector<MeasValueT> points(const std::vector<Bytes>& packets) {
+inline std::vector<MeasValueT> points(const Packets& packets) {
   return elements<MultiMeasResultT, MeasValueT>(packets, VL_DT_MultiMeasResult);
 }
 
@@ -110,6 +118,10 @@ inline Vector values_of(const auto& record) {
 inline void expect_near(const Vector& actual, const Vector& expected, double tolerance = 1e-9) {
   EXPECT_LE((actual - expected).cwiseAbs().maxCoeff(), tolerance)
       << actual.transpose() << " instead of " << expected.transpose();
+}
+
+inline void expect_near_matrix(const Matrix& actual, const Matrix& expected, double tolerance = 1e-9) {
+  EXPECT_LE((actual - expected).cwiseAbs().maxCoeff(), tolerance) << actual << "\ninstead of\n" << expected;
 }
 
 inline SystemSettingsDataT client_settings(bool status_changes, bool positions = false) {
@@ -136,46 +148,57 @@ struct Bench {
     return added;
   }
 
-  // Sends, waits as long as the tracker takes, and returns what came up to the answer.
+  // Sends, waits as long as the tracker takes, and returns what came up to the
+  // answer.
   std::vector<Bytes> ask(RecordingClient& asker, const std::shared_ptr<Client>& as_client,
                          const protocol::Request& request) {
     asker.packets.clear();
     asker.is_answered = false;
-    execute(tracker, as_client, Bytes(request.bytes.begin(), request.bytes.begin() + request.size));
+    begin(as_client, request);
     for (int i = 0; i < 3000 && !asker.is_answered; ++i) scheduler.advance(0.01);
     EXPECT_TRUE(asker.is_answered) << "command " << wire::load_i32(request.bytes.data() + 8);
     return asker.packets;
   }
   std::vector<Bytes> ask(const protocol::Request& request) { return ask(*client, client, request); }
+  // Sends without waiting.
+  void begin(const std::shared_ptr<Client>& as_client, const protocol::Request& request) {
+    execute(tracker, as_client, Bytes(request.bytes.begin(), request.bytes.begin() + request.size));
+  }
 
   std::int32_t status(const protocol::Request& request) {
-    const auto answers = ask(request);
-    const auto found =
-        std::find_if(answers.begin(), answers.end(), [](const Bytes& p) { return type_of(p) <= VL_DT_Error; });
-    return found == answers.end() ? -1 : status_of(*found);
+    for (const Bytes& each : ask(request)) {
+      if (type_of(each) <= VL_DT_Error) return status_of(each);
+    }
+    return -1;
+  }
+  // The statuses of requests made one after the other.
+  Codes statuses(std::initializer_list<protocol::Request> requests) {
+    Codes all;
+    for (const auto& each : requests) all.push_back(status(each));
+    return all;
+  }
+  // Requests that the test builds upon, one after the other.
+  void set_up(std::initializer_list<protocol::Request> requests) {
+    EXPECT_EQ(statuses(requests), Codes(requests.size(), VL_RS_AllOK));
   }
   template <class Record>
   Record answer(const protocol::Request& request) {
-    const auto answers = only(ask(request), VL_DT_Command);
-    if (answers.empty() || answers.front().size() != RecordTraits<Record>::size) {
-      ADD_FAILURE() << "no such answer";
-      return {};
-    }
-    return read_as<Record>(answers.front().data());
+    return first<Record>(ask(request));
   }
+  Codes announced(const protocol::Request& request) { return changes(ask(request)); }
+  void listen() { ask(request_of(VL_C_SetSystemSettings, client_settings(true))); }
   // The one packet of that type that comes while that much time passes.
   template <class Record>
   Record result(VL_DataType type, double seconds) {
-    const auto results = only(after(seconds), type);
+    const Packets results = only(after(seconds), type);
     EXPECT_EQ(results.size(), 1u);
-    return results.size() == 1 ? read_as<Record>(results[0].data()) : Record{};
+    return first<Record>(results, type);
   }
   // What comes from the start of a measurement on, acknowledgement included.
   std::vector<Bytes> measure(double seconds) {
-    std::vector<Bytes> packets = ask(protocol::build_StartMeasurement());
-    const auto more = after(seconds);
-    packets.insert(packets.end(), more.begin(), more.end());
-    return packets;
+    ask(protocol::build_StartMeasurement());
+    scheduler.advance(seconds);
+    return client->packets;
   }
   // What comes while that much time passes.
   std::vector<Bytes> after(double seconds) {

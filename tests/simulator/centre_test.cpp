@@ -1,4 +1,5 @@
-// Centres of spheres and circles: the fit against known shapes, and the modes that measure them.
+// Centres of spheres and circles: the fit against known shapes, and the modes
+// that measure them.
 #include <cmath>
 
 #include "bench.h"
@@ -26,14 +27,12 @@ TEST(CentreFit, FindsTheCentreOfExactPoints) {
   for (const Vector& centre : {Vector{0, 0, 0}, {2, -1, 0.3}, {40, 30, -20}}) {
     for (const double reach : {3.0, 1.0, 0.3}) {
       for (const std::optional<double> radius : {std::optional<double>(), std::optional(0.25)}) {
-        const auto sphere = fit_sphere(on_sphere(centre, 0.25, reach), radius);
-        ASSERT_TRUE(sphere);
-        EXPECT_LT(length(sphere->centre - centre), 1e-9);
-        EXPECT_NEAR(sphere->radius, 0.25, 1e-9);
-        const auto circle = fit_circle(on_circle(centre, 0.25, rotation({0.4, -1.2, 2}), 2 * reach), radius);
-        ASSERT_TRUE(circle);
-        EXPECT_LT(length(circle->centre - centre), 1e-9);
-        EXPECT_NEAR(circle->radius, 0.25, 1e-9);
+        const Points circle = on_circle(centre, 0.25, rotation({0.4, -1.2, 2}), 2 * reach);
+        for (const auto& fit : {fit_sphere(on_sphere(centre, 0.25, reach), radius), fit_circle(circle, radius)}) {
+          ASSERT_TRUE(fit);
+          expect_near(fit->centre, centre);
+          EXPECT_NEAR(fit->radius, 0.25, 1e-9);
+        }
       }
     }
   }
@@ -77,9 +76,8 @@ TEST(CentreFit, ClaimsTheSpreadThatItsCentresHave) {
 
 struct CentreBench : Bench {
   explicit CentreBench(VL_MeasMode mode) {
-    initialise();
-    ask(build_SetMeasurementMode(mode));
-    ask(request_of(VL_C_SetSystemSettings, client_settings(true)));
+    set_up({build_Initialize(), build_SetMeasurementMode(mode)});
+    listen();
   }
   Packets found(double seconds = 20) {
     EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
@@ -100,9 +98,8 @@ TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
     const auto packets = bench.found();
     EXPECT_EQ(changes(packets), (Codes{VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
     ASSERT_EQ(packets.size(), 3u);  // the points themselves are not sent
-    const auto result = read_as<SingleMeasResultT>(only(packets, VL_DT_SingleMeasResult).at(0).data());
-    EXPECT_EQ(result.measMode, mode);
-    EXPECT_EQ(result.packetInfo.status, VL_RS_AllOK);
+    const auto result = first<SingleMeasResultT>(packets, VL_DT_SingleMeasResult);
+    EXPECT_EQ((Codes{result.measMode, result.packetInfo.status}), (Codes{mode, VL_RS_AllOK}));
     EXPECT_LT(length(values_of(result) - centre), 4 * result.dStdTotal);
     EXPECT_NEAR(result.dStdTotal / result.dAprioriStdTotal, 1, 0.3);
     bench.ask(build_SetStatisticMode(VL_SM_Extended, VL_SM_Standard));
@@ -121,7 +118,8 @@ TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
 TEST(CentreModes, TakeTheirTimeAndNoMorePointsThanAskedFor) {
   CentreBench bench(VL_MM_CircleCenter);
   bench.ask(build_SetCircleCenterModeParams(0.02, 60, 0, 0));
-  // 59 steps of 20 mm at the rim's 314 mm a second, each ending at a whole millisecond.
+  // 59 steps of 20 mm at the rim's 314 mm a second, each ending at a whole
+  // millisecond.
   EXPECT_TRUE(only(bench.found(3.7), VL_DT_SingleMeasResult).empty());
   EXPECT_EQ(only(bench.after(0.2), VL_DT_SingleMeasResult).size(), 1u);
 }
@@ -138,8 +136,8 @@ TEST(CentreModes, HonourARadiusThatIsFixed) {
 }
 
 TEST(CentreModes, MakeAResultOfWhatThereIsWhenStopped) {
-  for (const auto& [mode, none] : {std::pair{VL_MM_SphereCenter, VL_RS_NoSphereCenterFound},
-                                   std::pair{VL_MM_CircleCenter, VL_RS_NoCircleCenterFound}}) {
+  for (const auto& [mode, none] :
+       {std::pair{VL_MM_SphereCenter, VL_RS_NoSphereCenterFound}, {VL_MM_CircleCenter, VL_RS_NoCircleCenterFound}}) {
     CentreBench bench(mode);
     const auto stop_after = [&](double seconds) {
       bench.found(seconds);

@@ -1,4 +1,5 @@
-// The inclination sensor and the compensations: what they find, how long they take, who hears of it.
+// The inclination sensor and the compensations: what they find, how long they
+// take, who hears of it.
 #include <cmath>
 
 #include "bench.h"
@@ -9,25 +10,17 @@ namespace {
 
 constexpr double kSlack = 5 * kSensorNoise;
 
-struct Tilt {
-  double x, y;
-};
-
 struct Ready : Bench {
   Ready() {
     initialise();
-    ask(request_of(VL_C_SetSystemSettings, client_settings(true)));
+    listen();
   }
-  Tilt reading() {
+  Vector reading_at(VL_TiltraPosition position) {
+    set_up({build_GoTiltraPosition(position)});
     const auto packets = ask(build_StartTiltraMeasurement());
     EXPECT_EQ(packets.size(), 2u);
-    EXPECT_EQ(packets.at(1).size(), 40u);
-    const auto result = read_as<TiltraResultT>(packets.at(1).data());
-    return {result.dXTilt, result.dYTilt};
-  }
-  Tilt reading_at(VL_TiltraPosition position) {
-    EXPECT_EQ(status(build_GoTiltraPosition(position)), VL_RS_AllOK);
-    return reading();
+    const auto result = first<TiltraResultT>(packets, VL_DT_TiltraResult);
+    return vector(result.dXTilt, result.dYTilt, 0);
   }
   double seconds_of(const protocol::Request& request) {
     const double before = scheduler.now();
@@ -40,29 +33,25 @@ using InclinationSensor = BenchTest<Ready>;
 
 TEST_F(InclinationSensor, IsReadWithTheSensorsIndexUntilThatIsCompensated) {
   const auto front = static_cast<VL_TiltraPosition>(0), back = static_cast<VL_TiltraPosition>(2);
-  const Tilt there = reading_at(front), turned = reading_at(back);
-  EXPECT_NEAR((there.x + turned.x) / 2, kSensorIndex.along, kSlack);
-  EXPECT_NEAR((there.x - turned.x) / 2, kOutOfLevel.along, kSlack);
+  const Vector there = reading_at(front), turned = reading_at(back);
+  EXPECT_NEAR((there.x() + turned.x()) / 2, kSensorIndex.along, kSlack);
+  EXPECT_NEAR((there.x() - turned.x()) / 2, kOutOfLevel.along, kSlack);
   const auto found = answer<CallInclinationSensorCompensationRT>(build_CallInclinationSensorCompensation());
-  EXPECT_NEAR(found.dInclinationIndexL, (there.x + turned.x) / 2, kSlack);
-  EXPECT_NEAR(found.dInclinationIndexC, (there.y + turned.y) / 2, kSlack);
-  const Tilt after_front = reading_at(front), after_back = reading_at(back);
-  EXPECT_NEAR(after_front.x + after_back.x, 0, kSlack);
-  EXPECT_NEAR(after_front.x, kOutOfLevel.along, kSlack);
-  EXPECT_NEAR(after_front.y, kOutOfLevel.across, kSlack);
+  expect_near(vector(found.dInclinationIndexL, found.dInclinationIndexC, 0), (there + turned) / 2, kSlack);
+  expect_near(reading_at(front), {kOutOfLevel.along, kOutOfLevel.across, 0}, kSlack);
+  EXPECT_NEAR(reading_at(back).x(), -kOutOfLevel.along, kSlack);
 }
 
 TEST_F(InclinationSensor, OrientsToGravityWithoutTheIndexInTheUnitsSet) {
   ask(build_GoPosition(2.5, 0, 0.15, 1));
   set_units(VL_LU_Meter, VL_AU_Gon, VL_TU_Celsius);
-  const double gon = 200 / std::numbers::pi;
   const double before = scheduler.now();
   const auto packets = ask(build_CallOrientToGravity());
   EXPECT_NEAR(scheduler.now() - before, 7, 1.5);
   EXPECT_EQ(changes(packets), (Codes{VL_SSC_MeasStatus_Busy, VL_SSC_MeasStatus_Ready}));
-  const auto found = read_as<CallOrientToGravityRT>(only(packets, VL_DT_Command).at(0).data());
-  EXPECT_NEAR(found.dOmega / gon, kOutOfLevel.along, kSlack);
-  EXPECT_NEAR(found.dPhi / gon, kOutOfLevel.across, kSlack);
+  const auto found = first<CallOrientToGravityRT>(packets);
+  expect_near(std::numbers::pi / 200 * vector(found.dOmega, found.dPhi, 0), {kOutOfLevel.along, kOutOfLevel.across, 0},
+              kSlack);
   // The beam is back on its target.
   EXPECT_NEAR(answer<GetCurrentPrismPositionRT>(build_GetCurrentPrismPosition()).dVal1, 2.5, 1e-9);
   EXPECT_NEAR(answer<GetDirectionRT>(build_GetDirection()).dHzAngle, 0, 1e-9);
@@ -70,18 +59,17 @@ TEST_F(InclinationSensor, OrientsToGravityWithoutTheIndexInTheUnitsSet) {
 
 TEST_F(InclinationSensor, IsRefusedByATrackerWithoutTheSensor) {
   ask(request_of(VL_C_SetSystemSettings, SystemSettingsDataT{}));
-  for (const auto& request :
-       {build_StartTiltraMeasurement(), build_CallOrientToGravity(), build_CallInclinationSensorCompensation()})
-    EXPECT_EQ(status(request), VL_RS_NoTiltra);
+  EXPECT_EQ(statuses({build_StartTiltraMeasurement(), build_CallOrientToGravity(),
+                      build_CallInclinationSensorCompensation()}),
+            Codes(3, VL_RS_NoTiltra));
 }
 
 using Compensations = BenchTest<Ready>;
 
 TEST_F(Compensations, RefuseOtherWorkMeanwhileAndSayWhenTheyBeginAndEnd) {
   const auto other = add_client();
-  const auto start = build_CallInclinationSensorCompensation();
   client->packets.clear();
-  execute(tracker, client, Bytes(start.bytes.begin(), start.bytes.begin() + start.size));
+  begin(client, build_CallInclinationSensorCompensation());
   scheduler.advance(0.5);
   for (const auto& request : {build_StartMeasurement(), build_CallOrientToGravity()})
     EXPECT_EQ(status_of(ask(*other, other, request).at(0)), VL_RS_InCompensationMode);
@@ -95,8 +83,8 @@ TEST_F(Compensations, RefuseOtherWorkMeanwhileAndSayWhenTheyBeginAndEnd) {
 
 TEST_F(Compensations, DriveToEveryPointAndReportWhatTheTwoFacesLeave) {
   const auto compensate = build_CallIntermediateCompensation();
-  EXPECT_EQ(status(build_AddDrivePoint(5, 2.2, 0.4, 0.1)), VL_RS_WrongParameter1);
-  EXPECT_EQ(status(build_AddDrivePoint(1, 100, 0, 0)), VL_RS_Parameter4OutOfRangeNOK);
+  EXPECT_EQ(statuses({build_AddDrivePoint(5, 2.2, 0.4, 0.1), build_AddDrivePoint(1, 100, 0, 0)}),
+            (Codes{VL_RS_WrongParameter1, VL_RS_Parameter4OutOfRangeNOK}));
   for (const double y : {0.4, -0.4}) ask(build_AddDrivePoint(1, 2.2, y, 0.1));
   EXPECT_EQ(status(compensate), VL_RS_InvalidInputData);
   ask(build_AddDrivePoint(1, 2.5, 0.01, 0.15));

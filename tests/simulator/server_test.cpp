@@ -1,6 +1,5 @@
 // The server over real sockets.
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -9,21 +8,13 @@
 
 #include <cerrno>
 #include <chrono>
-#include <numeric>
 #include <stdexcept>
-#include <vector>
 
-#include "kestrine/records.h"
-#include "kestrine/wire.h"
-#include "protocol/requests.h"
+#include "bench.h"
 #include "simulator/simulator.h"
 
 namespace kestrine::simulator {
 namespace {
-
-using namespace protocol;
-
-using Bytes = std::vector<std::uint8_t>;
 
 // A client that knows packets and nothing else. Every wait has a deadline.
 class RawClient {
@@ -62,14 +53,29 @@ class RawClient {
   Bytes answer() {
     for (;;) {
       Bytes packet = receive();
-      if (packet.empty() || wire::load_i32(packet.data() + 4) <= VL_DT_Error) return packet;
+      if (packet.empty() || type_of(packet) <= VL_DT_Error) return packet;
     }
   }
   std::int32_t status(const protocol::Request& request) {
     send(request);
     const Bytes packet = answer();
-    return packet.empty() ? -1 : wire::load_i32(packet.data() + 12);
+    return packet.empty() ? -1 : status_of(packet);
   }
+  // Asks the same many times in one go.
+  void send(const protocol::Request& request, int times) {
+    Bytes many;
+    for (int i = 0; i < times; ++i)
+      many.insert(many.end(), request.bytes.begin(), request.bytes.begin() + request.size);
+    send(many.data(), many.size());
+  }
+
+  void start_stream(std::int32_t separation, std::int32_t count, int region = 0) {
+    for (const auto& request :
+         {build_Initialize(), build_SetContinuousTimeModeParams(separation, count, region, VL_RT_Sphere),
+          build_SetMeasurementMode(VL_MM_ContinuousTime), build_StartMeasurement()})
+      EXPECT_EQ(status(request), VL_RS_AllOK);
+  }
+  void listen() { EXPECT_EQ(status(request_of(VL_C_SetSystemSettings, client_settings(true))), VL_RS_AllOK); }
 
   // Whether the server still takes what is sent to it, or will within a moment.
   bool can_send() {
@@ -87,59 +93,39 @@ class RawClient {
   int socket_;
 };
 
-Options at_scale(double time_scale) {
-  return {.time_scale = time_scale};
-}
-
-std::int32_t start_stream(RawClient& client, std::int32_t separation, std::int32_t count, int region = 0) {
-  client.status(build_Initialize());
-  client.status(build_SetContinuousTimeModeParams(separation, count, region, VL_RT_Sphere));
-  client.status(build_SetMeasurementMode(VL_MM_ContinuousTime));
-  return client.status(build_StartMeasurement());
-}
-
 TEST(Server, AnswersInTheOrderOfAskingHoweverLongEachTakes) {
-  const Simulator simulator(at_scale(0.1));
+  const Simulator simulator({.time_scale = 0.1});
   RawClient client(simulator.port());
-  client.send(build_Initialize());
-  client.send(build_GetUnits());
-  client.send(build_GoBirdBath());
-  client.send(build_GetFace());
+  for (const auto& request : {build_Initialize(), build_GetUnits(), build_GoBirdBath(), build_GetFace()})
+    client.send(request);
   for (const VL_Command command : {VL_C_Initialize, VL_C_GetUnits, VL_C_GoBirdBath, VL_C_GetFace}) {
     const Bytes packet = client.answer();
     ASSERT_GE(packet.size(), 16u);
-    EXPECT_EQ(wire::load_i32(packet.data() + 8), command);
-    EXPECT_EQ(wire::load_i32(packet.data() + 12), VL_RS_AllOK);
+    EXPECT_EQ((Codes{code_of(packet), status_of(packet)}), (Codes{command, VL_RS_AllOK}));
   }
 }
 
 TEST(Server, DropsWhatWaitsInAQueueThatIsCleared) {
-  const Simulator simulator(at_scale(0.5));
+  const Simulator simulator({.time_scale = 0.5});
   RawClient client(simulator.port());
-  client.send(build_Initialize());
-  client.send(build_GetUnits());
-  client.send(build_ClearCommandQueue(VL_CCQ_ClearOwnOnly));
-  EXPECT_EQ(wire::load_i32(client.answer().data() + 8), VL_C_Initialize);
-  EXPECT_EQ(wire::load_i32(client.answer().data() + 8), VL_C_ClearCommandQueue);
+  for (const auto& request : {build_Initialize(), build_GetUnits(), build_ClearCommandQueue(VL_CCQ_ClearOwnOnly)})
+    client.send(request);
+  for (const VL_Command command : {VL_C_Initialize, VL_C_ClearCommandQueue})
+    EXPECT_EQ(code_of(client.answer()), command);
 }
 
 TEST(Server, TakesRequestsInAnyPieces) {
-  const Simulator simulator(at_scale(0));
+  const Simulator simulator({.time_scale = 0});
   RawClient client(simulator.port());
   const protocol::Request request = build_SetUnits(VL_LU_Inch, VL_AU_Gon, VL_TU_Celsius, VL_PU_Psi, VL_HU_RH);
   for (std::size_t i = 0; i < request.size; ++i) client.send(&request.bytes[i], 1);
   EXPECT_EQ(client.answer().size(), 16u);
-  Bytes many;
-  for (int i = 0; i < 500; ++i) {
-    const protocol::Request get = build_GetUnits();
-    many.insert(many.end(), get.bytes.begin(), get.bytes.begin() + get.size);
-  }
-  client.send(many.data(), many.size());
+  client.send(build_GetUnits(), 500);
   for (int i = 0; i < 500; ++i) ASSERT_EQ(client.answer().size(), 36u) << i;
 }
 
 TEST(Server, HangsUpOnALyingSizeAndServesTheOthers) {
-  const Simulator simulator(at_scale(0));
+  const Simulator simulator({.time_scale = 0});
   RawClient honest(simulator.port());
   for (const std::int32_t size : {0, 11, 4097, 0x7fffffff, -1}) {
     RawClient liar(simulator.port());
@@ -152,7 +138,7 @@ TEST(Server, HangsUpOnALyingSizeAndServesTheOthers) {
 }
 
 TEST(Server, SharesOneTrackerBetweenClientsAndSendsResultsToTheStarter) {
-  const Simulator simulator(at_scale(0));
+  const Simulator simulator({.time_scale = 0});
   RawClient first(simulator.port());
   RawClient second(simulator.port());
   EXPECT_EQ(first.status(build_Initialize()), VL_RS_AllOK);
@@ -160,25 +146,25 @@ TEST(Server, SharesOneTrackerBetweenClientsAndSendsResultsToTheStarter) {
   first.send(build_GetReflector());
   EXPECT_EQ(wire::load_i32(first.answer().data() + 16), 3);
   EXPECT_EQ(second.status(build_StartMeasurement()), VL_RS_AllOK);
-  EXPECT_EQ(wire::load_i32(second.receive().data() + 4), VL_DT_SingleMeasResult);
+  EXPECT_EQ(type_of(second.receive()), VL_DT_SingleMeasResult);
   first.send(build_GetFace());
-  EXPECT_EQ(wire::load_i32(first.receive().data() + 8), VL_C_GetFace);  // and nothing before it
+  EXPECT_EQ(wire::load_i32(first.receive().data() + 8),
+            VL_C_GetFace);  // and nothing before it
 }
 
 TEST(Server, HoldsAStreamBackForAStalledReaderAndLosesNothing) {
-  Options options = at_scale(0);
-  options.block_points = 1000;
-  const Simulator simulator(options);
+  const Simulator simulator({.time_scale = 0, .block_points = 1000});
   constexpr int kSmallBuffer = 16 * 1024;
   RawClient client(simulator.port(), kSmallBuffer);
-  EXPECT_EQ(start_stream(client, 1, 300000), VL_RS_AllOK);
-  // Another client is served while the first one reads nothing, with some ten megabytes to come.
+  client.start_stream(1, 300000);
+  // Another client is served while the first one reads nothing, with some ten
+  // megabytes to come.
   RawClient other(simulator.port());
   for (int i = 0; i < 200; ++i) ASSERT_EQ(other.status(build_GetUnits()), VL_RS_AllOK);
   std::int64_t next = 0;
   while (next < 300000) {
     const Bytes packet = client.receive();
-    ASSERT_EQ(wire::load_i32(packet.data() + 4), VL_DT_MultiMeasResult);
+    ASSERT_EQ(type_of(packet), VL_DT_MultiMeasResult);
     ASSERT_EQ(packet.size(), 36048u);
     const auto last = read_as<MeasValueT>(packet.data() + packet.size() - 36);
     next += 1000;
@@ -188,17 +174,18 @@ TEST(Server, HoldsAStreamBackForAStalledReaderAndLosesNothing) {
 }
 
 TEST(Server, GoesOnServingWhileAStreamLooksForPointsInAnEmptyRegion) {
-  const Simulator simulator(at_scale(0));
+  const Simulator simulator({.time_scale = 0});
   RawClient client(simulator.port());
   client.status(build_SetSphereRegionParams(0, 0, 0, 0.1));
-  EXPECT_EQ(start_stream(client, 0, 0, 1), VL_RS_AllOK);
+  client.start_stream(0, 0, 1);
   EXPECT_EQ(client.status(build_GetUnits()), VL_RS_AllOK);
   EXPECT_EQ(client.status(build_StopMeasurement()), VL_RS_AllOK);
 }
 
 TEST(Server, TakesNoMoreCommandsFromAClientThatReadsNoAnswers) {
-  const Simulator simulator(at_scale(0));
-  constexpr int kSmallBuffer = 128 * 1024;  // much smaller, and the system takes long naps before it fills it again
+  const Simulator simulator({.time_scale = 0});
+  constexpr int kSmallBuffer = 128 * 1024;  // much smaller, and the system takes
+                                            // long naps before it fills it again
   RawClient client(simulator.port(), kSmallBuffer);
   const protocol::Request request = build_GetCompensations2();  // 12 bytes that call for 1,344
   std::size_t asked = 0;
@@ -211,17 +198,14 @@ TEST(Server, TakesNoMoreCommandsFromAClientThatReadsNoAnswers) {
 }
 
 TEST(Server, LetsAClientGoThatNeverTakesItsStatusChanges) {
-  const Simulator simulator(at_scale(0));
+  const Simulator simulator({.time_scale = 0});
   constexpr int kSmallBuffer = 4 * 1024;
   RawClient silent(simulator.port(), kSmallBuffer);
-  silent.status(build_SetSystemSettings(VL_WMS_NotConnected, 0, 0, 0, 1, 0, 0, 1, 1));
+  silent.listen();
   RawClient busy(simulator.port());
-  Bytes many;
-  const protocol::Request change = build_SetReflector(1);
-  for (int i = 0; i < 1000; ++i) many.insert(many.end(), change.bytes.begin(), change.bytes.begin() + change.size);
   constexpr int kRounds = 150;
   for (int round = 0; round < kRounds; ++round) {
-    busy.send(many.data(), many.size());
+    busy.send(build_SetReflector(1), 1000);
     for (int i = 0; i < 1000; ++i) ASSERT_EQ(busy.answer().size(), 16u);
   }
   int changes = 0;
@@ -230,23 +214,22 @@ TEST(Server, LetsAClientGoThatNeverTakesItsStatusChanges) {
 }
 
 TEST(Server, SaysGoodbyeToThoseWhoAskedAndCloses) {
-  auto simulator = std::make_unique<Simulator>(at_scale(0));
+  auto simulator = std::make_unique<Simulator>(Options{.time_scale = 0});
   RawClient asking(simulator->port());
   RawClient silent(simulator->port());
-  asking.status(build_SetSystemSettings(VL_WMS_NotConnected, 0, 0, 0, 1, 0, 0, 1, 1));
+  asking.listen();
   silent.status(build_GetUnits());
   simulator.reset();
-  std::vector<std::int32_t> changes;
-  for (Bytes packet = asking.receive(); !packet.empty(); packet = asking.receive())
-    changes.push_back(wire::load_i32(packet.data() + 8));
-  EXPECT_EQ(changes, (std::vector<std::int32_t>{VL_SSC_SystemSettingsChanged, VL_SSC_ServerClosing}));
+  Codes heard;
+  for (Bytes packet = asking.receive(); !packet.empty(); packet = asking.receive()) heard.push_back(code_of(packet));
+  EXPECT_EQ(heard, (Codes{VL_SSC_SystemSettingsChanged, VL_SSC_ServerClosing}));
   EXPECT_TRUE(silent.receive().empty());
 }
 
 TEST(Server, EndsPromptlyWithAStreamUnderWayAndNobodyReading) {
-  auto simulator = std::make_unique<Simulator>(at_scale(0));
+  auto simulator = std::make_unique<Simulator>(Options{.time_scale = 0});
   RawClient client(simulator->port());
-  start_stream(client, 0, 0);
+  client.start_stream(0, 0);
   const auto before = std::chrono::steady_clock::now();
   simulator.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));

@@ -1,12 +1,12 @@
-// Who hears of it when the tracker's state changes, and that a change without a difference is none.
+// Who hears of it when the tracker's state changes, and that a change without a
+// difference is none.
 #include "bench.h"
 
 namespace kestrine::simulator {
 namespace {
 
 struct Listening : Bench {
-  Listening() { ask(request_of(VL_C_SetSystemSettings, client_settings(true))); }
-  Codes announced(const protocol::Request& request) { return changes(ask(request)); }
+  Listening() { listen(); }
 };
 
 using StatusChanges = BenchTest<Listening>;
@@ -14,31 +14,30 @@ using StatusChanges = BenchTest<Listening>;
 TEST_F(StatusChanges, FollowTheLaserThroughItsWarmingUp) {
   const auto laser = [&] { return answer<GetSystemStatusRT>(build_GetSystemStatus()).laserStatus; };
   EXPECT_EQ(laser(), VL_LPS_LaserReady);
-  EXPECT_TRUE(announced(build_SwitchLaser(true)).empty());
-  EXPECT_TRUE(announced(build_SwitchLaser(false)).empty());
+  for (const bool on : {true, false}) EXPECT_TRUE(announced(build_SwitchLaser(on)).empty());
   EXPECT_EQ(laser(), VL_LPS_LaserOff);
   EXPECT_EQ(announced(build_SwitchLaser(true)), Codes{VL_SSC_LaserNotStabilized});
   EXPECT_EQ(laser(), VL_LPS_LaserHeatingUp);
   EXPECT_EQ(changes(after(5)), Codes{VL_SSC_LaserWarmedUp});
   EXPECT_EQ(laser(), VL_LPS_LaserReady);
-  ask(build_SwitchLaser(true));
-  ask(build_SwitchLaser(false));
+  set_up({build_SwitchLaser(true), build_SwitchLaser(false)});
   EXPECT_TRUE(after(5).empty());
 }
 
 TEST_F(StatusChanges, ReportWhatHasComeOrGone) {
-  SystemSettingsDataT settings = client_settings(true);
-  settings.bHasTiltra = 0;
-  EXPECT_EQ(announced(request_of(VL_C_SetSystemSettings, settings)),
-            (Codes{VL_SSC_SystemSettingsChanged, VL_SSC_TiltraSensorChanged}));
-  settings.bHasVideoCamera = 0;
-  EXPECT_EQ(announced(request_of(VL_C_SetSystemSettings, settings)),
-            (Codes{VL_SSC_SystemSettingsChanged, VL_SSC_OverviewCameraChanged}));
-  EXPECT_EQ(announced(build_SetLongSystemParameter(VL_SP_InclinationSensorState, VL_ISS_MonitoringOnly)),
-            Codes{VL_SSC_TiltSensorStatusChanged});
-  EXPECT_EQ(announced(build_SetEnvironmentParams(20, 1000, 50)), Codes{VL_SSC_EnvironmentParamsChanged});
-  EXPECT_EQ(announced(build_SetEnvironmentParams(21, 1000, 50)),
-            (Codes{VL_SSC_EnvironmentParamsChanged, VL_SSC_ObjectTemperatureChanged}));
+  SystemSettingsDataT no_sensor = client_settings(true);
+  no_sensor.bHasTiltra = 0;
+  SystemSettingsDataT no_camera = no_sensor;
+  no_camera.bHasVideoCamera = 0;
+  const std::pair<protocol::Request, Codes> requests[]{
+      {request_of(VL_C_SetSystemSettings, no_sensor), {VL_SSC_SystemSettingsChanged, VL_SSC_TiltraSensorChanged}},
+      {request_of(VL_C_SetSystemSettings, no_camera), {VL_SSC_SystemSettingsChanged, VL_SSC_OverviewCameraChanged}},
+      {build_SetLongSystemParameter(VL_SP_InclinationSensorState, VL_ISS_MonitoringOnly),
+       {VL_SSC_TiltSensorStatusChanged}},
+      {build_SetEnvironmentParams(20, 1000, 50), {VL_SSC_EnvironmentParamsChanged}},
+      {build_SetEnvironmentParams(21, 1000, 50), {VL_SSC_EnvironmentParamsChanged, VL_SSC_ObjectTemperatureChanged}},
+  };
+  for (const auto& [request, expected] : requests) EXPECT_EQ(announced(request), expected);
 }
 
 TEST_F(StatusChanges, OfTheFaceComeAlsoFromInitialize) {
@@ -49,12 +48,12 @@ TEST_F(StatusChanges, OfTheFaceComeAlsoFromInitialize) {
 }
 
 TEST_F(StatusChanges, OfRestoredStartupConditionsAreThoseThatDiffer) {
-  ask(build_SetReflector(3));
-  ask(build_SetCoordinateSystemType(VL_CS_SCC));
-  ask(build_SetStatisticMode(VL_SM_Standard, VL_SM_Standard));
+  set_up({build_SetReflector(3), build_SetCoordinateSystemType(VL_CS_SCC),
+          build_SetStatisticMode(VL_SM_Standard, VL_SM_Standard)});
   Codes codes = announced(build_RestoreStartupConditions());
   std::sort(codes.begin(), codes.end());
-  // The settings' wish for messages is the client's own, but the record holds it too.
+  // The settings' wish for messages is the client's own, but the record holds
+  // it too.
   EXPECT_EQ(codes, (Codes{VL_SSC_ReflectorChanged, VL_SSC_SystemSettingsChanged, VL_SSC_CoordinateSystemTypeChanged}));
 }
 

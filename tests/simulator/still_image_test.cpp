@@ -1,4 +1,5 @@
-// The overview camera's pictures, read by a decoder of JPEG files that everybody uses.
+// The overview camera's pictures, read by a decoder of JPEG files that
+// everybody uses.
 #include <cstdio>
 
 #include <jpeglib.h>
@@ -9,7 +10,8 @@
 namespace kestrine::simulator {
 namespace {
 
-// A decoder that finds fault with a file ends the program, and the test with it.
+// A decoder that finds fault with a file ends the program, and the test with
+// it.
 Picture decoded(const Bytes& file) {
   jpeg_error_mgr errors;
   jpeg_decompress_struct decoder;
@@ -36,9 +38,7 @@ Picture decoded(const Bytes& file) {
 Bytes still_image(Bench& bench, VL_StillImageFileType type) {
   const Bytes answer = bench.ask(build_GetStillImage(type)).at(0);
   const auto at = [&](std::size_t offset) { return wire::load_i32(answer.data() + offset); };
-  EXPECT_EQ(at(12), VL_RS_AllOK);
-  EXPECT_EQ(at(16), type);
-  EXPECT_EQ(at(20), static_cast<std::int32_t>(answer.size()) - 24);
+  EXPECT_EQ((Codes{at(12), at(16), at(20)}), (Codes{VL_RS_AllOK, type, static_cast<std::int32_t>(answer.size()) - 24}));
   return Bytes(answer.begin() + 24, answer.end());
 }
 
@@ -48,13 +48,10 @@ TEST_F(StillImage, IsTheSamePictureInAWholeBitmapAndInAJpegFile) {
   const Bytes bitmap = still_image(*this, VL_SI_Bitmap);
   const auto at = [&](std::size_t offset) { return wire::load_i32(bitmap.data() + offset); };
   const Picture picture = decoded(still_image(*this, VL_SI_Jpeg));
-  ASSERT_EQ(picture.width, 160);
-  ASSERT_EQ(picture.height, 120);
   ASSERT_EQ(bitmap.size(), 54u + 160 * 120 * 3);
   EXPECT_EQ(std::string(bitmap.begin(), bitmap.begin() + 2), "BM");
-  EXPECT_EQ(at(2), static_cast<std::int32_t>(bitmap.size()));
-  EXPECT_EQ(at(18), picture.width);
-  EXPECT_EQ(at(22), picture.height);
+  EXPECT_EQ((Codes{at(2), at(18), at(22)}), (Codes{54 + 160 * 120 * 3, 160, 120}));
+  ASSERT_EQ((Codes{picture.width, picture.height}), (Codes{160, 120}));
   int worst = 0;
   for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
     const std::uint8_t* const there = &bitmap[54 + ((119 - i / 160) * 160 + i % 160) * 3];
@@ -67,8 +64,8 @@ TEST_F(StillImage, IsTheSamePictureInAWholeBitmapAndInAJpegFile) {
 TEST_F(StillImage, IsRefusedWhereTheSettingsSayThatThereIsNoCamera) {
   EXPECT_EQ(answer<GetOverviewCameraInfoRT>(build_GetOverviewCameraInfo()).cameraType, VL_OCT_Korv_Integrated);
   ask(request_of(VL_C_SetSystemSettings, SystemSettingsDataT{}));
-  EXPECT_EQ(status(build_GetStillImage(VL_SI_Jpeg)), VL_RS_NoVideoCamera);
-  EXPECT_EQ(status(build_GetOverviewCameraInfo()), VL_RS_NoOVC);
+  EXPECT_EQ(statuses({build_GetStillImage(VL_SI_Jpeg), build_GetOverviewCameraInfo()}),
+            (Codes{VL_RS_NoVideoCamera, VL_RS_NoOVC}));
 }
 
 }  // namespace

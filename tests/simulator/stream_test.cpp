@@ -1,4 +1,5 @@
-// Continuous measurements: count, order, time, stop, and clients that do not read.
+// Continuous measurements: count, order, time, stop, and clients that do not
+// read.
 #include <cmath>
 
 #include "bench.h"
@@ -9,27 +10,26 @@ namespace {
 
 struct StreamBench : Bench {
   explicit StreamBench(std::int32_t separation, std::int32_t count, Options with = {}) : Bench(std::move(with)) {
-    initialise();
-    ask(build_SetContinuousTimeModeParams(separation, count, 0, VL_RT_Sphere));
-    ask(build_SetMeasurementMode(VL_MM_ContinuousTime));
+    set_up({build_Initialize(), build_SetContinuousTimeModeParams(separation, count, 0, VL_RT_Sphere),
+            build_SetMeasurementMode(VL_MM_ContinuousTime)});
   }
 };
 
-std::int64_t micros(const auto& point) {
-  return point.lTime1 * std::int64_t{1000000} + point.lTime2;
+// Every point is there, at its time and in order.
+void expect_spaced(const std::vector<MeasValueT>& points, std::int64_t microseconds) {
+  std::int64_t due = -microseconds;
+  for (const auto& each : points) ASSERT_EQ(each.lTime1 * std::int64_t{1000000} + each.lTime2, due += microseconds);
 }
 
 TEST(Stream, SendsTheCountInOrderInBlocksOfAHundredMilliseconds) {
   StreamBench bench(10, 205);
-  bench.ask(request_of(VL_C_SetSystemSettings, client_settings(true)));
+  bench.listen();
   const auto packets = bench.measure(5);
   const auto all = points(packets);
   ASSERT_EQ(all.size(), 205u);
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    EXPECT_EQ(micros(all[i]), static_cast<std::int64_t>(i) * 10000);
-    const Vector off = values_of(all[i]) - path_at(static_cast<double>(i) / 100);
-    EXPECT_LT(length(off), 200e-6);
-  }
+  expect_spaced(all, 10000);
+  for (std::size_t i = 0; i < all.size(); ++i)
+    expect_near(values_of(all[i]), path_at(static_cast<double>(i) / 100), 115e-6);
   EXPECT_EQ(only(packets, VL_DT_MultiMeasResult).size(), 21u);
   EXPECT_EQ(type_of(packets.front()), VL_DT_Command);
   EXPECT_EQ(changes(packets), (Codes{VL_SSC_MeasStatus_Busy, VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
@@ -49,14 +49,14 @@ TEST(Stream, HandsOutTheRestBeforeTheStopIsAcknowledged) {
   EXPECT_EQ(type_of(last[0]), VL_DT_MultiMeasResult);
   EXPECT_EQ(code_of(last[1]), VL_C_StopMeasurement);
   packets.insert(packets.end(), last.begin(), last.end());
-  // The test's clock has gone on by one step of waiting for the start: points due by now, and none of the future.
+  // The test's clock has gone on by one step of waiting for the start: points
+  // due by now, and none of the future.
   EXPECT_NEAR(static_cast<double>(points(packets).size()), 25, 1);
   EXPECT_TRUE(bench.after(5).empty());
 }
 
 TEST(Stream, WaitsForAClientThatDoesNotReadAndThenLeavesNothingOut) {
   StreamBench bench(1, 0);
-  bench.client->packets.clear();
   Packets packets = bench.measure(1);
   bench.client->unread = 1 << 20;
   EXPECT_TRUE(points(bench.after(3)).empty());
@@ -67,7 +67,7 @@ TEST(Stream, WaitsForAClientThatDoesNotReadAndThenLeavesNothingOut) {
   packets.insert(packets.end(), bench.client->packets.begin(), bench.client->packets.end());
   const auto all = points(packets);
   EXPECT_NEAR(static_cast<double>(all.size()), 5000, 101);
-  for (std::size_t i = 0; i < all.size(); ++i) ASSERT_EQ(micros(all[i]), static_cast<std::int64_t>(i) * 1000);
+  expect_spaced(all, 1000);
 }
 
 TEST(Stream, HandsOutWhatWasReadyForAStalledClientWhenItStops) {
@@ -78,13 +78,10 @@ TEST(Stream, HandsOutWhatWasReadyForAStalledClientWhenItStops) {
 }
 
 TEST(Stream, FillsBlocksAsTheOptionsSay) {
-  Options options;
-  options.block_points = 1000;
-  StreamBench bench(0, 2500, options);
-  const auto blocks = only(bench.measure(0.1), VL_DT_MultiMeasResult);
-  ASSERT_EQ(blocks.size(), 3u);
-  EXPECT_EQ(blocks[0].size(), 36048u);
-  EXPECT_EQ(blocks[2].size(), 48u + 36 * 500);
+  StreamBench bench(0, 2500, {.block_points = 1000});
+  std::vector<std::size_t> sizes;
+  for (const Bytes& block : only(bench.measure(0.1), VL_DT_MultiMeasResult)) sizes.push_back(block.size());
+  EXPECT_EQ(sizes, (std::vector<std::size_t>{36048, 36048, 48 + 36 * 500}));
 }
 
 TEST(Stream, CarriesAprioriCovariancesInTheExtendedStatisticMode) {
@@ -100,33 +97,28 @@ TEST(Stream, CarriesAprioriCovariancesInTheExtendedStatisticMode) {
 
 TEST(Stream, TakesAPointWhereverTheReflectorHasComeFarEnough) {
   StreamBench bench(10, 0);
-  bench.ask(build_SetMeasurementMode(VL_MM_ContinuousDistance));
-  bench.ask(build_SetContinuousDistanceModeParams(0.02, 50, 0, VL_RT_Sphere));
+  bench.set_up({build_SetMeasurementMode(VL_MM_ContinuousDistance),
+                build_SetContinuousDistanceModeParams(0.02, 50, 0, VL_RT_Sphere)});
   const auto by_distance = points(bench.measure(20));
   ASSERT_EQ(by_distance.size(), 50u);
-  for (std::size_t i = 1; i < by_distance.size(); ++i) {
+  for (std::size_t i = 1; i < by_distance.size(); ++i)
     EXPECT_NEAR(length(values_of(by_distance[i]) - values_of(by_distance[i - 1])), 0.02, 0.0006);
-  }
-  bench.ask(build_SetMeasurementMode(VL_MM_Grid));
-  bench.ask(build_SetGridModeParams(0, 0, 0.05, 20, 0, VL_RT_Sphere));
+  bench.set_up({build_SetMeasurementMode(VL_MM_Grid), build_SetGridModeParams(0, 0, 0.05, 20, 0, VL_RT_Sphere)});
   EXPECT_EQ(points(bench.measure(60)).size(), 20u);
 }
 
 TEST(Stream, LeavesOutWhatLiesOutsideTheRegion) {
   StreamBench bench(10, 0);
-  bench.ask(build_SetBoxRegionParams(2, -1, -1, 3, 1, 1));  // half of the circle
-  bench.ask(build_SetContinuousTimeModeParams(10, 0, 1, VL_RT_Box));
+  // Half of the circle, nothing of it, and no region at all.
+  bench.set_up({build_SetBoxRegionParams(2, -1, -1, 3, 1, 1), build_SetContinuousTimeModeParams(10, 0, 1, VL_RT_Box)});
   bench.measure(10);
-  auto packets = bench.after(10);
-  const auto inside = points(packets);
+  const auto inside = points(bench.after(10));
   EXPECT_NEAR(static_cast<double>(inside.size()), 500, 12);
   for (const MeasValueT& point : inside) EXPECT_GE(double{point.dVal1}, 2);
-  bench.ask(build_StopMeasurement());
-  bench.ask(build_SetSphereRegionParams(0, 0, 0, 0.1));  // nothing of it
-  bench.ask(build_SetContinuousTimeModeParams(10, 0, 1, VL_RT_Sphere));
+  bench.set_up({build_StopMeasurement(), build_SetSphereRegionParams(0, 0, 0, 0.1),
+                build_SetContinuousTimeModeParams(10, 0, 1, VL_RT_Sphere)});
   EXPECT_TRUE(points(bench.measure(10)).empty());
-  bench.ask(build_StopMeasurement());
-  bench.ask(build_SetContinuousTimeModeParams(10, 0, 0, VL_RT_Sphere));  // no region at all
+  bench.set_up({build_StopMeasurement(), build_SetContinuousTimeModeParams(10, 0, 0, VL_RT_Sphere)});
   EXPECT_FALSE(points(bench.measure(1)).empty());
 }
 
@@ -136,8 +128,7 @@ TEST(Stream, EndsWithItsClient) {
   const auto other = bench.add_client();
   bench.tracker.leave(*bench.client);
   EXPECT_EQ(bench.tracker.readiness(), VL_TS_Ready);
-  const auto started = bench.ask(*other, other, build_StartMeasurement());
-  EXPECT_EQ(status_of(started.at(0)), VL_RS_AllOK);
+  EXPECT_EQ(status_of(bench.ask(*other, other, build_StartMeasurement()).at(0)), VL_RS_AllOK);
 }
 
 }  // namespace

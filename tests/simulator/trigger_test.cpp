@@ -1,5 +1,6 @@
-// Points at the pace of the trigger inputs: ten pulses a second, and a start line that is high from 0.5 s to 2.5 s
-// after the start and every three seconds again.
+// Points at the pace of the trigger inputs: ten pulses a second, and a start
+// line that is high from 0.5 s to 2.5 s after the start and every three seconds
+// again.
 #include "bench.h"
 
 namespace kestrine::simulator {
@@ -9,12 +10,10 @@ struct TriggerBench : Bench {
   TriggerBench(VL_TriggerMode mode, VL_TriggerStartSignal level, VL_ClockTransition clock = VL_CT_Positive,
                std::int32_t least_delay = 1, std::int32_t count = 0, Options with = {})
       : Bench(std::move(with)) {
-    initialise();
-    ask(request_of(VL_C_SetSystemSettings, client_settings(true)));
-    ask(build_SetContinuousTimeModeParams(20, count, 0, VL_RT_Sphere));
-    ask(build_SetMeasurementMode(VL_MM_ContinuousTime));
-    EXPECT_EQ(status(build_SetExternTriggerParams(clock, mode, level, least_delay)), VL_RS_AllOK);
-    EXPECT_EQ(status(build_SetTriggerSource(VL_TS_External)), VL_RS_AllOK);
+    set_up({build_Initialize(), request_of(VL_C_SetSystemSettings, client_settings(true)),
+            build_SetContinuousTimeModeParams(20, count, 0, VL_RT_Sphere),
+            build_SetMeasurementMode(VL_MM_ContinuousTime),
+            build_SetExternTriggerParams(clock, mode, level, least_delay), build_SetTriggerSource(VL_TS_External)});
   }
 };
 
@@ -31,10 +30,10 @@ std::vector<int> every(int step, int from, int until) {
 }
 
 TEST(Trigger, TakesAPointAtEveryPulse) {
-  TriggerBench rising(VL_TM_EventTrigger, VL_TSS_High);
-  EXPECT_EQ(milliseconds(rising.measure(1.97)), every(100, 0, 2000));
-  TriggerBench falling(VL_TM_EventTrigger, VL_TSS_High, VL_CT_Negative);
-  EXPECT_EQ(milliseconds(falling.measure(1.97)), every(100, 50, 2000));
+  for (const auto& [transition, start] : {std::pair{VL_CT_Positive, 0}, {VL_CT_Negative, 50}}) {
+    TriggerBench bench(VL_TM_EventTrigger, VL_TSS_High, transition);
+    EXPECT_EQ(milliseconds(bench.measure(1.97)), every(100, start, 2000));
+  }
 }
 
 TEST(Trigger, GatesTheExternalClockWithTheStartLine) {
@@ -59,13 +58,12 @@ TEST(Trigger, GatesTheTimeSeparationAndStartsOnALowLineWhereThatIsSet) {
 }
 
 TEST(Trigger, MarksPulsesThatComeTooSoon) {
-  TriggerBench slow(VL_TM_EventTrigger, VL_TSS_High, VL_CT_Positive, 100, 5),
-      fast(VL_TM_EventTrigger, VL_TSS_High, VL_CT_Positive, 101, 5);
-  for (const MeasValueT& each : points(slow.measure(2))) EXPECT_EQ(each.status, VL_MS_AllOK);
-  const auto marked = points(fast.measure(2));
-  ASSERT_EQ(marked.size(), 5u);
-  EXPECT_EQ(marked[0].status, VL_MS_AllOK);
-  for (std::size_t i = 1; i < 5; ++i) EXPECT_EQ(marked[i].status, VL_MS_TriggerTimeViolation);
+  for (const auto& [least_delay, mark] : {std::pair{100, VL_MS_AllOK}, {101, VL_MS_TriggerTimeViolation}}) {
+    Codes marks;
+    TriggerBench bench(VL_TM_EventTrigger, VL_TSS_High, VL_CT_Positive, least_delay, 5);
+    for (const MeasValueT& each : points(bench.measure(2))) marks.push_back(each.status);
+    EXPECT_EQ(marks, (Codes{VL_MS_AllOK, mark, mark, mark, mark}));
+  }
 }
 
 TEST(Trigger, ReachesTheCountAndStopsInTheMidstOfAGate) {
@@ -80,11 +78,8 @@ TEST(Trigger, ReachesTheCountAndStopsInTheMidstOfAGate) {
 }
 
 TEST(Trigger, AnnouncesStartAndStopAlsoWhereTimeIsNotTaken) {
-  Options options;
-  options.time_scale = 0;
-  TriggerBench bench(VL_TM_ContinuousExternalClockWithStartStop, VL_TSS_High, VL_CT_Positive, 1, 30, options);
-  const auto announced = changes(bench.measure(0.1));
-  EXPECT_EQ(announced,
+  TriggerBench bench(VL_TM_ContinuousExternalClockWithStartStop, VL_TSS_High, VL_CT_Positive, 1, 30, {.time_scale = 0});
+  EXPECT_EQ(changes(bench.measure(0.1)),
             (Codes{VL_SSC_MeasStatus_Busy, VL_SSC_ExternalTriggerStartEvent, VL_SSC_ExternalTriggerStopEvent,
                    VL_SSC_ExternalTriggerStartEvent, VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
 }
@@ -98,8 +93,7 @@ TEST(Trigger, SendsMessagesOnlyWhereThatIsItsUse) {
   bench.after(0.1);
   EXPECT_TRUE(bench.after(2).empty());
   EXPECT_EQ(bench.status(build_SetTriggerSource(VL_TS_Undefined)), VL_RS_ProblemSettingTriggerSource);
-  const auto board = bench.answer<GetTriggerBoardInfoRT>(build_GetTriggerBoardInfo());
-  EXPECT_EQ(board.triggerCardType, VL_TCT_SingleTracker);
+  EXPECT_EQ(bench.answer<GetTriggerBoardInfoRT>(build_GetTriggerBoardInfo()).triggerCardType, VL_TCT_SingleTracker);
 }
 
 }  // namespace
