@@ -9,7 +9,7 @@ using protocol::Mirror;
 template <class Commands>
 HRESULT CommandBase<Commands>::check(const MemberRow& row) {
   if (connection::Connection* const connection = generation_.connection()) {
-    const protocol::Error* const misfit = connection->measurement().find_misfit(row.mode_check);
+    const protocol::Error* const misfit = connection->measurement().check_mode(row.mode_check);
     if (misfit != nullptr) return refuse(*misfit, throws());
     generation_.objects().release_unused(*connection, false);
   }

@@ -22,7 +22,7 @@ class MeasurementState {
 
   bool is_stationary_point_mode() const { return mode_ == VL_MM_Stationary || is_profile_mode(); }
   // What to refuse a measurement of that kind with; null when the mode fits it.
-  const protocol::Error* find_misfit(protocol::ModeCheck measurement) const;
+  const protocol::Error* check_mode(protocol::ModeCheck measurement) const;
 
   void on_start_sent() { start_acknowledged_ = false; }
   // Also a measurement that nobody acknowledged counts as acknowledged once its result has come.
@@ -49,7 +49,7 @@ class MeasurementState {
   std::uint32_t results_ = 0;
 };
 
-inline const protocol::Error* MeasurementState::find_misfit(protocol::ModeCheck measurement) const {
+inline const protocol::Error* MeasurementState::check_mode(protocol::ModeCheck measurement) const {
   using protocol::ModeCheck;
   const auto unless = [](bool fits, const protocol::Error& misfit) { return fits ? nullptr : &misfit; };
   switch (measurement) {

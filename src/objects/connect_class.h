@@ -6,11 +6,11 @@
 #include "commands/typed_methods.h"
 #include "connection/byte_arrays.h"
 #include "connection/packet_access.h"
-#include "connection/version.h"
 #include "kestrine/interfaces.h"
 #include "objects/component_object.h"
 #include "objects/connect_base.h"
 #include "objects/object_parts.h"
+#include "objects/version.h"
 #include "scripting/late_bound.h"
 
 namespace kestrine::objects {
@@ -112,7 +112,7 @@ class Connect final
     return S_OK;
   }
 
-  const connection::Version version_ = connection::library_version();
+  const Version version_ = library_version();
 };
 
 }  // namespace kestrine::objects

@@ -28,7 +28,7 @@ TEST(ModeCheck, KeepsBackTheMeasurementsOfBothCommandSetsThatDoNotFitTheMode) {
           if (name.starts_with("MeasureStationaryProbe") && !probe && !profile) {
             expected = &protocol::error::kNotStationaryMode;
           }
-          EXPECT_EQ(state.find_misfit(row.mode_check), expected) << name << " in mode " << mode << legacy;
+          EXPECT_EQ(state.check_mode(row.mode_check), expected) << name << " in mode " << mode << legacy;
           checked += expected != nullptr ? 1 : 0;
         }
       }

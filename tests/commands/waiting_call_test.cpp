@@ -77,6 +77,19 @@ TEST_F(WaitingCall, RefusesASecondOneBeforeAnythingIsSent) {
                             "async CommandCompletedData 7"}));
 }
 
+TEST_F(WaitingCall, OfTheCommandWithTheNumberZeroRefusesASecondOneToo) {
+  start();
+  HRESULT second = S_OK;
+  later([&] {
+    second = commands->ReleaseMotors();
+    peer.send(answer(VL_C_ExitApplication, 0));
+  });
+  EXPECT_EQ(told(commands->ExitApplication()), "ok");
+  EXPECT_EQ(second, E_FAIL);
+  EXPECT_EQ(sent(), std::vector<std::int32_t>{VL_C_ExitApplication});
+  EXPECT_TRUE(peer.nothing_to_receive());
+}
+
 TEST_F(WaitingCall, TellsOfATimeoutWithTheNumberThatTheTimeoutSettingGives) {
   set_timeout(u"StandardWaitTime", 25);
   start();

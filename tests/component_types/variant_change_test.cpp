@@ -177,6 +177,9 @@ TEST(VariantChange, FollowsReferences) {
   EXPECT_NE(to.bstrVal, own.bstrVal);
   EXPECT_EQ(VariantChangeType(&to, &to, 0, VT_I4), S_OK) << "in place";
   EXPECT_EQ(to.lVal, 12);
+  const BSTR kept = own.bstrVal;
+  EXPECT_EQ(VariantCopyInd(&own, &own), S_OK);
+  EXPECT_EQ(own.bstrVal, kept) << "onto itself";
   VariantClear(&own);
 }
 

@@ -156,7 +156,7 @@ TEST_F(Packets, ResultsOfAProbeAreToldDifferentlyByTheTwoInterfaces) {
     EXPECT_EQ(names_of(probe(mode)), good) << mode;
     EXPECT_EQ(names_of(probe(mode, 5)), bad) << mode;
     connection->measurement().set_mode(VL_MM_Stationary);
-    EXPECT_EQ(connection->measurement().find_misfit(protocol::ModeCheck::kContinuousProbe) != nullptr,
+    EXPECT_EQ(connection->measurement().check_mode(protocol::ModeCheck::kContinuousProbe) != nullptr,
               mode == VL_MM_Standard)
         << "the legacy flag";
     EXPECT_TRUE(connection->measurement().is_start_acknowledged());

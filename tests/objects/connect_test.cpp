@@ -92,7 +92,7 @@ TEST_F(ConnectTest, SwitchesTakeAnyNumberButZeroForYes) {
   receive(status_change(26));  // it changes nothing
   for (const VARIANT_BOOL flag : {VARIANT_BOOL{5}, VARIANT_FALSE}) {
     EXPECT_EQ(connection->put_SupportLegacyStationaryMode(flag), S_OK);
-    EXPECT_EQ(connection->measurement().find_misfit(protocol::ModeCheck::kContinuousProbe) != nullptr, flag != 0);
+    EXPECT_EQ(connection->measurement().check_mode(protocol::ModeCheck::kContinuousProbe) != nullptr, flag != 0);
   }
 }
 

@@ -74,6 +74,7 @@ TEST(TypeInfo, DescribesAConnectionAsScriptsAndAsVtablesSeeIt) {
     ASSERT_EQ(row.info->GetFuncDesc(23, &last), S_OK);
     EXPECT_EQ(last->oVft, (row.slots_before + 23) * 8);
     EXPECT_EQ(last->funckind, row.function);
+    EXPECT_EQ(last->callconv, CC_STDCALL);
     row.info->ReleaseFuncDesc(last);
     EXPECT_EQ(name_of(*base_of(*row.info)), row.base);
   }

@@ -1,4 +1,4 @@
-#include "connection/version.h"
+#include "objects/version.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 namespace kestrine::test {
 namespace {
 
-using connection::Version;
+using objects::Version;
 
 TEST(VersionTest, ATextIsSplitAtItsCommas) {
   const std::pair<std::u16string_view, Version> rows[] = {
@@ -19,7 +19,7 @@ TEST(VersionTest, ATextIsSplitAtItsCommas) {
       {u", , ,", {0, 0, 0}},           {u"3\u0100, 8, 680", {3, 0, 0}},   // and a zero among them ends the text
   };
   for (const auto& [text, expected] : rows) {
-    const Version version = connection::parse_version(text);
+    const Version version = objects::parse_version(text);
     EXPECT_EQ(version.major, expected.major) << to_utf8(text);
     EXPECT_EQ(version.minor, expected.minor) << to_utf8(text);
     EXPECT_EQ(version.build, expected.build) << to_utf8(text);

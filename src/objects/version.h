@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace kestrine::connection {
+namespace kestrine::objects {
 
 struct Version {
   std::int32_t major = 0;
@@ -21,4 +21,4 @@ Version parse_version(std::u16string_view text);
 // All zero when the library carries no version text.
 Version library_version();
 
-}  // namespace kestrine::connection
+}  // namespace kestrine::objects

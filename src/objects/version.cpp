@@ -1,4 +1,4 @@
-#include "connection/version.h"
+#include "objects/version.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,7 +6,7 @@
 
 #include "platform/version.h"
 
-namespace kestrine::connection {
+namespace kestrine::objects {
 
 Version parse_version(std::u16string_view text) {
   std::string narrow;
@@ -32,4 +32,4 @@ Version library_version() {
   return text ? parse_version(*text) : Version{};
 }
 
-}  // namespace kestrine::connection
+}  // namespace kestrine::objects
