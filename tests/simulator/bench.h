@@ -1,5 +1,4 @@
-// A tracker on the bench: time that only the test moves, and clients that keep
-// what they are sent.
+// A tracker on the bench: time that only the test moves, and clients that keep what they are sent.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,7 +17,6 @@
 #include "simulator/measuring/position_display.h"
 
 namespace kestrine::simulator {
-
 using namespace protocol;  // for the requests
 
 class ManualScheduler : public Scheduler {
@@ -71,7 +69,6 @@ inline std::int32_t status_of(const Bytes& answer) {
 
 using Codes = std::vector<std::int32_t>;
 using Packets = std::vector<Bytes>;
-
 // The packets of one data type, in order.
 inline Packets only(Packets packets, VL_DataType type) {
   std::erase_if(packets, [&](const Bytes& packet) { return type_of(packet) != type; });
@@ -86,7 +83,6 @@ Record first(const Packets& packets, VL_DataType type = VL_DT_Command) {
   ADD_FAILURE() << "no such packet";
   return {};
 }
-
 // The status changes among the packets.
 inline Codes changes(const Packets& packets) {
   Codes codes;
@@ -147,9 +143,7 @@ struct Bench {
     tracker.join(added);
     return added;
   }
-
-  // Sends, waits as long as the tracker takes, and returns what came up to the
-  // answer.
+  // Sends, waits as long as the tracker takes, and returns what came up to the answer.
   std::vector<Bytes> ask(RecordingClient& asker, const std::shared_ptr<Client>& as_client,
                          const protocol::Request& request) {
     asker.packets.clear();
@@ -219,7 +213,10 @@ struct Bench {
   std::shared_ptr<RecordingClient> client = add_client();
 };
 
+struct ReadyBench : Bench {
+  explicit ReadyBench(Options with = {}) : Bench(std::move(with)) { initialise(); }
+};
+
 template <class Base = Bench>
 struct BenchTest : ::testing::Test, Base {};
-
 }  // namespace kestrine::simulator

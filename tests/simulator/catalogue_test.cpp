@@ -10,9 +10,7 @@ namespace {
 using protocol::CommandRow;
 using protocol::Value;
 using protocol::ValueType;
-
-// A request with a value in every parameter that is probably fine: the last of
-// an enumeration, else the number.
+// A request with a value in every parameter that is probably fine: the last of an enumeration, else the number.
 protocol::Request filled_request(const CommandRow& row, double number) {
   protocol::Request request(row.code, row.request_size);
   for (const Value& field : row.parameters) {
@@ -62,7 +60,6 @@ TEST_P(Catalogue, EveryCommandGetsItsOwnWellFormedAnswer) {
 
 INSTANTIATE_TEST_SUITE_P(BeforeAndAfterInitialize, Catalogue, ::testing::Bool(),
                          [](const auto& each) { return each.param ? "Initialised" : "Cold"; });
-
 // Numbers that the row's limits allow, all different.
 protocol::Request setting_request(const CommandRow& row) {
   static const std::map<std::int32_t, std::vector<double>> special{
@@ -135,8 +132,7 @@ TEST_F(Settings, OfTheWeatherMoveTheRefractionWhenTheMonitorCalculates) {
   EXPECT_EQ(announced(build_SetEnvironmentParams(5, 1013.25, 50)),
             (Codes{VL_SSC_EnvironmentParamsChanged, VL_SSC_ObjectTemperatureChanged, VL_SSC_RefractionParamsChanged}));
   const auto cold = answer<GetRefractionParamsRT>(build_GetRefractionParams()).refractionData;
-  EXPECT_NEAR(cold.dIfmRefractionIndex - warm.dIfmRefractionIndex, 27e-6,
-              2e-6);  // about 1 ppm a degree
+  EXPECT_NEAR(cold.dIfmRefractionIndex - warm.dIfmRefractionIndex, 27e-6, 2e-6);  // about 1 ppm a degree
 }
 
 struct Refusal {
@@ -168,8 +164,7 @@ TEST_F(Refusals, NameTheParameterAndWhetherItWasTakenAllTheSame) {
       {"moving cold", build_GoPosition(2, 0, 0, 1), VL_RS_TrackerNotInitialized},
   };
   for (const Refusal& each : refusals) EXPECT_EQ(status(each.request), each.status) << each.what;
-  // Accepted with a warning means stored, refused means that nothing has
-  // changed.
+  // Accepted with a warning means stored, refused means that nothing has changed.
   EXPECT_EQ(double{answer<GetEnvironmentParamsRT>(build_GetEnvironmentParams()).environmentData.dPressure}, 550);
 }
 
@@ -187,6 +182,5 @@ TEST_F(Refusals, OfWhatIsNoCommandAreErrorPackets) {
   not_a_command.put_int32(4, VL_DT_SingleMeasResult);
   expect_error(not_a_command, VL_C_Unknown, VL_RS_NotImplemented);
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

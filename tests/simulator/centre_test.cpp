@@ -1,5 +1,4 @@
-// Centres of spheres and circles: the fit against known shapes, and the modes
-// that measure them.
+// Centres of spheres and circles: the fit against known shapes, and the modes that measure them.
 #include <cmath>
 
 #include "bench.h"
@@ -74,11 +73,8 @@ TEST(CentreFit, ClaimsTheSpreadThatItsCentresHave) {
   }
 }
 
-struct CentreBench : Bench {
-  explicit CentreBench(VL_MeasMode mode) {
-    set_up({build_Initialize(), build_SetMeasurementMode(mode)});
-    listen();
-  }
+struct CentreBench : ReadyBench {
+  explicit CentreBench(VL_MeasMode mode) { set_up({build_SetMeasurementMode(mode)}), listen(); }
   Packets found(double seconds = 20) {
     EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
     return after(seconds);
@@ -118,8 +114,7 @@ TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
 TEST(CentreModes, TakeTheirTimeAndNoMorePointsThanAskedFor) {
   CentreBench bench(VL_MM_CircleCenter);
   bench.ask(build_SetCircleCenterModeParams(0.02, 60, 0, 0));
-  // 59 steps of 20 mm at the rim's 314 mm a second, each ending at a whole
-  // millisecond.
+  // 59 steps of 20 mm at the rim's 314 mm a second, each ending at a whole millisecond.
   EXPECT_TRUE(only(bench.found(3.7), VL_DT_SingleMeasResult).empty());
   EXPECT_EQ(only(bench.after(0.2), VL_DT_SingleMeasResult).size(), 1u);
 }
@@ -150,6 +145,5 @@ TEST(CentreModes, MakeAResultOfWhatThereIsWhenStopped) {
     EXPECT_EQ(stop_after(1), VL_RS_AllOK);
   }
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

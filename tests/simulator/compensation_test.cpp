@@ -1,5 +1,4 @@
-// The inclination sensor and the compensations: what they find, how long they
-// take, who hears of it.
+// The inclination sensor and the compensations: what they find, how long they take, who hears of it.
 #include <cmath>
 
 #include "bench.h"
@@ -10,11 +9,8 @@ namespace {
 
 constexpr double kSlack = 5 * kSensorNoise;
 
-struct Ready : Bench {
-  Ready() {
-    initialise();
-    listen();
-  }
+struct Ready : ReadyBench {
+  Ready() { listen(); }
   Vector reading_at(VL_TiltraPosition position) {
     set_up({build_GoTiltraPosition(position)});
     const auto packets = ask(build_StartTiltraMeasurement());
@@ -114,6 +110,5 @@ TEST_F(Compensations, OfTheTargetRecognitionHoldUntilTheNext) {
   ask(build_PointLaser(2, 2, 0));
   EXPECT_EQ(status(build_CallATRCompensation(AM_WideAngle)), VL_RS_NoDistanceSet);
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

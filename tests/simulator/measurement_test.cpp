@@ -16,24 +16,19 @@ protocol::Request go_to(const Vector& place) {
   return build_GoPosition(place.x(), place.y(), place.z(), 1);
 }
 
-struct Ready : Bench {
-  Ready() { initialise(); }
-};
-
-using StationaryPoint = BenchTest<Ready>;
+using StationaryPoint = BenchTest<ReadyBench>;
 
 TEST_F(StationaryPoint, LiesOnEveryNestWithinItsOwnUncertainty) {
   double squares = 0;
   for (const Nest& nest : nests()) {
     SCOPED_TRACE(nest.name);
-    ASSERT_EQ(status(go_to(nest.place + Vector{0.01, 0.01, 0.01})), VL_RS_AllOK);
+    set_up({go_to(nest.place + Vector{0.01, 0.01, 0.01})});
     const SingleMeasResultT result = measure_point(*this);
     const Vector off = values_of(result) - nest.place;
     EXPECT_LT(length(off), 5 * result.dStdTotal);
     EXPECT_GT(length(off), 0);
     squares += std::pow(length(off) / result.dStdTotal, 2);
-    // 750 readings: the mean is sqrt(750) times better than what one reading is
-    // beforehand said to be.
+    // 750 readings: the mean is sqrt(750) times better than what one reading is beforehand said to be.
     EXPECT_NEAR(result.dAprioriStdTotal / result.dStdTotal, std::sqrt(750), 3);
     const double across = 15e-6 + 6e-6 * length(nest.place);
     EXPECT_NEAR(result.dAprioriStdTotal, std::sqrt(2 * across * across + 1e-10), 1e-9);
@@ -50,8 +45,7 @@ TEST_F(StationaryPoint, IsAcknowledgedAtOnceAndTakesItsTime) {
 
 TEST_F(StationaryPoint, IsTheSameForTheSameSeedAndAnotherForAnother) {
   const auto run = [](std::uint64_t seed) {
-    Bench bench({.seed = seed});
-    bench.initialise();
+    ReadyBench bench({.seed = seed});
     measure_point(bench);
     return values_of(measure_point(bench));
   };
@@ -81,8 +75,7 @@ TEST_F(StationaryPoint, ComesInTheUnitsAndTheSystemThatAreSet) {
   const SingleMeasResultT spherical = measure_point(*this);
   EXPECT_NEAR(spherical.dVal1, -std::atan2(0.4, 2.2) * 180 / M_PI, 1e-3);
   EXPECT_NEAR(spherical.dVal3, 1000 * std::sqrt(2.2 * 2.2 + 0.4 * 0.4 + 0.3 * 0.3), 0.01);
-  EXPECT_NEAR(spherical.dAprioriStd3, 0.01,
-              1e-6);  // the distance meter's 10 micrometres
+  EXPECT_NEAR(spherical.dAprioriStd3, 0.01, 1e-6);  // the distance meter's 10 micrometres
 }
 
 TEST_F(StationaryPoint, NeedsATargetUnderTheBeam) {
@@ -98,7 +91,7 @@ TEST_F(StationaryPoint, LeavesNoResultWhenItIsStopped) {
   EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
 }
 
-using GoAndMeasure = BenchTest<Ready>;
+using GoAndMeasure = BenchTest<ReadyBench>;
 
 TEST_F(GoAndMeasure, EndsWithAResultAlsoWhereThereIsNothing) {
   EXPECT_EQ(status(build_GoAndMeasure(2.5, 0.01, 0.15)), VL_RS_AllOK);
@@ -109,6 +102,5 @@ TEST_F(GoAndMeasure, EndsWithAResultAlsoWhereThereIsNothing) {
   EXPECT_EQ(missed.packetInfo.status, VL_RS_NoStationaryResult);
   EXPECT_EQ(status(build_GoAndMeasure(500, 0, 0)), VL_RS_Parameter3OutOfRangeNOK);
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-struct Head : Bench {
+struct ReadyHead : ReadyBench {
   Vector direction() {
     const auto aim = answer<GetDirectionRT>(build_GetDirection());
     return vector(aim.dHzAngle, aim.dVtAngle, 0);
@@ -18,11 +18,7 @@ struct Head : Bench {
   Vector prism() { return values_of(answer<GetCurrentPrismPositionRT>(build_GetCurrentPrismPosition())); }
 };
 
-struct ReadyHead : Head {
-  ReadyHead() { initialise(); }
-};
-
-using Initialize = BenchTest<Head>;
+using Initialize = BenchTest<>;
 
 TEST_F(Initialize, MakesTheTrackerReadyAndSaysSoToThoseWhoAsked) {
   const auto silent = add_client();
@@ -84,8 +80,7 @@ TEST_F(FreeRunning, GoesOnUntilItIsStopped) {
   after(2);
   set_up({build_MoveHV(0, 0)});
   const double moved = direction().x() - before;
-  EXPECT_NEAR(moved, kPi / 9,
-              0.02);  // half of 20 degrees per second, for two seconds
+  EXPECT_NEAR(moved, kPi / 9, 0.02);  // half of 20 degrees per second, for two seconds
   after(2);
   EXPECT_NEAR(direction().x() - before, moved, 0.02);
   EXPECT_EQ(status(build_MoveHV(101, 0)), VL_RS_Parameter1OutOfRangeNOK);
@@ -134,6 +129,5 @@ TEST_F(Restart, ForgetsEverythingAndLetsTheClientsGo) {
   EXPECT_EQ(status(build_StartMeasurement()), VL_RS_TrackerNotInitialized);
   EXPECT_EQ(answer<GetReflectorRT>(build_GetReflector()).iInternalReflectorId, 1);
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

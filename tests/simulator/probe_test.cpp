@@ -1,5 +1,4 @@
-// The probe: what belongs to it, when it can be measured, and that its poses
-// are one and the same in every form.
+// The probe: what belongs to it, when it can be measured, and that its poses are one and the same in every form.
 #include <cmath>
 
 #include "bench.h"
@@ -21,9 +20,9 @@ Vector position_of(const auto& r) {
   return vector(r.dPosition1, r.dPosition2, r.dPosition3);
 }
 
-struct ProbeBench : Bench {
+struct ProbeBench : ReadyBench {
   explicit ProbeBench(VL_MeasMode mode) {
-    set_up({build_Initialize(), build_GoPosition(2.2, 0.4, -0.3, 1), build_SetMeasurementMode(mode)});
+    set_up({build_GoPosition(2.2, 0.4, -0.3, 1), build_SetMeasurementMode(mode)});
   }
   ProbeStationaryResultT measure_point() {
     EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
@@ -95,8 +94,7 @@ TEST_F(ProbeInUse, FollowsWhatIsSetAndIsAnnounced) {
   EXPECT_EQ(announced(build_SetVizetToTrackerCompensation(2)), Codes{VL_SSC_VizetToTrackerCompensationChanged});
   EXPECT_EQ(statuses({build_SetTipAdapter(3), build_SetProbeCompensation(2), build_SetVizetToTrackerCompensation(9)}),
             (Codes{VL_RS_InvalidTipAdapter, VL_RS_NoSuchCompensation, VL_RS_NoSuchCompensation}));
-  EXPECT_EQ(answer<GetProbeRT>(build_GetProbe()).iInternalProbeId,
-            2);  // refusals change nothing
+  EXPECT_EQ(answer<GetProbeRT>(build_GetProbe()).iInternalProbeId, 2);  // refusals change nothing
 }
 
 TEST(ProbeMeasurement, IsRefusedWhereTheProbeCannotBeSeen) {
@@ -235,6 +233,5 @@ TEST(ProbePosition, IsShownInPlaceOfTheReflectors) {
   bench.ask(build_SetMeasurementMode(VL_MM_Stationary));
   EXPECT_TRUE(only(bench.after(1), VL_DT_ProbePosResult).empty());
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

@@ -15,7 +15,6 @@
 
 namespace kestrine::simulator {
 namespace {
-
 // A client that knows packets and nothing else. Every wait has a deadline.
 class RawClient {
  public:
@@ -40,7 +39,6 @@ class RawClient {
     ASSERT_EQ(::send(socket_, bytes, size, MSG_NOSIGNAL), ssize_t(size));
   }
   void send(const protocol::Request& request) { send(request.bytes.data(), request.size); }
-
   // Empty once the server has closed.
   Bytes receive() {
     Bytes packet(8);
@@ -76,7 +74,6 @@ class RawClient {
       EXPECT_EQ(status(request), VL_RS_AllOK);
   }
   void listen() { EXPECT_EQ(status(request_of(VL_C_SetSystemSettings, client_settings(true))), VL_RS_AllOK); }
-
   // Whether the server still takes what is sent to it, or will within a moment.
   bool can_send() {
     pollfd ready{socket_, POLLOUT, 0};
@@ -148,8 +145,7 @@ TEST(Server, SharesOneTrackerBetweenClientsAndSendsResultsToTheStarter) {
   EXPECT_EQ(second.status(build_StartMeasurement()), VL_RS_AllOK);
   EXPECT_EQ(type_of(second.receive()), VL_DT_SingleMeasResult);
   first.send(build_GetFace());
-  EXPECT_EQ(wire::load_i32(first.receive().data() + 8),
-            VL_C_GetFace);  // and nothing before it
+  EXPECT_EQ(wire::load_i32(first.receive().data() + 8), VL_C_GetFace);  // and nothing before it
 }
 
 TEST(Server, HoldsAStreamBackForAStalledReaderAndLosesNothing) {
@@ -157,8 +153,7 @@ TEST(Server, HoldsAStreamBackForAStalledReaderAndLosesNothing) {
   constexpr int kSmallBuffer = 16 * 1024;
   RawClient client(simulator.port(), kSmallBuffer);
   client.start_stream(1, 300000);
-  // Another client is served while the first one reads nothing, with some ten
-  // megabytes to come.
+  // Another client is served while the first one reads nothing, with some ten megabytes to come.
   RawClient other(simulator.port());
   for (int i = 0; i < 200; ++i) ASSERT_EQ(other.status(build_GetUnits()), VL_RS_AllOK);
   std::int64_t next = 0;
@@ -184,8 +179,7 @@ TEST(Server, GoesOnServingWhileAStreamLooksForPointsInAnEmptyRegion) {
 
 TEST(Server, TakesNoMoreCommandsFromAClientThatReadsNoAnswers) {
   const Simulator simulator({.time_scale = 0});
-  constexpr int kSmallBuffer = 128 * 1024;  // much smaller, and the system takes
-                                            // long naps before it fills it again
+  constexpr int kSmallBuffer = 128 * 1024;  // much smaller, and the system takes long naps before it fills it again
   RawClient client(simulator.port(), kSmallBuffer);
   const protocol::Request request = build_GetCompensations2();  // 12 bytes that call for 1,344
   std::size_t asked = 0;
@@ -234,6 +228,5 @@ TEST(Server, EndsPromptlyWithAStreamUnderWayAndNobodyReading) {
   simulator.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

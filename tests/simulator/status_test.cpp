@@ -1,5 +1,4 @@
-// Who hears of it when the tracker's state changes, and that a change without a
-// difference is none.
+// Who hears of it when the tracker's state changes, and that a change without a difference is none.
 #include "bench.h"
 
 namespace kestrine::simulator {
@@ -52,14 +51,12 @@ TEST_F(StatusChanges, OfRestoredStartupConditionsAreThoseThatDiffer) {
           build_SetStatisticMode(VL_SM_Standard, VL_SM_Standard)});
   Codes codes = announced(build_RestoreStartupConditions());
   std::sort(codes.begin(), codes.end());
-  // The settings' wish for messages is the client's own, but the record holds
-  // it too.
+  // The settings' wish for messages is the client's own, but the record holds it too.
   EXPECT_EQ(codes, (Codes{VL_SSC_ReflectorChanged, VL_SSC_SystemSettingsChanged, VL_SSC_CoordinateSystemTypeChanged}));
 }
 
 TEST_F(StatusChanges, AnnounceTheTrackersGoingBeforeTheServers) {
   EXPECT_EQ(announced(build_SystemPowerDown()), (Codes{VL_SSC_TPConnectionClosing, VL_SSC_ServerClosing}));
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

@@ -1,5 +1,4 @@
-// The overview camera's pictures, read by a decoder of JPEG files that
-// everybody uses.
+// The overview camera's pictures, read by a decoder of JPEG files that everybody uses.
 #include <cstdio>
 
 #include <jpeglib.h>
@@ -9,9 +8,7 @@
 
 namespace kestrine::simulator {
 namespace {
-
-// A decoder that finds fault with a file ends the program, and the test with
-// it.
+// A decoder that finds fault with a file ends the program, and the test with it.
 Picture decoded(const Bytes& file) {
   jpeg_error_mgr errors;
   jpeg_decompress_struct decoder;
@@ -67,6 +64,5 @@ TEST_F(StillImage, IsRefusedWhereTheSettingsSayThatThereIsNoCamera) {
   EXPECT_EQ(statuses({build_GetStillImage(VL_SI_Jpeg), build_GetOverviewCameraInfo()}),
             (Codes{VL_RS_NoVideoCamera, VL_RS_NoOVC}));
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

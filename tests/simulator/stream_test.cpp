@@ -1,5 +1,4 @@
-// Continuous measurements: count, order, time, stop, and clients that do not
-// read.
+// Continuous measurements: count, order, time, stop, and clients that do not read.
 #include <cmath>
 
 #include "bench.h"
@@ -49,8 +48,7 @@ TEST(Stream, HandsOutTheRestBeforeTheStopIsAcknowledged) {
   EXPECT_EQ(type_of(last[0]), VL_DT_MultiMeasResult);
   EXPECT_EQ(code_of(last[1]), VL_C_StopMeasurement);
   packets.insert(packets.end(), last.begin(), last.end());
-  // The test's clock has gone on by one step of waiting for the start: points
-  // due by now, and none of the future.
+  // The test's clock has gone on by one step of waiting for the start: points due by now, and none of the future.
   EXPECT_NEAR(static_cast<double>(points(packets).size()), 25, 1);
   EXPECT_TRUE(bench.after(5).empty());
 }
@@ -130,6 +128,5 @@ TEST(Stream, EndsWithItsClient) {
   EXPECT_EQ(bench.tracker.readiness(), VL_TS_Ready);
   EXPECT_EQ(status_of(bench.ask(*other, other, build_StartMeasurement()).at(0)), VL_RS_AllOK);
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

@@ -1,5 +1,4 @@
-// The fit of one list of points onto another, against transformations that are
-// known.
+// The fit of one list of points onto another, against transformations that are known.
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -114,9 +113,7 @@ TEST(BestFits, HoldWhatIsFixedAndWeighWhatIsObserved) {
   EXPECT_EQ(unscaled.parameters[6].deviation, 0);
   EXPECT_GT(unscaled.rms, 5e-4);
   EXPECT_GT(unscaled.variance_factor, 100);
-
-  // The same turn by its other triple of angles, one of them fixed, another
-  // near.
+  // The same turn by its other triple of angles, one of them fixed, another near.
   given[6] = {1, kUnknown};
   given[3] = {0.3 - kPi, 0};
   given[5] = {2.1 + kPi, 0.01};  // whole turns are none
@@ -124,7 +121,6 @@ TEST(BestFits, HoldWhatIsFixedAndWeighWhatIsObserved) {
   expect_pose(other, pose, 1e-6);
   EXPECT_EQ(other.parameters[3].value, given[3].value);
   EXPECT_NEAR(std::remainder(other.parameters[5].value - given[5].value, 2 * kPi), 0, 1e-6);
-
   // The more an observation is worth, the nearer the fit comes to it.
   const double own = fit_transformation(nominal, actual, free_but_scale(1.001))->parameters[0].value;
   const auto pulled = [&](double deviation) {
@@ -178,8 +174,7 @@ TEST(BestFits, JudgeTheDeviationsGivenByTheResiduals) {
   Vector sum;
   for (const FittedPoint& each : fit.points) sum += each.residual;
   expect_near(sum, {});  // equal weights
-  // Whoever gives too small deviations learns so, and gets the parameters' true
-  // ones.
+  // Whoever gives too small deviations learns so, and gets the parameters' true ones.
   const auto boasting = fitted(at(nominal, spread / 5), at(noisy), Parameters{});
   EXPECT_NEAR(boasting.variance_factor, 25, 4);
   EXPECT_NEAR(boasting.parameters[0].deviation, of_shift, 0.2 * of_shift);
@@ -214,6 +209,5 @@ TEST(BestFits, SayThatAnglesOfOneAxisHaveNoDeviation) {
   const auto straight = fitted(at(moved(kPlaces, pose)), at(kPlaces), free_but_scale());
   EXPECT_EQ(straight.parameters[3].deviation, kUnknown);
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

@@ -98,8 +98,7 @@ TEST_F(Transformations, AreAskedForAsTheInputParametersSay) {
   EXPECT_NEAR(call().dTransVal1, 100, 1e-6);
   EXPECT_EQ(set(VL_TR_AsTransformation, kUnknown, 0), VL_RS_AllOK);
   EXPECT_NEAR(call().dTransVal1, 99, 1e-9);
-  EXPECT_EQ(set(VL_TR_AsOrientation, kUnknown, kUnknown),
-            VL_RS_AllOK);  // a station has no scale
+  EXPECT_EQ(set(VL_TR_AsOrientation, kUnknown, kUnknown), VL_RS_AllOK);  // a station has no scale
   EXPECT_EQ(double{call().dScale}, 1);
   EXPECT_EQ(set(VL_TR_AsTransformation, -1, kUnknown), VL_RS_WrongParameter15);
   // Marks are the same in every unit.
@@ -113,8 +112,7 @@ TEST_F(Transformations, AreAskedForAsTheInputParametersSay) {
 TEST_F(Transformations, TakeDeviationsInTheCoordinatesOfThePoints) {
   ask(build_SetCoordinateSystemType(VL_CS_SCC));
   const double quarter = 90;
-  // At one metre straight along Y: 0.1 degrees across, 2 mm up and down, 0.3 mm
-  // along.
+  // At one metre straight along Y: 0.1 degrees across, 2 mm up and down, 0.3 mm along.
   ask(build_AddTransformationActualPoint(quarter, quarter, 1000, 0.1, 0.2, 0.3, 0, 0, 0));
   const KnownPoint& point = tracker.state().actual_points.at(0);
   const double degree = std::numbers::pi / 180;
@@ -133,8 +131,7 @@ TEST_F(Transformations, FailHonestly) {
   }
   EXPECT_EQ(status(build_GetTransformedPoints()), VL_RS_AllOK);
   add_actual({1, 2, 3});
-  EXPECT_EQ(status(build_GetTransformedPoints()),
-            VL_RS_UsageConflict);  // of other lists than these
+  EXPECT_EQ(status(build_GetTransformedPoints()), VL_RS_UsageConflict);  // of other lists than these
   EXPECT_EQ(refused(), VL_RS_InvalidInputData);
   ask(build_ClearTransformationActualPointList());
   EXPECT_EQ(refused(), VL_RS_InvalidInputData);
@@ -151,6 +148,5 @@ TEST_F(Transformations, FailHonestly) {
   for (int i = 0; i < 1000; ++i) ASSERT_EQ(add_nominal({1, 2, 3}), VL_RS_AllOK);
   EXPECT_EQ(add_nominal({1, 2, 3}), VL_RS_MaxEntriesExceeded);
 }
-
 }  // namespace
 }  // namespace kestrine::simulator

@@ -1,6 +1,5 @@
-// Points at the pace of the trigger inputs: ten pulses a second, and a start
-// line that is high from 0.5 s to 2.5 s after the start and every three seconds
-// again.
+// Points at the pace of the trigger inputs: ten pulses a second, and a start line that is high from 0.5 s to 2.5 s
+// after the start and every three seconds again.
 #include "bench.h"
 
 namespace kestrine::simulator {
@@ -95,6 +94,5 @@ TEST(Trigger, SendsMessagesOnlyWhereThatIsItsUse) {
   EXPECT_EQ(bench.status(build_SetTriggerSource(VL_TS_Undefined)), VL_RS_ProblemSettingTriggerSource);
   EXPECT_EQ(bench.answer<GetTriggerBoardInfoRT>(build_GetTriggerBoardInfo()).triggerCardType, VL_TCT_SingleTracker);
 }
-
 }  // namespace
 }  // namespace kestrine::simulator
