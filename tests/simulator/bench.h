@@ -219,4 +219,5 @@ struct ReadyBench : Bench {
 
 template <class Base = Bench>
 struct BenchTest : ::testing::Test, Base {};
+
 }  // namespace kestrine::simulator

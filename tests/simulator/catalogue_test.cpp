@@ -182,5 +182,6 @@ TEST_F(Refusals, OfWhatIsNoCommandAreErrorPackets) {
   not_a_command.put_int32(4, VL_DT_SingleMeasResult);
   expect_error(not_a_command, VL_C_Unknown, VL_RS_NotImplemented);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

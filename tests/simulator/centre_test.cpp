@@ -145,5 +145,6 @@ TEST(CentreModes, MakeAResultOfWhatThereIsWhenStopped) {
     EXPECT_EQ(stop_after(1), VL_RS_AllOK);
   }
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

@@ -110,5 +110,6 @@ TEST_F(Compensations, OfTheTargetRecognitionHoldUntilTheNext) {
   ask(build_PointLaser(2, 2, 0));
   EXPECT_EQ(status(build_CallATRCompensation(AM_WideAngle)), VL_RS_NoDistanceSet);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

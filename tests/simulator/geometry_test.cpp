@@ -112,5 +112,6 @@ TEST_F(Computations, GiveAnErrorEllipsoidsAxes) {
   EXPECT_NEAR(std::abs(std::remainder(ellipsoid.dRotationAngleZ, kPi)), kPi / 4, 1e-9);
   EXPECT_EQ(status(build_GetErrorEllipsoid(0, 0, 0, 1, 1, 1, 5, 0, 0)), VL_RS_InvalidInputData);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

@@ -102,5 +102,6 @@ TEST_F(GoAndMeasure, EndsWithAResultAlsoWhereThereIsNothing) {
   EXPECT_EQ(missed.packetInfo.status, VL_RS_NoStationaryResult);
   EXPECT_EQ(status(build_GoAndMeasure(500, 0, 0)), VL_RS_Parameter3OutOfRangeNOK);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

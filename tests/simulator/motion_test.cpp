@@ -129,5 +129,6 @@ TEST_F(Restart, ForgetsEverythingAndLetsTheClientsGo) {
   EXPECT_EQ(status(build_StartMeasurement()), VL_RS_TrackerNotInitialized);
   EXPECT_EQ(answer<GetReflectorRT>(build_GetReflector()).iInternalReflectorId, 1);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

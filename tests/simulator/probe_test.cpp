@@ -233,5 +233,6 @@ TEST(ProbePosition, IsShownInPlaceOfTheReflectors) {
   bench.ask(build_SetMeasurementMode(VL_MM_Stationary));
   EXPECT_TRUE(only(bench.after(1), VL_DT_ProbePosResult).empty());
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

@@ -228,5 +228,6 @@ TEST(Server, EndsPromptlyWithAStreamUnderWayAndNobodyReading) {
   simulator.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

@@ -58,5 +58,6 @@ TEST_F(StatusChanges, OfRestoredStartupConditionsAreThoseThatDiffer) {
 TEST_F(StatusChanges, AnnounceTheTrackersGoingBeforeTheServers) {
   EXPECT_EQ(announced(build_SystemPowerDown()), (Codes{VL_SSC_TPConnectionClosing, VL_SSC_ServerClosing}));
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

@@ -64,5 +64,6 @@ TEST_F(StillImage, IsRefusedWhereTheSettingsSayThatThereIsNoCamera) {
   EXPECT_EQ(statuses({build_GetStillImage(VL_SI_Jpeg), build_GetOverviewCameraInfo()}),
             (Codes{VL_RS_NoVideoCamera, VL_RS_NoOVC}));
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

@@ -128,5 +128,6 @@ TEST(Stream, EndsWithItsClient) {
   EXPECT_EQ(bench.tracker.readiness(), VL_TS_Ready);
   EXPECT_EQ(status_of(bench.ask(*other, other, build_StartMeasurement()).at(0)), VL_RS_AllOK);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

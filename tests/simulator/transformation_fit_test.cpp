@@ -209,5 +209,6 @@ TEST(BestFits, SayThatAnglesOfOneAxisHaveNoDeviation) {
   const auto straight = fitted(at(moved(kPlaces, pose)), at(kPlaces), free_but_scale());
   EXPECT_EQ(straight.parameters[3].deviation, kUnknown);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

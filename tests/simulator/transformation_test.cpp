@@ -148,5 +148,6 @@ TEST_F(Transformations, FailHonestly) {
   for (int i = 0; i < 1000; ++i) ASSERT_EQ(add_nominal({1, 2, 3}), VL_RS_AllOK);
   EXPECT_EQ(add_nominal({1, 2, 3}), VL_RS_MaxEntriesExceeded);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator

@@ -94,5 +94,6 @@ TEST(Trigger, SendsMessagesOnlyWhereThatIsItsUse) {
   EXPECT_EQ(bench.status(build_SetTriggerSource(VL_TS_Undefined)), VL_RS_ProblemSettingTriggerSource);
   EXPECT_EQ(bench.answer<GetTriggerBoardInfoRT>(build_GetTriggerBoardInfo()).triggerCardType, VL_TCT_SingleTracker);
 }
+
 }  // namespace
 }  // namespace kestrine::simulator
