@@ -95,7 +95,7 @@ HRESULT DispatchArguments::match(const DISPPARAMS& given, Matches& found, UINT* 
 
 HRESULT DispatchArguments::bind_input(const Value& param, VARIANTARG& given, std::size_t i) {
   commands::Argument& value = values_[i];
-  const VARTYPE type = dispatch::argument_type(param.type);
+  const VARTYPE type = dispatch::forms_of(param.type).argument;
   if (type == VT_VARIANT) {
     value.variant = &referred(given);
     return S_OK;
@@ -118,7 +118,7 @@ HRESULT DispatchArguments::bind_input(const Value& param, VARIANTARG& given, std
 }
 
 HRESULT DispatchArguments::bind_output(const Value& param, VARIANTARG& given, std::size_t i) {
-  const VARTYPE type = dispatch::argument_type(param.type);
+  const VARTYPE type = dispatch::forms_of(param.type).argument;
   if (given.vt == (VT_BYREF | VT_VARIANT)) {
     if (given.pvarVal == nullptr) return E_POINTER;
     // A variant that holds a record of the right type has it filled; any other is replaced.
@@ -145,7 +145,7 @@ HRESULT DispatchArguments::hold_output(const Value& param, VARIANT* target, std:
   Place& place = places_[i];
   place = {};
   place.target = target;
-  const VARTYPE type = dispatch::argument_type(param.type);
+  const VARTYPE type = dispatch::forms_of(param.type).argument;
   if (type == VT_RECORD) {
     const HRESULT result = create_record(*param.named, place.held);
     values_[i].out = place.held.record.pvRecord;

@@ -22,7 +22,7 @@ bool is_array(const Value& field) {
 
 // Of all its elements, where there are several.
 std::size_t size_of(const Value& field) {
-  return dispatch::field_size(field.type) * std::max<std::size_t>(field.count, 1);
+  return dispatch::forms_of(field.type).size * std::max<std::size_t>(field.count, 1);
 }
 
 // Up to the first zero; a text that fills its field has none.
@@ -35,11 +35,11 @@ HRESULT read_text(const Value& field, const char* from, VARIANT& value) {
 }
 
 HRESULT read_array(const Value& field, const char* from, VARIANT& value) {
-  SAFEARRAY* const array = SafeArrayCreateVector(dispatch::field_type(field.type), 0, field.count);
+  SAFEARRAY* const array = SafeArrayCreateVector(dispatch::forms_of(field.type).field, 0, field.count);
   if (array == nullptr) return E_OUTOFMEMORY;
   std::memcpy(array->pvData, from, size_of(field));
   value.parray = array;
-  value.vt = static_cast<VARTYPE>(VT_ARRAY | dispatch::field_type(field.type));
+  value.vt = static_cast<VARTYPE>(VT_ARRAY | dispatch::forms_of(field.type).field);
   return S_OK;
 }
 
@@ -71,7 +71,7 @@ HRESULT write_text(const Value& field, char* to, const VARIANT& value) {
 }
 
 HRESULT write_array(const Value& field, char* to, const VARIANT& value) {
-  if (value.vt != (VT_ARRAY | dispatch::field_type(field.type)) || SafeArrayGetDim(value.parray) != 1)
+  if (value.vt != (VT_ARRAY | dispatch::forms_of(field.type).field) || SafeArrayGetDim(value.parray) != 1)
     return DISP_E_TYPEMISMATCH;
   const std::size_t bytes = std::size_t{value.parray->rgsabound[0].cElements} * value.parray->cbElements;
   return write_elements(field, to, value.parray->pvData, bytes);
@@ -161,7 +161,7 @@ HRESULT RecordInfo::GetField(void* record, LPCOLESTR name, VARIANT* value) {
   if (field->type == ValueType::kText) return read_text(*field, at, *value);
   if (is_array(*field)) return read_array(*field, at, *value);
   if (field->type == ValueType::kRecord) return read_record(*field, at, *value);
-  value->vt = dispatch::field_type(field->type);
+  value->vt = dispatch::forms_of(field->type).field;
   std::memcpy(&value->llVal, at, size_of(*field));
   return S_OK;
 }
@@ -173,7 +173,7 @@ HRESULT RecordInfo::GetFieldNoCopy(void* record, LPCOLESTR name, VARIANT* value,
   const Value* const field = find(name);
   if (field == nullptr) return TYPE_E_FIELDNOTFOUND;
   void* const at = static_cast<char*>(record) + field->offset;
-  value->vt = static_cast<VARTYPE>(VT_BYREF | dispatch::field_type(field->type));
+  value->vt = static_cast<VARTYPE>(VT_BYREF | dispatch::forms_of(field->type).field);
   if (is_array(*field)) *elements = at;
   if (field->type != ValueType::kRecord) {
     value->byref = at;
@@ -192,7 +192,8 @@ HRESULT RecordInfo::PutField(ULONG, void* record, LPCOLESTR name, VARIANT* value
   if (is_array(*field)) return write_array(*field, at, *value);
   if (field->type == ValueType::kRecord) return write_record(*field, at, *value);
   VARIANT number{};
-  if (const HRESULT result = VariantChangeType(&number, value, 0, dispatch::field_type(field->type)); FAILED(result))
+  if (const HRESULT result = VariantChangeType(&number, value, 0, dispatch::forms_of(field->type).field);
+      FAILED(result))
     return result;
   std::memcpy(at, &number.llVal, size_of(*field));
   return S_OK;

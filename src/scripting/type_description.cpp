@@ -28,7 +28,7 @@ TYPEDESC plain_type(const Value& row, VARTYPE unnamed) {
 }
 
 TYPEDESC parameter_type(const Value& row) {
-  return plain_type(row, dispatch::argument_type(row.type));
+  return plain_type(row, dispatch::forms_of(row.type).argument);
 }
 
 // Outputs are pointers to their type, and so are variants that are read only.
@@ -97,7 +97,7 @@ VARDESC* describe_field(const Value& row, MEMBERID id) {
   made->varkind = VAR_PERINSTANCE;
   made->oInst = row.offset;
   TYPEDESC& type = made->elemdescVar.tdesc;
-  type = plain_type(row, dispatch::field_type(row.type));
+  type = plain_type(row, dispatch::forms_of(row.type).field);
   if (row.count != 0) {
     made->array.tdescElem = type;
     made->array.cDims = 1;
