@@ -11,8 +11,6 @@ Generation::Generation(const Identity& identity, ProcessState& process, CommandO
       dispatcher_(*this),
       objects_(identity.generation, process, factory) {}
 
-Generation::~Generation() = default;
-
 void Generation::attach(Connection& connection) {
   connection_ = &connection;
   process_.claim_generation(identity_.generation);

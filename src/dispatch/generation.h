@@ -30,7 +30,6 @@ class Generation {
   Generation(const Identity& identity, ProcessState& process, CommandObjectFactory& factory);
   Generation(const Generation&) = delete;
   Generation& operator=(const Generation&) = delete;
-  ~Generation();
 
   const Identity& identity() const { return identity_; }
   ProcessState& process() { return process_; }
