@@ -41,7 +41,7 @@ void by_hand(benchmark::State& state, Server& (*server)(), std::size_t packets) 
 }
 
 void to_handler(benchmark::State& state, Server& (*server)(), std::size_t packets) {
-  LibraryClient client(server().port(), true);
+  LibraryClient client(server().port());
   check(client.sync->SetMeasurementMode(VL_MM_ContinuousTime));
   const auto counter = Pointer<Counter>::adopt(new Counter);
   const Subscription subscription(*client.sync, DIID__ILTCommandSyncEvents, *counter);

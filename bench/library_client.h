@@ -8,8 +8,9 @@
 namespace kestrine::bench {
 
 struct LibraryClient {
-  LibraryClient(std::uint16_t port, bool early_wake) : connection(create<ILTConnect>(CLSID_LTConnect)) {
-    host::set_early_wake(early_wake);
+  explicit LibraryClient(std::uint16_t port) {
+    host::set_behaviour(host::Behaviour::kModern);
+    connection = create<ILTConnect>(CLSID_LTConnect);
     check(connection->ConnectEmbeddedSystem(Text("127.0.0.1"), port));
     sync = command_sync(*connection);
   }

@@ -28,10 +28,9 @@ class RatioReporter final : public benchmark::ConsoleReporter {
   void Finalize() override {
     std::printf("\nRatios of medians (client and server on one core)\n");
     ratio("round trip by hand : raw", "RoundTripByHand", "RoundTripRaw");
-    ratio("round trip, early wake : raw", "RoundTripEarlyWake", "RoundTripRaw");
+    ratio("round trip : raw", "RoundTrip", "RoundTripRaw");
     ratio("36-byte positions, handler : by hand", "PositionsToHandler", "PositionsByHand");
     ratio("36,048-byte blocks, handler : by hand", "BlocksToHandler", "BlocksByHand");
-    print("round trip in slices", median("RoundTripSlices") * 1e3, "%6.2f ms\n");
     std::printf("Values out of packets: what a call costs beyond loads, and columns by the speed of a copy\n");
     constexpr int kElements = 1000;  // of a block, which is what one round reads
     beyond("ContinuousPointGetAt", "PointCalls", "PointLoads", kElements);

@@ -35,15 +35,14 @@ void BM_RoundTripByHand(benchmark::State& state) {
   close(client);
 }
 
-void round_trips(benchmark::State& state, bool early_wake) {
-  LibraryClient client(server().port(), early_wake);
+void BM_RoundTrip(benchmark::State& state) {
+  LibraryClient client(server().port());
   for (auto _ : state) check(client.sync->ReleaseMotors());
 }
 
 BENCHMARK(BM_RoundTripRaw)->UseRealTime();
 BENCHMARK(BM_RoundTripByHand)->UseRealTime();
-BENCHMARK_CAPTURE(round_trips, early_wake, true)->Name("BM_RoundTripEarlyWake")->UseRealTime();
-BENCHMARK_CAPTURE(round_trips, slices, false)->Name("BM_RoundTripSlices")->UseRealTime()->Iterations(20);
+BENCHMARK(BM_RoundTrip)->UseRealTime();
 
 }  // namespace
 }  // namespace kestrine::bench

@@ -33,7 +33,7 @@ class Stream final : public kestrine::SyncEvents {
 
 int main(int argc, char** argv) try {
   if (argc != 3) return std::fprintf(stderr, "usage: react_to_events HOST PORT\n"), 2;
-  kestrine::host::set_early_wake(true);
+  kestrine::host::set_behaviour(kestrine::host::Behaviour::kModern);
   const auto connection = kestrine::create<ILTConnect>(CLSID_LTConnect);
   kestrine::check(connection->ConnectEmbeddedSystem(kestrine::Text(argv[1]), std::atoi(argv[2])));
   const auto tracker = kestrine::command_sync(*connection);

@@ -78,14 +78,14 @@ struct Client final : kestrine::connection::PacketConsumer {
   void on_out_of_step() override { connection->events().on_out_of_step(); }
 
   kestrine::commands::SyncCommandObject& calls() {
-    return static_cast<SyncObject&>(*classes.generation().objects().sync());
+    return static_cast<SyncObject&>(*classes.for_connection()->objects().sync());
   }
 
   using Connect = kestrine::objects::Connect<ILTConnect>;
   using SyncObject = kestrine::objects::CommandSync<ILTCommandSync, DIID__ILTCommandSyncEvents>;
-  kestrine::dispatch::ProcessState process;
+  kestrine::dispatch::ProcessState process{kestrine::connection::kClassicRules};
   kestrine::objects::GenerationClasses classes{1, process};
-  Pointer<Connect> connection = Pointer<Connect>::adopt(new Connect(classes.generation()));
+  Pointer<Connect> connection = Pointer<Connect>::adopt(new Connect(classes.for_connection()));
   Pointer<IUnknown> sync;
   Pointer<IUnknown> async;
   kestrine::Subscription sync_events;

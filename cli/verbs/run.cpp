@@ -49,7 +49,7 @@ std::string stopped_text(const Measurement& measurement) {
 Outcome run(const CommonOptions& options, Kind kind, const Task& task) {
   const OutputFiles files(options);
   terminal::watch_for_stop();
-  host::set_early_wake(true);
+  host::set_behaviour(host::Behaviour::kModern);
   std::ostream nowhere(nullptr);
   std::ostream& out = options.quiet ? nowhere : std::cout;
 

@@ -1,5 +1,5 @@
-// What a host program decides for itself: who drives the message loop, where notices and log lines go, and how
-// promptly a waiting call looks at the socket.
+// What a host program decides for itself: by which rules calls work, who drives the message loop, and where notices
+// and log lines go.
 #pragma once
 
 #include <chrono>
@@ -36,10 +36,31 @@ KESTRINE_HOST_API bool run_for(std::chrono::milliseconds duration);
 // Ends the innermost run() or run_for(), or the next one, once the messages posted before it have been delivered.
 KESTRINE_HOST_API void quit(int exit_code = 0);
 
-// --- Early wake. Off (the default), a waiting call looks at the socket every 10 ms; on, as soon as something
-// is due. Holds for the whole process.
-KESTRINE_HOST_API void set_early_wake(bool on);
-KESTRINE_HOST_API bool early_wake();
+// --- Behaviour: the rules by which calls wait and connections live, chosen once for the process.
+//
+// Classic, the default, is what programs written for one tracker and one pair of command objects were made for. Each
+// interface generation has one set of command objects: a second connection of the generation takes over from the
+// first one, so more than one tracker at a time takes modern behaviour. Modern is for everything new. It departs from
+// classic in these rules and in no others:
+//   1. A waiting call looks at the thread's messages as soon as one is due, not every 10 ms, and handles no more of
+//      them once its own wait is over.
+//   2. A wait ends with the call's own answer or result, with an error packet that names its command or none, with its
+//      timer, or with the link. In classic the answer to any command ends it, and is handed out as the call's own.
+//      Answers belong to the requests for them in the order in which these were sent, also to one that was given up.
+//   3. A call's timer ends with the call. In classic it may end a later call.
+//   4. Timers, error packets and the link's end release a wait under every notification method, not only under events.
+//   5. Every connection stands for itself, with command objects and state of its own, as many in a process as one
+//      likes, on one thread or several; and its command objects stay until the connection goes. A command object that
+//      a program makes by itself belongs to the connection that its thread made last.
+//   6. A host name may have dots, and every address that the name has is tried, IPv6 too. A refused connection fails at
+//      once, one that cannot be made in ConnectionTimeout then, and the give-up hook ends it earlier. A timeout that is
+//      no positive number counts as the default, here and in the waiting times of calls.
+//   7. A packet that has come in part does not hold up the thread: the loop goes on until the rest comes.
+enum class Behaviour { kClassic, kModern };
+// False when the other one holds already: an object has been made, or KESTRINE_BEHAVIOUR in the environment says
+// "classic" or "modern", for programs that cannot be changed.
+KESTRINE_HOST_API bool set_behaviour(Behaviour behaviour);
+KESTRINE_HOST_API Behaviour behaviour();
 
 // --- Notices. An empty function restores the default: message boxes go to standard error, beeps and log lines
 // nowhere. Hooks must not throw. They hold for the whole process.

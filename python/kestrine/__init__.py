@@ -19,11 +19,11 @@ from . import aio, enumerations, records
 from ._constants import constants
 from ._errors import NoticeWarning, ServerWarning, com_error
 from ._events import DispatchWithEvents, WithEvents
-from ._kestrine import early_wake, set_early_wake
+from ._kestrine import behaviour, set_behaviour
 from ._loop import PostQuitMessage, PumpEvents, PumpMessages, PumpWaitingMessages, fileno
 from ._object import Dispatch, Object
 from ._points import points
 from ._simulator import Simulator
 from .enumerations import *
 
-set_early_wake(True)
+set_behaviour("modern")

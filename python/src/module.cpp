@@ -60,8 +60,11 @@ void add_loop(py::module_& module) {
   module.def("pump", &pump);
   module.def("pump_for", &pump_for);
   module.def("quit", &quit);
-  module.def("early_wake", &host::early_wake);
-  module.def("set_early_wake", &host::set_early_wake);
+  module.def("behaviour", [] { return host::behaviour() == host::Behaviour::kModern ? "modern" : "classic"; });
+  module.def("set_behaviour", [](const std::string& name) {
+    if (name != "classic" && name != "modern") throw py::value_error("a behaviour is \"classic\" or \"modern\"");
+    return host::set_behaviour(name == "modern" ? host::Behaviour::kModern : host::Behaviour::kClassic);
+  });
 }
 
 // The hooks call into the interpreter, which goes before the library does.

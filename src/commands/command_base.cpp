@@ -1,10 +1,30 @@
 #include "commands/command_base.h"
 
+#include <algorithm>
+#include <chrono>
+
+#include "kestrine/enums.h"
 #include "protocol/texts.h"
 
 namespace kestrine::commands {
 
 using protocol::Mirror;
+
+namespace {
+
+// A server that has not answered within twice the longest wait for the command will not answer any more.
+std::chrono::milliseconds time_to_forget(const MemberRow& row, const connection::MeasurementState& measurement) {
+  const std::int32_t wait = row.wait == nullptr ? 0 : std::max(row.wait->ordinary, row.wait->increased);
+  return 2 * std::chrono::milliseconds(wait + std::int64_t{row.adds_measure_time ? measurement.stationary_time() : 0});
+}
+
+}  // namespace
+
+PendingRequests::Result result_of(const MemberRow& row) {
+  if (row.waits_for_result) return PendingRequests::Result::kMeasurement;
+  return row.command->code == VL_C_StartTiltraMeasurement ? PendingRequests::Result::kTiltra
+                                                          : PendingRequests::Result::kNone;
+}
 
 template <class Commands>
 HRESULT CommandBase<Commands>::check(const MemberRow& row) {
@@ -23,13 +43,21 @@ protocol::Request CommandBase<Commands>::build(const MemberRow& row, const Argum
 }
 
 template <class Commands>
-HRESULT CommandBase<Commands>::send(const MemberRow& row, const protocol::Request& request) {
+HRESULT CommandBase<Commands>::send(const MemberRow& row, const protocol::Request& request,
+                                    PendingRequests::Ticket* ticket) {
   const connection::Channel* const channel = generation_.channel();
   if (channel == nullptr || !channel->send(request.bytes.data(), request.size)) {
     return generation_.errors().raise(generation_.connection(), protocol::send_failure_text(row.command->code),
                                       interface_id(), E_FAIL, throws(), protocol::error::kSendFailed.number);
   }
   speeds_.sent(row.speed);
+  // The items of a series go to nobody who waits.
+  connection::Connection* const connection = generation_.connection();
+  if (connection != nullptr && connection->rules().waits_for_own_answer && !row.command->series) {
+    const PendingRequests::Ticket added = connection->requests().add(
+        row.command->code, result_of(row), ticket != nullptr, time_to_forget(row, connection->measurement()));
+    if (ticket != nullptr) *ticket = added;
+  }
   return S_OK;
 }
 

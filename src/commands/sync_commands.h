@@ -13,7 +13,7 @@ namespace kestrine::commands {
 
 class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
  public:
-  using CommandBase::CommandBase;
+  explicit SyncCommandObject(std::shared_ptr<dispatch::Generation> generation);
 
   // The operation with this identifier; one argument for each of its parameters, in order. E_POINTER when an
   // output has nowhere to go: then nothing is sent.
@@ -23,7 +23,9 @@ class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
   bool is_awaiting_answer(std::int32_t command) const override {
     return pending_command_ >= 0 && pending_command_ == command;
   }
-  bool is_awaiting_result(std::int32_t command) const override { return awaits_result_ && is_awaiting_answer(command); }
+  bool is_awaiting_result(std::int32_t command) const override;
+  bool awaits_result() const override;
+  PendingRequests::Ticket awaited_request() const override;
   void begin_wait(std::int32_t command);
   void end_wait(std::int32_t command) override;
   void release_wait() override;
@@ -45,17 +47,28 @@ class SyncCommandObject : public CommandBase<dispatch::SyncCommands> {
   HRESULT refuse_while_waiting(const MemberRow& row) override;
   bool throws() const override { return false; }
 
+  // A call from its sending to its return, and what it came to.
+  struct Call;
+
   HRESULT use_increased_timeouts(bool increased);
-  void wait_for_answer(const MemberRow& row, connection::Connection& connection);
+  void wait_for_answer(Call& call);
+  void stop_waiting();
+  // The outcome is the call's own: it is taken as the wait ends, before a handler can make another call.
+  void take_outcome(Call& call);
   // Null, or why the outputs cannot be had.
-  const protocol::Error* read_outputs(const MemberRow& row, Argument* arguments, connection::Connection& connection);
-  HRESULT finish_call(std::int32_t command);
-  std::u16string explain_status(std::int32_t command);
+  const protocol::Error* read_outputs(const Call& call);
+  HRESULT finish_call(const Call& call);
+  // The text of a failed command. A call that ran out keeps the status 36, and only with increased timeouts gets the
+  // number of its failure: kept.
+  std::u16string explain(std::int32_t command, bool timed_out, std::int32_t& status) const;
+  void close(const Call& call);
 
   Timeouts timeouts_;
   bool increased_timeouts_ = false;
   std::int32_t pending_command_ = -1;
-  bool awaits_result_ = false;  // of the pending command
+  Call* call_ = nullptr;      // that waits: its outcome has not been taken yet
+  int calls_ = 0;             // that have not returned: handlers make them inside one another
+  bool flush_waits_ = false;  // for the calls to return
   bool timed_out_ = false;
   std::int32_t call_status_ = 0;
   std::deque<std::int32_t> deferred_;  // only status changes are ever held back

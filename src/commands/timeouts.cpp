@@ -7,7 +7,7 @@ namespace kestrine::commands {
 
 using protocol::wait_classes;
 
-Timeouts::Timeouts() {
+Timeouts::Timeouts(bool ignores_senseless) : ignores_senseless_(ignores_senseless) {
   for (const protocol::WaitRow& row : wait_classes()) values_.push_back(row.ordinary);
   for (std::size_t i = 0; i < values_.size() && read(i, wait_classes()[i].ordinary);) ++i;
 }
@@ -23,6 +23,7 @@ bool Timeouts::read_again(bool increased) {
 bool Timeouts::read(std::size_t place, std::int32_t fallback) {
   values_[place] =
       platform::profile_int(u"SyncCommandTimeouts", wait_classes()[place].key, fallback, connection::settings::kFile);
+  if (values_[place] <= 0 && ignores_senseless_) values_[place] = fallback;
   return values_[place] > 0;
 }
 

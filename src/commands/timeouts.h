@@ -10,7 +10,8 @@ namespace kestrine::commands {
 
 class Timeouts {
  public:
-  Timeouts();  // reads all, as far as they are positive
+  // Reads all, as far as they are positive. Those that are not are the defaults for whom `ignores_senseless` holds.
+  explicit Timeouts(bool ignores_senseless);
 
   // Reads those again that have a value for increased timeouts, with these or the ordinary ones as defaults. Reading
   // stops after the first value that is not positive, which is stored as read; false when it did.
@@ -21,6 +22,7 @@ class Timeouts {
  private:
   bool read(std::size_t place, std::int32_t fallback);
 
+  const bool ignores_senseless_;
   std::vector<std::int32_t> values_;
 };
 

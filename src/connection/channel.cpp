@@ -2,24 +2,30 @@
 
 #include "connection/settings.h"
 #include "kestrine/pointer.h"
+#include "platform/clock.h"
 #include "platform/notices.h"
 #include "platform/profile.h"
 
 namespace kestrine::connection {
-namespace {
 
-class DepthGuard {
+class Channel::HandlerGuard {
  public:
-  explicit DepthGuard(int& depth) : depth_(depth) { ++depth_; }
-  DepthGuard(const DepthGuard&) = delete;
-  DepthGuard& operator=(const DepthGuard&) = delete;
-  ~DepthGuard() { --depth_; }
+  explicit HandlerGuard(Channel& channel) : channel_(channel) { ++channel_.depth_; }
+  HandlerGuard(const HandlerGuard&) = delete;
+  HandlerGuard& operator=(const HandlerGuard&) = delete;
+  ~HandlerGuard() {
+    if (--channel_.depth_ == 0 && channel_.let_go_) delete &channel_;
+  }
 
  private:
-  int& depth_;
+  Channel& channel_;
 };
 
-}  // namespace
+void Channel::LetGo::operator()(Channel* channel) const {
+  channel->connection_ = nullptr;
+  channel->let_go_ = true;
+  if (channel->depth_ == 0) delete channel;
+}
 
 // A window that cannot be made is not reported here: the connection refuses to connect without it.
 Channel::Channel(Connection& connection)
@@ -31,7 +37,10 @@ Channel::~Channel() {
 
 const protocol::Error* Channel::connect(Connection& connection, const std::string& address, std::uint16_t port) {
   const protocol::Error* const failure = connection.link().connect(address, port, window_, kSocketMessage);
-  if (failure == nullptr) reader_.restart();
+  if (failure == nullptr) {
+    reader_.restart();
+    connection.requests().clear();
+  }
   return failure;
 }
 
@@ -58,7 +67,7 @@ void Channel::forget(const Connection& connection) {
 std::int64_t Channel::on_message(const platform::Message& message) {
   if (message.id == platform::kTimerMessage) platform::kill_timer(window_, message.wparam);
   if (connection_ == nullptr) return 0;
-  const DepthGuard guard(depth_);
+  const HandlerGuard guard(*this);
   const Pointer<IUnknown> keep(connection_->unknown());  // a handler may drop the last reference
   switch (message.id) {
     case kSocketMessage:
@@ -96,8 +105,13 @@ bool Channel::would_block() const {
   return platform::last_socket_error() == platform::kErrorWouldBlock;
 }
 
-void Channel::nap() {
-  platform::nap_for_bytes(socket_, 1);
+bool Channel::comes_later(int bytes) {
+  return connection_->rules().takes_whole_packets && platform::notify_of_bytes(socket_, bytes);
+}
+
+bool Channel::nap(std::int32_t milliseconds) {
+  platform::sleep_ms(static_cast<std::uint32_t>(milliseconds));
+  return !platform::host_gives_up();
 }
 
 void Channel::beep(std::uint32_t hertz, std::uint32_t milliseconds) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "connection/connection.h"
 #include "connection/packet_reader.h"
@@ -16,10 +17,15 @@ inline constexpr std::uint32_t kFlushMessage = 2026;
 // Made with a connection, and outlives it: timers, messages and command objects may still refer to it.
 class Channel final : private platform::WindowProcedure, private ByteSource, private PacketConsumer {
  public:
-  explicit Channel(Connection& connection);
+  // Its last handler takes it away when it is let go of inside one.
+  struct LetGo {
+    void operator()(Channel* channel) const;
+  };
+  using Owner = std::unique_ptr<Channel, LetGo>;
+
+  static Owner make(Connection& connection) { return Owner(new Channel(connection)); }
   Channel(const Channel&) = delete;
   Channel& operator=(const Channel&) = delete;
-  ~Channel();
 
   platform::WindowHandle window() const { return window_; }
   // Connects, with this channel's window for the notifications. Of the connection that this channel was made for, or of
@@ -38,13 +44,19 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
   bool is_idle() const { return connection_ == nullptr && depth_ == 0; }
 
  private:
+  class HandlerGuard;
+
+  explicit Channel(Connection& connection);
+  ~Channel();
+
   std::int64_t on_message(const platform::Message& message) override;
   bool on_socket(std::int32_t event);
 
   bool is_open() const override;
   int receive(void* into, int bytes, bool peek) override;
   bool would_block() const override;
-  void nap() override;
+  bool comes_later(int bytes) override;
+  bool nap(std::int32_t milliseconds) override;
   void beep(std::uint32_t hertz, std::uint32_t milliseconds) override;
   void trace(std::u16string_view key, std::u16string_view text) override;
 
@@ -57,6 +69,7 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
   platform::SocketHandle socket_ = platform::kInvalidSocket;
   PacketReader reader_{*this, *this};
   int depth_ = 0;  // handlers under way, nested ones included
+  bool let_go_ = false;
 };
 
 }  // namespace kestrine::connection

@@ -6,8 +6,8 @@
 
 namespace kestrine::connection {
 
-Connection::Connection(ConnectionEvents& events)
-    : events_(events), accepts_any_statistic_mode_(settings::suppress_statistic_mode_errors()) {}
+Connection::Connection(ConnectionEvents& events, const Rules& rules)
+    : events_(events), rules_(rules), accepts_any_statistic_mode_(settings::suppress_statistic_mode_errors()) {}
 
 void Notification::send_message(const ReceivedPacket& packet, platform::WindowHandle window) const {
   const auto number = static_cast<std::uint32_t>(cookie);

@@ -8,7 +8,9 @@
 #include "connection/link.h"
 #include "connection/measurement_state.h"
 #include "connection/packet_reader.h"
+#include "connection/pending_requests.h"
 #include "connection/receive_buffers.h"
+#include "connection/rules.h"
 #include "kestrine/component.h"
 #include "kestrine/enums.h"
 #include "platform/loop.h"
@@ -47,7 +49,7 @@ enum class CommandSet : std::uint8_t { kSync, kAsync };
 
 class Connection {
  public:
-  explicit Connection(ConnectionEvents& events);
+  Connection(ConnectionEvents& events, const Rules& rules);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
@@ -56,6 +58,8 @@ class Connection {
   ConnectionEvents& events() { return events_; }
   Link& link() { return link_; }
   ReceiveBuffers& buffers() { return buffers_; }
+  const Rules& rules() const { return rules_; }
+  PendingRequests& requests() { return requests_; }
   MeasurementState& measurement() { return measurement_; }
   const MeasurementState& measurement() const { return measurement_; }
 
@@ -81,8 +85,10 @@ class Connection {
 
  private:
   ConnectionEvents& events_;
-  Link link_;
+  const Rules& rules_;
+  Link link_{rules_};
   ReceiveBuffers buffers_;
+  PendingRequests requests_;
   MeasurementState measurement_;
   Notification notification_;
   std::int32_t last_result_status_ = VL_RS_Unknown;

@@ -5,6 +5,7 @@
 
 #include "connection/settings.h"
 #include "platform/clock.h"
+#include "platform/notices.h"
 
 namespace kestrine::connection {
 namespace {
@@ -13,7 +14,8 @@ constexpr std::uint16_t kSocketsVersion = 0x0101;
 constexpr std::int32_t kReceiveBufferBytes = 256 * 1024;  // large continuous blocks in few notifications
 constexpr std::int32_t kConnectStep = 100;                // milliseconds between two looks at a pending connect
 
-// What has a dot but is no address is found all the same: its connect fails. Kept.
+// An address with a dot anywhere is taken for a dotted one and never looked up, not even a full host name; and what has
+// a dot but is no address is found all the same: its connect fails. Kept.
 std::optional<platform::AddressWord> find_address(const std::string& name) {
   if (name.find('.') != std::string::npos) return platform::parse_dotted_address(name);
   return platform::resolve_host_name(name);
@@ -25,12 +27,9 @@ const protocol::Error* Link::connect(const std::string& address, std::uint16_t p
                                      std::uint32_t message) {
   // Counted once per attempt; a failure further down keeps the count.
   if (platform::socket_startup(kSocketsVersion) != 0) return &protocol::error::kSocketStartup;
-  socket_ = platform::open_socket();
-  if (socket_ == platform::kInvalidSocket) return &protocol::error::kInvalidSocket;
-
-  const auto found = find_address(address);
-  if (!found) return fail(protocol::error::kHostNotFound);
-  if (!connect_socket(*found, port)) return fail(protocol::error::kConnectFailed);
+  const protocol::Error* const failure =
+      rules_.finds_every_host ? connect_to_host(address, port) : connect_to_address(address, port);
+  if (failure != nullptr) return failure;
 
   // A result of -1 counts as success here; only a positive one is taken as a failure: kept.
   if (platform::select_notifications(socket_, window, message, platform::kSocketReadable | platform::kSocketClosed) >
@@ -41,6 +40,31 @@ const protocol::Error* Link::connect(const std::string& address, std::uint16_t p
   connected_ = true;
   alive_ = true;
   return nullptr;
+}
+
+const protocol::Error* Link::connect_to_address(const std::string& address, std::uint16_t port) {
+  socket_ = platform::open_socket();
+  if (socket_ == platform::kInvalidSocket) return &protocol::error::kInvalidSocket;
+  const auto found = find_address(address);
+  if (!found) return fail(protocol::error::kHostNotFound);
+  return connect_socket(*found, port) ? nullptr : fail(protocol::error::kConnectFailed);
+}
+
+const protocol::Error* Link::connect_to_host(const std::string& name, std::uint16_t port) {
+  const std::int32_t timeout = settings::connection_timeout();
+  platform::HostConnection made = platform::connect_to_host(
+      name, port, std::chrono::milliseconds(timeout > 0 ? timeout : settings::kDefaultConnectionTimeout));
+  socket_ = made.socket;
+  if (made.outcome == platform::HostConnection::Outcome::kConnected) return nullptr;
+  platform::log_line("cannot connect to " + name + " port " + std::to_string(port) + ": " + made.reason);
+  switch (made.outcome) {
+    case platform::HostConnection::Outcome::kNoSocket:
+      return &protocol::error::kInvalidSocket;
+    case platform::HostConnection::Outcome::kNotFound:
+      return &protocol::error::kHostNotFound;
+    default:
+      return &protocol::error::kConnectFailed;
+  }
 }
 
 const protocol::Error* Link::fail(const protocol::Error& failure) const {
@@ -60,7 +84,7 @@ bool Link::connect_socket(platform::AddressWord address, std::uint16_t port) con
 
 // The time spent in the calls themselves is not counted.
 bool Link::wait_for_connection(platform::AddressWord address, std::uint16_t port, std::int32_t timeout) const {
-  for (std::int32_t elapsed = kConnectStep;; elapsed += kConnectStep) {
+  for (std::int64_t elapsed = kConnectStep;; elapsed += kConnectStep) {
     if (platform::connect_socket(socket_, address, port) == 0) return true;
     if (platform::last_socket_error() == platform::kErrorAlreadyConnected) return true;
     platform::sleep_ms(kConnectStep);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "connection/rules.h"
 #include "platform/loop.h"
 #include "platform/socket.h"
 #include "protocol/errors.h"
@@ -12,8 +13,9 @@ namespace kestrine::connection {
 
 class Link {
  public:
+  explicit Link(const Rules& rules) : rules_(rules) {}
+
   // Connects, and has `window` sent `message` for what can be read and for the server's closing. Null, or why not.
-  // An address with a dot anywhere is taken for a dotted one and never looked up, not even a full host name.
   const protocol::Error* connect(const std::string& address, std::uint16_t port, platform::WindowHandle window,
                                  std::uint32_t message);
   // False when the system says that there was nothing to close.
@@ -30,9 +32,13 @@ class Link {
 
  private:
   const protocol::Error* fail(const protocol::Error& failure) const;
+  // The connecting of classic behaviour, and of modern.
+  const protocol::Error* connect_to_address(const std::string& address, std::uint16_t port);
+  const protocol::Error* connect_to_host(const std::string& name, std::uint16_t port);
   bool connect_socket(platform::AddressWord address, std::uint16_t port) const;
   bool wait_for_connection(platform::AddressWord address, std::uint16_t port, std::int32_t timeout) const;
 
+  const Rules& rules_;
   platform::SocketHandle socket_ = 0;
   bool connected_ = false;
   bool alive_ = true;

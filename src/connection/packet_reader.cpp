@@ -1,6 +1,7 @@
 #include "connection/packet_reader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "kestrine/wire.h"
 
@@ -9,6 +10,7 @@ namespace {
 
 constexpr std::int32_t kMostPeeks = 30;
 constexpr std::int32_t kMostReads = 64;      // for one packet
+constexpr std::int32_t kLongestNap = 16;     // milliseconds
 constexpr std::int32_t kMostDiscards = 128;  // reads for a packet and for throwing away, together
 
 }  // namespace
@@ -20,7 +22,7 @@ bool PacketReader::take_short_header(int peeked) {
       source_.beep(1000, 200);
       source_.trace(u"recv1", u"not able to get header (peek)");
     }
-    source_.nap();
+    source_.nap(1);
   } else if (peeked > 0) {
     // The bytes must leave the socket: a full receive buffer would keep the peer from sending the rest. They go
     // to the front whatever was held before, so a header in three pieces is lost: kept.
@@ -36,7 +38,8 @@ bool PacketReader::take_short_header(int peeked) {
 }
 
 bool PacketReader::on_readable(ReceiveBuffers& buffers) {
-  const int peeked = source_.receive(header_.data() + held_, kHeaderBytes - held_, true);
+  const int peeked = source_.receive(header_.data() + held_, kPeekedBytes - held_, true);
+  if (peeked > 0 && peeked + held_ < kHeaderBytes && source_.comes_later(kHeaderBytes)) return true;
   ++peek_tries_;
   bool ok = true;
   if (peeked + held_ < kHeaderBytes) {
@@ -49,8 +52,8 @@ bool PacketReader::on_readable(ReceiveBuffers& buffers) {
   const std::int32_t size = wire::load_i32(header_.data() + kSizeOffset);
   const std::int32_t type = wire::load_i32(header_.data() + kTypeOffset);
   const ReceiveBuffers::Buffer buffer = buffers.for_type(type);
-  const bool valid =
-      ok && peeked + held_ == kHeaderBytes && size >= kHeaderBytes && size < buffer.capacity && type >= 0;
+  const bool valid = ok && size >= kHeaderBytes && size < buffer.capacity && type >= 0;
+  if (valid && peeked + held_ < size && source_.comes_later(size - held_)) return true;
   std::int32_t have = held_;
   std::copy_n(header_.data(), held_, buffer.bytes);
   held_ = 0;
@@ -65,21 +68,23 @@ bool PacketReader::on_readable(ReceiveBuffers& buffers) {
 }
 
 // Waits for the rest of the packet as long as it takes: only reads that brought data or an error are counted.
-// A peer that has gone reads as nothing again and again, which is counted by itself.
+// A peer that has gone reads as nothing again and again, which is counted by itself. The naps grow, so that a slow line
+// does not use up the reads.
 PacketReader::Body PacketReader::read_body(std::uint8_t* buffer, std::int32_t size, std::int32_t& have) {
   std::int32_t empty_reads = 0;
+  std::int32_t nap = 1;
   while (have < size) {
     const int got = source_.receive(buffer + have, size - have, false);
     bool counted = true;
     if (got == -1) {
       counted = !source_.would_block();
-      source_.nap();
       if (counted) {
         source_.beep(1000, 200);
         source_.trace(u"recv3", u"unknown socket reading error");
       }
+      if (!source_.nap(std::exchange(nap, std::min(nap * 2, kLongestNap)))) return Body::kGivenUp;
     } else if (got == 0) {
-      source_.nap();
+      source_.nap(1);
       counted = ++empty_reads > kMostReads;
       if (counted) attempts_ = kMostReads;
     }
@@ -109,7 +114,7 @@ bool PacketReader::discard_input(ReceiveBuffers::Buffer buffer) {
   consumer_.on_out_of_step();
   while (++attempts_ <= kMostDiscards) {
     const int got = source_.receive(buffer.bytes, buffer.capacity, false);
-    if (got == -1) source_.nap();
+    if (got == -1) source_.nap(1);
     if (got <= 0) break;
   }
   source_.beep(250, 10);

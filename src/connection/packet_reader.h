@@ -39,7 +39,11 @@ class ByteSource {
   // As platform::receive: bytes, 0 at the peer's end, or -1.
   virtual int receive(void* into, int bytes, bool peek) = 0;
   virtual bool would_block() const = 0;  // of the last receive() that returned -1
-  virtual void nap() = 0;                // one millisecond
+  // True when so many bytes are not there yet and the next notification comes with them, so that nothing need be taken
+  // before. False when they are there, when the peer has ended, or when the thread is to wait for them itself.
+  virtual bool comes_later(int bytes) = 0;
+  // False when the wait for the rest of a packet is to be given up.
+  virtual bool nap(std::int32_t milliseconds) = 0;
   virtual void beep(std::uint32_t hertz, std::uint32_t milliseconds) = 0;
   // The latest trouble of a kind, kept in the settings file.
   virtual void trace(std::u16string_view key, std::u16string_view text) = 0;
@@ -61,6 +65,9 @@ class PacketReader {
   void restart();
 
  private:
+  // Most small packets show whole when their header is looked at, which saves asking how much has come.
+  static constexpr std::int32_t kPeekedBytes = 64;
+
   enum class Body { kComplete, kNothingRead, kGivenUp };
 
   bool take_short_header(int peeked);
@@ -69,10 +76,10 @@ class PacketReader {
 
   ByteSource& source_;
   PacketConsumer& consumer_;
-  std::int32_t peek_tries_ = 0;  // notifications in a row on which the header was not complete
-  std::int32_t held_ = 0;        // header bytes already taken out of the source
-  std::array<std::uint8_t, kHeaderBytes> header_{};
-  std::int32_t attempts_ = 0;  // reads made for the packet at hand
+  std::int32_t peek_tries_ = 0;                      // notifications in a row on which the header was not complete
+  std::int32_t held_ = 0;                            // header bytes already taken out of the source
+  std::array<std::uint8_t, kPeekedBytes> header_{};  // and what follows it, if that is there
+  std::int32_t attempts_ = 0;                        // reads made for the packet at hand
 };
 
 }  // namespace kestrine::connection

@@ -15,9 +15,12 @@ inline bool nonblocking_connect() {
   return platform::profile_int(kSection, u"NonblockingConnect", 1, kFile) != 0;
 }
 
-// Milliseconds; zero or less: do not attempt to connect at all.
+// Milliseconds.
+inline constexpr std::int32_t kDefaultConnectionTimeout = 2000;
+
+// Zero or less means not to attempt to connect at all, in classic behaviour.
 inline std::int32_t connection_timeout() {
-  return platform::profile_int(kSection, u"ConnectionTimeout", 2000, kFile);
+  return platform::profile_int(kSection, u"ConnectionTimeout", kDefaultConnectionTimeout, kFile);
 }
 
 inline bool suppress_statistic_mode_errors() {

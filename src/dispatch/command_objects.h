@@ -24,9 +24,6 @@ class CommandObject {
   // Milliseconds since start_age().
   std::uint32_t age() const;
   void start_age();
-  // The connection made the object for itself and drops it: then a short life is no sign of mixed generations.
-  void retire() { retired_ = true; }
-  bool is_retired() const { return retired_; }
 
   const CommandSet command_set;
 
@@ -35,7 +32,6 @@ class CommandObject {
 
  private:
   std::uint32_t creation_tick_ = 0;
-  bool retired_ = false;
 };
 
 class SyncCommands : public CommandObject {
@@ -46,6 +42,10 @@ class SyncCommands : public CommandObject {
   virtual bool is_awaiting_answer(std::int32_t command) const = 0;
   // True while the call that waits is a measurement of that command, which its result ends.
   virtual bool is_awaiting_result(std::int32_t command) const = 0;
+  // True when its outputs come with a result, of whichever kind.
+  virtual bool awaits_result() const = 0;
+  // The request of the call that waits; 0 without one, and where answers are not told apart by their requests.
+  virtual connection::PendingRequests::Ticket awaited_request() const = 0;
   // Ends the wait, whichever command waits, and stops the timer of `command`; nothing for a negative one.
   virtual void end_wait(std::int32_t command) = 0;
   // Ends the wait and has the held-back events fired by the loop; no timer is stopped.

@@ -33,6 +33,10 @@ std::uint32_t CommandObject::age() const {
 void CommandRoster::enter(CommandObject& object, connection::Connection* connection) {
   Place& own = place(object.command_set);
   if (!creating_internally_) own.current = &object;
+  if (stands_alone()) {
+    if (own.current != nullptr && connection != nullptr) connection->mark_used_by(object.command_set);
+    return;
+  }
   if (!process_.has_fetched_objects()) {
     // An application that makes command objects itself does not use the connection's. While the connection makes
     // these, there is nothing to release yet.
@@ -46,19 +50,28 @@ void CommandRoster::enter(CommandObject& object, connection::Connection* connect
 void CommandRoster::leave(CommandObject& object) {
   Place& own = place(object.command_set);
   if (own.current == &object) own.current = nullptr;
-  if (!object.is_retired() && process_.has_fetched_objects() && object.age() < kShortestLife) show_mixed_generations();
+  if (stands_alone()) return;
+  // Also of the connection's own objects, which housekeeping may release soon after they were made: kept.
+  if (process_.has_fetched_objects() && object.age() < kShortestLife) show_mixed_generations();
 }
 
-void CommandRoster::create_internal() {
+void CommandRoster::create_internal(Generation& generation) {
   creating_internally_ = true;
-  for (const CommandSet set : {CommandSet::kSync, CommandSet::kAsync}) place(set).internal = factory_.create(set);
+  try {
+    for (const CommandSet set : {CommandSet::kSync, CommandSet::kAsync}) {
+      place(set).internal = factory_.create(set, generation);
+    }
+  } catch (...) {
+    creating_internally_ = false;
+    release_internal();
+    throw;
+  }
   creating_internally_ = false;
 }
 
 void CommandRoster::release_internal(CommandSet set) {
   // The place is empty before the release, which may run code that comes back here.
   if (CommandObject* const object = std::exchange(place(set).internal, nullptr)) {
-    object->retire();
     object->unknown()->Release();
   }
 }
@@ -69,11 +82,21 @@ void CommandRoster::release_internal() {
 }
 
 CommandObject* CommandRoster::fetch(CommandSet set) {
-  process_.mark_objects_fetched();
+  if (!stands_alone()) process_.mark_objects_fetched();
   return place(set).current = place(set).internal;
 }
 
+void CommandRoster::use(CommandObject& object, connection::Connection& connection) {
+  if (!stands_alone()) return;
+  place(object.command_set).current = &object;
+  connection.mark_used_by(object.command_set);
+}
+
 void CommandRoster::release_unused(const connection::Connection& owner, bool at_its_end) {
+  if (stands_alone()) {
+    if (at_its_end) release_internal();
+    return;
+  }
   if (!process_.has_fetched_objects()) return release_internal();
   const bool sync = owner.is_used_by(CommandSet::kSync);
   if (!at_its_end && sync != owner.is_used_by(CommandSet::kAsync)) {

@@ -9,10 +9,12 @@
 
 namespace kestrine::dispatch {
 
-// Makes the command objects that a connection has for itself, each with one reference; null when it cannot.
+class Generation;
+
+// Makes the command objects that a connection has for itself, each with one reference.
 class CommandObjectFactory {
  public:
-  virtual CommandObject* create(CommandSet set) = 0;
+  virtual CommandObject* create(CommandSet set, Generation& generation) = 0;
 
  protected:
   ~CommandObjectFactory() = default;
@@ -34,12 +36,15 @@ class CommandRoster {
   void enter(CommandObject& object, connection::Connection* connection);
   void leave(CommandObject& object);
 
-  void create_internal();
+  void create_internal(Generation& generation);
   void release_internal();
   // The connection's own object is the one in use from now on; null when there is none any more.
   CommandObject* fetch(CommandSet set);
+  // The object makes a call, so it is the one whose wait must end.
+  void use(CommandObject& object, connection::Connection& connection);
   // Drops those of the connection's own objects that nobody will use: both while the application has fetched none,
-  // else (not at the connection's end) the one of the kind that is not in use.
+  // else (not at the connection's end) the one of the kind that is not in use. Where connections stand for themselves
+  // that is known at the end only.
   void release_unused(const connection::Connection& owner, bool at_its_end);
 
  private:
@@ -51,6 +56,7 @@ class CommandRoster {
   Place& place(CommandSet set) { return places_[static_cast<std::size_t>(set)]; }
   const Place& place(CommandSet set) const { return places_[static_cast<std::size_t>(set)]; }
   void release_internal(CommandSet set);
+  bool stands_alone() const { return process_.rules().connections_stand_for_themselves; }
 
   const int generation_;
   ProcessState& process_;

@@ -13,7 +13,9 @@
 namespace kestrine::dispatch {
 namespace {
 
-using connection::Connection, connection::ReceivedPacket, connection::kSizeOffset, connection::kTypeOffset;
+using PendingResult = connection::PendingRequests::Result;
+using connection::Connection, connection::PendingRequests, connection::ReceivedPacket, connection::kSizeOffset,
+    connection::kTypeOffset;
 
 // Offsets that every packet of the kind shares.
 constexpr std::int32_t kStatusOffset = 8;         // of measurement packets; the change of a status change
@@ -23,6 +25,12 @@ constexpr std::int32_t kMeasModeOffset = 12;      // of measurement results
 
 std::int32_t word(const std::uint8_t* packet, std::int32_t offset) {
   return wire::load_i32(packet + offset);
+}
+
+// Of the call that waits, whichever command it sent; the timer of `command` is stopped.
+void end_wait(SyncCommands& sync, std::int32_t command, std::int32_t status) {
+  sync.set_call_status(status);
+  sync.end_wait(command);
 }
 
 IUnknown* unknown_of(CommandObject* object) {
@@ -58,7 +66,10 @@ void fire_status_change(CommandObject& object, std::int32_t change) {
 void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& received) {
   const HeldObjects held(generation_.objects());
   const std::uint8_t* const packet = received.bytes;
-  Delivery delivery{connection, packet, connection.is_used_by(CommandSet::kSync) ? held.sync : nullptr,
+  Delivery delivery{connection,
+                    packet,
+                    connection.is_used_by(CommandSet::kSync) ? held.sync : nullptr,
+                    object_in_trouble(connection),
                     connection.fires_events_to(CommandSet::kSync) ? held.sync : nullptr,
                     connection.fires_events_to(CommandSet::kAsync) ? held.async : nullptr};
   // A received packet has its header at the least.
@@ -85,6 +96,19 @@ void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& receive
   notification.send_message(received, generation_.window());
 }
 
+// Under another notification method than events such trouble ends no wait, only answers, results and a stream out of
+// step do: kept, in classic.
+SyncCommands* Dispatcher::object_in_trouble(const Connection& connection) const {
+  const bool released = connection.rules().trouble_always_ends_waits || connection.fires_events_to(CommandSet::kSync);
+  return released && connection.is_used_by(CommandSet::kSync) ? generation_.objects().sync() : nullptr;
+}
+
+bool Dispatcher::ends_wait(const Delivery& delivery, PendingRequests::Ticket request) const {
+  if (delivery.waiting == nullptr || !delivery.waiting->is_answer_pending()) return false;
+  return !delivery.connection.rules().waits_for_own_answer ||
+         (request != 0 && request == delivery.waiting->awaited_request());
+}
+
 void Dispatcher::on_out_of_step() {
   if (SyncCommands* const sync = generation_.objects().sync()) sync->release_wait();
 }
@@ -92,8 +116,8 @@ void Dispatcher::on_out_of_step() {
 void Dispatcher::on_closed(Connection& connection) {
   if (!connection.link().mark_ended()) return;
   const CommandRoster& objects = generation_.objects();
+  if (SyncCommands* const sync = object_in_trouble(connection)) sync->cancel_wait();
   if (connection.fires_events_to(CommandSet::kSync) && objects.sync() != nullptr) {
-    objects.sync()->cancel_wait();
     fire_status_change(*objects.sync(), VL_SSC_ServerClosing);
   }
   if (connection.fires_events_to(CommandSet::kAsync) && objects.async() != nullptr) {
@@ -102,8 +126,7 @@ void Dispatcher::on_closed(Connection& connection) {
 }
 
 void Dispatcher::on_timer(Connection& connection) {
-  SyncCommands* const sync = generation_.objects().sync();
-  if (connection.fires_events_to(CommandSet::kSync) && sync != nullptr) sync->time_out();
+  if (SyncCommands* const sync = object_in_trouble(connection)) sync->time_out();
 }
 
 bool Dispatcher::on_flush() {
@@ -145,7 +168,7 @@ void Dispatcher::deliver(const Delivery& delivery, std::int32_t type) {
 
 void Dispatcher::on_malformed(const Delivery& delivery, std::int32_t type) {
   if (type >= 1000) return;
-  if (delivery.sync != nullptr) delivery.sync->release_wait();
+  if (delivery.troubled != nullptr) delivery.troubled->release_wait();
   platform::beep(4000, 100);
 }
 
@@ -157,30 +180,36 @@ void Dispatcher::on_data(const Delivery& delivery, std::int32_t sync_event, std:
 
 // --- Answers and errors
 
-void Dispatcher::end_wait_by_answer(const Delivery& delivery, std::int32_t command, std::int32_t status) {
-  SyncCommands& sync = *delivery.waiting;
-  Connection& connection = delivery.connection;
-  // The acknowledgement of a stationary measurement does not end that measurement's own wait; the result does.
-  // The status is left alone, too, or a wait that ran out would look like a success. The acknowledged flag is not
-  // enough: it stays clear after a measurement that nobody acknowledged, and other calls must end all the same.
-  const bool measures = sync.is_awaiting_result(command) &&
-                        (command != VL_C_StartMeasurement || !connection.measurement().is_start_acknowledged());
-  if (!measures || status != VL_RS_AllOK) {
-    sync.set_call_status(status);
-    sync.end_wait(command);  // whichever command waits
-  }
-  if (command != VL_C_StartMeasurement) return;
-  const bool was_acknowledged = connection.measurement().acknowledge_start();
-  if (status == VL_RS_AllOK || !was_acknowledged) return;
-  sync.report_status(command);
-  if (delivery.sync != nullptr) sync.event_source().fire(protocol::sync_event::ErrorEvent, {command, status});
-}
-
 void Dispatcher::on_answer(const Delivery& delivery) {
   const std::int32_t command = word(delivery.packet, kCommandOffset);
   const std::int32_t status = word(delivery.packet, kAnswerStatusOffset);
-  if (delivery.waiting != nullptr) end_wait_by_answer(delivery, command, status);
+  end_wait_by_answer(delivery, command, status);
   fire_answer_events(delivery, command, status);
+}
+
+void Dispatcher::end_wait_by_answer(const Delivery& delivery, std::int32_t command, std::int32_t status) {
+  Connection& connection = delivery.connection;
+  const bool good = status == VL_RS_AllOK;
+  const bool ends = ends_wait(delivery, connection.requests().take_answer(command, good));
+  if (good && command == VL_C_StopMeasurement) connection.requests().end_measurements();
+  if (delivery.waiting == nullptr) return;
+  SyncCommands& sync = *delivery.waiting;
+  if (connection.rules().waits_for_own_answer) {
+    // Of what a result ends, the answer is but the acknowledgement.
+    if (ends && !(good && sync.awaits_result())) end_wait(sync, command, status);
+  } else {
+    // The acknowledgement of a stationary measurement does not end that measurement's own wait; the result does.
+    // The status is left alone, too, or a wait that ran out would look like a success. The acknowledged flag is not
+    // enough: it stays clear after a measurement that nobody acknowledged, and other calls must end all the same.
+    const bool measures = sync.is_awaiting_result(command) &&
+                          (command != VL_C_StartMeasurement || !connection.measurement().is_start_acknowledged());
+    if (!measures || !good) end_wait(sync, command, status);
+  }
+  if (command != VL_C_StartMeasurement) return;
+  const bool was_acknowledged = connection.measurement().acknowledge_start();
+  if (good || !was_acknowledged) return;
+  sync.report_status(command);
+  if (delivery.sync != nullptr) sync.event_source().fire(protocol::sync_event::ErrorEvent, {command, status});
 }
 
 void Dispatcher::fire_answer_events(const Delivery& delivery, std::int32_t command, std::int32_t status) {
@@ -226,30 +255,37 @@ void Dispatcher::report_bad_answer(std::int32_t command, std::int32_t status) {
 void Dispatcher::on_error(const Delivery& delivery) {
   const std::int32_t command = word(delivery.packet, kCommandOffset);
   const std::int32_t status = word(delivery.packet, kAnswerStatusOffset);
-  if (delivery.sync != nullptr) {
-    delivery.sync->set_call_status(status);
+  const bool names_call = ends_wait(delivery, delivery.connection.requests().take_error(command));
+  if (delivery.troubled != nullptr &&
+      (names_call || command == VL_C_Unknown || !delivery.connection.rules().waits_for_own_answer)) {
+    delivery.troubled->set_call_status(status);
     if (command == VL_C_Unknown) {
-      delivery.sync->report_status(command);
-      delivery.sync->event_source().fire(protocol::sync_event::ErrorEvent, {command, status});
+      delivery.troubled->report_status(command);
+      if (delivery.sync != nullptr) {
+        delivery.sync->event_source().fire(protocol::sync_event::ErrorEvent, {command, status});
+      }
     }
     // The command's timer runs on and may end a later call's wait.
-    delivery.sync->release_wait();
+    delivery.troubled->release_wait();
   }
   if (delivery.async != nullptr) report_bad_answer(command, status);  // also for status 0
 }
 
 // --- Measurement results
 
+bool Dispatcher::end_wait_by_result(const Delivery& delivery, PendingResult result, std::int32_t command) {
+  const bool ends = ends_wait(delivery, delivery.connection.requests().take_result(result));
+  if (ends) end_wait(*delivery.waiting, command, word(delivery.packet, kStatusOffset));
+  return ends;
+}
+
 void Dispatcher::on_single_point(const Delivery& delivery, bool extended) {
   const std::int32_t status = word(delivery.packet, kStatusOffset);
   Connection& connection = delivery.connection;
   connection.measurement().on_result();
-  const bool consumed = delivery.waiting != nullptr && delivery.waiting->is_answer_pending();
-  if (consumed) {
-    delivery.waiting->set_call_status(status);
-    const bool starts = delivery.waiting->is_awaiting_answer(VL_C_StartMeasurement);
-    delivery.waiting->end_wait(starts ? VL_C_StartMeasurement : VL_C_GoAndMeasure);
-  }
+  const bool starts = delivery.waiting != nullptr && delivery.waiting->is_awaiting_answer(VL_C_StartMeasurement);
+  const bool consumed =
+      end_wait_by_result(delivery, PendingResult::kMeasurement, starts ? VL_C_StartMeasurement : VL_C_GoAndMeasure);
 
   using namespace protocol;
   const bool stationary = connection.measurement().is_stationary_point_mode();
@@ -273,10 +309,7 @@ void Dispatcher::on_probe_result(const Delivery& delivery) {
   Connection& connection = delivery.connection;
   connection.measurement().on_result();
   connection.measurement().set_legacy_stationary(mode == VL_MM_Standard);
-  if (delivery.waiting != nullptr && delivery.waiting->is_answer_pending()) {
-    delivery.waiting->set_call_status(status);
-    delivery.waiting->end_wait(VL_C_StartMeasurement);
-  }
+  end_wait_by_result(delivery, PendingResult::kMeasurement, VL_C_StartMeasurement);
 
   using namespace protocol;
   const bool standard = mode == VL_MM_Standard;
@@ -298,10 +331,7 @@ void Dispatcher::on_probe_result(const Delivery& delivery) {
 
 void Dispatcher::on_tiltra_result(const Delivery& delivery) {
   const std::int32_t status = word(delivery.packet, kStatusOffset);
-  if (delivery.waiting != nullptr && delivery.waiting->is_answer_pending()) {
-    delivery.waiting->set_call_status(status);
-    delivery.waiting->end_wait(VL_C_StartTiltraMeasurement);
-  }
+  end_wait_by_result(delivery, PendingResult::kTiltra, VL_C_StartTiltraMeasurement);
   if (delivery.async != nullptr && is_good_or_reported(VL_C_StartTiltraMeasurement, status)) {
     fire(*delivery.async, protocol::async_event::TiltraMeasurementData, delivery.packet);
   }
@@ -311,11 +341,12 @@ void Dispatcher::on_tiltra_result(const Delivery& delivery) {
 
 void Dispatcher::on_status_change(const Delivery& delivery) {
   const std::int32_t change = word(delivery.packet, kStatusOffset);
+  const bool closing = change == VL_SSC_TPConnectionClosing || change == VL_SSC_ServerClosing;
+  if (closing && delivery.troubled != nullptr) delivery.troubled->cancel_wait();
   if (delivery.sync != nullptr) {
     if (delivery.sync->must_defer(change)) {
       delivery.sync->defer_status_change(change);
     } else {
-      if (change == VL_SSC_TPConnectionClosing || change == VL_SSC_ServerClosing) delivery.sync->cancel_wait();
       fire_status_change(*delivery.sync, change);
       if (change == VL_SSC_ServerClosing) delivery.connection.link().mark_ended();
     }

@@ -24,16 +24,19 @@ class Dispatcher final : public connection::ConnectionEvents {
 
  private:
   // One packet on its way, with the objects that its events go to; null where an interface gets none, as under every
-  // notification method but events. Then errors, the server's closing and timers end no wait either, only answers,
-  // results and a stream out of step do: kept.
+  // notification method but events.
   struct Delivery {
     connection::Connection& connection;
     const std::uint8_t* packet;
-    SyncCommands* waiting;  // the synchronous object whose wait the packet may end
+    SyncCommands* waiting;   // the synchronous object whose wait an answer or a result may end
+    SyncCommands* troubled;  // the one whose wait is ended by errors, the server's closing and broken frames
     SyncCommands* sync;
     AsyncCommands* async;
   };
 
+  SyncCommands* object_in_trouble(const connection::Connection& connection) const;
+  // Whether what came for this request ends the wait of a call.
+  bool ends_wait(const Delivery& delivery, connection::PendingRequests::Ticket request) const;
   void deliver(const Delivery& delivery, std::int32_t type);
   void on_malformed(const Delivery& delivery, std::int32_t type);
   void on_answer(const Delivery& delivery);
@@ -44,6 +47,8 @@ class Dispatcher final : public connection::ConnectionEvents {
   void on_status_change(const Delivery& delivery);
   void on_data(const Delivery& delivery, std::int32_t sync_event, std::int32_t async_event);
 
+  // True when a call took the result.
+  bool end_wait_by_result(const Delivery& delivery, connection::PendingRequests::Result result, std::int32_t command);
   void end_wait_by_answer(const Delivery& delivery, std::int32_t command, std::int32_t status);
   void fire_answer_events(const Delivery& delivery, std::int32_t command, std::int32_t status);
   bool is_good_or_reported(std::int32_t command, std::int32_t status);

@@ -13,11 +13,16 @@ Generation::Generation(const Identity& identity, ProcessState& process, CommandO
 
 void Generation::attach(Connection& connection) {
   connection_ = &connection;
-  process_.claim_generation(identity_.generation);
+  if (!process_.rules().connections_stand_for_themselves) process_.claim_generation(identity_.generation);
   std::erase_if(channels_, [](const auto& channel) { return channel->is_idle(); });
-  channel_ = channels_.emplace_back(std::make_unique<Channel>(connection)).get();
+  channel_ = channels_.emplace_back(Channel::make(connection)).get();
   objects_.release_internal();  // those of an earlier connection
-  objects_.create_internal();
+  try {
+    objects_.create_internal(*this);
+  } catch (...) {
+    detach(connection);
+    throw;
+  }
 }
 
 void Generation::detach(Connection& connection) {

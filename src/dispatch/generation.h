@@ -25,7 +25,9 @@ struct Identity {
   std::u16string_view async_source;
 };
 
-class Generation {
+// Kept by the connections and command objects that belong to it. Where connections stand for themselves, each makes one
+// of its own; else there is one for all connections of an interface generation.
+class Generation : public std::enable_shared_from_this<Generation> {
  public:
   Generation(const Identity& identity, ProcessState& process, CommandObjectFactory& factory);
   Generation(const Generation&) = delete;
@@ -55,7 +57,7 @@ class Generation {
   connection::Connection* connection_ = nullptr;
   connection::Channel* channel_ = nullptr;
   // They outlive their connections: until the module goes, or a later connection finds them idle.
-  std::vector<std::unique_ptr<connection::Channel>> channels_;
+  std::vector<connection::Channel::Owner> channels_;
 };
 
 }  // namespace kestrine::dispatch

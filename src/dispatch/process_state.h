@@ -4,10 +4,16 @@
 #include <atomic>
 #include <cstdint>
 
+#include "connection/rules.h"
+
 namespace kestrine::dispatch {
 
 class ProcessState {
  public:
+  explicit ProcessState(const connection::Rules& rules) : rules_(rules) {}
+
+  const connection::Rules& rules() const { return rules_; }
+
   // The first generation claimed holds for the process; false for the other one.
   bool claim_generation(int generation) {
     if (claimed_generation_ == 0) claimed_generation_ = generation;
@@ -29,6 +35,7 @@ class ProcessState {
   }
 
  private:
+  const connection::Rules& rules_;
   int claimed_generation_ = 0;  // 0: none yet
   bool has_fetched_objects_ = false;
   bool web_hosted_ = false;

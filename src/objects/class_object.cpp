@@ -16,13 +16,13 @@ HRESULT ClassObject::QueryInterface(const IID& iid, void** object) {
 
 ULONG ClassObject::AddRef() {
   const ULONG count = ++count_;
-  if (count == 2) generation_.process().lock();
+  if (count == 2) process_.lock();
   return count;
 }
 
 ULONG ClassObject::Release() {
   const ULONG count = --count_;
-  if (count == 1) generation_.process().unlock();
+  if (count == 1) process_.unlock();
   return count;
 }
 
@@ -32,14 +32,14 @@ HRESULT ClassObject::CreateInstance(IUnknown* outer, const IID& iid, void** obje
   // The outer object must get the inner one's own IUnknown; any other interface would count on the outer one.
   if (outer != nullptr && iid != IID_IUnknown) return CLASS_E_NOAGGREGATION;
   try {
-    return Pointer<IUnknown>::adopt(create_(generation_, outer))->QueryInterface(iid, object);
+    return Pointer<IUnknown>::adopt(create_(outer))->QueryInterface(iid, object);
   } catch (const std::bad_alloc&) {
     return E_OUTOFMEMORY;
   }
 }
 
 HRESULT ClassObject::LockServer(BOOL lock) {
-  lock != 0 ? generation_.process().lock() : generation_.process().unlock();
+  lock != 0 ? process_.lock() : process_.unlock();
   return S_OK;
 }
 

@@ -2,21 +2,23 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
+#include <utility>
 
-#include "dispatch/generation.h"
+#include "dispatch/process_state.h"
 #include "kestrine/component.h"
 
 namespace kestrine::objects {
 
 // Makes an object of a class, with a count of one; `outer` is null unless it becomes part of another object.
-using Creator = IUnknown* (*)(dispatch::Generation& generation, IUnknown* outer);
+using Creator = std::function<IUnknown*(IUnknown* outer)>;
 
 // Kept by the module, whose reference is the first one; as long as anybody else has one, the module stays loaded.
 // Counting is safe from any thread, as threads share class objects.
 class ClassObject final : public IClassFactory {
  public:
-  ClassObject(const CLSID& clsid, dispatch::Generation& generation, Creator create)
-      : clsid_(clsid), generation_(generation), create_(create) {}
+  ClassObject(const CLSID& clsid, dispatch::ProcessState& process, Creator create)
+      : clsid_(clsid), process_(process), create_(std::move(create)) {}
 
   const CLSID& clsid() const { return clsid_; }
 
@@ -28,7 +30,7 @@ class ClassObject final : public IClassFactory {
 
  private:
   const CLSID& clsid_;
-  dispatch::Generation& generation_;
+  dispatch::ProcessState& process_;
   Creator create_;
   std::atomic<ULONG> count_ = 1;
 };

@@ -1,6 +1,8 @@
 // The command classes: typed operations, what performs them, and an event source, put together.
 #pragma once
 
+#include <memory>
+
 #include "commands/async_commands.h"
 #include "commands/sync_commands.h"
 #include "commands/typed_methods.h"
@@ -26,8 +28,8 @@ class CommandClass final : public ComponentObject<scripting::Offered<Methods>, E
                                                   EventContainer<EventInterface>, ClassInfo<EventInterface>>,
                            public Object {
  public:
-  explicit CommandClass(dispatch::Generation& generation, IUnknown* outer = nullptr)
-      : CommandClass::ComponentObject(generation.process(), outer), Object(generation) {
+  explicit CommandClass(const std::shared_ptr<dispatch::Generation>& generation, IUnknown* outer = nullptr)
+      : CommandClass::ComponentObject(generation->process(), outer), Object(generation) {
     this->enter();
   }
 

@@ -49,7 +49,11 @@ HRESULT ConnectBase::connect(BSTR address, std::int32_t port) {
 
 HRESULT ConnectBase::disconnect() {
   if (!link().is_connected()) return S_OK;
-  return link().close(generation_.window()) ? S_OK : fail(protocol::error::kCloseFailed);
+  const bool closed = link().close(generation_.window());
+  // By a handler, while a call waits.
+  dispatch::SyncCommands* const sync = generation_.objects().sync();
+  if (rules().trouble_always_ends_waits && sync != nullptr) sync->cancel_wait();
+  return closed ? S_OK : fail(protocol::error::kCloseFailed);
 }
 
 HRESULT ConnectBase::select_notification(KR_NotifyMethod method, std::int32_t target_handle, std::int32_t cookie) {

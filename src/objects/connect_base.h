@@ -1,6 +1,9 @@
 // What the operations of ILTConnect do, for the connection classes of both generations.
 #pragma once
 
+#include <memory>
+#include <utility>
+
 #include "connection/connection.h"
 #include "dispatch/generation.h"
 
@@ -8,8 +11,10 @@ namespace kestrine::objects {
 
 class ConnectBase : public connection::Connection {
  public:
-  explicit ConnectBase(dispatch::Generation& generation)
-      : Connection(generation.connection_events()), generation_(generation) {}
+  explicit ConnectBase(std::shared_ptr<dispatch::Generation> generation)
+      : Connection(generation->connection_events(), generation->process().rules()),
+        keep_generation_(std::move(generation)),
+        generation_(*keep_generation_) {}
 
   // For the complete object, and for one about to be destroyed.
   void enter() { generation_.attach(*this); }
@@ -28,6 +33,7 @@ class ConnectBase : public connection::Connection {
  protected:
   ~ConnectBase() = default;
 
+  const std::shared_ptr<dispatch::Generation> keep_generation_;
   dispatch::Generation& generation_;
 };
 

@@ -1,6 +1,7 @@
 // The connection class: ConnectBase under an interface family.
 #pragma once
 
+#include <memory>
 #include <optional>
 
 #include "commands/typed_methods.h"
@@ -42,8 +43,8 @@ class Connect final
     : public ComponentObject<scripting::Offered<NumberedMembers<Interface>>, ErrorInfoSupport<Interface>>,
       public ConnectBase {
  public:
-  explicit Connect(dispatch::Generation& generation, IUnknown* outer = nullptr)
-      : Connect::ComponentObject(generation.process(), outer), ConnectBase(generation) {
+  explicit Connect(const std::shared_ptr<dispatch::Generation>& generation, IUnknown* outer = nullptr)
+      : Connect::ComponentObject(generation->process(), outer), ConnectBase(generation) {
     enter();
   }
 

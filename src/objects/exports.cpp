@@ -1,13 +1,16 @@
 // What libkestrine.so shows to the outside.
+#include "connection/rules.h"
 #include "objects/module.h"
 #include "objects/registration.h"
+#include "platform/behaviour.h"
 
 namespace {
 
 // Made on first use and never destroyed: objects that an application keeps in its own static storage may be released
 // after everything of ours would have gone.
 kestrine::objects::Module& module() {
-  static auto* const made = new kestrine::objects::Module;
+  static auto* const made =
+      new kestrine::objects::Module(kestrine::connection::rules_of(kestrine::platform::fix_behaviour()));
   return *made;
 }
 

@@ -21,35 +21,60 @@ using Sync2 = CommandSync<ILTCommandSync2, DIID__ILTCommandSync2Events>;
 using Async = CommandAsync<ILTCommandAsync, DIID__ILTCommandAsyncEvents>;
 using Async2 = CommandAsync<ILTCommandAsync2, DIID__ILTCommandAsync2Events>;
 
-template <class Class>
-IUnknown* create(Generation& generation, IUnknown* outer) {
-  return (new Class(generation, outer))->inner();
-}
-
 }  // namespace
 
 GenerationClasses::GenerationClasses(int number, dispatch::ProcessState& process)
-    : generation_(kIdentities[number - 1], process, *this) {}
+    : number_(number),
+      process_(process),
+      shared_(process.rules().connections_stand_for_themselves ? nullptr : make()) {}
 
-dispatch::CommandObject* GenerationClasses::create(dispatch::CommandSet set) {
-  const bool first = generation_.identity().generation == 1;
-  if (set == dispatch::CommandSet::kSync) {
-    if (first) return new Sync(generation_);
-    return new Sync2(generation_);
-  }
-  if (first) return new Async(generation_);
-  return new Async2(generation_);
+std::shared_ptr<Generation> GenerationClasses::make() {
+  dispatch::CommandObjectFactory& factory = *this;
+  return std::make_shared<Generation>(kIdentities[number_ - 1], process_, factory);
 }
 
-Module::Module() : first_(1, process_), second_(2, process_) {
-  Generation& first = first_.generation();
-  Generation& second = second_.generation();
-  class_objects_.emplace_back(CLSID_LTConnect, first, objects::create<Connect<ILTConnect>>);
-  class_objects_.emplace_back(CLSID_LTCommandSync, first, objects::create<Sync>);
-  class_objects_.emplace_back(CLSID_LTCommandAsync, first, objects::create<Async>);
-  class_objects_.emplace_back(CLSID_LTConnect2, second, objects::create<Connect<ILTConnect2>>);
-  class_objects_.emplace_back(CLSID_LTCommandSync2, second, objects::create<Sync2>);
-  class_objects_.emplace_back(CLSID_LTCommandAsync2, second, objects::create<Async2>);
+std::shared_ptr<Generation> GenerationClasses::for_connection() {
+  if (shared_ != nullptr) return shared_;
+  std::shared_ptr<Generation> own = make();
+  const std::lock_guard lock(mutex_);
+  std::erase_if(latest_, [](const auto& each) { return each.second.expired(); });
+  latest_[std::this_thread::get_id()] = own;
+  return own;
+}
+
+std::shared_ptr<Generation> GenerationClasses::for_command_object() {
+  if (shared_ != nullptr) return shared_;
+  const std::lock_guard lock(mutex_);
+  const auto latest = latest_.find(std::this_thread::get_id());
+  std::shared_ptr<Generation> found = latest == latest_.end() ? nullptr : latest->second.lock();
+  return found != nullptr ? found : make();
+}
+
+dispatch::CommandObject* GenerationClasses::create(dispatch::CommandSet set, Generation& generation) {
+  const auto owner = generation.shared_from_this();
+  if (set == dispatch::CommandSet::kSync) {
+    if (number_ == 1) return new Sync(owner);
+    return new Sync2(owner);
+  }
+  if (number_ == 1) return new Async(owner);
+  return new Async2(owner);
+}
+
+template <class Class>
+void Module::add(const CLSID& clsid, GenerationClasses& classes, OwnerOfNew owner) {
+  class_objects_.emplace_back(
+      clsid, process_, [&classes, owner](IUnknown* outer) { return (new Class((classes.*owner)(), outer))->inner(); });
+}
+
+Module::Module(const connection::Rules& rules) : process_(rules), first_(1, process_), second_(2, process_) {
+  constexpr OwnerOfNew kConnection = &GenerationClasses::for_connection;
+  constexpr OwnerOfNew kCommands = &GenerationClasses::for_command_object;
+  add<Connect<ILTConnect>>(CLSID_LTConnect, first_, kConnection);
+  add<Sync>(CLSID_LTCommandSync, first_, kCommands);
+  add<Async>(CLSID_LTCommandAsync, first_, kCommands);
+  add<Connect<ILTConnect2>>(CLSID_LTConnect2, second_, kConnection);
+  add<Sync2>(CLSID_LTCommandSync2, second_, kCommands);
+  add<Async2>(CLSID_LTCommandAsync2, second_, kCommands);
 }
 
 HRESULT Module::get_class_object(const CLSID& clsid, const IID& iid, void** object) {

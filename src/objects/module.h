@@ -2,6 +2,10 @@
 #pragma once
 
 #include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
 
 #include "dispatch/generation.h"
 #include "kestrine/component.h"
@@ -9,22 +13,30 @@
 
 namespace kestrine::objects {
 
-// A generation with the classes of its objects.
+// An interface generation with the classes of its objects, and what the objects of it belong to.
 class GenerationClasses final : private dispatch::CommandObjectFactory {
  public:
   GenerationClasses(int number, dispatch::ProcessState& process);
 
-  dispatch::Generation& generation() { return generation_; }
+  // From any thread. What a new connection belongs to: something of its own, where connections stand for themselves.
+  std::shared_ptr<dispatch::Generation> for_connection();
+  // What a command object belongs to that a program makes by itself: to the connection that its thread made last.
+  std::shared_ptr<dispatch::Generation> for_command_object();
 
  private:
-  dispatch::CommandObject* create(dispatch::CommandSet set) override;
+  dispatch::CommandObject* create(dispatch::CommandSet set, dispatch::Generation& generation) override;
+  std::shared_ptr<dispatch::Generation> make();
 
-  dispatch::Generation generation_;
+  const int number_;
+  dispatch::ProcessState& process_;
+  std::mutex mutex_;
+  std::map<std::thread::id, std::weak_ptr<dispatch::Generation>> latest_;  // by the thread that made the connection
+  const std::shared_ptr<dispatch::Generation> shared_;  // null where connections stand for themselves
 };
 
 class Module {
  public:
-  Module();
+  explicit Module(const connection::Rules& rules);
 
   // S_OK with the class object, CLASS_E_CLASSNOTAVAILABLE for a class that is not ours. From any thread.
   HRESULT get_class_object(const CLSID& clsid, const IID& iid, void** object);
@@ -32,6 +44,11 @@ class Module {
   HRESULT can_unload_now() const { return process_.can_unload() ? S_OK : S_FALSE; }
 
  private:
+  using OwnerOfNew = std::shared_ptr<dispatch::Generation> (GenerationClasses::*)();
+
+  template <class Class>
+  void add(const CLSID& clsid, GenerationClasses& classes, OwnerOfNew owner);
+
   dispatch::ProcessState process_;
   GenerationClasses first_;
   GenerationClasses second_;

@@ -11,7 +11,7 @@ namespace kestrine::platform {
 
 using TimePoint = std::chrono::steady_clock::time_point;
 
-TimePoint now();
+KESTRINE_HOST_API TimePoint now();
 
 // Whole milliseconds since some moment; wraps around after 49.7 days.
 KESTRINE_HOST_API std::uint32_t tick_count();

@@ -76,8 +76,8 @@ KESTRINE_HOST_API bool get_message(Message& message);
 KESTRINE_HOST_API std::int64_t dispatch_message(const Message& message);
 KESTRINE_HOST_API void post_quit_message(int exit_code);
 
-// The wait between two looks at the queue: 10 ms in which nothing is delivered. With early wake (host.h) the
-// slice ends as soon as something is due, or when a signal handler has run.
-KESTRINE_HOST_API void wait_slice();
+// The wait between two looks at the queue: 10 ms in which nothing is delivered. A prompt one ends as soon as something
+// is due, or when a signal handler has run.
+KESTRINE_HOST_API void wait_slice(bool prompt);
 
 }  // namespace kestrine::platform

@@ -4,6 +4,7 @@
 // the host's own numbers are.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -49,12 +50,25 @@ KESTRINE_HOST_API int connect_socket(SocketHandle socket, AddressWord address, s
 KESTRINE_HOST_API int set_non_blocking(SocketHandle socket, bool on);
 KESTRINE_HOST_API int set_receive_buffer(SocketHandle socket, std::int32_t bytes);
 
+// A connection to a host by name or address.
+struct HostConnection {
+  enum class Outcome { kConnected, kNotFound, kNoSocket, kFailed };
+
+  Outcome outcome;
+  SocketHandle socket = kInvalidSocket;
+  std::string reason;  // of a failure: what the system says
+};
+// Tries the addresses that the host has, IPv4 and IPv6, in the system's order, for that long in all; the host's give-up
+// hook ends it earlier. The socket is a blocking one like those of open_socket().
+KESTRINE_HOST_API HostConnection connect_to_host(const std::string& name, std::uint16_t port,
+                                                 std::chrono::milliseconds at_most);
+
 // The number of bytes taken (with `peek`: looked at), 0 when the peer has closed, or -1. While a connect is
 // under way the error is kErrorNotConnected. Arms the socket's readable notification again.
 KESTRINE_HOST_API int receive(SocketHandle socket, void* into, int bytes, bool peek = false);
-// A pause in a wait for the rest of something. With early wake (host.h) it ends as soon as the socket can be
-// read, or has come to its end.
-KESTRINE_HOST_API void nap_for_bytes(SocketHandle socket, std::uint32_t milliseconds);
+// Has the next readable notification come when there are so many bytes, or the peer has ended. False when that is so
+// already, or when so many never fit.
+KESTRINE_HOST_API bool notify_of_bytes(SocketHandle socket, int bytes);
 // One write. The number of bytes taken over by the system, or -1; a closed peer is an error, never a signal.
 KESTRINE_HOST_API int send_bytes(SocketHandle socket, const void* from, int bytes);
 

@@ -35,7 +35,8 @@ HRESULT Listener::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DI
   return running ? running(id) : S_OK;
 }
 
-ClientTest::ClientTest() : window_(platform::create_window(*this, u"client test")) {
+ClientTest::ClientTest(const connection::Rules& rules)
+    : process(rules), window_(platform::create_window(*this, u"client test")) {
   environment.set(u"NonblockingConnect", 0);  // a connect that takes no time on loopback
   set_timeout(u"StandardWaitTime", 4000);
 }
@@ -53,7 +54,7 @@ void ClientTest::set_timeout(std::u16string_view key, int milliseconds) {
 }
 
 void ClientTest::make(Objects objects) {
-  connection = Pointer<Connect>::adopt(new Connect(generation));
+  connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   if ((objects & kSync) != 0) {
     Pointer<IUnknown> object;
     ASSERT_EQ(connection->get_ILTCommandSync(object.put()), S_OK);

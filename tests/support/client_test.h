@@ -55,7 +55,10 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
  protected:
   enum Objects { kSync = 1, kAsync = 2, kBoth = kSync | kAsync };
 
-  ClientTest();
+  // Classic behaviour, but for the naps of its waits.
+  static constexpr connection::Rules kQuickClassic{.wakes_when_due = true};
+
+  explicit ClientTest(const connection::Rules& rules = kQuickClassic);
   ~ClientTest() override;
 
   void set_timeout(std::u16string_view key, int milliseconds);
@@ -98,7 +101,8 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   ScriptedPeer peer;
   dispatch::ProcessState process;
   objects::GenerationClasses classes{1, process};
-  dispatch::Generation& generation = classes.generation();
+  const std::shared_ptr<dispatch::Generation> keep_generation = classes.for_connection();
+  dispatch::Generation& generation = *keep_generation;
   Pointer<Connect> connection;
   Pointer<ILTCommandSync> commands;
   Pointer<ILTCommandAsync> async_commands;

@@ -31,7 +31,6 @@ Environment::Environment() {
   EXPECT_NE(::mkdtemp(name.data()), nullptr);
   directory_ = name;
   ::setenv("KESTRINE_PROFILE_DIR", name.c_str(), 1);
-  host::set_early_wake(true);
   host::set_beep_hook([this](std::uint32_t hertz, std::uint32_t time) { beeps.emplace_back(hertz, time); });
   host::set_message_box_hook(
       [this](const std::u16string& text, const std::u16string&, std::uint32_t) { message_boxes.push_back(text); });
@@ -40,7 +39,6 @@ Environment::Environment() {
 Environment::~Environment() {
   host::set_message_box_hook({});
   host::set_beep_hook({});
-  host::set_early_wake(false);
   ::unsetenv("KESTRINE_PROFILE_DIR");
   std::error_code ignored;
   std::filesystem::remove_all(directory_, ignored);

@@ -80,13 +80,13 @@ class Methods:
         given = self._inputs(table, command)
         common = {"mode": _word(table, "mode", MODES, "mode"), "speed": _word(table, "speed", SPEEDS, "speed"),
                   "mirror": _word(table, "mirror", MIRRORS, "thing that the connection remembers")}
+        wait, adds = parse_wait(table.take("wait", str, "standard"), self._waits, table.at("wait"))
+        common |= {"wait": wait, "adds_measure_time": adds,
+                   "waits_for_result": table.take("waits_for_result", bool, False)}
         if "async" in ids:
             self._put(table, Method(ids["async"], name, "method", given, "", command, "async", **common,
                                     ends=self._ends(table, command)))
-        wait, adds = parse_wait(table.take("wait", str, "standard"), self._waits, table.at("wait"))
-        common |= {"wait": wait, "adds_measure_time": adds,
-                   "waits_for_result": table.take("waits_for_result", bool, False),
-                   "outputs_when_good": table.take("outputs_when_good", bool, False)}
+        common["outputs_when_good"] = table.take("outputs_when_good", bool, False)
         result, read, source = self._outputs(table, command)
         common["result_type"] = result.packet.value if result and common["outputs_when_good"] else -1
         for key in ("waits_for_result", "outputs_when_good"):

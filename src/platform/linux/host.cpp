@@ -1,7 +1,6 @@
 #include "kestrine/host.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstddef>
 
 #include "platform/clock.h"
@@ -17,8 +16,6 @@ using platform::ThreadLoop;
 constexpr std::size_t kFollowUps = 256;
 // A look at the clock costs as much as the delivery of a small packet.
 constexpr std::size_t kMessagesBetweenClocks = 16;
-
-std::atomic<bool> wakes_early = false;
 
 }  // namespace
 
@@ -64,14 +61,6 @@ bool run_for(std::chrono::milliseconds duration) {
 
 void quit(int exit_code) {
   platform::post_quit_message(exit_code);
-}
-
-void set_early_wake(bool on) {
-  wakes_early.store(on, std::memory_order_relaxed);
-}
-
-bool early_wake() {
-  return wakes_early.load(std::memory_order_relaxed);
 }
 
 }  // namespace kestrine::host

@@ -91,8 +91,8 @@ void post_quit_message(int exit_code) {
   if (ThreadLoop* loop = ThreadLoop::current()) loop->post_quit(exit_code);
 }
 
-void wait_slice() {
-  ThreadLoop* loop = host::early_wake() ? ThreadLoop::current() : nullptr;
+void wait_slice(bool prompt) {
+  ThreadLoop* loop = prompt ? ThreadLoop::current() : nullptr;
   if (loop == nullptr) return sleep_ms(kSliceMilliseconds);
   loop->wait_until_due(std::chrono::milliseconds(kSliceMilliseconds));
 }

@@ -13,8 +13,6 @@
 #include <atomic>
 #include <cerrno>
 
-#include "kestrine/host.h"
-#include "platform/clock.h"
 #include "platform/linux/socket_table.h"
 #include "platform/linux/thread_loop.h"
 
@@ -64,6 +62,11 @@ int transfer(SocketHandle socket, SocketRecord& record, int bytes, Call call) {
   return count >= 0 ? static_cast<int>(count) : fail_with_errno();
 }
 
+void set_low_water(SocketHandle socket, SocketRecord& record, int bytes) {
+  set_option(descriptor_of(socket), SOL_SOCKET, SO_RCVLOWAT, bytes);
+  record.low_water = bytes;
+}
+
 int connect_blocking(int fd, const sockaddr_in& peer, SocketRecord& record) {
   int result;
   do {
@@ -102,10 +105,10 @@ void socket_cleanup() {
   }
 }
 
-SocketHandle open_socket() {
+SocketHandle open_socket_of(int family) {
   const auto none = [](int error) { return fail_with(error), kInvalidSocket; };
   if (startups == 0) return none(kErrorNotStarted);
-  const int fd = above_standard_streams(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const int fd = above_standard_streams(::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (fd < 0) return none(error_number_of(errno));
   if (add_socket(fd) == nullptr) {
     ::close(fd);
@@ -113,6 +116,10 @@ SocketHandle open_socket() {
   }
   configure(fd);
   return static_cast<SocketHandle>(fd);
+}
+
+SocketHandle open_socket() {
+  return open_socket_of(AF_INET);
 }
 
 int close_socket(SocketHandle socket) {
@@ -185,18 +192,22 @@ int set_receive_buffer(SocketHandle socket, std::int32_t bytes) {
 int receive(SocketHandle socket, void* into, int bytes, bool peek) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
+  if (!peek && record->low_water != 1) set_low_water(socket, *record, 1);
   if (ThreadLoop* loop = ThreadLoop::existing()) loop->rearm_socket(socket);
   return transfer(socket, *record, bytes, [&](int fd, std::size_t most) {
     return most == 0 ? 0 : ::recv(fd, into, most, peek ? MSG_PEEK : 0);
   });
 }
 
-void nap_for_bytes(SocketHandle socket, std::uint32_t milliseconds) {
-  if (!host::early_wake() || find_socket(socket) == nullptr) return sleep_ms(milliseconds);
-  const std::chrono::milliseconds wait(milliseconds);
-  pollfd look{descriptor_of(socket), POLLIN, 0};
-  const auto in_kernel = std::chrono::ceil<std::chrono::milliseconds>(kernel_part(wait));
-  if (::poll(&look, 1, static_cast<int>(in_kernel.count())) == 0) finish_wait(wait);
+bool notify_of_bytes(SocketHandle socket, int bytes) {
+  SocketRecord* record = find_socket(socket);
+  if (record == nullptr) return false;
+  const int fd = descriptor_of(socket);
+  if (unread_bytes(fd) >= bytes) return false;
+  set_low_water(socket, *record, bytes);
+  // The kernel calls a socket readable all the same when its buffer is full.
+  pollfd look{fd, POLLIN | POLLRDHUP, 0};
+  return ::poll(&look, 1, 0) == 0;
 }
 
 int send_bytes(SocketHandle socket, const void* from, int bytes) {

@@ -2,6 +2,7 @@
 
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -79,8 +80,14 @@ SocketRecord* find_socket(SocketHandle socket) {
 SocketRecord* add_socket(int fd) {
   const auto index = static_cast<std::size_t>(fd);
   if (index >= table.size()) return nullptr;
-  table[index] = {SocketPhase::kIdle, false, 0};
+  table[index] = {};
+  table[index].phase = SocketPhase::kIdle;
   return &table[index];
+}
+
+int unread_bytes(int fd) {
+  int count = 0;
+  return ::ioctl(fd, FIONREAD, &count) == 0 ? count : 0;
 }
 
 SocketPhase update_phase(SocketHandle socket, SocketRecord& record) {

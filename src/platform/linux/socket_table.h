@@ -21,6 +21,7 @@ enum class SocketPhase : std::uint8_t {
 struct SocketRecord {
   SocketPhase phase = SocketPhase::kClosed;
   bool non_blocking = false;
+  int low_water = 1;          // bytes that must have come before the socket counts as readable
   std::uint16_t failure = 0;  // the error number to be reported, in phase kFailed
 };
 
@@ -32,6 +33,12 @@ SocketRecord* add_socket(int fd);
 inline int descriptor_of(SocketHandle socket) {
   return static_cast<int>(socket);
 }
+
+// open_socket() for a family of addresses.
+SocketHandle open_socket_of(int family);
+
+// How many bytes can be read without waiting.
+int unread_bytes(int fd);
 
 // The phase, brought up to date when a connect is under way.
 SocketPhase update_phase(SocketHandle socket, SocketRecord& record);

@@ -1,18 +1,8 @@
 #include "platform/linux/socket_watches.h"
 
-#include <sys/ioctl.h>
-
 #include "platform/linux/socket_table.h"
 
 namespace kestrine::platform {
-namespace {
-
-bool has_unread_bytes(int fd) {
-  int count = 0;
-  return ::ioctl(fd, FIONREAD, &count) == 0 && count > 0;
-}
-
-}  // namespace
 
 SocketWatches::Watch* SocketWatches::find(SocketHandle socket) {
   for (Watch& watch : watches_) {
@@ -64,7 +54,7 @@ void SocketWatches::on_ready(const epoll_event& event) {
   const SocketPhase phase = record != nullptr ? update_phase(watch->socket, *record) : SocketPhase::kClosed;
   const bool ended = (event.events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
   // With an end in sight, "readable" may mean the end itself.
-  const bool unread = ended ? has_unread_bytes(event.data.fd) : (event.events & EPOLLIN) != 0;
+  const bool unread = ended ? unread_bytes(event.data.fd) > 0 : (event.events & EPOLLIN) != 0;
   if (phase == SocketPhase::kConnected && unread && watch->armed && (watch->events & kSocketReadable) != 0) {
     notify_readable(*watch);
     return;
@@ -79,7 +69,9 @@ void SocketWatches::on_ready(const epoll_event& event) {
 bool SocketWatches::poll_last_notified() {
   Watch* watch = find(last_notified_);
   if (watch == nullptr || !watch->in_set || !watch->armed || watch->readable_queued) return false;
-  if ((watch->events & kSocketReadable) == 0 || !has_unread_bytes(descriptor_of(watch->socket))) return false;
+  const SocketRecord* record = find_socket(watch->socket);
+  if ((watch->events & kSocketReadable) == 0 || record == nullptr) return false;
+  if (unread_bytes(descriptor_of(watch->socket)) < record->low_water) return false;
   notify_readable(*watch);
   return true;
 }
