@@ -31,8 +31,8 @@ KESTRINE_HOST_API int last_socket_error();
 KESTRINE_HOST_API int socket_startup(std::uint16_t version);
 KESTRINE_HOST_API void socket_cleanup();
 
-// A TCP socket over IPv4 that sends every request at once (no delay for small writes) and notices a peer that
-// has vanished by probing an idle connection.
+// A TCP socket over IPv4 that sends every request at once (no delay for small writes) and notices within 25 s a peer that
+// has vanished, whether the connection is idle or a request is on its way.
 KESTRINE_HOST_API SocketHandle open_socket();
 // 0, or -1 for a handle that is not an open socket. Ends its notifications.
 KESTRINE_HOST_API int close_socket(SocketHandle socket);
