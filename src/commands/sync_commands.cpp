@@ -8,6 +8,7 @@
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
 #include "kestrine/wire.h"
+#include "platform/home.h"
 #include "platform/loop.h"
 #include "platform/notices.h"
 #include "protocol/texts.h"
@@ -168,9 +169,11 @@ void SyncCommandObject::wait_for_answer(Call& call) {
   call_ = &call;
   begin_wait(command);
   const auto is_over = [&] { return call_ != &call; };
+  const std::uint32_t forks = platform::forks();
   while (!is_over()) {
     deliver_due_messages(call.connection.rules().wakes_when_due, is_over);
-    if (!is_over() && platform::host_gives_up()) cancel_wait();
+    // In a child that a handler has forked no answer will ever come.
+    if (!is_over() && (platform::host_gives_up() || platform::forks() != forks)) cancel_wait();
   }
 }
 

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cerrno>
 
+#include "platform/clock.h"
 #include "platform/linux/fork.h"
 #include "platform/linux/socket_table.h"
 #include "platform/linux/thread_loop.h"
@@ -225,6 +226,19 @@ int send_bytes(SocketHandle socket, const void* from, int bytes) {
   if (record == nullptr) return -1;
   return transfer(socket, *record, bytes,
                   [&](int fd, std::size_t count) { return ::send(fd, from, count, MSG_NOSIGNAL); });
+}
+
+bool wait_for_room(SocketHandle socket, std::chrono::milliseconds at_most) {
+  if (find_socket(socket) == nullptr) return false;
+  pollfd look{descriptor_of(socket), POLLOUT, 0};
+  const auto wait = std::chrono::ceil<std::chrono::milliseconds>(kernel_part(at_most));
+  const int found = ::poll(&look, 1, static_cast<int>(wait.count()));
+  if (found == 0) finish_wait(at_most);
+  return found > 0;
+}
+
+void shut_down(SocketHandle socket) {
+  if (find_socket(socket) != nullptr) ::shutdown(descriptor_of(socket), SHUT_RDWR);
 }
 
 }  // namespace kestrine::platform
