@@ -15,6 +15,7 @@
 #include "kestrine/text.h"
 #include "kestrine/type_info.h"
 #include "objects/module.h"
+#include "platform/profile.h"
 #include "scripted_peer.h"
 
 namespace kestrine::test {
@@ -147,6 +148,7 @@ class Processes : public testing::TestWithParam<host::Behaviour> {
  protected:
   Processes() {
     environment.set(u"NonblockingConnect", 0);
+    platform::write_profile_string(u"SyncCommandTimeouts", u"TrackerInitWaitTime", u"4000", u"Kestrine.ini");
     client.emplace(module, peer.port());
     peer.accept();
   }
@@ -183,11 +185,9 @@ TEST_P(Processes, AForeignThreadIsRefusedByEveryInterface) {
 }
 
 TEST_P(Processes, AChildThatEndsLeavesTheLinkAlone) {
-  static std::optional<Client>* to_be_let_go = nullptr;
-  to_be_let_go = &client;
   const pid_t child = ::fork();
   if (child == 0) {
-    std::atexit([] { to_be_let_go->reset(); });
+    client.reset();
     std::exit(0);
   }
   EXPECT_EQ(exit_code(child), 0);
@@ -205,8 +205,11 @@ TEST_P(Processes, AChildHasNoPartInTheLinkOfItsParentButCanMakeItsOwn) {
     if (taken != 0) ::_exit(taken);
     client->let_go();
     host::run_for(std::chrono::milliseconds(1));  // what comes for the parent is not for it
-    Client own(module, other.port());
-    if (own.commands->Initialize() != S_OK || HasFailure()) ::_exit(100);
+    // Not fetched from the connection, as the parent's are.
+    const auto own = Client::create<ILTConnect2>(module, CLSID_LTConnect2);
+    const HRESULT connected = own->ConnectEmbeddedSystem(Text("127.0.0.1"), other.port());
+    const auto commands = Client::create<ILTCommandSync2>(module, CLSID_LTCommandSync2);
+    if (connected != S_OK || commands->Initialize() != S_OK) ::_exit(100);
     char end;
     ::_exit(::read(stay[0], &end, 1) == 0 ? 0 : 101);
   }
