@@ -1,10 +1,10 @@
-"""One mistake of each kind: the file, what is replaced in it and by what, a piece of the message, and a piece of the line
-that must be named where that is not the line of the replacement."""
+"""One mistake of each kind: the file, what is replaced in it and by what, a piece of the message, and a piece of the
+line that must be named where that is not the line of the replacement."""
 
 ENUMS, RECORDS, COMMON, POINTS = "enums_packets.toml", "records.toml", "packets_common.toml", "packets_points.toml"
 TEXTS, WAITS, LIBRARY, CONNECTION = "texts.toml", "waits.toml", "library.toml", "connection.toml"
 TARGETS, MEASURING, SYSTEM = "commands/targets.toml", "commands/measuring.toml", "commands/system.toml"
-MOVING, PROBES = "commands/moving.toml", "commands/probes.toml"
+MOVING, PROBES, DEVICES = "commands/moving.toml", "commands/probes.toml", "commands/devices.toml"
 
 BAD_ROWS = [
     # Shape
@@ -36,10 +36,10 @@ BAD_ROWS = [
     # Layout
     (RECORDS, '[8, "lTimeOut"', '[12, "lTimeOut"', "lTimeOut is at 12, but what is before it ends at 8"),
     (RECORDS, "size = 12", "size = 16", "SearchParamsDataT is said to have 16 bytes, but its fields take 12"),
-    (RECORDS, '"lTimeOut", "milliseconds"', '"lTimeOut", "int16"', "int16 is no type; there are: int32, bool32, double,"),
+    (RECORDS, '"lTimeOut", "milliseconds"', '"lTimeOut", "int16"', "int16 is no type; there are: int32, bool32,"),
     (RECORDS, '"dSearchRadius", "length"', '"dSearchRadius", "SearchParamsDataT"',
      "SearchParamsDataT is no record, or one that contains itself"),
-    (POINTS, '"MeasValueT[]"],', '"MeasValueT[]"],\n  [84, "lEnd", "int32"],', "lEnd follows the elements", '[84, "lEnd"'),
+    (POINTS, '"MeasValueT[]"],', '"MeasValueT[]"],\n  [84, "lEnd", "int32"],', "lEnd follows the elements", '[84,'),
     (POINTS, '"VL_DT_SingleMeasResult"', '"VL_DT_Blok"', "VL_DT_Blok is no data type; there are: VL_DT_Command, "),
     (POINTS, '"VL_DT_SingleMeasResult"', '"VL_DT_Command"', "the data type VL_DT_Command stands already at"),
     # Commands
@@ -52,18 +52,18 @@ BAD_ROWS = [
     # Values and events
     (POINTS, '"val1..humidity", "is', '"nummer", "is', "SingleMeasResultT has no value nummer; there are: "),
     (PROBES, "{ iNumberOfFields = ", "{ number = ", "number is no value of ProbesData; there are: probeID, "),
-    (COMMON, "async = 90", "async = 97", "the asynchronous event ExceptionEvent has the identifier 97, but none has 90"),
+    (DEVICES, "event = 96", "event = 97", "the asynchronous event KorvInfoData has the identifier 97, but none has 96"),
     (SYSTEM, ", second_event = 76 }", " }", "a second event has a name and an identifier", "second_event ="),
     (TARGETS, ", event = 13", "", "nothing says what the answer to GetSearchParams fires"),
     (TARGETS, ", sync_event = 2", "", "a series has a sync_event"),
-    (COMMON, "errorNumber: long", "errorNumber: short", "short is no type of a parameter or enumeration; there are: long,"),
+    (COMMON, "errorNumber: long", "errorNumber: short", "short is no type of a parameter or enumeration; there are: "),
     # Members
     (TARGETS, "sync = 36, async", "sync = 36, asinc", "asinc is no kind of identifier; there are: sync, ex, async"),
     (MEASURING, "measure time + standard", "measure time + late", "late is no wait class; there are: none, standard, "),
     (MOVING, 'speed = "stop"', 'speed = "fast"', "fast is no speed; there are: given,"),
-    (MEASURING, 'result = "StationaryPoint2MeasData"', 'result = "PointData"', "PointData is no event; there are: Comm"),
-    (MEASURING, 'result = "StationaryPoint2MeasData"', 'result = "CameraData"', "CameraData is made from no result packet"),
-    (MEASURING, 'result = "StationaryPointMeasData"\n', "", "waits_for_result, but there is no result", "waits_for_result"),
+    (MEASURING, '= "StationaryPoint2MeasData"', '= "PointData"', "PointData is no event; there are: "),
+    (MEASURING, '= "StationaryPoint2MeasData"', '= "CameraData"', "CameraData is made from no result packet"),
+    (MEASURING, 'result = "StationaryPointMeasData"\n', "", "waits_for_result, but there is no", "waits_for_result"),
     (TARGETS, "{ sync = 36, async", "{ ex = 36, async", "neither request nor answer of GetReflector is a record"),
     (TARGETS, 'text = "Get ADM Params"', 'wait = "none"', "GetAdmParams waits for nothing and has outputs"),
     (CONNECTION, '"get", "", "value: long"', '"get", "", ""', "a property has one value"),
