@@ -39,7 +39,8 @@ BAD_ROWS = [
     (RECORDS, '"lTimeOut", "milliseconds"', '"lTimeOut", "int16"', "int16 is no type; there are: int32, bool32,"),
     (RECORDS, '"dSearchRadius", "length"', '"dSearchRadius", "SearchParamsDataT"',
      "SearchParamsDataT is no record, or one that contains itself"),
-    (POINTS, '"MeasValueT[]"],', '"MeasValueT[]"],\n  [84, "lEnd", "int32"],', "lEnd follows the elements", '[84,'),
+    (POINTS, '"MeasValueT[]"],', '"MeasValueT[]"],\n  [84, "lEnd", "int32"],', "lEnd follows the elements",
+     '[84, "lEnd"'),
     (POINTS, '"VL_DT_SingleMeasResult"', '"VL_DT_Blok"', "VL_DT_Blok is no data type; there are: VL_DT_Command, "),
     (POINTS, '"VL_DT_SingleMeasResult"', '"VL_DT_Command"', "the data type VL_DT_Command stands already at"),
     # Commands
