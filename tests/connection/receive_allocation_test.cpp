@@ -8,27 +8,16 @@ namespace {
 class ReceiveAllocationTest : public ClientTest {};
 
 TEST_F(ReceiveAllocationTest, ReceivingMessagesAndTimersAllocateNothingOnceWarm) {
-  make(kBoth);
+  connection = Pointer<Connect>::adopt(new Connect(generation));
   // Nobody listens: what events hand to their sinks is another matter.
-  const auto leave = [](IUnknown& object, const IID& events) {
-    Pointer<IConnectionPoint> point;
-    ASSERT_EQ(Pointer<IUnknown>(&object).query<IConnectionPointContainer>()->FindConnectionPoint(events, point.put()),
-              S_OK);
-    ASSERT_EQ(point->Unadvise(1), S_OK);
-  };
-  leave(*commands, DIID__ILTCommandSyncEvents);
-  leave(*async_commands, DIID__ILTCommandAsyncEvents);
+  Pointer<IUnknown> sync, async;
+  ASSERT_EQ(connection->get_ILTCommandSync(sync.put()), S_OK);
+  ASSERT_EQ(connection->get_ILTCommandAsync(async.put()), S_OK);
   connect();
 
-  Bytes stream = answer(VL_C_GoBirdBath, 0) + status_change(26);
-  for (const auto& [size, type] : {std::pair{156, VL_DT_SingleMeasResult},
-                                   {4'000, VL_DT_MultiMeasResult},
-                                   {20'000, VL_DT_ContinuousProbeMeasResult},
-                                   {40, VL_DT_TiltraResult},
-                                   {36, VL_DT_ReflectorPosResult},
-                                   {108, VL_DT_ProbePosResult}}) {
-    stream = stream + packet(size, type);
-  }
+  Bytes stream;
+  for (std::int32_t type = VL_DT_Command; type <= VL_DT_ProbePosResult; ++type) stream = stream + packet(400, type);
+  stream = stream + packet(20'000, VL_DT_ContinuousProbeMeasResult);
   const Bytes last = answer(VL_C_GetTrackerStatus, 0);
   stream = stream + last;
   const auto round = [&] {

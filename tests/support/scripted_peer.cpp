@@ -194,10 +194,6 @@ bool ScriptedPeer::client_has_read_all() const {
          ::ioctl(client_descriptor_, FIONREAD, &unread) == 0 && unread == 0;
 }
 
-void ScriptedPeer::set_send_buffer(int bytes) {
-  ::setsockopt(client_, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes);
-}
-
 void ScriptedPeer::send(std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t sent = ::send(client_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
@@ -207,32 +203,9 @@ void ScriptedPeer::send(std::span<const std::uint8_t> bytes) {
   }
 }
 
-std::size_t ScriptedPeer::send_what_fits(std::span<const std::uint8_t> bytes) {
-  std::size_t total = 0;
-  // Full for longer than the system needs to move bytes across loopback.
-  for (pollfd look{client_, POLLOUT, 0}; total < bytes.size() && ::poll(&look, 1, 100) == 1;) {
-    const ssize_t sent = ::send(client_, bytes.data() + total, bytes.size() - total, MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (sent > 0) total += static_cast<std::size_t>(sent);
-    if (sent <= 0 && errno != EAGAIN) break;
-  }
-  return total;
-}
-
 void ScriptedPeer::run(Script script) {
   finish();
   script_ = std::thread([this, script = std::move(script)] { script(*this); });
-}
-
-void ScriptedPeer::send_in_pieces(std::vector<Bytes> pieces) {
-  run([pieces = std::move(pieces)](ScriptedPeer& peer) {
-    for (const Bytes& piece : pieces) {
-      for (const auto deadline = Clock::now() + kPatience; !peer.client_has_read_all();) {
-        if (Clock::now() > deadline) return ADD_FAILURE() << "the client has not read the piece before";
-        std::this_thread::yield();
-      }
-      peer.send(piece);
-    }
-  });
 }
 
 void ScriptedPeer::serve(Reply reply) {
