@@ -8,19 +8,10 @@
 namespace kestrine::test {
 namespace {
 
-struct Known {
-  const OLECHAR* name;
-  const CLSID& clsid;
-  const IID& iid;
-};
-const Known kKnown[] = {
-    {u"Kestrine.LTConnect", CLSID_LTConnect, IID_ILTConnect},
-    {u"Kestrine.LTCommandSync", CLSID_LTCommandSync, IID_ILTCommandSync},
-    {u"Kestrine.LTCommandAsync", CLSID_LTCommandAsync, IID_ILTCommandAsync},
-    {u"Kestrine.LTConnect2", CLSID_LTConnect2, IID_ILTConnect2},
-    {u"Kestrine.LTCommandSync2", CLSID_LTCommandSync2, IID_ILTCommandSync2},
-    {u"Kestrine.LTCommandAsync2", CLSID_LTCommandAsync2, IID_ILTCommandAsync2},
-};
+const std::pair<std::u16string, CLSID> kKnown[] = {
+    {u"Kestrine.LTConnect", CLSID_LTConnect},           {u"Kestrine.LTCommandSync", CLSID_LTCommandSync},
+    {u"Kestrine.LTCommandAsync", CLSID_LTCommandAsync}, {u"Kestrine.LTConnect2", CLSID_LTConnect2},
+    {u"Kestrine.LTCommandSync2", CLSID_LTCommandSync2}, {u"Kestrine.LTCommandAsync2", CLSID_LTCommandAsync2}};
 
 HRESULT create_object(const CLSID& clsid, const IID& iid = IID_IUnknown, DWORD context = CLSCTX_INPROC_SERVER) {
   Pointer<IUnknown> object;
@@ -39,21 +30,21 @@ constexpr CLSID kOtherId{0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x
 class LoaderTest : public RegistryTest {
  protected:
   static void find_all() {
-    for (const Known& known : kKnown) {
-      std::u16string shouted(known.name);
+    for (const auto& [program, known] : kKnown) {
+      std::u16string shouted = program;
       for (char16_t& c : shouted) c = c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
-      for (const std::u16string& name : {std::u16string(known.name), known.name + std::u16string(u".1"), shouted}) {
-        CLSID clsid{};
-        EXPECT_EQ(CLSIDFromProgID(name.c_str(), &clsid), S_OK) << to_utf8(name);
-        EXPECT_EQ(clsid, known.clsid);
-        EXPECT_EQ(CLSIDFromString(name.c_str(), &clsid), S_OK);
-        EXPECT_EQ(clsid, known.clsid);
+      for (const std::u16string& name : {program, program + u".1", shouted}) {
+        for (const auto find : {CLSIDFromProgID, CLSIDFromString}) {
+          CLSID clsid{};
+          EXPECT_EQ(find(name.c_str(), &clsid), S_OK) << to_utf8(name);
+          EXPECT_EQ(clsid, known);
+        }
       }
       LPOLESTR name = nullptr;
-      ASSERT_EQ(ProgIDFromCLSID(known.clsid, &name), S_OK);
-      EXPECT_EQ(name, known.name + std::u16string(u".1"));
+      ASSERT_EQ(ProgIDFromCLSID(known, &name), S_OK);
+      EXPECT_EQ(name, program + u".1");
       CoTaskMemFree(name);
-      EXPECT_EQ(create_object(known.clsid, known.iid), S_OK);
+      EXPECT_EQ(create_object(known), S_OK);
     }
   }
 };
