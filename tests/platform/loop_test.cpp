@@ -163,27 +163,24 @@ TEST_F(LoopTest, TheHostsDescriptorIsReadableExactlyWhileSomethingIsDue) {
   ASSERT_GE(fd, 0);
   EXPECT_EQ(host::fd(), fd);
   EXPECT_FALSE(is_readable(fd));
-
   post_message(box_.window, 1, 0, 0);
   EXPECT_TRUE(is_readable(fd));
   EXPECT_EQ(host::dispatch(), 1);
-  EXPECT_FALSE(is_readable(fd));
 
   set_timer(box_.window, 1, 60);
-  EXPECT_FALSE(is_readable(fd));
+  for (int round = 0; round < 2; ++round) {  // the timer repeats
+    EXPECT_FALSE(is_readable(fd));
+    EXPECT_TRUE(is_readable(fd, 5000));
+    EXPECT_EQ(host::dispatch(), 1);
+  }
   EXPECT_TRUE(is_readable(fd, 5000));
-  EXPECT_EQ(host::dispatch(), 1);
-  EXPECT_FALSE(is_readable(fd));
-  EXPECT_TRUE(is_readable(fd, 5000)) << "the timer repeats";
   kill_timer(box_.window, 1);
   EXPECT_FALSE(is_readable(fd));
 
   host::quit();
   EXPECT_FALSE(is_readable(fd)) << "dispatch() would leave it, and the host would spin";
-  Recorder other;
-  post_message(other.window, 1, 0, 0);
-  destroy_window(other.window);
-  EXPECT_FALSE(is_readable(fd));
+  post_message(Recorder().window, 1, 0, 0);
+  EXPECT_FALSE(is_readable(fd)) << "its window has gone";
   EXPECT_EQ(host::run(), 0);
 }
 
@@ -223,27 +220,23 @@ TEST_F(LoopTest, ASliceLastsTenMillisecondsUnlessEarlyWakeFindsSomethingDue) {
 
 // Destroyed after the thread's loop: it was there before it.
 struct LateCaller {
-  bool armed = false;
-  WindowHandle window = 0;
-  std::atomic<int>* refusals = nullptr;
+  std::function<void()> call;
   ~LateCaller() {
-    if (!armed) return;
-    Message message;
-    *refusals += !is_window(window) + !destroy_window(window) + !kill_timer(window, 1) + !set_timer(window, 1, 1) +
-                 !post_message(window, 1, 0, 0) + !peek_message() + !get_message(message) + (host::fd() == -1) +
-                 (host::dispatch() == 0) + !host::run_for(1h);
+    if (call) call();
   }
 };
 
 TEST_F(LoopTest, CallsAfterTheThreadsLoopHasGoneAreRefused) {
-  std::atomic<int> refusals = 0;
+  int refusals = 0;
   std::thread([&] {
     static thread_local LateCaller late;
-    late.refusals = &refusals;
-    static Recorder* box = nullptr;
-    box = new Recorder;
-    late.window = box->window;
-    late.armed = true;
+    static Recorder* box = new Recorder;
+    late.call = [&refusals, window = box->window] {
+      Message message;
+      refusals = !is_window(window) + !destroy_window(window) + !kill_timer(window, 1) + !set_timer(window, 1, 1) +
+                 !post_message(window, 1, 0, 0) + !peek_message() + !get_message(message) + (host::fd() == -1) +
+                 (host::dispatch() == 0) + !host::run_for(1h);
+    };
     set_timer(box->window, 1, 1000);
     post_message(box->window, 1, 0, 0);
     host::fd();
