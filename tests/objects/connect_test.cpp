@@ -21,11 +21,9 @@ TEST_F(ConnectTest, DataAreThePacketReceivedLast) {
   make();
   EXPECT_EQ(data(), Bytes());
   connect();
-  EXPECT_EQ(data(), Bytes());
   for (std::int32_t type = VL_DT_Command; type <= VL_DT_ProbePosResult + 1; ++type) {
     receive(filled(400 + type, type));
-    EXPECT_EQ(data(), filled(400 + type, type)) << "also of a type that nobody knows";
-    EXPECT_EQ(data(), filled(400 + type, type)) << "as often as asked";
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(data(), filled(400 + type, type)) << "as often as asked";
   }
   VARIANT kept;
   ASSERT_EQ(connection->GetData(&kept), S_OK);
@@ -124,15 +122,7 @@ TEST_F(ConnectTest, WithTheExceptionPolicyFailuresAreThrownAfterTheEvent) {
     EXPECT_EQ(told(E_FAIL), "80004005 40009" + kSource + kConnected);
   }
   connection->SelectNotificationMethod(KR_NM_WM_CopyData, 0, 0);
-  double value = -77;
-  VARIANT no_data{};
-  std::int32_t number = 0;
   EXPECT_THROW(connect_again(), _com_error);
-  EXPECT_THROW(connection->SelectNotificationMethod(KR_NM_Event, 1, 0), _com_error);
-  EXPECT_THROW(connection->GetConstant(static_cast<KR_Constant>(23), &value), _com_error);
-  EXPECT_EQ(value, 0);
-  EXPECT_THROW(connection->WriteDiskFile(&no_data, nullptr), _com_error);
-  EXPECT_THROW(connection->StillImageGetFile(&no_data, &number, &no_data), _com_error);
   platform::close_socket(static_cast<platform::SocketHandle>(peer.client_descriptor()));
   EXPECT_THROW(connection->DisconnectEmbeddedSystem(), _com_error);
   EXPECT_EQ(heard(), Lines()) << "no event but under KR_NM_Event";
