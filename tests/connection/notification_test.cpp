@@ -64,17 +64,13 @@ TEST_F(NotificationTest, TellsOfEveryKindOfPacketInTheChosenWay) {
 
 TEST_F(NotificationTest, ComesLastAndLeavesWaitingCallsTheirAnswers) {
   start(kBoth);
-  for (const auto method : {KR_NM_None, KR_NM_Event, KR_NM_WM_CopyData, KR_NM_WM_Notify, kUnknownMethod}) {
+  for (const auto method : {KR_NM_None, KR_NM_WM_CopyData, KR_NM_WM_Notify, kUnknownMethod}) {
     select(method);
-    connection->set_last_result_status(-1);
     std::string seen = "nothing";
-    then = [&] {
-      seen = std::to_string(connection->last_result_status()) + (engine().is_answer_pending() ? " waiting" : " served");
-    };
+    then = [&] { seen = tell(connection->last_result_status()) + (engine().is_answer_pending() ? "" : " served"); };
     peer.send(answer(VL_C_ReleaseMotors, 11));
     EXPECT_EQ(told(commands->ReleaseMotors()).substr(0, 4), "1 11") << method;
-    const bool by_message = method == KR_NM_WM_CopyData || method == KR_NM_WM_Notify;
-    EXPECT_EQ(seen, by_message ? "11 served" : "nothing") << method;
+    EXPECT_EQ(seen, method == KR_NM_None || method == kUnknownMethod ? "nothing" : "11 served") << method;
   }
 }
 

@@ -1,6 +1,7 @@
 // Counts the allocations of the whole process, so it is a program of its own.
 #include "allocations.h"
 #include "client_test.h"
+#include "kestrine/host.h"
 
 namespace kestrine::test {
 namespace {
@@ -28,8 +29,7 @@ TEST_F(ReceiveAllocationTest, ReceivingMessagesAndTimersAllocateNothingOnceWarm)
     for (int i = 0; i < 5; ++i) platform::post_message(generation.window(), 1, 0, 0);
     while (get_i32(answered, 8) != VL_C_GetTrackerStatus) {
       platform::wait_slice();
-      platform::Message message;
-      while (platform::peek_message() && platform::get_message(message)) platform::dispatch_message(message);
+      host::dispatch();
     }
     platform::kill_timer(generation.window(), 9);
   };

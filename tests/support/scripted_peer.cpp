@@ -21,23 +21,16 @@ namespace kestrine::test {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 
 constexpr auto kPatience = 5s;
 constexpr std::size_t kRequestHeader = 12;
 
-sockaddr_in loopback(std::uint16_t port) {
-  sockaddr_in at{};
-  at.sin_family = AF_INET;
-  at.sin_port = htons(port);
-  at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return at;
-}
-
-// A socket bound to the port of loopback; to a free one for 0, which is then told.
+// A socket bound to a free port of loopback.
 int bind_port(std::uint16_t& port) {
   const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in at = loopback(port);
+  sockaddr_in at{};
+  at.sin_family = AF_INET;
+  at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   EXPECT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&at), sizeof at), 0) << std::strerror(errno);
   socklen_t length = sizeof at;
   ::getsockname(descriptor, reinterpret_cast<sockaddr*>(&at), &length);
@@ -125,8 +118,7 @@ std::uint16_t unused_port() {
   return port;
 }
 
-ScriptedPeer::ScriptedPeer(std::uint16_t port) : port_(port) {
-  listener_ = bind_port(port_);
+ScriptedPeer::ScriptedPeer() : listener_(bind_port(port_)) {
   EXPECT_EQ(::listen(listener_, 8), 0) << std::strerror(errno);
 }
 
@@ -144,9 +136,9 @@ void ScriptedPeer::accept() {
   const int client = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
   const int on = 1;
   ::setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  // Longer than any test waits: a send that blocks for ever is a fault to be seen, not a hang.
+  // Longer than any test waits: a call that blocks for ever is a fault to be seen, not a hang.
   const timeval patience{20, 0};
-  ::setsockopt(client, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+  for (const int way : {SO_SNDTIMEO, SO_RCVTIMEO}) ::setsockopt(client, SOL_SOCKET, way, &patience, sizeof patience);
   client_descriptor_ = other_end(client);
   client_ = client;
 }
@@ -156,21 +148,13 @@ bool ScriptedPeer::wait_readable(int descriptor, std::chrono::milliseconds time)
   return ::poll(&look, 1, static_cast<int>(time.count())) == 1;
 }
 
-bool ScriptedPeer::read_exactly(std::uint8_t* into, std::size_t count, std::chrono::milliseconds time) {
-  const auto deadline = Clock::now() + time;
-  for (std::size_t have = 0; have < count;) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-    if (left < 0ms || !wait_readable(client_, left + 1ms)) return false;
-    const ssize_t got = ::recv(client_, into + have, count - have, 0);
-    if (got <= 0) return false;
-    have += static_cast<std::size_t>(got);
-  }
-  return true;
+bool ScriptedPeer::read_exactly(std::uint8_t* into, std::size_t count) {
+  return ::recv(client_, into, count, MSG_WAITALL) == static_cast<ssize_t>(count);
 }
 
 Bytes ScriptedPeer::receive(std::size_t count) {
   Bytes bytes(count);
-  if (!read_exactly(bytes.data(), count, kPatience)) ADD_FAILURE() << "the client has not sent " << count << " bytes";
+  if (!read_exactly(bytes.data(), count)) ADD_FAILURE() << "the client has not sent " << count << " bytes";
   return bytes;
 }
 
@@ -211,10 +195,10 @@ void ScriptedPeer::run(Script script) {
 void ScriptedPeer::serve(Reply reply) {
   run([reply = std::move(reply)](ScriptedPeer& peer) {
     Bytes request(kRequestHeader);
-    while (peer.read_exactly(request.data(), kRequestHeader, 24h)) {
+    while (peer.read_exactly(request.data(), kRequestHeader)) {
       const auto size = static_cast<std::size_t>(std::max(get_i32(request, 0), 0));
       request.resize(std::max(size, kRequestHeader));
-      if (!peer.read_exactly(request.data() + kRequestHeader, request.size() - kRequestHeader, kPatience)) return;
+      if (!peer.read_exactly(request.data() + kRequestHeader, request.size() - kRequestHeader)) return;
       {
         const std::lock_guard lock(peer.requests_lock_);
         peer.requests_.push_back(request);

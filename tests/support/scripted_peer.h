@@ -46,7 +46,7 @@ class ScriptedPeer {
   using Script = std::function<void(ScriptedPeer&)>;
   using Reply = std::function<Bytes(const Bytes& request)>;
 
-  explicit ScriptedPeer(std::uint16_t port = 0);  // 0: a free one
+  ScriptedPeer();  // at a free port
   ~ScriptedPeer();
   ScriptedPeer(const ScriptedPeer&) = delete;
   ScriptedPeer& operator=(const ScriptedPeer&) = delete;
@@ -87,14 +87,14 @@ class ScriptedPeer {
 
  private:
   bool wait_readable(int descriptor, std::chrono::milliseconds time) const;
-  // False at the end of the connection; with `time`, also when it has passed.
-  bool read_exactly(std::uint8_t* into, std::size_t count, std::chrono::milliseconds time);
+  // False at the end of the connection, or when the bytes do not come in time.
+  bool read_exactly(std::uint8_t* into, std::size_t count);
   void end_client(bool at_once);
 
-  int listener_ = -1;
   std::atomic<int> client_ = -1;
   int client_descriptor_ = -1;
-  std::uint16_t port_;
+  std::uint16_t port_ = 0;
+  int listener_;
   std::thread script_;
   std::mutex client_lock_;  // between a script that ends the connection and a test that does
   mutable std::mutex requests_lock_;
