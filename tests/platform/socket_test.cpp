@@ -189,7 +189,7 @@ TEST_F(SocketTest, ANapForBytesEndsEarlyOnlyUnderEarlyWake) {
   host::set_early_wake(false);
 }
 
-TEST_F(SocketTest, APostingHandlerDoesNotShutOutTheSocket) {
+TEST_F(SocketTest, APostingHandlerHoldsNeitherTheLoopNorTheSocketUp) {
   connect();
   bool heard = false;
   box_.handler = [&](const Message& message) {

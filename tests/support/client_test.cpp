@@ -4,7 +4,6 @@
 #include <cstdio>
 
 #include "kestrine/error.h"
-#include "platform/profile.h"
 #include "protocol/catalogue.h"
 #include "random_packet.h"
 
@@ -43,12 +42,6 @@ ClientTest::~ClientTest() {
   EXPECT_TRUE(environment.message_boxes.empty());
   platform::destroy_window(window_);
   SetErrorInfo(0, nullptr);
-}
-
-void ClientTest::set_timeout(std::u16string_view key, int milliseconds) {
-  const std::string text = std::to_string(milliseconds);
-  platform::write_profile_string(u"SyncCommandTimeouts", key, std::u16string(text.begin(), text.end()),
-                                 u"Kestrine.ini");
 }
 
 void ClientTest::make(Objects objects) {

@@ -48,10 +48,10 @@ Environment::~Environment() {
   std::filesystem::remove_all(directory_, ignored);
 }
 
-void Environment::set(std::u16string_view key, std::int32_t value) {
+void Environment::set(std::u16string_view key, std::int32_t value, std::u16string_view section) {
   const std::string digits = std::to_string(value);
   const std::u16string text(digits.begin(), digits.end());
-  EXPECT_TRUE(platform::write_profile_string(u"Settings", key, text, u"Kestrine.ini"));
+  EXPECT_TRUE(platform::write_profile_string(section, key, text, u"Kestrine.ini"));
 }
 
 std::vector<std::string> Environment::trace_keys() const {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,7 +28,8 @@ class Environment {
   Environment& operator=(const Environment&) = delete;
 
   const std::filesystem::path& directory() const { return directory_; }  // of its own, gone with it
-  void set(std::u16string_view key, std::int32_t value);                 // in section Settings of Kestrine.ini
+  // In Kestrine.ini.
+  void set(std::u16string_view key, std::int32_t value, std::u16string_view section = u"Settings");
   // The keys of section SocketError, the last in the file, in the order in which they were first written.
   std::vector<std::string> trace_keys() const;
 

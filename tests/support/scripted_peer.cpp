@@ -149,7 +149,14 @@ bool ScriptedPeer::wait_readable(int descriptor, std::chrono::milliseconds time)
 }
 
 bool ScriptedPeer::read_exactly(std::uint8_t* into, std::size_t count) {
-  return ::recv(client_, into, count, MSG_WAITALL) == static_cast<ssize_t>(count);
+  return count == 0 || ::recv(client_, into, count, MSG_WAITALL) == static_cast<ssize_t>(count);
+}
+
+bool ScriptedPeer::read_request(Bytes& request) {
+  request.resize(kRequestHeader);
+  if (!read_exactly(request.data(), kRequestHeader)) return false;
+  request.resize(std::max(static_cast<std::size_t>(std::max(get_i32(request, 0), 0)), kRequestHeader));
+  return read_exactly(request.data() + kRequestHeader, request.size() - kRequestHeader);
 }
 
 Bytes ScriptedPeer::receive(std::size_t count) {
@@ -159,9 +166,9 @@ Bytes ScriptedPeer::receive(std::size_t count) {
 }
 
 Bytes ScriptedPeer::receive_request() {
-  Bytes request = receive(kRequestHeader);
-  const auto size = static_cast<std::size_t>(std::max(get_i32(request, 0), 0));
-  return size <= kRequestHeader ? request : std::move(request) + receive(size - kRequestHeader);
+  Bytes request;
+  if (!read_request(request)) ADD_FAILURE() << "the client has not sent a whole request";
+  return request;
 }
 
 bool ScriptedPeer::client_leaves() {
@@ -194,17 +201,9 @@ void ScriptedPeer::run(Script script) {
 
 void ScriptedPeer::serve(Reply reply) {
   run([reply = std::move(reply)](ScriptedPeer& peer) {
-    Bytes request(kRequestHeader);
-    while (peer.read_exactly(request.data(), kRequestHeader)) {
-      const auto size = static_cast<std::size_t>(std::max(get_i32(request, 0), 0));
-      request.resize(std::max(size, kRequestHeader));
-      if (!peer.read_exactly(request.data() + kRequestHeader, request.size() - kRequestHeader)) return;
-      {
-        const std::lock_guard lock(peer.requests_lock_);
-        peer.requests_.push_back(request);
-      }
-      peer.send(reply(request));
-      request.resize(kRequestHeader);
+    for (Bytes request; peer.read_request(request); peer.send(reply(request))) {
+      const std::lock_guard lock(peer.requests_lock_);
+      peer.requests_.push_back(request);
     }
   });
 }

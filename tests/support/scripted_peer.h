@@ -89,6 +89,7 @@ class ScriptedPeer {
   bool wait_readable(int descriptor, std::chrono::milliseconds time) const;
   // False at the end of the connection, or when the bytes do not come in time.
   bool read_exactly(std::uint8_t* into, std::size_t count);
+  bool read_request(Bytes& request);
   void end_client(bool at_once);
 
   std::atomic<int> client_ = -1;
