@@ -116,6 +116,13 @@ TEST_F(LoopTest, QuitEndsTheInnermostLoop) {
   EXPECT_TRUE(inner_ended);
 }
 
+TEST_F(LoopTest, AHandlerThatKeepsPostingHoldsNeitherDispatchNorRunFor) {
+  box_.handler = [&](const Message&) { post_message(box_.window, 1, 0, 0); };
+  post_message(box_.window, 1, 0, 0);
+  EXPECT_GT(host::dispatch(), 1);
+  EXPECT_TRUE(host::run_for(5ms));
+}
+
 TEST_F(LoopTest, ASignalEndsRunForButNotGetMessage) {
   struct sigaction action {};
   action.sa_handler = [](int) {};

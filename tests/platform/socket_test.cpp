@@ -189,7 +189,7 @@ TEST_F(SocketTest, ANapForBytesEndsEarlyOnlyUnderEarlyWake) {
   host::set_early_wake(false);
 }
 
-TEST_F(SocketTest, APostingHandlerHoldsNeitherTheLoopNorTheSocketUp) {
+TEST_F(SocketTest, APostingHandlerDoesNotShutOutTheSocket) {
   connect();
   bool heard = false;
   box_.handler = [&](const Message& message) {
