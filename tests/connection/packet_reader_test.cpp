@@ -57,7 +57,14 @@ class FakeSource final : public connection::ByteSource {
     return last_outcome_ < 0 ? -1 : static_cast<int>(count);
   }
   bool would_block() const override { return last_outcome_ == kWouldBlock; }
-  void nap() override { ++naps; }
+  bool comes_later(int bytes) override {
+    awaited = bytes;
+    return leaves_parts;
+  }
+  bool nap(std::int32_t milliseconds) override {
+    longest_nap = std::max(longest_nap, milliseconds);
+    return ++naps != patience;
+  }
   void beep(std::uint32_t hertz, std::uint32_t milliseconds) override {
     signs.push_back("beep " + std::to_string(hertz) + " " + std::to_string(milliseconds));
   }
@@ -69,6 +76,10 @@ class FakeSource final : public connection::ByteSource {
   std::vector<int> peeks;
   std::vector<int> reads;
   int naps = 0;
+  std::int32_t longest_nap = 0;
+  int patience = -1;  // naps until the wait is given up
+  int awaited = 0;    // bytes
+  bool leaves_parts = false;
   bool open = true;
   bool endless = false;  // a byte for every read once the script is over
   Lines signs;

@@ -28,7 +28,7 @@ TEST_F(ReceiveAllocationTest, ReceivingMessagesAndTimersAllocateNothingOnceWarm)
     platform::set_timer(generation.window(), 9, 60'000);
     for (int i = 0; i < 5; ++i) platform::post_message(generation.window(), 1, 0, 0);
     while (get_i32(answered, 8) != VL_C_GetTrackerStatus) {
-      platform::wait_slice();
+      platform::wait_slice(true);
       host::dispatch();
     }
     platform::kill_timer(generation.window(), 9);

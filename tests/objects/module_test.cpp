@@ -32,7 +32,7 @@ class Module : public testing::Test {
   }
 
   Environment environment;
-  objects::Module module;
+  objects::Module module{connection::kClassicRules};
 };
 
 TEST_F(Module, HasOneClassObjectForEachOfSixClasses) {

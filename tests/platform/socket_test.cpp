@@ -153,40 +153,43 @@ TEST_F(SocketTest, CancellingClosingAndDestroyingRemoveWhatIsQueued) {
 TEST_F(SocketTest, NotificationsShowAtTheHostsDescriptorAndEndASlice) {
   connect();
   const int fd = host::fd();
-  for (const bool early : {false, true}) {
+  for (const bool prompt : {false, true}) {
     EXPECT_FALSE(is_readable(fd));
     send(peer_, "a");
     EXPECT_TRUE(is_readable(fd, 5000));
-    host::set_early_wake(early);
-    wait_slice();
+    wait_slice(prompt);
     EXPECT_TRUE(is_readable(fd)) << "a slice may have put it into the queue";
     EXPECT_EQ(host::dispatch(), 1);
     EXPECT_FALSE(is_readable(fd)) << "what nobody reads is no longer due";
     receive_text(socket_, 1);
   }
-  host::set_early_wake(false);
   peer_.close();
   EXPECT_TRUE(is_readable(fd, 5000));
   EXPECT_EQ(host::dispatch(), 1);
   EXPECT_FALSE(is_readable(fd));
 }
 
-TEST_F(SocketTest, ANapForBytesEndsEarlyOnlyUnderEarlyWake) {
+TEST_F(SocketTest, ANotificationCanWaitForSoManyBytesOrTheEnd) {
   connect();
-  send(peer_, "a");
-  ASSERT_TRUE(wait_for_unread(1));
-  const ShortWaits at_once(0ms);
-  const auto nap = [&] {
-    const std::uint32_t start = tick_count();
-    nap_for_bytes(socket_, 10'000);
-    return tick_count() - start;
-  };
-  EXPECT_GE(nap(), 10'000U);
-  host::set_early_wake(true);
-  EXPECT_LT(nap(), 9'000U);
-  receive_text(socket_, 1);
-  EXPECT_GE(nap(), 10'000U);
-  host::set_early_wake(false);
+  for (const bool ended : {false, true}) {
+    send(peer_, "abc");
+    ASSERT_TRUE(wait_for_unread(3));
+    host::dispatch();
+    box_.seen.clear();
+    EXPECT_FALSE(notify_of_bytes(socket_, 3)) << "they are there";
+    EXPECT_TRUE(notify_of_bytes(socket_, 4));
+    char look;
+    EXPECT_EQ(receive(socket_, &look, 1, true), 1);
+    EXPECT_EQ(host::dispatch(), 0);
+    ended ? peer_.close() : send(peer_, "d");
+    EXPECT_TRUE(pump_until([&] { return !box_.seen.empty(); }));
+    receive_text(socket_, ended ? 3 : 4);
+    if (ended) break;
+    send(peer_, "e");
+    box_.seen.clear();
+    EXPECT_TRUE(pump_until([&] { return !box_.seen.empty(); })) << "a single byte counts again";
+    receive_text(socket_, 1);
+  }
 }
 
 TEST_F(SocketTest, APostingHandlerDoesNotShutOutTheSocket) {
