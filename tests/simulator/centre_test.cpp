@@ -1,5 +1,6 @@
 // Centres of spheres and circles: the fit against known shapes, and the modes that measure them.
 #include <cmath>
+#include <tuple>
 
 #include "bench.h"
 #include "simulator/mathematics/centre_fit.h"
@@ -73,7 +74,7 @@ TEST(CentreFit, ClaimsTheSpreadThatItsCentresHave) {
   }
 }
 
-struct CentreBench : ReadyBench {
+struct CentreBench : Bench {
   explicit CentreBench(VL_MeasMode mode) { set_up({build_SetMeasurementMode(mode)}), listen(); }
   Packets found(double seconds = 20) {
     EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
@@ -81,15 +82,9 @@ struct CentreBench : ReadyBench {
   }
 };
 
-struct Mode {
-  VL_MeasMode point, probe;
-  Vector centre;
-};
-const Mode kModes[]{{VL_MM_SphereCenter, VL_MM_6DSphereCenter, kBallCentre},
-                    {VL_MM_CircleCenter, VL_MM_6DCircleCenter, kDiscCentre}};
-
 TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
-  for (const auto& [mode, probe_mode, centre] : kModes) {
+  for (const auto& [mode, probe_mode, centre] : {std::tuple{VL_MM_SphereCenter, VL_MM_6DSphereCenter, kBallCentre},
+                                                 {VL_MM_CircleCenter, VL_MM_6DCircleCenter, kDiscCentre}}) {
     CentreBench bench(mode);
     const auto packets = bench.found();
     EXPECT_EQ(changes(packets), (Codes{VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
@@ -102,8 +97,7 @@ TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
     EXPECT_EQ(only(bench.found(), VL_DT_SingleMeasResult2).size(), 1u);
     bench.ask(build_SetMeasurementMode(probe_mode));
     bench.set_units(VL_LU_Millimeter);
-    bench.ask(build_StartMeasurement());
-    const auto probe = bench.result<ProbeStationaryResultT>(VL_DT_StationaryProbeMeasResult, 20);
+    const auto probe = bench.measured<ProbeStationaryResultT>(VL_DT_StationaryProbeMeasResult, 20);
     EXPECT_EQ(probe.measMode, probe_mode);
     const Vector off = vector(probe.dPosition1, probe.dPosition2, probe.dPosition3) - 1000 * centre;
     EXPECT_LT(length(off), 4 * probe.dStdDevPositionTotal);

@@ -8,15 +8,14 @@ namespace kestrine::simulator {
 namespace {
 
 SingleMeasResultT measure_point(Bench& bench) {
-  EXPECT_EQ(bench.status(build_StartMeasurement()), VL_RS_AllOK);
-  return bench.result<SingleMeasResultT>(VL_DT_SingleMeasResult, 4);
+  return bench.measured<SingleMeasResultT>(VL_DT_SingleMeasResult);
 }
 
 protocol::Request go_to(const Vector& place) {
   return build_GoPosition(place.x(), place.y(), place.z(), 1);
 }
 
-using StationaryPoint = BenchTest<ReadyBench>;
+using StationaryPoint = BenchTest<>;
 
 TEST_F(StationaryPoint, LiesOnEveryNestWithinItsOwnUncertainty) {
   double squares = 0;
@@ -45,7 +44,7 @@ TEST_F(StationaryPoint, IsAcknowledgedAtOnceAndTakesItsTime) {
 
 TEST_F(StationaryPoint, IsTheSameForTheSameSeedAndAnotherForAnother) {
   const auto run = [](std::uint64_t seed) {
-    ReadyBench bench({.seed = seed});
+    Bench bench({build_Initialize()}, {.seed = seed});
     measure_point(bench);
     return values_of(measure_point(bench));
   };
@@ -56,8 +55,8 @@ TEST_F(StationaryPoint, IsTheSameForTheSameSeedAndAnotherForAnother) {
 TEST_F(StationaryPoint, HasCovariancesInTheExtendedStatisticMode) {
   ask(go_to({2.2, 0.4, -0.3}));
   const SingleMeasResultT standard = measure_point(*this);
-  set_up({build_SetStatisticMode(VL_SM_Extended, VL_SM_Standard), build_StartMeasurement()});
-  const auto extended = result<SingleMeasResult2T>(VL_DT_SingleMeasResult2, 4);
+  set_up({build_SetStatisticMode(VL_SM_Extended, VL_SM_Standard)});
+  const auto extended = measured<SingleMeasResult2T>(VL_DT_SingleMeasResult2);
   EXPECT_NEAR(extended.dAprioriStd1, standard.dAprioriStd1, 1e-9);
   EXPECT_GT(std::abs(extended.dAprioriCovar12), 0);
   EXPECT_LT(std::abs(extended.dAprioriCovar12), extended.dAprioriStd1 * extended.dAprioriStd2);
@@ -91,16 +90,14 @@ TEST_F(StationaryPoint, LeavesNoResultWhenItIsStopped) {
   EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
 }
 
-using GoAndMeasure = BenchTest<ReadyBench>;
-
-TEST_F(GoAndMeasure, EndsWithAResultAlsoWhereThereIsNothing) {
-  EXPECT_EQ(status(build_GoAndMeasure(2.5, 0.01, 0.15)), VL_RS_AllOK);
-  const auto found = result<SingleMeasResultT>(VL_DT_SingleMeasResult, 4);
-  EXPECT_NEAR(length(values_of(found) - Vector{2.5, 0, 0.15}), 0, 2e-5);
-  EXPECT_EQ(status(build_GoAndMeasure(5, 5, 0)), VL_RS_AllOK);
-  const auto missed = result<SingleMeasResultT>(VL_DT_SingleMeasResult, 4);
-  EXPECT_EQ(missed.packetInfo.status, VL_RS_NoStationaryResult);
-  EXPECT_EQ(status(build_GoAndMeasure(500, 0, 0)), VL_RS_Parameter3OutOfRangeNOK);
+TEST_F(StationaryPoint, FollowsAMoveAlsoWhereThereIsNothing) {
+  for (const auto& [place, expected] :
+       {std::pair{Vector{2.5, 0.01, 0.15}, VL_RS_AllOK}, {Vector{5, 5, 0}, VL_RS_NoStationaryResult}}) {
+    set_up({build_GoAndMeasure(place.x(), place.y(), place.z())});
+    const auto found = first<SingleMeasResultT>(after(4), VL_DT_SingleMeasResult);
+    EXPECT_EQ(found.packetInfo.status, expected);
+    if (expected == VL_RS_AllOK) expect_near(values_of(found), {2.5, 0, 0.15}, 2e-5);
+  }
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ void expect_pose(const TransformationFit& fit, const Pose& expected, double tole
   const Pose pose = fit.pose();
   expect_near(pose.shift, expected.shift, tolerance);
   EXPECT_NEAR(pose.scale, expected.scale, tolerance);
-  expect_near_matrix(pose.rotation, expected.rotation, tolerance);
+  expect_near(pose.rotation, expected.rotation, tolerance);
 }
 
 // The fit, which there must be.
@@ -45,13 +45,9 @@ TransformationFit fitted(const std::vector<KnownPoint>& nominal, const std::vect
 
 TEST(BestFits, FindATransformationAgainWhateverItsAngles) {
   const std::vector<Vector> three(kPlaces.begin(), kPlaces.begin() + 3);
-  for (const Vector& angles : {Vector{0, 0, 0},
-                               {0.3, -0.7, 2.1},
-                               {kPi, 0, 0},
-                               {0, kPi / 2, 0},
-                               {0.4, -kPi / 2, 1},
-                               {-3, 1.5, kPi},
-                               {2, 3, -2}}) {
+  const Vector turns[]{{},        {0.3, -0.7, 2.1}, {kPi, 0, 0}, {0, kPi / 2, 0}, {0.4, -kPi / 2, 1}, {-3, 1.5, kPi},
+                       {2, 3, -2}};
+  for (const Vector& angles : turns) {
     for (const auto& places : {three, kPlaces}) {
       const Pose pose{{5, -6, 7}, rotation(angles), 1.25};
       const auto fit = fitted(at(moved(places, pose)), at(places), Parameters{});
