@@ -186,8 +186,8 @@ struct Bench {
     return client->packets;
   }
   // The one packet of that type that a measurement brings in that time, acknowledged at once.
-  template <class Record>
-  Record measured(VL_DataType type, double seconds = 4) {
+  template <class Record = SingleMeasResultT>
+  Record measured(VL_DataType type = VL_DT_SingleMeasResult, double seconds = 4) {
     const Packets packets = measure(seconds);
     EXPECT_EQ(status_of(packets.at(0)), VL_RS_AllOK);
     EXPECT_EQ(only(packets, type).size(), 1u);

@@ -21,9 +21,8 @@ Vector position_of(const auto& r) {
 }
 
 struct ProbeBench : Bench {
-  explicit ProbeBench(VL_MeasMode mode) {
-    set_up({build_GoPosition(2.2, 0.4, -0.3, 1), build_SetMeasurementMode(mode)});
-  }
+  explicit ProbeBench(VL_MeasMode mode)
+      : Bench({build_Initialize(), build_GoPosition(2.2, 0.4, -0.3, 1), build_SetMeasurementMode(mode)}) {}
   ProbeStationaryResultT measure_point() { return measured<ProbeStationaryResultT>(VL_DT_StationaryProbeMeasResult); }
 };
 
@@ -91,7 +90,7 @@ TEST(StationaryProbe, ComesInTheSystemThatIsSet) {
   ProbeBench bench(VL_MM_6DStationary);
   bench.set_units(VL_LU_Millimeter, VL_AU_Degree, VL_TU_Fahrenheit);
   bench.set_up({build_SetStationOrientationParams(1000, 0, 0, 0, 0, 90),
-                set_system_settings(SystemSettingsDataT{.bApplyStationOrientationParams = 1})});
+                set_system_settings({.bApplyStationOrientationParams = 1})});
   const Matrix turned = rotation({0, 0, M_PI / 2}) * probe_attitude(kNest);
   const ProbeStationaryResultT level = bench.measure_point();
   expect_near(position_of(level), {1000 - 400, 2200, -300}, 0.03);

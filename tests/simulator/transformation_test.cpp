@@ -23,7 +23,7 @@ struct PointLists : Bench {
   CallTransformationRT call() { return answer<CallTransformationRT>(build_CallTransformation()); }
   Vector measured_at(const Vector& target) {
     tracker.state().target = tracker.frame().to_place(target);
-    return values_of(measured<SingleMeasResultT>(VL_DT_SingleMeasResult));
+    return values_of(measured());
   }
 };
 
