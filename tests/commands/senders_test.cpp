@@ -106,7 +106,7 @@ void expect_failures_of(int number, const IID& expected, const IID& of_connectio
   objects::GenerationClasses classes(number, process);
   dispatch::Generation& generation = classes.generation();
   using Connect = objects::Connect<ConnectInterface>;
-  const auto connection = Pointer<Connect>::adopt(new Connect(generation));
+  const auto connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   Pointer<IUnknown> objects[2];
   ASSERT_EQ(connection->get_ILTCommandSync(objects[0].put()), S_OK);
   ASSERT_EQ(connection->get_ILTCommandAsync(objects[1].put()), S_OK);

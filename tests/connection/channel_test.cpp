@@ -71,7 +71,7 @@ TEST_F(ChannelTest, AServerThatLeavesInMidHeaderSpoilsNoLaterConnection) {
 TEST_F(ChannelTest, MessagesOfTheWindowReachWhoeverIsResponsible) {
   using connection::kFlushMessage, connection::kSocketMessage;
   const std::vector<Environment::Beep> one_beep = {{2000, 5000}};
-  connection = Pointer<Connect>::adopt(new Connect(generation));
+  connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   EXPECT_EQ(send(kFlushMessage), 0) << "nobody has anything to flush";
   EXPECT_EQ(environment.beeps, one_beep);
   connection.reset();

@@ -141,7 +141,7 @@ TEST_F(PacketReaderTest, OnePacketIsReadForOneNotificationByOnePeekAndOneRead) {
   const Bytes second = filled(36, VL_DT_ReflectorPosResult);
   expect_read({{first + second}}, true, {first}, first);
   expect_read({}, true, {first, second}, second);
-  EXPECT_EQ(source.peeks, (std::vector{8, 8}));
+  EXPECT_EQ(source.peeks, (std::vector{64, 64}));
   EXPECT_EQ(source.reads, (std::vector{16, 36}));
   EXPECT_EQ(source.signs, Lines());
 }
@@ -157,7 +157,7 @@ TEST_F(PacketReaderTest, AHeaderInTwoPiecesSurvivesWhereverItIsCut) {
     EXPECT_EQ(source.signs, at == 4 ? Lines() : Lines({kSocketBeep, kRecv6}));
     expect_read({{rest}}, true, {sent}, sent);
     const int left = static_cast<int>(8 - at);
-    EXPECT_EQ(source.peeks, (std::vector{8, left}));
+    EXPECT_EQ(source.peeks, (std::vector{64, 64 - static_cast<int>(at)}));
     EXPECT_EQ(source.reads, (std::vector{static_cast<int>(at), left + 28}));
   }
 }
@@ -250,6 +250,28 @@ TEST_F(PacketReaderTest, APacketIsGivenUpAfterSixtyFourReadsAndWhatCameStays) {
     EXPECT_EQ(source.naps, row.naps);
     EXPECT_EQ(std::ranges::count(source.signs, kRecv3), row.errors);
     EXPECT_EQ(std::ranges::count(source.signs, kSocketBeep), row.errors);
+  }
+}
+
+TEST_F(PacketReaderTest, TheNapsForTheRestOfAPacketGrowAndEndWhenTheyAreGivenUp) {
+  const auto [most, rest] = cut(filled(16, VL_DT_Command), 12);
+  source.patience = 7;
+  expect_read({{most}, none(kWouldBlock, 100)}, false, {}, most);
+  EXPECT_EQ(source.longest_nap, 16);
+  EXPECT_EQ(std::ranges::count(source.signs, kRecv3), 0);
+}
+
+TEST_F(PacketReaderTest, APacketThatHasComeInPartCanBeLeftUntilItIsWhole) {
+  const Bytes sent = filled(100, VL_DT_MultiMeasResult);
+  source.leaves_parts = true;
+  for (const std::size_t at : {4, 50}) {
+    start_over();
+    source.leaves_parts = true;
+    expect_read({seen(cut(sent, at).first)}, true, {}, {});
+    EXPECT_EQ(source.awaited, at < 8 ? 8 : 100);
+    EXPECT_EQ(source.reads, std::vector<int>());
+    source.leaves_parts = false;
+    expect_read({{sent}}, true, {sent}, sent);
   }
 }
 

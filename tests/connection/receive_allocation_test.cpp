@@ -9,7 +9,7 @@ namespace {
 class ReceiveAllocationTest : public ClientTest {};
 
 TEST_F(ReceiveAllocationTest, ReceivingMessagesAndTimersAllocateNothingOnceWarm) {
-  connection = Pointer<Connect>::adopt(new Connect(generation));
+  connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   // Nobody listens: what events hand to their sinks is another matter.
   Pointer<IUnknown> sync, async;
   ASSERT_EQ(connection->get_ILTCommandSync(sync.put()), S_OK);

@@ -15,9 +15,9 @@ const std::string kNoObject =
 class CommandRosterTest : public ClientTest {
  protected:
   // Objects that the application makes for itself.
-  Pointer<SyncObject> own_sync() { return Pointer<SyncObject>::adopt(new SyncObject(generation)); }
-  Pointer<AsyncObject> own_async() { return Pointer<AsyncObject>::adopt(new AsyncObject(generation)); }
-  void create_connection() { connection = Pointer<Connect>::adopt(new Connect(generation)); }
+  Pointer<SyncObject> own_sync() { return Pointer<SyncObject>::adopt(new SyncObject(keep_generation)); }
+  Pointer<AsyncObject> own_async() { return Pointer<AsyncObject>::adopt(new AsyncObject(keep_generation)); }
+  void create_connection() { connection = Pointer<Connect>::adopt(new Connect(keep_generation)); }
   // What reading the property comes to.
   std::string fetch(CommandSet set) {
     Pointer<IUnknown> object;

@@ -59,6 +59,8 @@ void ClientTest::make(Objects objects) {
     async_commands = object.query<ILTCommandAsync>();
     async_listener = listen(*async_commands, DIID__ILTCommandAsyncEvents, "async");
   }
+  // Objects that live shorter are taken for a sign of mixed generations.
+  platform::advance_clock(std::chrono::milliseconds(100));
 }
 
 void ClientTest::connect() {
