@@ -13,7 +13,7 @@ const std::string kFailed = "80004005 ";
 const std::string kPending = "40001 Kestrine.LTConnect.1: Command failed due to pending synchronous answer";
 const std::string kMisfit = " Kestrine.LTConnect.1: Currently selected measurement mode does not match requested ";
 
-class Senders : public ClientTest {
+class AsyncCommands : public ClientTest {
  protected:
   std::string outcome_of(Plain operation) {
     return outcome([&] { return (async_commands.get()->*operation)(); });
@@ -25,7 +25,7 @@ class Senders : public ClientTest {
   void expect_not_sent(const std::string& came_to) { EXPECT_EQ(came_to.substr(0, 14), "80004005 40002"); }
 };
 
-TEST_F(Senders, AreToldOfAModeThatDoesNotFitBeforeAnythingElse) {
+TEST_F(AsyncCommands, AreToldOfAModeThatDoesNotFitBeforeAnythingElse) {
   start(kBoth);
   const std::pair<Plain, std::string> rows[] = {
       {&ILTCommandAsync::StartContinuousPointMeasurement, "40003" + kMisfit + "continuous measurement type !"},
@@ -40,7 +40,7 @@ TEST_F(Senders, AreToldOfAModeThatDoesNotFitBeforeAnythingElse) {
   EXPECT_TRUE(peer.nothing_to_receive());
 }
 
-TEST_F(Senders, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
+TEST_F(AsyncCommands, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
   start(kBoth);
   speeds_of(&ILTCommandAsync::MoveLeft);
   connection->DisconnectEmbeddedSystem();
@@ -60,7 +60,7 @@ TEST_F(Senders, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
   EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveUp), (Words{0, -10}));
 }
 
-TEST_F(Senders, StartFromRestOnAnAxisThatRanIntoItsLimit) {
+TEST_F(AsyncCommands, StartFromRestOnAnAxisThatRanIntoItsLimit) {
   start(kAsync);
   speeds_of(&ILTCommandAsync::MoveLeft);
   speeds_of(&ILTCommandAsync::MoveUp);
@@ -70,7 +70,7 @@ TEST_F(Senders, StartFromRestOnAnAxisThatRanIntoItsLimit) {
   EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveUp), (Words{0, -10}));
 }
 
-TEST_F(Senders, OutliveAHandlerThatDropsEverything) {
+TEST_F(AsyncCommands, OutliveAHandlerThatDropsEverything) {
   ILTCommandAsync* last = nullptr;
   ILTConnect* last_connection = nullptr;
   double value = 0;
@@ -127,7 +127,7 @@ void expect_failures_of(int number, const IID& expected, const IID& of_connectio
   EXPECT_EQ(interface_of(connection->GetConstant(static_cast<KR_Constant>(-1), &value)), of_connection);
 }
 
-TEST_F(Senders, FailAsTheirConnectionDoesUnderTheInterfaceOfTheGeneration) {
+TEST_F(AsyncCommands, FailAsTheirConnectionDoesUnderTheInterfaceOfTheGeneration) {
   expect_failures_of<ILTConnect, ILTCommandAsync>(1, IID_ILTCommandAsync, IID_ILTConnect);
   expect_failures_of<ILTConnect2, ILTCommandAsync2>(2, IID_ILTCommandAsync2, IID_ILTConnect2);
 }
