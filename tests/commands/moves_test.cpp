@@ -85,25 +85,5 @@ TEST_F(Moves, StartAgainFromRestOnAnAxisThatRanIntoItsLimit) {
   EXPECT_EQ(speeds_of(&ILTCommandSync::MoveDown), (Words{-20, 10}));
 }
 
-TEST_F(Moves, GiveUpInSilenceWhileACallWaitsUnlessTimeoutsAreIncreased) {
-  start();
-  const Move moves[] = {&ILTCommandSync::MoveLeft, &ILTCommandSync::MoveRight, &ILTCommandSync::MoveUp,
-                        &ILTCommandSync::MoveDown, &ILTCommandSync::StopMove};
-  speeds_of(&ILTCommandSync::MoveDown);
-  later([&] {
-    sent();
-    for (const Move move : moves) EXPECT_EQ(told((commands.get()->*move)()), "1 0 : no error information");
-    EXPECT_EQ(commands->MoveHV(1, 1), S_FALSE);
-    EXPECT_EQ(heard(), Lines{});
-    commands->put_UseIncreasedTimeouts(VARIANT_TRUE);
-    for (const Move move : moves) EXPECT_EQ(told((commands.get()->*move)()).substr(0, 14), "80004005 40001");
-    EXPECT_EQ(told(commands->MoveHV(1, 1)).substr(0, 14), "80004005 40001");
-    EXPECT_TRUE(peer.nothing_to_receive());
-    peer.send(answer(VL_C_Initialize, 0));
-  });
-  EXPECT_EQ(told(commands->Initialize()), "ok");
-  EXPECT_EQ(speeds_of(&ILTCommandSync::MoveDown), (Words{0, 20}));
-}
-
 }  // namespace
 }  // namespace kestrine::test
