@@ -293,7 +293,8 @@ TEST_F(Operations, WaitAsLongAsTheirClassOfTimersInBothTimeoutSettings) {
       }
     }
     peer.send(answer(VL_C_Park, VL_RS_ServerBusy));
-    EXPECT_EQ(told(commands->Park()).substr(0, 11), "80004005 1 ") << "the next call starts afresh";
+    EXPECT_EQ(told(commands->Park()), "80004005 1 Kestrine.LTConnect.1: [10] \"Park\" failed  (status:  Server Busy)")
+        << "the next call starts afresh";
   }
 }
 
