@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "kestrine/error.h"
+#include "platform/test_clock.h"
 #include "protocol/catalogue.h"
 #include "random_packet.h"
 
