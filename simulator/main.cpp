@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "simulator/simulator.h"
+#include "kestrine/simulator.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <utility>
 
+#include "kestrine/simulator.h"
 #include "simulator/measuring/position_display.h"
 #include "simulator/server/session.h"
-#include "simulator/simulator.h"
 #include "simulator/tracker/tracker.h"
 
 namespace kestrine::simulator {
