@@ -63,8 +63,10 @@ asio::ip::tcp::acceptor listen(asio::io_context& context, const Options& options
   try {
     return asio::ip::tcp::acceptor(context, at);
   } catch (const std::system_error& error) {
-    throw std::runtime_error("cannot listen on " + options.address + ":" + std::to_string(options.port) + ": " +
-                             error.code().message());
+    const bool is_privileged = error.code() == asio::error::access_denied;
+    throw std::runtime_error(
+        "cannot listen on " + options.address + ":" + std::to_string(options.port) + ": " + error.code().message() +
+        (is_privileged ? " (ports below 1024 are for privileged users; choose a higher one)" : ""));
   }
 }
 
