@@ -58,7 +58,9 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   ClientTest();
   ~ClientTest() override;
 
-  void set_timeout(std::u16string_view key, int milliseconds);
+  void set_timeout(std::u16string_view key, int milliseconds) {
+    environment.set(key, milliseconds, u"SyncCommandTimeouts");
+  }
   // Makes the connection and fetches its command objects; a listener hears each of them.
   void make(Objects objects = kSync);
   void connect();
