@@ -51,10 +51,10 @@ class Installed(unittest.TestCase):
         self.cmake("--build", self.folder / "build")
         self.assertRegex(self.run_quietly(self.folder / "build/consumer"), A_POINT)
 
-        flags = self.run_quietly("pkg-config", "--cflags", "--libs", "kestrine",
-                                 PKG_CONFIG_PATH=str(prefix / "lib/pkgconfig")).split()
+        description = next(prefix.rglob("kestrine.pc"))
+        flags = self.run_quietly("pkg-config", "--cflags", "--libs", description).split()
         folders = [Path(flag[2:]).resolve() for flag in flags if flag[:2] in ("-I", "-L")]
-        self.assertEqual(folders, [prefix / "include", prefix / "lib"])
+        self.assertEqual(folders, [prefix / "include", description.parents[1]])
 
     def test_the_source_folder_is_a_guest_in_another_project(self):
         self.configure(f"-DKESTRINE_SOURCE={SOURCE}")
