@@ -22,19 +22,6 @@ class Measurement : public ClientTest {
   SingleMeasResult2T result2;
 };
 
-TEST_F(Measurement, TellsWhichKindOfModeItNeeds) {
-  start();
-  connection->measurement().set_mode(VL_MM_Standard);
-  EXPECT_EQ(told(commands->StartContinuousPointMeasurement()),
-            "80004005 40003 Kestrine.LTConnect.1: Currently selected measurement mode does not match requested "
-            "continuous measurement type !");
-  connection->measurement().set_mode(4);
-  EXPECT_EQ(told(commands->MeasureStationaryPointEx(&result)),
-            "80004005 40004 Kestrine.LTConnect.1: Currently selected measurement mode does not match requested "
-            "stationary measurement type !");
-  EXPECT_TRUE(peer.nothing_to_receive());
-}
-
 TEST_F(Measurement, WaitsForTheResultAndNotForItsAcknowledgement) {
   start();
   const auto acknowledged = [&](std::int32_t command) {
@@ -127,6 +114,35 @@ TEST_F(Measurement, NeedsAResultOfItsOwnLayoutUnlessTheTestIsSuppressed) {
   start();
   EXPECT_EQ(outcomes(), (Lines{"ok", "ok", "ok", "ok"}));
   EXPECT_EQ(double{result.dVal1}, 3.5);
+}
+
+TEST(ModeCheck, KeepsBackTheMeasurementsOfBothCommandSetsThatDoNotFitTheMode) {
+  int checked = 0;
+  for (const bool legacy : {false, true}) {
+    for (std::int32_t mode = -1; mode <= 24; ++mode) {
+      connection::MeasurementState state;
+      state.set_mode(mode);
+      state.set_legacy_stationary(legacy);
+      const bool profile = mode >= 20 && mode <= 23;
+      const bool point = mode == 0 || profile;
+      const bool probe = mode == 6 || (legacy && mode == 0);
+      for (const auto rows : {protocol::sync_methods(), protocol::async_methods()}) {
+        for (const protocol::MemberRow& row : rows) {
+          const std::string_view name = row.name;
+          const protocol::Error* expected = nullptr;
+          if (name == "StartContinuousPointMeasurement" && point) expected = &protocol::error::kNotContinuousMode;
+          if (name == "StartContinuousProbeMeasurement" && probe) expected = &protocol::error::kNotContinuousMode;
+          if (name.starts_with("MeasureStationaryPoint") && !point) expected = &protocol::error::kNotStationaryMode;
+          if (name.starts_with("MeasureStationaryProbe") && !probe && !profile) {
+            expected = &protocol::error::kNotStationaryMode;
+          }
+          EXPECT_EQ(state.check_mode(row.mode_check), expected) << name << " in mode " << mode << legacy;
+          checked += expected != nullptr ? 1 : 0;
+        }
+      }
+    }
+  }
+  EXPECT_GT(checked, 100);
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
-// What the operations of ILTCommandAsync do beside sending: mode checks, drives by speed, housekeeping.
+// What operations do beside sending: mode checks, drives by speed, housekeeping.
+#include <algorithm>
 #include <functional>
 
 #include "client_test.h"
+#include "commands/arguments.h"
+#include "platform/test_clock.h"
 
 namespace kestrine::test {
 namespace {
@@ -13,7 +16,7 @@ const std::string kFailed = "80004005 ";
 const std::string kPending = "40001 Kestrine.LTConnect.1: Command failed due to pending synchronous answer";
 const std::string kMisfit = " Kestrine.LTConnect.1: Currently selected measurement mode does not match requested ";
 
-class Senders : public ClientTest {
+class AsyncCommands : public ClientTest {
  protected:
   std::string outcome_of(Plain operation) {
     return outcome([&] { return (async_commands.get()->*operation)(); });
@@ -25,7 +28,7 @@ class Senders : public ClientTest {
   void expect_not_sent(const std::string& came_to) { EXPECT_EQ(came_to.substr(0, 14), "80004005 40002"); }
 };
 
-TEST_F(Senders, AreToldOfAModeThatDoesNotFitBeforeAnythingElse) {
+TEST_F(AsyncCommands, AreToldOfAModeThatDoesNotFitBeforeAnythingElse) {
   start(kBoth);
   const std::pair<Plain, std::string> rows[] = {
       {&ILTCommandAsync::StartContinuousPointMeasurement, "40003" + kMisfit + "continuous measurement type !"},
@@ -37,10 +40,11 @@ TEST_F(Senders, AreToldOfAModeThatDoesNotFitBeforeAnythingElse) {
       EXPECT_EQ(outcome_of(operation), (policy ? "thrown " : "") + kFailed + misfit);
     }
   }
+  EXPECT_EQ(told(commands->StartContinuousPointMeasurement()), kFailed + rows[0].second);
   EXPECT_TRUE(peer.nothing_to_receive());
 }
 
-TEST_F(Senders, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
+TEST_F(AsyncCommands, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
   start(kBoth);
   speeds_of(&ILTCommandAsync::MoveLeft);
   connection->DisconnectEmbeddedSystem();
@@ -60,7 +64,7 @@ TEST_F(Senders, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
   EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveUp), (Words{0, -10}));
 }
 
-TEST_F(Senders, StartFromRestOnAnAxisThatRanIntoItsLimit) {
+TEST_F(AsyncCommands, StartFromRestOnAnAxisThatRanIntoItsLimit) {
   start(kAsync);
   speeds_of(&ILTCommandAsync::MoveLeft);
   speeds_of(&ILTCommandAsync::MoveUp);
@@ -70,7 +74,7 @@ TEST_F(Senders, StartFromRestOnAnAxisThatRanIntoItsLimit) {
   EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveUp), (Words{0, -10}));
 }
 
-TEST_F(Senders, OutliveAHandlerThatDropsEverything) {
+TEST_F(AsyncCommands, OutliveAHandlerThatDropsEverything) {
   ILTCommandAsync* last = nullptr;
   ILTConnect* last_connection = nullptr;
   double value = 0;
@@ -102,14 +106,15 @@ TEST_F(Senders, OutliveAHandlerThatDropsEverything) {
 // Which interface the error information of a failed call names.
 template <class ConnectInterface, class Interface>
 void expect_failures_of(int number, const IID& expected, const IID& of_connection) {
-  dispatch::ProcessState process;
+  dispatch::ProcessState process{connection::kClassicRules};
   objects::GenerationClasses classes(number, process);
-  dispatch::Generation& generation = classes.generation();
+  const auto keep_generation = classes.for_connection();
   using Connect = objects::Connect<ConnectInterface>;
-  const auto connection = Pointer<Connect>::adopt(new Connect(generation));
+  const auto connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   Pointer<IUnknown> objects[2];
   ASSERT_EQ(connection->get_ILTCommandSync(objects[0].put()), S_OK);
   ASSERT_EQ(connection->get_ILTCommandAsync(objects[1].put()), S_OK);
+  platform::advance_clock(std::chrono::milliseconds(100));  // young objects that go are taken for mixed generations
   const auto async_commands = objects[1].query<Interface>();
   ASSERT_TRUE(async_commands);
   const auto interface_of = [](HRESULT result) {
@@ -121,15 +126,90 @@ void expect_failures_of(int number, const IID& expected, const IID& of_connectio
   };
   EXPECT_EQ(interface_of(async_commands->Park()), expected) << "not sent";
   EXPECT_EQ(interface_of(async_commands->StartContinuousPointMeasurement()), expected) << "the mode does not fit";
-  dynamic_cast<commands::SyncCommandObject&>(*generation.objects().sync()).begin_wait(VL_C_Park);
-  EXPECT_EQ(interface_of(async_commands->Park()), expected) << "refused";
   double value = 0;
   EXPECT_EQ(interface_of(connection->GetConstant(static_cast<KR_Constant>(-1), &value)), of_connection);
 }
 
-TEST_F(Senders, FailAsTheirConnectionDoesUnderTheInterfaceOfTheGeneration) {
+TEST_F(AsyncCommands, FailAsTheirConnectionDoesUnderTheInterfaceOfTheGeneration) {
   expect_failures_of<ILTConnect, ILTCommandAsync>(1, IID_ILTCommandAsync, IID_ILTConnect);
   expect_failures_of<ILTConnect2, ILTCommandAsync2>(2, IID_ILTCommandAsync2, IID_ILTConnect2);
+}
+
+using Move = HRESULT (ILTCommandSync::*)();
+
+class Moves : public ClientTest {
+ protected:
+  // The speeds that the move sends; the server answers with the status.
+  Words speeds_of(Move move, std::int32_t status = 0) {
+    peer.send(answer(VL_C_MoveHV, status));
+    outcome = (commands.get()->*move)();
+    return sent(12);
+  }
+  HRESULT outcome = S_OK;
+};
+
+// The operation of either command set, which are driven alike.
+protocol::Speed speed_of(std::span<const protocol::MemberRow> rows, std::string_view name) {
+  return std::ranges::find(rows, name, &protocol::MemberRow::name)->speed;
+}
+
+TEST(DriveSpeeds, StepFromRestToTheStopsAndBack) {
+  for (const auto rows : {protocol::sync_methods(), protocol::async_methods()}) {
+    for (const auto& [less, more, axis] :
+         {std::tuple{"MoveLeft", "MoveRight", 0u}, std::tuple{"MoveUp", "MoveDown", 1u}}) {
+      commands::DriveSpeeds speeds;
+      Words expected = {0, 0};
+      const auto step = [&, at = axis](const char* name, std::int32_t by, int times) {
+        for (; times > 0; --times) {
+          speeds.step(speed_of(rows, name));
+          expected[at] = std::clamp(expected[at] + by, -100, 100);
+          const commands::DriveSpeeds sent = speeds.to_send(speed_of(rows, name), nullptr);
+          EXPECT_EQ((Words{sent.horizontal, sent.vertical}), expected);
+          speeds.sent(speed_of(rows, name));
+        }
+      };
+      step(less, -10, 11);
+      step(more, 10, 22);
+      step(less, -10, 10);
+      EXPECT_EQ(expected, (Words{0, 0}));
+      step(more, 10, 3);
+      speeds.step(speed_of(rows, "StopMove"));
+      EXPECT_TRUE(speeds.horizontal == 0 && speeds.vertical == 0);
+    }
+  }
+}
+
+TEST(DriveSpeeds, GivenOnesAreClampedAndTheStoredOnesForgottenOnceTheyAreSent) {
+  const protocol::Speed given_speed = speed_of(protocol::sync_methods(), "MoveHV");
+  const std::pair<Words, Words> cases[] = {{{250, -250}, {100, -100}}, {{100, -100}, {100, -100}},
+                                           {{-101, 101}, {-100, 100}}, {{INT32_MIN, INT32_MAX}, {-100, 100}},
+                                           {{7, -99}, {7, -99}},       {{0, 0}, {0, 0}}};
+  for (const auto& [given, expected] : cases) {
+    commands::DriveSpeeds speeds{-30, 20};
+    commands::Argument arguments[2];
+    for (std::size_t i = 0; i < 2; ++i) arguments[i].i32 = given[i];
+    speeds.step(given_speed);
+    const commands::DriveSpeeds sent = speeds.to_send(given_speed, arguments);
+    EXPECT_EQ((Words{sent.horizontal, sent.vertical}), expected);
+    EXPECT_TRUE(speeds.horizontal == -30 && speeds.vertical == 20) << "not sent yet";
+    speeds.sent(given_speed);
+    EXPECT_TRUE(speeds.horizontal == 0 && speeds.vertical == 0);
+  }
+}
+
+TEST_F(Moves, StartAgainFromRestOnAnAxisThatRanIntoItsLimit) {
+  start();
+  speeds_of(&ILTCommandSync::MoveLeft);
+  speeds_of(&ILTCommandSync::MoveUp, 703);
+  EXPECT_EQ(outcome, E_FAIL);
+  EXPECT_EQ(speeds_of(&ILTCommandSync::MoveLeft, 704), (Words{-10, -10}));
+  EXPECT_EQ(speeds_of(&ILTCommandSync::MoveUp), (Words{-10, -10}));
+  deliver(answer(VL_C_Unknown, 704, VL_DT_Error));  // an error packet of no command counts, too
+  EXPECT_EQ(speeds_of(&ILTCommandSync::MoveLeft), (Words{-20, 0}));
+  peer.send(answer(VL_C_Initialize, 703));
+  commands->Initialize();
+  sent();
+  EXPECT_EQ(speeds_of(&ILTCommandSync::MoveDown), (Words{-20, 10}));
 }
 
 }  // namespace

@@ -138,8 +138,7 @@ TypedCall call_member(Interface& commands, HRESULT (Interface::*member)(Paramete
 template <class Interface>
 struct Operation : protocol::MemberRow {
   TypedCall (*member)(Interface&, std::mt19937&, const std::set<std::size_t>& flags);
-  std::size_t slot;   // in the table of the interface's virtual functions
-  std::string types;  // a letter for each parameter, a capital for an output
+  std::size_t slot;  // in the table of the interface's virtual functions
 
   TypedCall call(Interface& commands, std::mt19937& random) const {
     std::set<std::size_t> flags;
@@ -162,23 +161,13 @@ struct Operation : protocol::MemberRow {
   }
 };
 
-template <class Parameter>
-constexpr char kLetter = std::is_same_v<Parameter, double>         ? 'd'
-                         : std::is_same_v<Parameter, VARIANT_BOOL> ? 'b'
-                         : std::is_same_v<Parameter, BSTR>         ? 't'
-                         : std::is_same_v<Parameter, VARIANT>      ? 'v'
-                         : std::is_class_v<Parameter>              ? 'r'
-                                                                   : 'l';
-template <class Value>
-constexpr char kLetter<Value*> = std::is_same_v<Value*, BSTR> ? 't' : static_cast<char>(kLetter<Value> - 'a' + 'A');
-
 // A pointer to a virtual member begins with the offset of its entry in the table; some machines mark that with the
 // lowest bit.
 template <class Interface, class... Parameters>
 Operation<Interface> operation_of(HRESULT (Interface::*member)(Parameters...), const protocol::MemberRow& row) {
   std::uintptr_t offset = 0;
   std::memcpy(&offset, &member, sizeof offset);
-  return {row, nullptr, (offset & ~std::uintptr_t{1}) / sizeof(void*), {kLetter<Parameters>...}};
+  return {row, nullptr, (offset & ~std::uintptr_t{1}) / sizeof(void*)};
 }
 
 template <class Interface, auto... Members>
@@ -198,7 +187,13 @@ using SyncOperation = Operation<ILTCommandSync>;
 using AsyncOperation = Operation<ILTCommandAsync>;
 
 // In the order of their identifiers.
-const std::vector<SyncOperation>& sync_operations();
-const std::vector<AsyncOperation>& async_operations();
+inline const std::vector<SyncOperation>& sync_operations() {
+  static const auto all = operations_of<ILTCommandSync>(SyncMembers(), protocol::sync_methods());
+  return all;
+}
+inline const std::vector<AsyncOperation>& async_operations() {
+  static const auto all = operations_of<ILTCommandAsync>(AsyncMembers(), protocol::async_methods());
+  return all;
+}
 
 }  // namespace kestrine::test

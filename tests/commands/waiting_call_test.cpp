@@ -1,8 +1,11 @@
 // One waiting call from its beginning to its end.
 #include <chrono>
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
 #include "client_test.h"
-#include "kestrine/com_error.h"
 #include "kestrine/host.h"
 
 namespace kestrine::test {
@@ -12,34 +15,6 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 class WaitingCall : public ClientTest {};
-
-TEST_F(WaitingCall, EndsAsTheServersStatusSays) {
-  start();
-  connection->put_ExceptionHandlingPolicy(1);  // what waits never throws
-  const struct {
-    std::int32_t status;
-    std::string outcome;
-    std::string text;
-  } cases[] = {
-      {0, "ok", ""},
-      {11, "1 11 Kestrine.LTCommandSync.1: ", "Warning: Parameter 1 out of range but still accepted"},
-      {21, "1 21 Kestrine.LTCommandSync.1: ", "Warning: Parameter 6 out of range but still accepted"},
-      {1, "80004005 1 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  Server Busy)"},
-      {36, "80004005 36 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  Unknown status)"},
-      {150, "80004005 150 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  TRK #150)"},
-      {5000, "80004005 5000 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  5000)"},
-      {50000,
-       "80004005 50000 Kestrine.LTConnect.1: ", "[7] \"Initialize\" failed  (status:  Unknown status (unexpected))"},
-  };
-  for (const auto& [status, outcome, text] : cases) {
-    peer.send(answer(VL_C_Initialize, status));
-    EXPECT_EQ(told(commands->Initialize()), outcome + text);
-    EXPECT_EQ(sent(0), (std::vector<std::int32_t>{12, 0, VL_C_Initialize}));
-    EXPECT_EQ(connection->last_result_status(), status);
-    const bool raised = outcome.starts_with("8");
-    EXPECT_EQ(heard(), raised ? Lines{"sync ExceptionEvent " + std::to_string(status) + " '" + text + "'"} : Lines{});
-  }
-}
 
 TEST_F(WaitingCall, NamesItsInterfaceInTheErrorInformation) {
   start();
@@ -52,29 +27,6 @@ TEST_F(WaitingCall, NamesItsInterfaceInTheErrorInformation) {
     info->GetGUID(&iid);
     EXPECT_TRUE(iid == IID_ILTCommandSync);
   }
-}
-
-TEST_F(WaitingCall, RefusesASecondOneBeforeAnythingIsSent) {
-  start(kBoth);
-  connection->put_ExceptionHandlingPolicy(1);
-  std::string refusal;
-  later([&] {
-    EXPECT_EQ(sent(), std::vector<std::int32_t>{VL_C_Initialize});
-    refusal = told(commands->ReleaseMotors());
-    EXPECT_THROW(commands->GetReflectors(), _com_error);
-    connection->put_ExceptionHandlingPolicy(0);
-    EXPECT_EQ(told(commands->GetReflectors()), refusal);
-    EXPECT_TRUE(peer.nothing_to_receive());
-    EXPECT_TRUE(engine().is_awaiting_answer(VL_C_Initialize));
-    peer.send(answer(VL_C_Initialize, 0));
-  });
-  EXPECT_EQ(told(commands->Initialize()), "ok");
-  const std::string text = "Command failed due to pending synchronous answer";
-  EXPECT_EQ(refusal, "80004005 40001 Kestrine.LTConnect.1: " + text);
-  const std::string told_sync = "sync ExceptionEvent 40001 '" + text + "'";
-  const std::string told_async = "async ExceptionEvent 40001 '" + text + "'";
-  EXPECT_EQ(heard(), (Lines{told_sync, told_async, told_sync, told_async, told_sync, told_async,
-                            "async CommandCompletedData 7"}));
 }
 
 TEST_F(WaitingCall, OfTheCommandWithTheNumberZeroRefusesASecondOneToo) {
@@ -90,23 +42,6 @@ TEST_F(WaitingCall, OfTheCommandWithTheNumberZeroRefusesASecondOneToo) {
   EXPECT_TRUE(peer.nothing_to_receive());
 }
 
-TEST_F(WaitingCall, TellsOfATimeoutWithTheNumberThatTheTimeoutSettingGives) {
-  set_timeout(u"StandardWaitTime", 25);
-  start();
-  deliver(answer(VL_C_Park, VL_RS_ServerBusy));
-  const std::string source = " Kestrine.LTConnect.1: ";
-  const std::string text = "[8]  Release Motors:  No answer, timed out!";
-  EXPECT_EQ(told(commands->ReleaseMotors()), "80004005 36" + source + text);
-  commands->put_UseIncreasedTimeouts(VARIANT_TRUE);
-  EXPECT_EQ(told(commands->ReleaseMotors()), "80004005 40028" + source + text);
-  EXPECT_EQ(connection->last_result_status(), VL_RS_ServerBusy);  // only packets change that one
-  EXPECT_EQ(heard(), (Lines{"sync ExceptionEvent 36 '" + text + "'", "sync ExceptionEvent 40028 '" + text + "'"}));
-  // The next call starts afresh.
-  peer.send(answer(VL_C_ReleaseMotors, VL_RS_ServerBusy));
-  EXPECT_EQ(told(commands->ReleaseMotors()),
-            "80004005 1" + source + "[8] \"Release Motors\" failed  (status:  Server Busy)");
-}
-
 TEST_F(WaitingCall, EndsWhenItsHostGivesUp) {
   start();
   int asked = 0;
@@ -119,35 +54,27 @@ TEST_F(WaitingCall, EndsWhenItsHostGivesUp) {
   EXPECT_EQ(told(commands->Park()), "ok");
 }
 
-TEST_F(WaitingCall, SleepsWholeSlicesUnlessWokenEarly) {
+class SlicedCall : public ClientTest {
+ protected:
+  SlicedCall() : ClientTest(connection::kClassicRules) {}
+};
+
+TEST_F(SlicedCall, LooksAtItsMessagesEveryTenMilliseconds) {
   start();
-  const auto time_of_calls = [&](int calls) {
-    const auto begin = Clock::now();
-    for (int i = 0; i < calls; ++i) {
-      peer.send(answer(VL_C_Initialize, 0));
-      EXPECT_EQ(told(commands->Initialize()), "ok");
-    }
-    return Clock::now() - begin;
-  };
-  EXPECT_LT(time_of_calls(30), 250ms);
-  host::set_early_wake(false);
-  EXPECT_GE(time_of_calls(3), 30ms);
+  const auto begin = Clock::now();
+  for (int i = 0; i < 3; ++i) {
+    peer.send(answer(VL_C_Initialize, 0));
+    EXPECT_EQ(told(commands->Initialize()), "ok");
+  }
+  EXPECT_GE(Clock::now() - begin, 30ms);
 }
 
-TEST_F(WaitingCall, IsNotDelayedByAServerThatReadsItsRequestInPieces) {
+TEST_F(WaitingCall, IsNotHeldBackByTheSystem) {
   start();
-  // Reading in two steps makes a peer hold back what would release small writes that wait for more.
-  peer.run([](ScriptedPeer& server) {
-    for (int i = 0; i < 20; ++i) {
-      server.receive(4);
-      server.receive(8);
-      server.send(answer(VL_C_GoBirdBath, 0));
-    }
-  });
-  const auto begin = Clock::now();
-  for (int i = 0; i < 20; ++i) EXPECT_EQ(told(commands->GoBirdBath()), "ok");
-  EXPECT_LT(Clock::now() - begin, 500ms);
-  peer.finish();
+  int on = 0;
+  socklen_t length = sizeof on;
+  EXPECT_EQ(::getsockopt(peer.client_descriptor(), IPPROTO_TCP, TCP_NODELAY, &on, &length), 0);
+  EXPECT_NE(on, 0);
 }
 
 TEST_F(WaitingCall, LosesAQuitMessageAndDropsTheIdleNotice) {

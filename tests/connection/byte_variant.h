@@ -29,21 +29,6 @@ struct ByteVariant {
   VARIANT variant{};
 };
 
-// Calls `take` with every variant that refers to the array, or to a variant that has it.
-template <class Take>
-void through_references(ByteVariant& data, Take take) {
-  VARIANT array{};
-  array.vt = VT_BYREF | VT_ARRAY | VT_UI1;
-  array.pparray = &data.variant.parray;
-  take(&array);
-  VARIANT outer{};
-  outer.vt = VT_BYREF | VT_VARIANT;
-  for (VARIANT* inner : {&data.variant, &array}) {
-    outer.pvarVal = inner;
-    take(&outer);
-  }
-}
-
 // Words, then doubles: each holds `base` and its distance from the first, a double one half more.
 inline void put_fields(Bytes& bytes, std::size_t at, int words, int doubles, int base) {
   for (int i = 0; i < words; ++i, at += 4) put_i32(bytes, at, base + 4 * i);
@@ -63,12 +48,15 @@ inline constexpr PacketKind kPoints{VL_DT_MultiMeasResult, 3, 3, 3};
 inline constexpr PacketKind kPoints2{VL_DT_MultiMeasResult2, 3, 3, 10};
 inline constexpr PacketKind kProbes{VL_DT_ContinuousProbeMeasResult, 8, 5, 24};
 
+inline constexpr std::int32_t kTryMode = 0x1234'8300;  // a flag, of which the low half counts
+
 // Element k begins at 1000 (k + 1).
 inline Bytes continuous(const PacketKind& kind, int elements) {
   const std::size_t size = kind.first() + kind.element() * static_cast<std::size_t>(elements);
   Bytes bytes = packet(static_cast<std::int32_t>(size), kind.type);
   put_fields(bytes, 12, kind.header_words, 3, 12);
   put_i32(bytes, 12, elements);
+  put_i32(bytes, 20, kTryMode);
   for (int k = 0; k < elements; ++k) {
     put_fields(bytes, kind.first() + kind.element() * static_cast<std::size_t>(k), kind.element_words,
                kind.element_doubles, 1000 * (k + 1));

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "byte_variant.h"
+#include "connection/byte_arrays.h"
 
 namespace kestrine::test {
 namespace {
@@ -33,11 +34,9 @@ class StillImageTest : public ClientTest {
       EXPECT_TRUE(size == -77 && file.vt == VT_I4);
       return {};
     }
-    EXPECT_EQ(file.vt, VT_ARRAY | VT_UI1);
-    const auto* bytes = static_cast<const std::uint8_t*>(file.parray->pvData);
-    const Bytes copy(bytes, bytes + file.parray->rgsabound[0].cElements);
+    const auto bytes = connection::bytes_of(&file).value();
+    const Bytes copy(bytes.begin(), bytes.end());
     EXPECT_EQ(static_cast<std::size_t>(size), copy.size());
-    EXPECT_EQ(file.parray->rgsabound[0].lLbound, 0);
     VariantClear(&file);
     return copy;
   }
@@ -88,7 +87,7 @@ class DiskFileTest : public ClientTest {
   }
   Bytes content() const {
     const std::string text = text_of(name);
-    return Bytes(text.begin(), text.end());
+    return {text.begin(), text.end()};
   }
   static std::ptrdiff_t open_descriptors() {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
@@ -127,9 +126,8 @@ TEST_F(DiskFileTest, AFileThatCannotBeWrittenFailsAndIsNotLeftOpen) {
   ByteVariant much(Bytes(1'000'000));
   EXPECT_EQ(write(little, (folder / "missing" / "a").string()), kNotWritten);
   EXPECT_EQ(write(little, folder.string()), kNotWritten);
-  for (VARIANT* data : {static_cast<VARIANT*>(little), static_cast<VARIANT*>(much)}) {
-    EXPECT_EQ(write(data, "/dev/full"), kNotWritten);
-  }
+  EXPECT_EQ(write(little, "/dev/full"), kNotWritten);
+  EXPECT_EQ(write(much, "/dev/full"), kNotWritten);
   EXPECT_EQ(open_descriptors(), before);
 }
 

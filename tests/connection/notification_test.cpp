@@ -9,41 +9,32 @@ constexpr auto kUnknownMethod = static_cast<KR_NotifyMethod>(7);
 
 class NotificationTest : public ClientTest {
  protected:
-  struct Note {
-    std::uint32_t message;
-    std::uint64_t wparam;
-    std::int64_t lparam;
-
-    bool operator==(const Note&) const = default;
-  };
-
   NotificationTest() {
     host::set_window_message_hook([this](std::uint32_t message, std::uint64_t wparam, std::int64_t lparam) {
-      notes.push_back({message, wparam, lparam});
       if (connection->notification().method == KR_NM_WM_CopyData) {
-        record = *reinterpret_cast<const COPYDATASTRUCT*>(lparam);
-        const auto* bytes = static_cast<const std::uint8_t*>(record.lpData);
-        copied.assign(bytes, bytes + record.cbData);
+        const auto& record = *reinterpret_cast<const COPYDATASTRUCT*>(lparam);
+        copied_from = static_cast<const std::uint8_t*>(record.lpData);
+        copied.assign(copied_from, copied_from + record.cbData);
+        lparam = record.dwData;
       }
+      notes.push_back(tell(message) + " " + tell(wparam) + " " + tell(lparam));
       if (then) std::exchange(then, {})();
     });
   }
   ~NotificationTest() override { host::set_window_message_hook({}); }
 
+  static std::string tell(auto number) { return std::to_string(number); }
   void select(KR_NotifyMethod method, std::int32_t cookie = 2'100) {
     ASSERT_EQ(connection->SelectNotificationMethod(method, 0, cookie), S_OK);
   }
   // What the packet brings about once it has been dispatched.
-  std::vector<Note> notes_of(const Bytes& bytes) {
+  Lines notes_of(const Bytes& bytes) {
     receive(bytes);
     return std::exchange(notes, {});
   }
-  std::vector<Note> notify_of(std::int32_t size, std::uint32_t cookie = 2'100) const {
-    return {{cookie, cookie, size}};
-  }
 
-  std::vector<Note> notes;
-  COPYDATASTRUCT record{};  // of the last message with one
+  Lines notes;  // message, first parameter, second one; for a message with a record the record's number
+  const std::uint8_t* copied_from = nullptr;
   Bytes copied;
   std::function<void()> then;  // what the hook does besides, once
 };
@@ -53,26 +44,19 @@ TEST_F(NotificationTest, TellsOfEveryKindOfPacketInTheChosenWay) {
   for (const auto method : {KR_NM_None, KR_NM_WM_CopyData, KR_NM_Event, KR_NM_WM_Notify, kUnknownMethod}) {
     for (const std::int32_t cookie : {2'100, -2}) {
       select(method, cookie);
-      const auto number = static_cast<std::uint32_t>(cookie);
+      const std::string number = tell(static_cast<std::uint32_t>(cookie));
       for (std::int32_t type = VL_DT_Command; type <= VL_DT_ProbePosResult; ++type) {
         SCOPED_TRACE(testing::Message() << "method " << method << ", cookie " << cookie << ", type " << type);
         const Bytes bytes = filled(24 + 3 * type, type);
-        const auto told = notes_of(bytes);
+        Lines expected;
+        if (method == KR_NM_WM_CopyData) expected = {"74 " + tell(generation.window()) + " " + number};
+        if (method == KR_NM_WM_Notify) expected = {number + " " + number + " " + tell(bytes.size())};
+        EXPECT_EQ(notes_of(bytes), expected);
         if (method == KR_NM_WM_CopyData) {
-          ASSERT_EQ(told.size(), 1u);
-          EXPECT_EQ(told[0].message, 0x4Au);
-          EXPECT_EQ(told[0].wparam, static_cast<std::uint64_t>(generation.window()));
-          EXPECT_EQ(record.dwData, number);
-          EXPECT_EQ(record.cbData, bytes.size());
-          EXPECT_EQ(record.lpData, connection->buffers().for_type(type).bytes);
+          EXPECT_EQ(copied_from, connection->buffers().for_type(type).bytes);
           EXPECT_EQ(copied, bytes);
-        } else {
-          EXPECT_EQ(told, method == KR_NM_WM_Notify ? notify_of(24 + 3 * type, number) : std::vector<Note>());
         }
-        const Lines events = heard();
-        if (method != KR_NM_Event) {
-          EXPECT_EQ(events, Lines());
-        }
+        EXPECT_EQ(heard().empty(), method != KR_NM_Event || type == VL_DT_Command);
       }
     }
   }
@@ -80,17 +64,13 @@ TEST_F(NotificationTest, TellsOfEveryKindOfPacketInTheChosenWay) {
 
 TEST_F(NotificationTest, ComesLastAndLeavesWaitingCallsTheirAnswers) {
   start(kBoth);
-  for (const auto method : {KR_NM_None, KR_NM_Event, KR_NM_WM_CopyData, KR_NM_WM_Notify, kUnknownMethod}) {
+  for (const auto method : {KR_NM_None, KR_NM_WM_CopyData, KR_NM_WM_Notify, kUnknownMethod}) {
     select(method);
-    connection->set_last_result_status(-1);
     std::string seen = "nothing";
-    then = [&] {
-      seen = std::to_string(connection->last_result_status()) + (engine().is_answer_pending() ? " waiting" : " served");
-    };
+    then = [&] { seen = tell(connection->last_result_status()) + (engine().is_answer_pending() ? "" : " served"); };
     peer.send(answer(VL_C_ReleaseMotors, 11));
     EXPECT_EQ(told(commands->ReleaseMotors()).substr(0, 4), "1 11") << method;
-    const bool by_message = method == KR_NM_WM_CopyData || method == KR_NM_WM_Notify;
-    EXPECT_EQ(seen, by_message ? "11 served" : "nothing") << method;
+    EXPECT_EQ(seen, method == KR_NM_None || method == kUnknownMethod ? "nothing" : "11 served") << method;
   }
 }
 
@@ -107,29 +87,22 @@ TEST_F(NotificationTest, IsNotGivenOfBrokenPacketsNorOfTimers) {
   }
 }
 
-TEST_F(NotificationTest, StaysAsChosenWhenATargetIsRefusedAndAcrossConnections) {
+TEST_F(NotificationTest, StaysAsChosenUntilTheNextPacketOfAnyConnection) {
   start(kBoth);
-  select(KR_NM_WM_Notify);
-  EXPECT_EQ(connection->SelectNotificationMethod(KR_NM_None, 1, 5), E_FAIL);
-  EXPECT_EQ(notes_of(status_change(26)), notify_of(12));
-  connection->DisconnectEmbeddedSystem();
-  connect();
-  EXPECT_EQ(notes_of(status_change(26)), notify_of(12));
-  connection->DisconnectEmbeddedSystem();
-  select(KR_NM_WM_Notify, 2'200);
-  connect();
-  EXPECT_EQ(notes_of(status_change(26)), notify_of(12, 2'200));
-}
-
-TEST_F(NotificationTest, GoesByTheMethodThatAPacketMeetsWhateverItsHandlersChoose) {
-  start(kBoth);
+  for (const std::int32_t cookie : {2'100, 2'200}) {
+    select(KR_NM_WM_Notify, cookie);
+    EXPECT_EQ(connection->SelectNotificationMethod(KR_NM_None, 1, 5), E_FAIL) << "a target is refused";
+    connection->DisconnectEmbeddedSystem();
+    connect();
+    EXPECT_EQ(notes_of(status_change(26)), Lines{tell(cookie) + " " + tell(cookie) + " 12"});
+  }
   for (const auto method : {KR_NM_WM_CopyData, KR_NM_WM_Notify}) {
     select(KR_NM_Event);
     sync_listener->handler = [&](DISPID) {
       select(method);
       return S_OK;
     };
-    EXPECT_EQ(notes_of(status_change(26)), std::vector<Note>()) << method;
+    EXPECT_EQ(notes_of(status_change(26)), Lines()) << "whatever the handlers of the packet choose";
     EXPECT_EQ(notes_of(status_change(26)).size(), 1u) << method;
   }
 }
@@ -137,19 +110,15 @@ TEST_F(NotificationTest, GoesByTheMethodThatAPacketMeetsWhateverItsHandlersChoos
 TEST_F(NotificationTest, MayBeFollowedByAnyCallFromTheHook) {
   start(kBoth);
   select(KR_NM_WM_Notify);
-  Bytes fetched;
-  then = [&] { fetched = data(); };
-  notes_of(answer(VL_C_Park, 3));
-  EXPECT_EQ(fetched, answer(VL_C_Park, 3));
-
   std::string outcome;
   then = [&] {
+    EXPECT_EQ(data(), status_change(26));
     peer.send(answer(VL_C_ReleaseMotors, 0));
     outcome = told(commands->ReleaseMotors());
   };
   const auto both = notes_of(status_change(26));
   EXPECT_EQ(outcome, "ok");
-  EXPECT_EQ(both, (std::vector<Note>{{2'100, 2'100, 12}, {2'100, 2'100, 16}}));
+  EXPECT_EQ(both, (Lines{"2100 2100 12", "2100 2100 16"}));
 
   then = [&] { select(KR_NM_None); };
   EXPECT_EQ(notes_of(answer(VL_C_Park, 0)).size(), 1u);

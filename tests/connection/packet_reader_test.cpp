@@ -19,58 +19,72 @@ constexpr int kWouldBlock = -1;
 constexpr int kError = -2;
 constexpr int kEnd = 0;
 
+// What the next reads bring: bytes, no more than so many at a time, or an outcome without any, so many times over.
+struct Step {
+  Bytes bytes = {};
+  std::size_t most = 1'000'000;
+  int outcome = 1;
+  int times = 1;
+  bool peek_only = false;
+};
+using Script = std::deque<Step>;
+
+Step none(int outcome, int times = 1) {
+  return {.outcome = outcome, .times = times};
+}
+// Bytes that a peek sees and no read gets.
+Step seen(const Bytes& bytes) {
+  return {.bytes = bytes, .peek_only = true};
+}
+
 class FakeSource final : public connection::ByteSource {
  public:
-  // Bytes that one read returns together.
-  void feed(const Bytes& bytes) { steps_.push_back({bytes, 1, false}); }
-  // Bytes that a peek sees and no read gets.
-  void feed_peek(const Bytes& bytes) { steps_.push_back({bytes, 1, true}); }
-  void feed(int outcome, int times = 1) {
-    steps_.insert(steps_.end(), static_cast<std::size_t>(times), {{}, outcome, false});
-  }
-
   bool is_open() const override { return open; }
   int receive(void* into, int bytes, bool peek) override {
     (peek ? peeks : reads).push_back(bytes);
-    if (steps_.empty()) {
+    if (script.empty()) {
       last_outcome_ = kWouldBlock;
       return endless ? std::min(bytes, 1) : -1;
     }
-    Step& step = steps_.front();
+    Step& step = script.front();
     last_outcome_ = step.outcome;
-    const auto count = std::min(step.bytes.size(), static_cast<std::size_t>(bytes));
+    const std::size_t count = std::min({step.bytes.size(), step.most, static_cast<std::size_t>(bytes)});
     std::copy_n(step.bytes.begin(), count, static_cast<std::uint8_t*>(into));
     if (step.peek_only || !peek) {
       step.bytes.erase(step.bytes.begin(), step.bytes.begin() + static_cast<std::ptrdiff_t>(count));
     }
-    if (step.bytes.empty()) steps_.pop_front();
+    if (step.bytes.empty() && --step.times == 0) script.pop_front();
     return last_outcome_ < 0 ? -1 : static_cast<int>(count);
   }
   bool would_block() const override { return last_outcome_ == kWouldBlock; }
-  void nap() override { ++naps; }
+  bool comes_later(int bytes) override {
+    awaited = bytes;
+    return leaves_parts;
+  }
+  bool nap(std::int32_t milliseconds) override {
+    longest_nap = std::max(longest_nap, milliseconds);
+    return ++naps != patience;
+  }
   void beep(std::uint32_t hertz, std::uint32_t milliseconds) override {
     signs.push_back("beep " + std::to_string(hertz) + " " + std::to_string(milliseconds));
   }
   void trace(std::u16string_view key, std::u16string_view text) override {
     signs.push_back(to_utf8(key) + " " + to_utf8(text));
   }
-  bool dry() const { return steps_.empty(); }
 
+  Script script;
   std::vector<int> peeks;
   std::vector<int> reads;
   int naps = 0;
+  std::int32_t longest_nap = 0;
+  int patience = -1;  // naps until the wait is given up
+  int awaited = 0;    // bytes
+  bool leaves_parts = false;
   bool open = true;
-  bool endless = false;  // a byte for every read once the steps are over
+  bool endless = false;  // a byte for every read once the script is over
   Lines signs;
 
  private:
-  struct Step {
-    Bytes bytes;
-    int outcome;
-    bool peek_only;
-  };
-
-  std::deque<Step> steps_;
   int last_outcome_ = kWouldBlock;
 };
 
@@ -81,13 +95,24 @@ const std::string kRecv4 = "recv4 unknown socket reading error";
 const std::string kRecv6 = "recv6 unecpected packet boundary (peek)";
 const std::string kSocketBeep = "beep 1000 200";
 const std::string kDiscardBeep = "beep 250 10";
-const Lines kDiscarded = {kRecv4, kDiscardBeep};
 
 class PacketReaderTest : public testing::Test, private connection::PacketConsumer {
  protected:
-  bool read() { return reader.on_readable(buffers); }
+  bool read(const Script& script = {}) {
+    source.script.insert(source.script.end(), script.begin(), script.end());
+    return reader.on_readable(buffers);
+  }
   void read_without_a_header(int times) {
     for (int i = 0; i < times; ++i) EXPECT_TRUE(read());
+  }
+  // Reads once: whether the stream stays in step, what packets there are by now, and what is kept of the latest.
+  void expect_read(const Script& script, bool in_step, const std::vector<Bytes>& all, const Bytes& kept) {
+    EXPECT_EQ(read(script), in_step);
+    EXPECT_EQ(packets, all);
+    EXPECT_TRUE(std::ranges::equal(buffers.latest(), kept));
+    EXPECT_EQ(out_of_step, in_step ? 0 : 1);
+    EXPECT_EQ(std::ranges::count(source.signs, kRecv4), out_of_step);
+    EXPECT_EQ(std::ranges::count(source.signs, kDiscardBeep), out_of_step);
   }
   void start_over() {
     source = {};
@@ -95,7 +120,6 @@ class PacketReaderTest : public testing::Test, private connection::PacketConsume
     buffers.set_latest({});
     out_of_step = 0;
   }
-  Bytes latest() const { return {buffers.latest().begin(), buffers.latest().end()}; }
 
   FakeSource source;
   connection::ReceiveBuffers buffers;
@@ -115,15 +139,9 @@ class PacketReaderTest : public testing::Test, private connection::PacketConsume
 TEST_F(PacketReaderTest, OnePacketIsReadForOneNotificationByOnePeekAndOneRead) {
   const Bytes first = filled(16, VL_DT_Command);
   const Bytes second = filled(36, VL_DT_ReflectorPosResult);
-  source.feed(first + second);
-  EXPECT_TRUE(read());
-  EXPECT_EQ(packets, std::vector<Bytes>{first});
-  EXPECT_EQ(capacity, 131'072);
-  EXPECT_EQ(latest(), first);
-  EXPECT_TRUE(read());
-  EXPECT_EQ(packets, (std::vector<Bytes>{first, second}));
-  EXPECT_EQ(capacity, 1'024);
-  EXPECT_EQ(source.peeks, (std::vector{8, 8}));
+  expect_read({{first + second}}, true, {first}, first);
+  expect_read({}, true, {first, second}, second);
+  EXPECT_EQ(source.peeks, (std::vector{64, 64}));
   EXPECT_EQ(source.reads, (std::vector{16, 36}));
   EXPECT_EQ(source.signs, Lines());
 }
@@ -131,45 +149,34 @@ TEST_F(PacketReaderTest, OnePacketIsReadForOneNotificationByOnePeekAndOneRead) {
 TEST_F(PacketReaderTest, AHeaderInTwoPiecesSurvivesWhereverItIsCut) {
   const Bytes sent = filled(36, VL_DT_ReflectorPosResult);
   for (std::size_t at = 1; at < 8; ++at) {
+    SCOPED_TRACE(at);
     start_over();
     const auto [first, rest] = cut(sent, at);
-    source.feed(first);
-    EXPECT_TRUE(read());
-    EXPECT_TRUE(source.dry()) << "a fragment left in the socket could keep the peer from sending the rest";
-    EXPECT_EQ(source.signs, at == 4 ? Lines() : Lines({kSocketBeep, kRecv6})) << at;
-    source.feed(rest);
-    EXPECT_TRUE(read());
-    EXPECT_EQ(packets, std::vector<Bytes>{sent}) << at;
+    EXPECT_TRUE(read({{first}}));
+    EXPECT_TRUE(source.script.empty()) << "a fragment left in the socket could keep the peer from sending the rest";
+    EXPECT_EQ(source.signs, at == 4 ? Lines() : Lines({kSocketBeep, kRecv6}));
+    expect_read({{rest}}, true, {sent}, sent);
     const int left = static_cast<int>(8 - at);
-    EXPECT_EQ(source.peeks, (std::vector{8, left}));
+    EXPECT_EQ(source.peeks, (std::vector{64, 64 - static_cast<int>(at)}));
     EXPECT_EQ(source.reads, (std::vector{static_cast<int>(at), left + 28}));
   }
 }
 
 TEST_F(PacketReaderTest, AHeaderInThreePiecesIsLostWithTheStreamAndANewStreamBeginsAnew) {
   const Bytes sent = filled(16, VL_DT_Command);
-  for (const bool restarts : {false, true}) {
-    start_over();
-    const auto [first, rest] = cut(sent, 2);
-    source.feed(first);
-    EXPECT_TRUE(read());
-    if (restarts) {
-      read_without_a_header(28);
-      reader.restart();
-      read_without_a_header(29);
-    } else {
-      for (const Bytes& piece : {cut(rest, 2).first, cut(rest, 2).second}) {
-        source.signs.clear();
-        source.feed(piece);
-        EXPECT_EQ(read(), piece.size() == 2);
-      }
-      EXPECT_EQ(source.signs, kDiscarded);
-      EXPECT_TRUE(packets.empty() && source.dry());
-    }
-    source.feed(sent);
-    EXPECT_TRUE(read());
-    EXPECT_EQ(packets, std::vector<Bytes>{sent});
-  }
+  const auto [first, rest] = cut(sent, 2);
+  const auto [second, third] = cut(rest, 2);
+  EXPECT_TRUE(read({{first}}));
+  EXPECT_TRUE(read({{second}}));
+  expect_read({{third}}, false, {}, {});
+  EXPECT_TRUE(source.script.empty());
+  EXPECT_TRUE(read({{sent}}));
+  EXPECT_TRUE(read({{first}}));
+  read_without_a_header(28);
+  reader.restart();
+  read_without_a_header(29);
+  EXPECT_TRUE(read({{sent}}));
+  EXPECT_EQ(packets, (std::vector{sent, sent}));
 }
 
 TEST_F(PacketReaderTest, TheThirtiethPeekWithoutAHeaderGivesUp) {
@@ -178,17 +185,12 @@ TEST_F(PacketReaderTest, TheThirtiethPeekWithoutAHeaderGivesUp) {
     read_without_a_header(29);
     EXPECT_EQ(source.signs, Lines()) << "counting starts again";
     EXPECT_EQ(source.naps, 29);
-    EXPECT_EQ(out_of_step, 0);
     EXPECT_FALSE(read());
     EXPECT_EQ(source.signs, Lines({kRecv2, kRecv4, kDiscardBeep}));
-    EXPECT_EQ(out_of_step, 1);
   }
-  start_over();
   read_without_a_header(29);
-  source.feed(Bytes{16, 0, 0, 0});
-  EXPECT_FALSE(read()) << "what the last peek holds is dropped with the rest";
-  source.feed(filled(16, VL_DT_Command));
-  EXPECT_TRUE(read());
+  EXPECT_FALSE(read({{{16, 0, 0, 0}}})) << "what the last peek holds is dropped with the rest";
+  EXPECT_TRUE(read({{filled(16, VL_DT_Command)}}));
   EXPECT_EQ(packets.size(), 1u);
   read_without_a_header(29);  // a whole header has ended the count
 }
@@ -203,84 +205,74 @@ TEST_F(PacketReaderTest, APeekThatFailsIsASignOfTroubleOnlyOnAnOpenConnection) {
   for (const auto& row : rows) {
     start_over();
     source.open = row.open;
-    source.feed(row.outcome);
-    EXPECT_TRUE(read());
+    EXPECT_TRUE(read({none(row.outcome)}));
     EXPECT_EQ(source.signs, row.signs);
     EXPECT_EQ(source.naps, row.naps);
   }
 }
 
-TEST_F(PacketReaderTest, APacketMayTakeSixtyFourReadsAndNoMore) {
-  for (const int pieces : {64, 65}) {
-    start_over();
-    const Bytes sent = filled(7 + pieces, VL_DT_MultiMeasResult);
-    const auto [head, tail] = cut(sent, 8);  // the peek wants the header in one piece
-    source.feed(head);
-    for (const std::uint8_t byte : tail) source.feed(Bytes{byte});
-    EXPECT_EQ(read(), pieces == 64);
-    EXPECT_EQ(packets.size(), pieces == 64 ? 1u : 0u);
-    EXPECT_EQ(source.signs, pieces == 64 ? Lines() : kDiscarded) << "even when the last read brought the end";
-    EXPECT_EQ(latest(), sent);
-  }
-}
-
-TEST_F(PacketReaderTest, ReadErrorsCountAndLeaveWhatWasReadBeforeThem) {
+TEST_F(PacketReaderTest, APacketIsGivenUpAfterSixtyFourReadsAndWhatCameStays) {
   const Bytes sent = filled(16, VL_DT_Command);
   const auto [header, body] = cut(sent, 8);
   const auto [size, type] = cut(header, 4);
   const auto [most, rest] = cut(sent, 12);
+  const Bytes longest = filled(7 + 64, VL_DT_MultiMeasResult);
+  const Bytes too_long = filled(7 + 65, VL_DT_MultiMeasResult);
   const struct {
-    std::size_t held;  // bytes of the header that came before
-    Bytes before;      // read before the errors
+    Bytes held;  // of the header, from the notification before
+    Script script;
     int errors;
-    Bytes after;
+    int naps;
     bool in_step;
-    std::size_t packets;
+    std::vector<Bytes> packets;
     Bytes left;
   } rows[] = {
-      {0, {}, 63, sent, true, 1, sent},
-      {0, {}, 64, sent, true, 0, {}},  // nothing was read before the last attempt:
-                                       // nothing is kept of it
-      {0, {}, 65, {}, true, 0, {}},
-      {4, {}, 65, {}, false, 0, size},
-      {0, most, 62, rest, true, 1, sent},
-      {0, most, 64, {}, false, 0, most},
+      {{}, {{cut(longest, 8).first}, {cut(longest, 8).second, 1}}, 0, 0, true, {longest}, longest},
+      // Even when the last read brings the end.
+      {{}, {{cut(too_long, 8).first}, {cut(too_long, 8).second, 1}}, 0, 1, false, {}, too_long},
+      {{}, {seen(header), none(kError, 63), {sent}}, 63, 63, true, {sent}, sent},
+      // Nothing was read before the last attempt: nothing is kept of it.
+      {{}, {seen(header), none(kError, 64), {sent}}, 64, 64, true, {}, {}},
+      {{}, {seen(header), none(kError, 65)}, 65, 65, true, {}, {}},
+      {size, {seen(type), none(kError, 65)}, 65, 66, false, {}, size},
+      {{}, {{most}, none(kError, 62), {rest}}, 62, 62, true, {sent}, sent},
+      {{}, {{most}, none(kError, 64)}, 64, 65, false, {}, most},
+      // Waiting is not counted; a peer that has gone is.
+      {{}, {{most}, none(kWouldBlock, 5'000), none(kEnd, 10'000)}, 0, 5'065, false, {}, most},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.held << " held, " << row.before.size() << " read, " << row.errors);
+    SCOPED_TRACE(&row - rows);
     start_over();
-    if (row.held != 0) {
-      source.feed(size);
-      EXPECT_TRUE(read());
+    if (!row.held.empty()) {
+      EXPECT_TRUE(read({{row.held}}));
     }
-    if (row.before.empty()) {
-      source.feed_peek(row.held == 0 ? header : type);
-    } else {
-      source.feed(row.before);
-    }
-    source.feed(kError, row.errors);
-    if (!row.after.empty()) source.feed(row.after);
-    EXPECT_EQ(read(), row.in_step);
-    EXPECT_EQ(packets.size(), row.packets);
-    EXPECT_EQ(latest(), row.left);
+    expect_read(row.script, row.in_step, row.packets, row.left);
+    EXPECT_EQ(source.naps, row.naps);
     EXPECT_EQ(std::ranges::count(source.signs, kRecv3), row.errors);
     EXPECT_EQ(std::ranges::count(source.signs, kSocketBeep), row.errors);
-    EXPECT_EQ(std::ranges::count(source.signs, kRecv4), row.in_step ? 0 : 1);
   }
 }
 
-TEST_F(PacketReaderTest, APeerThatLeavesInMidPacketIsGivenUp) {
-  const Bytes most = cut(filled(36, VL_DT_ReflectorPosResult), 20).first;
-  source.feed(most);
-  source.feed(kWouldBlock, 5'000);  // waiting is not counted
-  source.feed(kEnd, 10'000);
-  EXPECT_FALSE(read());
-  EXPECT_TRUE(packets.empty());
-  EXPECT_EQ(latest(), most);
-  EXPECT_EQ(source.signs, kDiscarded);
-  EXPECT_GE(source.naps, 5'000);
-  EXPECT_LT(source.naps, 5'100);
-  EXPECT_EQ(out_of_step, 1);
+TEST_F(PacketReaderTest, TheNapsForTheRestOfAPacketGrowAndEndWhenTheyAreGivenUp) {
+  const auto [most, rest] = cut(filled(16, VL_DT_Command), 12);
+  source.patience = 7;
+  expect_read({{most}, none(kWouldBlock, 100)}, false, {}, most);
+  EXPECT_EQ(source.longest_nap, 16);
+  EXPECT_EQ(std::ranges::count(source.signs, kRecv3), 0);
+}
+
+TEST_F(PacketReaderTest, APacketThatHasComeInPartCanBeLeftUntilItIsWhole) {
+  const Bytes sent = filled(100, VL_DT_MultiMeasResult);
+  source.leaves_parts = true;
+  for (const std::size_t at : {4, 50}) {
+    start_over();
+    source.leaves_parts = true;
+    expect_read({seen(cut(sent, at).first)}, true, {}, {});
+    EXPECT_EQ(source.awaited, at < 8 ? 8 : 100);
+    EXPECT_EQ(source.reads, std::vector<int>());
+    source.leaves_parts = false;
+    expect_read({{sent}}, true, {sent}, sent);
+  }
 }
 
 TEST_F(PacketReaderTest, AHeaderIsBadWhenItsPacketDoesNotFitTheBufferOfItsType) {
@@ -297,44 +289,36 @@ TEST_F(PacketReaderTest, AHeaderIsBadWhenItsPacketDoesNotFitTheBufferOfItsType) 
     const std::int32_t room = small ? 1'024 : 131'072;
     rows.insert(rows.end(), {{room - 1, type, true}, {room, type, false}});
   }
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.size << " bytes of type " << row.type);
+  for (const auto& [size, type, valid] : rows) {
+    SCOPED_TRACE(testing::Message() << size << " bytes of type " << type);
     start_over();
-    Bytes bytes = filled(std::max(row.size, 16), row.type);
-    put_i32(bytes, 0, row.size);
-    if (row.valid) bytes.resize(static_cast<std::size_t>(row.size));
-    source.feed(bytes);
-    EXPECT_EQ(read(), row.valid);
-    EXPECT_TRUE(source.dry());
-    EXPECT_EQ(packets, std::vector<Bytes>(row.valid ? 1 : 0, bytes));
-    EXPECT_EQ(latest(), row.valid ? bytes : Bytes());
-    EXPECT_EQ(out_of_step, row.valid ? 0 : 1);
-    EXPECT_EQ(source.signs, row.valid ? Lines() : kDiscarded);
+    Bytes bytes = filled(std::max(size, 16), type);
+    put_i32(bytes, 0, size);
+    if (valid) bytes.resize(static_cast<std::size_t>(size));
+    expect_read({{bytes}}, valid, std::vector<Bytes>(valid ? 1 : 0, bytes), valid ? bytes : Bytes());
+    EXPECT_TRUE(source.script.empty());
+    EXPECT_TRUE(size < 1'000 || !valid || capacity == size + 1 || type == 1'000) << capacity;
   }
 }
 
 TEST_F(PacketReaderTest, ThrowingAwayStopsAfterOneHundredAndTwentyEightReadsThoseForThePacketCounted) {
-  const struct {
-    Bytes before;
-    int errors;
-    int room;
-  } rows[] = {{filled(8, -1), 0, 131'072}, {cut(filled(36, VL_DT_ReflectorPosResult), 20).first, 64, 1'024}};
-  for (const auto& row : rows) {
+  const std::pair<Script, int> rows[] = {
+      {{seen(filled(8, -1))}, 131'072},
+      {{{cut(filled(36, VL_DT_ReflectorPosResult), 20).first}, none(kError, 64)}, 1'024}};
+  for (const auto& [script, room] : rows) {
     start_over();
-    row.errors == 0 ? source.feed_peek(row.before) : source.feed(row.before);
-    source.feed(kError, row.errors);
     source.endless = true;
-    EXPECT_FALSE(read());
+    EXPECT_FALSE(read(script));
     EXPECT_EQ(source.reads.size(), 128u);
-    EXPECT_EQ(source.reads.back(), row.room);
+    EXPECT_EQ(source.reads.back(), room);
   }
 }
 
 TEST_F(PacketReaderTest, ANotificationThatIsNoneReadsNothing) {
-  source.feed(filled(16, VL_DT_Command));
+  source.script = {{filled(16, VL_DT_Command)}};
   EXPECT_FALSE(reader.on_unknown_event());
   EXPECT_EQ(source.reads, std::vector{0});
-  EXPECT_EQ(source.signs, kDiscarded);
+  EXPECT_EQ(source.signs, Lines({kRecv4, kDiscardBeep}));
   EXPECT_EQ(out_of_step, 1);
 }
 

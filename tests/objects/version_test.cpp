@@ -19,10 +19,8 @@ TEST(VersionTest, ATextIsSplitAtItsCommas) {
       {u", , ,", {0, 0, 0}},           {u"3\u0100, 8, 680", {3, 0, 0}},   // and a zero among them ends the text
   };
   for (const auto& [text, expected] : rows) {
-    const Version version = objects::parse_version(text);
-    EXPECT_EQ(version.major, expected.major) << to_utf8(text);
-    EXPECT_EQ(version.minor, expected.minor) << to_utf8(text);
-    EXPECT_EQ(version.build, expected.build) << to_utf8(text);
+    const auto [major, minor, build] = objects::parse_version(text);
+    EXPECT_TRUE(major == expected.major && minor == expected.minor && build == expected.build) << to_utf8(text);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -44,14 +45,16 @@ class ManualScheduler : public Scheduler {
   std::map<std::pair<double, std::uint64_t>, std::function<void()>> tasks_;
 };
 
-class RecordingClient : public Client {
- public:
+using Codes = std::vector<std::int32_t>;
+using Packets = std::vector<Bytes>;
+
+struct RecordingClient : Client {
   void send(Bytes packet) override { packets.push_back(std::move(packet)); }
   std::size_t backlog() const override { return unread; }
   void answered() override { is_answered = true; }
   void close() override { is_closed = true; }
 
-  std::vector<Bytes> packets;
+  Packets packets;
   std::size_t unread = 0;
   bool is_answered = false;
   bool is_closed = false;
@@ -67,8 +70,6 @@ inline std::int32_t status_of(const Bytes& answer) {
   return wire::load_i32(answer.data() + 12);
 }
 
-using Codes = std::vector<std::int32_t>;
-using Packets = std::vector<Bytes>;
 // The packets of one data type, in order.
 inline Packets only(Packets packets, VL_DataType type) {
   std::erase_if(packets, [&](const Bytes& packet) { return type_of(packet) != type; });
@@ -78,10 +79,9 @@ inline Packets only(Packets packets, VL_DataType type) {
 // The first packet of one data type.
 template <class Record>
 Record first(const Packets& packets, VL_DataType type = VL_DT_Command) {
-  const Packets found = only(packets, type);
-  if (!found.empty() && found[0].size() == RecordTraits<Record>::size) return read_as<Record>(found[0].data());
-  ADD_FAILURE() << "no such packet";
-  return {};
+  const Bytes found = only(packets, type).at(0);
+  if (found.size() != RecordTraits<Record>::size) throw std::runtime_error("a packet of another size");
+  return read_as<Record>(found.data());
 }
 // The status changes among the packets.
 inline Codes changes(const Packets& packets) {
@@ -90,81 +90,73 @@ inline Codes changes(const Packets& packets) {
   return codes;
 }
 
-template <class Packet, class Element>
-std::vector<Element> elements(const Packets& packets, VL_DataType type) {
+template <class Packet>
+auto elements(const Packets& packets, VL_DataType type) {
+  using Element = typename RecordTraits<Packet>::Element;
   std::vector<Element> all;
   for (const Bytes& packet : only(packets, type)) {
-    const auto count = static_cast<std::size_t>(wire::load_i32(packet.data() + 12));
-    const std::size_t head = RecordTraits<Packet>::header_size;
-    EXPECT_EQ(packet.size(), head + count * RecordTraits<Element>::size);
-    for (std::size_t i = 0; i < count; ++i)
-      all.push_back(read_as<Element>(packet.data() + head + i * RecordTraits<Element>::size));
+    std::size_t at = RecordTraits<Packet>::header_size;
+    EXPECT_EQ(packet.size(), at + wire::load_u32(packet.data() + 12) * RecordTraits<Element>::size);
+    for (; at < packet.size(); at += RecordTraits<Element>::size) all.push_back(read_as<Element>(packet.data() + at));
   }
   return all;
 }
 
 inline std::vector<MeasValueT> points(const Packets& packets) {
-  return elements<MultiMeasResultT, MeasValueT>(packets, VL_DT_MultiMeasResult);
+  return elements<MultiMeasResultT>(packets, VL_DT_MultiMeasResult);
 }
 
 inline Vector values_of(const auto& record) {
   return vector(record.dVal1, record.dVal2, record.dVal3);
 }
 
-inline void expect_near(const Vector& actual, const Vector& expected, double tolerance = 1e-9) {
-  EXPECT_LE((actual - expected).cwiseAbs().maxCoeff(), tolerance)
-      << actual.transpose() << " instead of " << expected.transpose();
-}
-
-inline void expect_near_matrix(const Matrix& actual, const Matrix& expected, double tolerance = 1e-9) {
+// Of vectors and of matrices.
+template <class Derived>
+void expect_near(const Eigen::MatrixBase<Derived>& actual, const typename Derived::PlainObject& expected,
+                 double tolerance = 1e-9) {
   EXPECT_LE((actual - expected).cwiseAbs().maxCoeff(), tolerance) << actual << "\ninstead of\n" << expected;
 }
 
-inline SystemSettingsDataT client_settings(bool status_changes, bool positions = false) {
-  SystemSettingsDataT settings;
-  settings.bSendUnsolicitedMessages = status_changes;
-  settings.bSendReflectorPositionData = positions;
-  settings.bHasTiltra = settings.bHasVideoCamera = 1;  // as at the start
-  return settings;
-}
-
-inline protocol::Request request_of(VL_Command command, const auto& record) {
-  protocol::Request request(command,
-                            static_cast<std::uint16_t>(12 + RecordTraits<std::decay_t<decltype(record)>>::size));
-  write_record(record, request.bytes.data() + 12);
+inline protocol::Request set_system_settings(const SystemSettingsDataT& settings) {
+  protocol::Request request(VL_C_SetSystemSettings, 12 + RecordTraits<SystemSettingsDataT>::size);
+  write_record(settings, request.bytes.data() + 12);
   return request;
 }
+// As at the start, but for what the client wishes to be told.
+inline SystemSettingsDataT told(bool changes, bool positions = false) {
+  return {.bSendUnsolicitedMessages = changes,
+          .bSendReflectorPositionData = positions,
+          .bHasTiltra = 1,
+          .bHasVideoCamera = 1};
+}
 
+// Initialised, or whatever else comes first.
 struct Bench {
-  explicit Bench(Options with = {}) : options(std::move(with)), tracker(options, scheduler) {}
+  explicit Bench(std::initializer_list<protocol::Request> requests = {build_Initialize()}, Options with = {})
+      : options(std::move(with)), tracker(options, scheduler) {
+    set_up(requests);
+  }
 
   std::shared_ptr<RecordingClient> add_client() {
     auto added = std::make_shared<RecordingClient>();
     tracker.join(added);
     return added;
   }
-  // Sends, waits as long as the tracker takes, and returns what came up to the answer.
-  std::vector<Bytes> ask(RecordingClient& asker, const std::shared_ptr<Client>& as_client,
-                         const protocol::Request& request) {
-    asker.packets.clear();
-    asker.is_answered = false;
-    begin(as_client, request);
-    for (int i = 0; i < 3000 && !asker.is_answered; ++i) scheduler.advance(0.01);
-    EXPECT_TRUE(asker.is_answered) << "command " << wire::load_i32(request.bytes.data() + 8);
-    return asker.packets;
-  }
-  std::vector<Bytes> ask(const protocol::Request& request) { return ask(*client, client, request); }
   // Sends without waiting.
-  void begin(const std::shared_ptr<Client>& as_client, const protocol::Request& request) {
-    execute(tracker, as_client, Bytes(request.bytes.begin(), request.bytes.begin() + request.size));
+  void begin(const protocol::Request& request, const std::shared_ptr<RecordingClient>& asker) {
+    asker->packets.clear();
+    asker->is_answered = false;
+    execute(tracker, asker, Bytes(request.bytes.begin(), request.bytes.begin() + request.size));
   }
-
-  std::int32_t status(const protocol::Request& request) {
-    for (const Bytes& each : ask(request)) {
-      if (type_of(each) <= VL_DT_Error) return status_of(each);
-    }
-    return -1;
+  // Sends, waits as long as the tracker takes, and returns what came up to the answer.
+  Packets ask(const protocol::Request& request, const std::shared_ptr<RecordingClient>& asker) {
+    begin(request, asker);
+    for (int i = 0; i < 3000 && !asker->is_answered; ++i) scheduler.advance(0.01);
+    EXPECT_TRUE(asker->is_answered) << "command " << wire::load_i32(request.bytes.data() + 8);
+    return asker->packets;
   }
+  Packets ask(const protocol::Request& request) { return ask(request, client); }
+  std::int32_t status(const protocol::Request& request) { return status_of(only(ask(request), VL_DT_Command).at(0)); }
   // The statuses of requests made one after the other.
   Codes statuses(std::initializer_list<protocol::Request> requests) {
     Codes all;
@@ -180,41 +172,37 @@ struct Bench {
     return first<Record>(ask(request));
   }
   Codes announced(const protocol::Request& request) { return changes(ask(request)); }
-  void listen() { ask(request_of(VL_C_SetSystemSettings, client_settings(true))); }
-  // The one packet of that type that comes while that much time passes.
-  template <class Record>
-  Record result(VL_DataType type, double seconds) {
-    const Packets results = only(after(seconds), type);
-    EXPECT_EQ(results.size(), 1u);
-    return first<Record>(results, type);
-  }
-  // What comes from the start of a measurement on, acknowledgement included.
-  std::vector<Bytes> measure(double seconds) {
-    ask(protocol::build_StartMeasurement());
-    scheduler.advance(seconds);
-    return client->packets;
-  }
+  void listen() { set_up({set_system_settings(told(true))}); }
   // What comes while that much time passes.
-  std::vector<Bytes> after(double seconds) {
+  Packets after(double seconds) {
     client->packets.clear();
     scheduler.advance(seconds);
     return client->packets;
   }
+  // What comes from the start of a measurement on, acknowledgement included.
+  Packets measure(double seconds) {
+    ask(build_StartMeasurement());
+    scheduler.advance(seconds);
+    return client->packets;
+  }
+  // The one packet of that type that a measurement brings in that time, acknowledged at once.
+  template <class Record = SingleMeasResultT>
+  Record measured(VL_DataType type = VL_DT_SingleMeasResult, double seconds = 4) {
+    const Packets packets = measure(seconds);
+    EXPECT_EQ(status_of(packets.at(0)), VL_RS_AllOK);
+    EXPECT_EQ(only(packets, type).size(), 1u);
+    return first<Record>(packets, type);
+  }
   void set_units(VL_LengthUnit length, VL_AngleUnit angle = VL_AU_Degree,
                  VL_TemperatureUnit temperature = VL_TU_Celsius) {
-    ask(protocol::build_SetUnits(length, angle, temperature, VL_PU_Mbar, VL_HU_RH));
+    set_up({build_SetUnits(length, angle, temperature, VL_PU_Mbar, VL_HU_RH)});
   }
-  void initialise() { ASSERT_EQ(status(protocol::build_Initialize()), VL_RS_AllOK); }
 
   Options options;
   ManualScheduler scheduler;
   Tracker tracker;
   PositionDisplay display{tracker};
   std::shared_ptr<RecordingClient> client = add_client();
-};
-
-struct ReadyBench : Bench {
-  explicit ReadyBench(Options with = {}) : Bench(std::move(with)) { initialise(); }
 };
 
 template <class Base = Bench>

@@ -34,19 +34,11 @@ class Program(unittest.TestCase):
         with socket.socket() as taken:
             taken.bind(("127.0.0.1", 0))
             taken.listen()
-            for options in (
-                [],
-                ["--port", "99999"],
-                ["--port", "80x"],
-                ["--port", "-1"],
-                ["--port", "0", "--speed", "-1"],
-                ["--port", "0", "--speed", "nan"],
-                ["--port", "0", "--unheard-of"],
-                ["--port", "0", "--address", "nowhere"],
-                ["--port", str(taken.getsockname()[1])],
-            ):
+            port = taken.getsockname()[1]
+            for options in ("--port 99999", "--port 80x", "--port -1", f"--port {port}", "--port 0 --speed -1",
+                            "--port 0 --speed nan", "--port 0 --unheard-of", "--port 0 --address nowhere"):
                 with self.subTest(options=options):
-                    program = self.start(*options)
+                    program = self.start(*options.split())
                     self.assertNotEqual(program.wait(DEADLINE), 0)
                     self.assertRegex(program.stderr.read(), r"\Akestrine-simulator: .+\n\Z")
 

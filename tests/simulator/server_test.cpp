@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "bench.h"
-#include "simulator/simulator.h"
+#include "kestrine/simulator.h"
 
 namespace kestrine::simulator {
 namespace {
@@ -38,7 +38,13 @@ class RawClient {
   void send(const void* bytes, std::size_t size) {
     ASSERT_EQ(::send(socket_, bytes, size, MSG_NOSIGNAL), ssize_t(size));
   }
-  void send(const protocol::Request& request) { send(request.bytes.data(), request.size); }
+  // Asks the same so many times in one go.
+  void send(const protocol::Request& request, int times = 1) {
+    Bytes many;
+    for (int i = 0; i < times; ++i)
+      many.insert(many.end(), request.bytes.begin(), request.bytes.begin() + request.size);
+    send(many.data(), many.size());
+  }
   // Empty once the server has closed.
   Bytes receive() {
     Bytes packet(8);
@@ -59,21 +65,13 @@ class RawClient {
     const Bytes packet = answer();
     return packet.empty() ? -1 : status_of(packet);
   }
-  // Asks the same many times in one go.
-  void send(const protocol::Request& request, int times) {
-    Bytes many;
-    for (int i = 0; i < times; ++i)
-      many.insert(many.end(), request.bytes.begin(), request.bytes.begin() + request.size);
-    send(many.data(), many.size());
-  }
-
   void start_stream(std::int32_t separation, std::int32_t count, int region = 0) {
     for (const auto& request :
          {build_Initialize(), build_SetContinuousTimeModeParams(separation, count, region, VL_RT_Sphere),
           build_SetMeasurementMode(VL_MM_ContinuousTime), build_StartMeasurement()})
       EXPECT_EQ(status(request), VL_RS_AllOK);
   }
-  void listen() { EXPECT_EQ(status(request_of(VL_C_SetSystemSettings, client_settings(true))), VL_RS_AllOK); }
+  void listen() { EXPECT_EQ(status(set_system_settings(told(true))), VL_RS_AllOK); }
   // Whether the server still takes what is sent to it, or will within a moment.
   bool can_send() {
     pollfd ready{socket_, POLLOUT, 0};

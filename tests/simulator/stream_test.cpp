@@ -1,4 +1,4 @@
-// Continuous measurements: count, order, time, stop, and clients that do not read.
+// Continuous measurements: count, order, time, stop, clients that do not read, and the pace of the trigger inputs.
 #include <cmath>
 
 #include "bench.h"
@@ -8,10 +8,9 @@ namespace kestrine::simulator {
 namespace {
 
 struct StreamBench : Bench {
-  explicit StreamBench(std::int32_t separation, std::int32_t count, Options with = {}) : Bench(std::move(with)) {
-    set_up({build_Initialize(), build_SetContinuousTimeModeParams(separation, count, 0, VL_RT_Sphere),
-            build_SetMeasurementMode(VL_MM_ContinuousTime)});
-  }
+  StreamBench(std::int32_t separation, std::int32_t count)
+      : Bench({build_Initialize(), build_SetContinuousTimeModeParams(separation, count, 0, VL_RT_Sphere),
+               build_SetMeasurementMode(VL_MM_ContinuousTime)}) {}
 };
 
 // Every point is there, at its time and in order.
@@ -32,12 +31,6 @@ TEST(Stream, SendsTheCountInOrderInBlocksOfAHundredMilliseconds) {
   EXPECT_EQ(only(packets, VL_DT_MultiMeasResult).size(), 21u);
   EXPECT_EQ(type_of(packets.front()), VL_DT_Command);
   EXPECT_EQ(changes(packets), (Codes{VL_SSC_MeasStatus_Busy, VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
-}
-
-TEST(Stream, KeepsTheTimeItIsSet) {
-  StreamBench bench(250, 0);
-  EXPECT_EQ(points(bench.measure(0.99)).size(), 4u);
-  EXPECT_EQ(points(bench.after(10)).size(), 40u);
 }
 
 TEST(Stream, HandsOutTheRestBeforeTheStopIsAcknowledged) {
@@ -66,20 +59,10 @@ TEST(Stream, WaitsForAClientThatDoesNotReadAndThenLeavesNothingOut) {
   const auto all = points(packets);
   EXPECT_NEAR(static_cast<double>(all.size()), 5000, 101);
   expect_spaced(all, 1000);
-}
-
-TEST(Stream, HandsOutWhatWasReadyForAStalledClientWhenItStops) {
-  StreamBench bench(1, 0);
+  // A stop hands out what was ready.
   bench.client->unread = 1 << 20;
-  EXPECT_TRUE(points(bench.measure(2.5)).empty());
+  bench.after(1);
   EXPECT_EQ(points(bench.ask(build_StopMeasurement())).size(), 100u);
-}
-
-TEST(Stream, FillsBlocksAsTheOptionsSay) {
-  StreamBench bench(0, 2500, {.block_points = 1000});
-  std::vector<std::size_t> sizes;
-  for (const Bytes& block : only(bench.measure(0.1), VL_DT_MultiMeasResult)) sizes.push_back(block.size());
-  EXPECT_EQ(sizes, (std::vector<std::size_t>{36048, 36048, 48 + 36 * 500}));
 }
 
 TEST(Stream, CarriesAprioriCovariancesInTheExtendedStatisticMode) {
@@ -87,7 +70,7 @@ TEST(Stream, CarriesAprioriCovariancesInTheExtendedStatisticMode) {
   bench.ask(build_SetStatisticMode(VL_SM_Standard, VL_SM_Extended));
   const auto packets = bench.measure(2);
   EXPECT_TRUE(points(packets).empty());
-  const auto all = elements<MultiMeasResult2T, MeasValue2T>(packets, VL_DT_MultiMeasResult2);
+  const auto all = elements<MultiMeasResult2T>(packets, VL_DT_MultiMeasResult2);
   ASSERT_EQ(all.size(), 30u);
   const double across = 15e-6 + 6e-6 * length(path_at(0));
   EXPECT_NEAR(all[0].dAprioriStdTotal, std::sqrt(2 * across * across + 1e-10), 1e-8);
@@ -126,7 +109,97 @@ TEST(Stream, EndsWithItsClient) {
   const auto other = bench.add_client();
   bench.tracker.leave(*bench.client);
   EXPECT_EQ(bench.tracker.readiness(), VL_TS_Ready);
-  EXPECT_EQ(status_of(bench.ask(*other, other, build_StartMeasurement()).at(0)), VL_RS_AllOK);
+  EXPECT_EQ(status_of(bench.ask(build_StartMeasurement(), other).at(0)), VL_RS_AllOK);
+}
+
+// The trigger inputs: ten pulses a second, and a start line that is high from 0.5 s to 2.5 s after the start and every
+// three seconds again.
+struct TriggerBench : Bench {
+  TriggerBench(VL_TriggerMode mode, VL_TriggerStartSignal level, VL_ClockTransition clock = VL_CT_Positive,
+               std::int32_t least_delay = 1, std::int32_t count = 0, Options with = {})
+      : Bench({build_Initialize(), set_system_settings(told(true)),
+               build_SetContinuousTimeModeParams(20, count, 0, VL_RT_Sphere),
+               build_SetMeasurementMode(VL_MM_ContinuousTime),
+               build_SetExternTriggerParams(clock, mode, level, least_delay), build_SetTriggerSource(VL_TS_External)},
+              std::move(with)) {}
+};
+
+std::vector<int> milliseconds(const Packets& packets) {
+  std::vector<int> times;
+  for (const MeasValueT& each : points(packets)) times.push_back(each.lTime1 * 1000 + each.lTime2 / 1000);
+  return times;
+}
+
+std::vector<int> every(int step, int from, int until) {
+  std::vector<int> times;
+  for (int at = from; at < until; at += step) times.push_back(at);
+  return times;
+}
+
+TEST(Trigger, TakesAPointAtEveryPulse) {
+  for (const auto& [transition, start] : {std::pair{VL_CT_Positive, 0}, {VL_CT_Negative, 50}}) {
+    TriggerBench bench(VL_TM_EventTrigger, VL_TSS_High, transition);
+    EXPECT_EQ(milliseconds(bench.measure(1.97)), every(100, start, 2000));
+  }
+}
+
+TEST(Trigger, GatesTheExternalClockWithTheStartLine) {
+  TriggerBench bench(VL_TM_ContinuousExternalClockWithStartStop, VL_TSS_High);
+  const auto packets = bench.measure(2.97);
+  EXPECT_EQ(milliseconds(packets), every(100, 500, 2500));
+  EXPECT_EQ(changes(packets),
+            (Codes{VL_SSC_MeasStatus_Busy, VL_SSC_ExternalTriggerStartEvent, VL_SSC_ExternalTriggerStopEvent}));
+  // The start comes before the first of its points, the stop after the last.
+  const auto is_point = [](const Bytes& packet) { return type_of(packet) == VL_DT_MultiMeasResult; };
+  EXPECT_EQ(code_of(*(std::find_if(packets.begin(), packets.end(), is_point) - 1)), VL_SSC_ExternalTriggerStartEvent);
+  EXPECT_EQ(code_of(packets.back()), VL_SSC_ExternalTriggerStopEvent);
+  EXPECT_EQ(milliseconds(bench.after(3)), every(100, 3500, 5500));
+}
+
+TEST(Trigger, GatesTheTimeSeparationAndStartsOnALowLineWhereThatIsSet) {
+  TriggerBench bench(VL_TM_InternalClockWithExternalStartStop, VL_TSS_Low);
+  auto expected = every(20, 0, 500);
+  const auto again = every(20, 2500, 3500);
+  expected.insert(expected.end(), again.begin(), again.end());
+  EXPECT_EQ(milliseconds(bench.measure(4)), expected);
+}
+
+TEST(Trigger, MarksPulsesThatComeTooSoon) {
+  for (const auto& [least_delay, mark] : {std::pair{100, VL_MS_AllOK}, {101, VL_MS_TriggerTimeViolation}}) {
+    Codes marks;
+    TriggerBench bench(VL_TM_EventTrigger, VL_TSS_High, VL_CT_Positive, least_delay, 5);
+    for (const MeasValueT& each : points(bench.measure(2))) marks.push_back(each.status);
+    EXPECT_EQ(marks, (Codes{VL_MS_AllOK, mark, mark, mark, mark}));
+  }
+}
+
+TEST(Trigger, ReachesTheCountAndStopsInTheMidstOfAGate) {
+  TriggerBench counted(VL_TM_ContinuousExternalClockWithStartStop, VL_TSS_High, VL_CT_Positive, 1, 25);
+  const auto packets = counted.measure(10);
+  EXPECT_EQ(points(packets).size(), 25u);
+  EXPECT_EQ(changes(packets).back(), VL_SSC_MeasStatus_Ready);
+  TriggerBench stopped(VL_TM_InternalClockWithExternalStartStop, VL_TSS_High);
+  stopped.measure(1.25);
+  EXPECT_NEAR(milliseconds(stopped.ask(build_StopMeasurement())).back(), 1240, 20);
+  EXPECT_TRUE(changes(stopped.after(5)).empty());
+}
+
+TEST(Trigger, AnnouncesStartAndStopAlsoWhereTimeIsNotTaken) {
+  TriggerBench bench(VL_TM_ContinuousExternalClockWithStartStop, VL_TSS_High, VL_CT_Positive, 1, 30, {.time_scale = 0});
+  EXPECT_EQ(changes(bench.measure(0.1)),
+            (Codes{VL_SSC_MeasStatus_Busy, VL_SSC_ExternalTriggerStartEvent, VL_SSC_ExternalTriggerStopEvent,
+                   VL_SSC_ExternalTriggerStartEvent, VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
+}
+
+TEST(Trigger, SendsMessagesOnlyWhereThatIsItsUse) {
+  TriggerBench bench(VL_TM_EventTrigger, VL_TSS_High, VL_CT_Positive, 1, 10);
+  bench.set_up({build_SetTriggerSource(VL_TS_External_EventMessage)});
+  EXPECT_EQ(changes(bench.after(1.05)), Codes(10, VL_SSC_ExternalTriggerEvent));
+  EXPECT_EQ(milliseconds(bench.measure(1)), every(20, 0, 200));  // measurements are the application's own
+  bench.set_up({build_SetTriggerSource(VL_TS_Internal_Application)});
+  bench.after(0.1);
+  EXPECT_TRUE(bench.after(2).empty());
+  EXPECT_EQ(bench.answer<GetTriggerBoardInfoRT>(build_GetTriggerBoardInfo()).triggerCardType, VL_TCT_SingleTracker);
 }
 
 }  // namespace

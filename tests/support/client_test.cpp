@@ -4,19 +4,18 @@
 #include <cstdio>
 
 #include "kestrine/error.h"
-#include "platform/profile.h"
+#include "platform/test_clock.h"
 #include "protocol/catalogue.h"
+#include "random_packet.h"
 
 namespace kestrine::test {
 namespace {
 
 std::string words(const VARIANT& value) {
-  char text[32] = "?";
-  if (value.vt == VT_I4) std::snprintf(text, sizeof text, "%d", value.lVal);
-  if (value.vt == VT_R8) std::snprintf(text, sizeof text, "%g", value.dblVal);
-  if (value.vt == VT_BOOL) std::snprintf(text, sizeof text, "b%d", value.boolVal);
-  if (value.vt != VT_BSTR) return text;
-  return std::string("'").append(to_utf8({value.bstrVal, SysStringLen(value.bstrVal)})).append("'");
+  if (value.vt == VT_I4) return tell(value.lVal);
+  if (value.vt == VT_R8) return tell(value.dblVal);
+  if (value.vt == VT_BOOL) return tell_flag(value.boolVal);
+  return value.vt == VT_BSTR ? tell_text({value.bstrVal, SysStringLen(value.bstrVal)}) : "?";
 }
 
 }  // namespace
@@ -47,12 +46,6 @@ ClientTest::~ClientTest() {
   SetErrorInfo(0, nullptr);
 }
 
-void ClientTest::set_timeout(std::u16string_view key, int milliseconds) {
-  const std::string text = std::to_string(milliseconds);
-  platform::write_profile_string(u"SyncCommandTimeouts", key, std::u16string(text.begin(), text.end()),
-                                 u"Kestrine.ini");
-}
-
 void ClientTest::make(Objects objects) {
   connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   if ((objects & kSync) != 0) {
@@ -67,6 +60,11 @@ void ClientTest::make(Objects objects) {
     async_commands = object.query<ILTCommandAsync>();
     async_listener = listen(*async_commands, DIID__ILTCommandAsyncEvents, "async");
   }
+  outlive_the_suspicion();
+}
+
+void ClientTest::outlive_the_suspicion() {
+  platform::advance_clock(std::chrono::milliseconds(100));
 }
 
 void ClientTest::connect() {

@@ -61,9 +61,13 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   explicit ClientTest(const connection::Rules& rules = kQuickClassic);
   ~ClientTest() override;
 
-  void set_timeout(std::u16string_view key, int milliseconds);
+  void set_timeout(std::u16string_view key, int milliseconds) {
+    environment.set(key, milliseconds, u"SyncCommandTimeouts");
+  }
   // Makes the connection and fetches its command objects; a listener hears each of them.
   void make(Objects objects = kSync);
+  // Command objects that go younger are taken for a sign of mixed generations.
+  static void outlive_the_suspicion();
   void connect();
   void start(Objects objects = kSync) { make(objects), connect(); }
 

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 #include "kestrine/error.h"
 #include "kestrine/host.h"
@@ -44,35 +46,19 @@ Environment::~Environment() {
   std::filesystem::remove_all(directory_, ignored);
 }
 
-void Environment::set(std::u16string_view key, std::int32_t value) {
+void Environment::set(std::u16string_view key, std::int32_t value, std::u16string_view section) {
   const std::string digits = std::to_string(value);
   const std::u16string text(digits.begin(), digits.end());
-  EXPECT_TRUE(platform::write_profile_string(u"Settings", key, text, u"Kestrine.ini"));
-}
-
-std::vector<std::pair<std::string, std::string>> Environment::traces() const {
-  std::vector<std::pair<std::string, std::string>> all;
-  std::ifstream file(directory_ / "Kestrine.ini");
-  bool inside = false;
-  for (std::string line; std::getline(file, line);) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.starts_with('[')) inside = line == "[SocketError]";
-    const std::size_t equals = line.find('=');
-    if (inside && equals != std::string::npos) all.emplace_back(line.substr(0, equals), line.substr(equals + 1));
-  }
-  return all;
-}
-
-std::string Environment::trace(const std::string& key) const {
-  for (const auto& [name, text] : traces()) {
-    if (name == key) return text;
-  }
-  return {};
+  EXPECT_TRUE(platform::write_profile_string(section, key, text, u"Kestrine.ini"));
 }
 
 std::vector<std::string> Environment::trace_keys() const {
+  const std::string text = text_of(directory_ / "Kestrine.ini");
+  std::istringstream traces(text.substr(std::min(text.find("[SocketError]"), text.size())));
   std::vector<std::string> keys;
-  for (const auto& entry : traces()) keys.push_back(entry.first);
+  for (std::string line; std::getline(traces, line);) {
+    if (const std::size_t equals = line.find('='); equals != line.npos) keys.push_back(line.substr(0, equals));
+  }
   return keys;
 }
 

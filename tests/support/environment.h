@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,10 +28,9 @@ class Environment {
   Environment& operator=(const Environment&) = delete;
 
   const std::filesystem::path& directory() const { return directory_; }  // of its own, gone with it
-  void set(std::u16string_view key, std::int32_t value);                 // in section Settings of Kestrine.ini
-  // What a key of section SocketError says; empty when there is none.
-  std::string trace(const std::string& key) const;
-  // The keys of section SocketError, in the order in which they were first written.
+  // In Kestrine.ini.
+  void set(std::u16string_view key, std::int32_t value, std::u16string_view section = u"Settings");
+  // The keys of section SocketError, the last in the file, in the order in which they were first written.
   std::vector<std::string> trace_keys() const;
 
   using Beep = std::pair<std::uint32_t, std::uint32_t>;  // hertz, milliseconds
@@ -38,8 +38,6 @@ class Environment {
   std::vector<std::u16string> message_boxes;
 
  private:
-  std::vector<std::pair<std::string, std::string>> traces() const;
-
   std::filesystem::path directory_;
 };
 

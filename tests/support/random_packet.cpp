@@ -73,23 +73,17 @@ Bytes random_packet(const protocol::TypeRow& record, std::int32_t type, std::mt1
 }
 
 std::string tell_field(const protocol::Value& field, const Bytes& packet) {
+  using protocol::ValueType;
   const std::uint8_t* at = &packet[field.offset];
+  if (field.type == ValueType::kInt32) return tell(wire::load_i32(at));
+  if (field.type == ValueType::kDouble) return tell(wire::load_f64(at));
+  if (field.type == ValueType::kFlag) return tell_flag(static_cast<std::int16_t>(wire::load_i32(at) & 0xFFFF));
+  if (field.type != ValueType::kText) return "bytes";
   std::u16string text;
-  switch (field.type) {
-    case protocol::ValueType::kInt32:
-      return tell(wire::load_i32(at));
-    case protocol::ValueType::kDouble:
-      return tell(wire::load_f64(at));
-    case protocol::ValueType::kFlag:
-      return tell_flag(static_cast<std::int16_t>(wire::load_i32(at) & 0xFFFF));
-    case protocol::ValueType::kText:
-      for (std::size_t i = 0; i < field.count && wire::load_u16(at + 2 * i) != 0; ++i) {
-        text += static_cast<char16_t>(wire::load_u16(at + 2 * i));
-      }
-      return tell_text(text);
-    default:
-      return "bytes";
+  for (std::size_t i = 0; i < field.count && wire::load_u16(at + 2 * i) != 0; ++i) {
+    text += static_cast<char16_t>(wire::load_u16(at + 2 * i));
   }
+  return tell_text(text);
 }
 
 }  // namespace kestrine::test

@@ -21,23 +21,16 @@ namespace kestrine::test {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 
 constexpr auto kPatience = 5s;
 constexpr std::size_t kRequestHeader = 12;
 
-sockaddr_in loopback(std::uint16_t port) {
-  sockaddr_in at{};
-  at.sin_family = AF_INET;
-  at.sin_port = htons(port);
-  at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return at;
-}
-
-// A socket bound to the port of loopback; to a free one for 0, which is then told.
+// A socket bound to a free port of loopback.
 int bind_port(std::uint16_t& port) {
   const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in at = loopback(port);
+  sockaddr_in at{};
+  at.sin_family = AF_INET;
+  at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   EXPECT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&at), sizeof at), 0) << std::strerror(errno);
   socklen_t length = sizeof at;
   ::getsockname(descriptor, reinterpret_cast<sockaddr*>(&at), &length);
@@ -125,8 +118,7 @@ std::uint16_t unused_port() {
   return port;
 }
 
-ScriptedPeer::ScriptedPeer(std::uint16_t port) : port_(port) {
-  listener_ = bind_port(port_);
+ScriptedPeer::ScriptedPeer() : listener_(bind_port(port_)) {
   EXPECT_EQ(::listen(listener_, 8), 0) << std::strerror(errno);
 }
 
@@ -144,9 +136,9 @@ void ScriptedPeer::accept() {
   const int client = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
   const int on = 1;
   ::setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  // Longer than any test waits: a send that blocks for ever is a fault to be seen, not a hang.
+  // Longer than any test waits: a call that blocks for ever is a fault to be seen, not a hang.
   const timeval patience{20, 0};
-  ::setsockopt(client, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+  for (const int way : {SO_SNDTIMEO, SO_RCVTIMEO}) ::setsockopt(client, SOL_SOCKET, way, &patience, sizeof patience);
   client_descriptor_ = other_end(client);
   client_ = client;
 }
@@ -156,28 +148,27 @@ bool ScriptedPeer::wait_readable(int descriptor, std::chrono::milliseconds time)
   return ::poll(&look, 1, static_cast<int>(time.count())) == 1;
 }
 
-bool ScriptedPeer::read_exactly(std::uint8_t* into, std::size_t count, std::chrono::milliseconds time) {
-  const auto deadline = Clock::now() + time;
-  for (std::size_t have = 0; have < count;) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-    if (left < 0ms || !wait_readable(client_, left + 1ms)) return false;
-    const ssize_t got = ::recv(client_, into + have, count - have, 0);
-    if (got <= 0) return false;
-    have += static_cast<std::size_t>(got);
-  }
-  return true;
+bool ScriptedPeer::read_exactly(std::uint8_t* into, std::size_t count) {
+  return count == 0 || ::recv(client_, into, count, MSG_WAITALL) == static_cast<ssize_t>(count);
+}
+
+bool ScriptedPeer::read_request(Bytes& request) {
+  request.resize(kRequestHeader);
+  if (!read_exactly(request.data(), kRequestHeader)) return false;
+  request.resize(std::max(static_cast<std::size_t>(std::max(get_i32(request, 0), 0)), kRequestHeader));
+  return read_exactly(request.data() + kRequestHeader, request.size() - kRequestHeader);
 }
 
 Bytes ScriptedPeer::receive(std::size_t count) {
   Bytes bytes(count);
-  if (!read_exactly(bytes.data(), count, kPatience)) ADD_FAILURE() << "the client has not sent " << count << " bytes";
+  if (!read_exactly(bytes.data(), count)) ADD_FAILURE() << "the client has not sent " << count << " bytes";
   return bytes;
 }
 
 Bytes ScriptedPeer::receive_request() {
-  Bytes request = receive(kRequestHeader);
-  const auto size = static_cast<std::size_t>(std::max(get_i32(request, 0), 0));
-  return size <= kRequestHeader ? request : std::move(request) + receive(size - kRequestHeader);
+  Bytes request;
+  if (!read_request(request)) ADD_FAILURE() << "the client has not sent a whole request";
+  return request;
 }
 
 bool ScriptedPeer::client_leaves() {
@@ -194,10 +185,6 @@ bool ScriptedPeer::client_has_read_all() const {
          ::ioctl(client_descriptor_, FIONREAD, &unread) == 0 && unread == 0;
 }
 
-void ScriptedPeer::set_send_buffer(int bytes) {
-  ::setsockopt(client_, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes);
-}
-
 void ScriptedPeer::send(std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t sent = ::send(client_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
@@ -207,47 +194,16 @@ void ScriptedPeer::send(std::span<const std::uint8_t> bytes) {
   }
 }
 
-std::size_t ScriptedPeer::send_what_fits(std::span<const std::uint8_t> bytes) {
-  std::size_t total = 0;
-  // Full for longer than the system needs to move bytes across loopback.
-  for (pollfd look{client_, POLLOUT, 0}; total < bytes.size() && ::poll(&look, 1, 100) == 1;) {
-    const ssize_t sent = ::send(client_, bytes.data() + total, bytes.size() - total, MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (sent > 0) total += static_cast<std::size_t>(sent);
-    if (sent <= 0 && errno != EAGAIN) break;
-  }
-  return total;
-}
-
 void ScriptedPeer::run(Script script) {
   finish();
   script_ = std::thread([this, script = std::move(script)] { script(*this); });
 }
 
-void ScriptedPeer::send_in_pieces(std::vector<Bytes> pieces) {
-  run([pieces = std::move(pieces)](ScriptedPeer& peer) {
-    for (const Bytes& piece : pieces) {
-      for (const auto deadline = Clock::now() + kPatience; !peer.client_has_read_all();) {
-        if (Clock::now() > deadline) return ADD_FAILURE() << "the client has not read the piece before";
-        std::this_thread::yield();
-      }
-      peer.send(piece);
-    }
-  });
-}
-
 void ScriptedPeer::serve(Reply reply) {
   run([reply = std::move(reply)](ScriptedPeer& peer) {
-    Bytes request(kRequestHeader);
-    while (peer.read_exactly(request.data(), kRequestHeader, 24h)) {
-      const auto size = static_cast<std::size_t>(std::max(get_i32(request, 0), 0));
-      request.resize(std::max(size, kRequestHeader));
-      if (!peer.read_exactly(request.data() + kRequestHeader, request.size() - kRequestHeader, kPatience)) return;
-      {
-        const std::lock_guard lock(peer.requests_lock_);
-        peer.requests_.push_back(request);
-      }
-      peer.send(reply(request));
-      request.resize(kRequestHeader);
+    for (Bytes request; peer.read_request(request); peer.send(reply(request))) {
+      const std::lock_guard lock(peer.requests_lock_);
+      peer.requests_.push_back(request);
     }
   });
 }

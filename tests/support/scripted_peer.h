@@ -1,8 +1,8 @@
 // A server made of bytes: it listens on loopback, hands the test what the client sent, and sends what the test
 // says, cut as the test says. The client is a socket of the same process.
 //
-// Everything happens on the calling thread but for scripts (run, send_in_pieces, serve), which have a thread of
-// their own so that the test's thread can wait inside the library meanwhile. There is one script at a time: starting
+// Everything happens on the calling thread but for scripts (run, serve), which have a thread of their own
+// so that the test's thread can wait inside the library meanwhile. There is one script at a time: starting
 // one waits for the one before, which must therefore be one that ends by itself. serve() ends with the connection.
 #pragma once
 
@@ -46,7 +46,7 @@ class ScriptedPeer {
   using Script = std::function<void(ScriptedPeer&)>;
   using Reply = std::function<Bytes(const Bytes& request)>;
 
-  explicit ScriptedPeer(std::uint16_t port = 0);  // 0: a free one
+  ScriptedPeer();  // at a free port
   ~ScriptedPeer();
   ScriptedPeer(const ScriptedPeer&) = delete;
   ScriptedPeer& operator=(const ScriptedPeer&) = delete;
@@ -68,16 +68,10 @@ class ScriptedPeer {
   // True when nothing of what was sent waits to be read by the client.
   bool client_has_read_all() const;
 
-  // What the system holds back of what was sent to a client that does not read.
-  void set_send_buffer(int bytes);
   // What a client that has left does not take is dropped in silence; one that does not read fails the test.
   void send(std::span<const std::uint8_t> bytes);
-  // As much as the system takes from a client that does not read: how many bytes that were.
-  std::size_t send_what_fits(std::span<const std::uint8_t> bytes);
 
   void run(Script script);
-  // Each piece once the client has read the one before.
-  void send_in_pieces(std::vector<Bytes> pieces);
   // Answers every request from now on with what `reply` returns for it; nothing for an empty reply. `reply` is
   // called on the script's thread.
   void serve(Reply reply);
@@ -93,14 +87,15 @@ class ScriptedPeer {
 
  private:
   bool wait_readable(int descriptor, std::chrono::milliseconds time) const;
-  // False at the end of the connection; with `time`, also when it has passed.
-  bool read_exactly(std::uint8_t* into, std::size_t count, std::chrono::milliseconds time);
+  // False at the end of the connection, or when the bytes do not come in time.
+  bool read_exactly(std::uint8_t* into, std::size_t count);
+  bool read_request(Bytes& request);
   void end_client(bool at_once);
 
-  int listener_ = -1;
   std::atomic<int> client_ = -1;
   int client_descriptor_ = -1;
-  std::uint16_t port_;
+  std::uint16_t port_ = 0;
+  int listener_;
   std::thread script_;
   std::mutex client_lock_;  // between a script that ends the connection and a test that does
   mutable std::mutex requests_lock_;

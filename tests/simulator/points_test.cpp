@@ -1,5 +1,7 @@
-// Centres of spheres and circles: the fit against known shapes, and the modes that measure them.
+// Stationary points against the geometry and the noise that are stated, and centres of spheres and circles: the fit
+// against known shapes, and the modes that measure them.
 #include <cmath>
+#include <tuple>
 
 #include "bench.h"
 #include "simulator/mathematics/centre_fit.h"
@@ -7,6 +9,95 @@
 
 namespace kestrine::simulator {
 namespace {
+
+protocol::Request go_to(const Vector& place) {
+  return build_GoPosition(place.x(), place.y(), place.z(), 1);
+}
+
+using StationaryPoint = BenchTest<>;
+
+TEST_F(StationaryPoint, LiesOnEveryNestWithinItsOwnUncertainty) {
+  double squares = 0;
+  for (const Nest& nest : nests()) {
+    SCOPED_TRACE(nest.name);
+    set_up({go_to(nest.place + Vector{0.01, 0.01, 0.01})});
+    const SingleMeasResultT result = measured();
+    const Vector off = values_of(result) - nest.place;
+    EXPECT_LT(length(off), 5 * result.dStdTotal);
+    EXPECT_GT(length(off), 0);
+    squares += std::pow(length(off) / result.dStdTotal, 2);
+    // 750 readings: the mean is sqrt(750) times better than what one reading is beforehand said to be.
+    EXPECT_NEAR(result.dAprioriStdTotal / result.dStdTotal, std::sqrt(750), 3);
+    const double across = 15e-6 + 6e-6 * length(nest.place);
+    EXPECT_NEAR(result.dAprioriStdTotal, std::sqrt(2 * across * across + 1e-10), 1e-9);
+  }
+  EXPECT_NEAR(std::sqrt(squares / static_cast<double>(nests().size())), 1.05, 0.55);
+}
+
+TEST_F(StationaryPoint, IsAcknowledgedAtOnceAndTakesItsTime) {
+  ask(build_SetStationaryModeParams(700, 1));
+  EXPECT_EQ(ask(build_StartMeasurement()).size(), 1u);
+  EXPECT_TRUE(after(0.68).empty());
+  EXPECT_EQ(only(after(0.05), VL_DT_SingleMeasResult).size(), 1u);
+}
+
+TEST_F(StationaryPoint, IsTheSameForTheSameSeedAndAnotherForAnother) {
+  const auto run = [](std::uint64_t seed) {
+    Bench bench({build_Initialize()}, {.seed = seed});
+    bench.measured();
+    return values_of(bench.measured());
+  };
+  EXPECT_EQ(run(5), run(5));
+  EXPECT_FALSE(run(5) == run(6));
+}
+
+TEST_F(StationaryPoint, HasCovariancesInTheExtendedStatisticMode) {
+  ask(go_to({2.2, 0.4, -0.3}));
+  const SingleMeasResultT standard = measured();
+  set_up({build_SetStatisticMode(VL_SM_Extended, VL_SM_Standard)});
+  const auto extended = measured<SingleMeasResult2T>(VL_DT_SingleMeasResult2);
+  EXPECT_NEAR(extended.dAprioriStd1, standard.dAprioriStd1, 1e-9);
+  EXPECT_GT(std::abs(extended.dAprioriCovar12), 0);
+  EXPECT_LT(std::abs(extended.dAprioriCovar12), extended.dAprioriStd1 * extended.dAprioriStd2);
+  EXPECT_NEAR(length(values_of(extended) - values_of(standard)), 0, 2e-5);
+}
+
+TEST_F(StationaryPoint, ComesInTheUnitsAndTheSystemThatAreSet) {
+  set_up(
+      {go_to({2.2, 0.4, -0.3}), build_SetUnits(VL_LU_Inch, VL_AU_Degree, VL_TU_Fahrenheit, VL_PU_HPascal, VL_HU_RH)});
+  const SingleMeasResultT inches = measured();
+  EXPECT_NEAR(inches.dVal1, 2.2 / 0.0254, 0.002);
+  EXPECT_NEAR(inches.dTemperature, 68, 1e-9);
+  set_units(VL_LU_Millimeter);
+  ask(build_SetCoordinateSystemType(VL_CS_SCW));
+  const SingleMeasResultT spherical = measured();
+  EXPECT_NEAR(spherical.dVal1, -std::atan2(0.4, 2.2) * 180 / M_PI, 1e-3);
+  EXPECT_NEAR(spherical.dVal3, 1000 * std::sqrt(2.2 * 2.2 + 0.4 * 0.4 + 0.3 * 0.3), 0.01);
+  EXPECT_NEAR(spherical.dAprioriStd3, 0.01, 1e-6);  // the distance meter's 10 micrometres
+}
+
+TEST_F(StationaryPoint, NeedsATargetUnderTheBeam) {
+  EXPECT_EQ(statuses({go_to({3, 3, 0}), build_StartMeasurement()}), Codes(2, VL_RS_NoDistanceSet));
+  set_up({build_GoBirdBath(), build_SwitchLaser(0)});
+  EXPECT_EQ(statuses({build_StartMeasurement(), build_GoBirdBath()}), Codes(2, VL_RS_NoDistanceSet));
+}
+
+TEST_F(StationaryPoint, LeavesNoResultWhenItIsStopped) {
+  EXPECT_EQ(statuses({build_StartMeasurement(), build_StartMeasurement(), build_StopMeasurement()}),
+            (Codes{VL_RS_AllOK, VL_RS_ServerBusy, VL_RS_AllOK}));
+  EXPECT_TRUE(after(4).empty());
+  EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
+}
+
+TEST_F(StationaryPoint, FollowsAMoveAlsoWhereThereIsNothing) {
+  for (const auto& [place, expected] :
+       {std::pair{Vector{2.5, 0.01, 0.15}, VL_RS_AllOK}, {Vector{5, 5, 0}, VL_RS_NoStationaryResult}}) {
+    set_up({build_GoAndMeasure(place.x(), place.y(), place.z())});
+    const auto found = first<SingleMeasResultT>(after(4), VL_DT_SingleMeasResult);
+    EXPECT_EQ(found.packetInfo.status, expected);
+    if (expected == VL_RS_AllOK) expect_near(values_of(found), {2.5, 0, 0.15}, 2e-5);
+  }
+}
 
 using Points = std::vector<Vector>;
 
@@ -73,7 +164,7 @@ TEST(CentreFit, ClaimsTheSpreadThatItsCentresHave) {
   }
 }
 
-struct CentreBench : ReadyBench {
+struct CentreBench : Bench {
   explicit CentreBench(VL_MeasMode mode) { set_up({build_SetMeasurementMode(mode)}), listen(); }
   Packets found(double seconds = 20) {
     EXPECT_EQ(status(build_StartMeasurement()), VL_RS_AllOK);
@@ -81,15 +172,9 @@ struct CentreBench : ReadyBench {
   }
 };
 
-struct Mode {
-  VL_MeasMode point, probe;
-  Vector centre;
-};
-const Mode kModes[]{{VL_MM_SphereCenter, VL_MM_6DSphereCenter, kBallCentre},
-                    {VL_MM_CircleCenter, VL_MM_6DCircleCenter, kDiscCentre}};
-
 TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
-  for (const auto& [mode, probe_mode, centre] : kModes) {
+  for (const auto& [mode, probe_mode, centre] : {std::tuple{VL_MM_SphereCenter, VL_MM_6DSphereCenter, kBallCentre},
+                                                 {VL_MM_CircleCenter, VL_MM_6DCircleCenter, kDiscCentre}}) {
     CentreBench bench(mode);
     const auto packets = bench.found();
     EXPECT_EQ(changes(packets), (Codes{VL_SSC_MeasurementCountReached, VL_SSC_MeasStatus_Ready}));
@@ -102,8 +187,7 @@ TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
     EXPECT_EQ(only(bench.found(), VL_DT_SingleMeasResult2).size(), 1u);
     bench.ask(build_SetMeasurementMode(probe_mode));
     bench.set_units(VL_LU_Millimeter);
-    bench.ask(build_StartMeasurement());
-    const auto probe = bench.result<ProbeStationaryResultT>(VL_DT_StationaryProbeMeasResult, 20);
+    const auto probe = bench.measured<ProbeStationaryResultT>(VL_DT_StationaryProbeMeasResult, 20);
     EXPECT_EQ(probe.measMode, probe_mode);
     const Vector off = vector(probe.dPosition1, probe.dPosition2, probe.dPosition3) - 1000 * centre;
     EXPECT_LT(length(off), 4 * probe.dStdDevPositionTotal);
