@@ -86,6 +86,8 @@ inline constexpr HRESULT DISP_E_ARRAYISLOCKED = static_cast<HRESULT>(0x8002000D)
 inline constexpr HRESULT DISP_E_BADPARAMCOUNT = static_cast<HRESULT>(0x8002000E);
 inline constexpr HRESULT DISP_E_PARAMNOTOPTIONAL = static_cast<HRESULT>(0x8002000F);
 inline constexpr HRESULT DISP_E_BADCALLEE = static_cast<HRESULT>(0x80020010);
+// Every call of an object answers so that does not come from the thread that made it (host.h).
+inline constexpr HRESULT RPC_E_WRONG_THREAD = static_cast<HRESULT>(0x8001010E);
 
 // --- Identifiers
 

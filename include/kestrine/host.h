@@ -19,6 +19,13 @@ struct COPYDATASTRUCT {
 
 namespace kestrine::host {
 
+// --- Threads. An object belongs to the thread that made it, and so does every other object that it hands out. A call
+// from elsewhere does nothing and answers RPC_E_WRONG_THREAD at once, QueryInterface too; AddRef and Release do nothing
+// there, so a last reference must be dropped at home. Class objects (IClassFactory) may be called from any thread.
+//
+// A forked child is elsewhere as well. The objects of its parent are of no use to it, and stay: what it does with them,
+// and how it ends, does not disturb the parent. It can make objects and connections of its own.
+
 // --- The calling thread's message loop. The thread that creates the objects must run it, in one of these ways.
 
 // Becomes readable whenever something is due, for a host that has a loop of its own (poll, GLib, Qt, asyncio):
@@ -56,6 +63,9 @@ KESTRINE_HOST_API void quit(int exit_code = 0);
 //      once, one that cannot be made in ConnectionTimeout then, and the give-up hook ends it earlier. A timeout that is
 //      no positive number counts as the default, here and in the waiting times of calls.
 //   7. A packet that has come in part does not hold up the thread: the loop goes on until the rest comes.
+//   8. A request waits for room, for as long as its call may take, where a server does not read what it was sent; in
+//      classic it fails at once if the system takes nothing of it. One that is sent in part only is completed in that
+//      time or ends the link, in both; the call fails then, which in classic it does not.
 enum class Behaviour { kClassic, kModern };
 // False when the other one holds already: an object has been made, or KESTRINE_BEHAVIOUR in the environment says
 // "classic" or "modern", for programs that cannot be changed.

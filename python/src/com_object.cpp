@@ -27,19 +27,18 @@ std::unique_ptr<ComObject> ComObject::create(const std::string& name) {
   return std::make_unique<ComObject>(std::move(object));
 }
 
-IDispatch& ComObject::checked() const {
-  if (home_ != std::this_thread::get_id()) raise_com_error(RPC_E_WRONG_THREAD);
+IDispatch& ComObject::object() const {
   release_deferred();
   return *object_;
 }
 
 std::vector<Member> ComObject::events(const py::dict& converters) const {
-  const Pointer<ITypeInfo> type = events_of(checked());
+  const Pointer<ITypeInfo> type = events_of(object());
   return type ? read_members(*type, converters) : std::vector<Member>();
 }
 
 py::object ComObject::invoke(const Member& member, const py::tuple& positional, const py::dict& named) {
-  const Pointer<IDispatch> keep(&checked());  // a handler may drop the last other reference
+  const Pointer<IDispatch> keep(&object());  // a handler may drop the last other reference
   CallArguments arguments(member);
   arguments.bind(*keep, positional, named);
   Exception exception;
@@ -61,7 +60,7 @@ py::object ComObject::invoke(const Member& member, const py::tuple& positional, 
 
 std::uintptr_t ComObject::identity() const {
   Pointer<IUnknown> unknown;
-  checked().QueryInterface(IID_IUnknown, unknown.put_void());
+  require(object().QueryInterface(IID_IUnknown, unknown.put_void()));
   return reinterpret_cast<std::uintptr_t>(unknown.get());
 }
 

@@ -18,8 +18,6 @@
 
 namespace kestrine::python {
 
-inline constexpr HRESULT RPC_E_WRONG_THREAD = static_cast<HRESULT>(0x8001010E);
-
 class ComObject {
  public:
   explicit ComObject(Pointer<IDispatch> object) : object_(std::move(object)) {}
@@ -30,9 +28,9 @@ class ComObject {
   // By program identifier, or by class identifier in braces.
   static std::unique_ptr<ComObject> create(const std::string& name);
 
-  std::string type_name() const { return name_of(*type_of(checked())); }
+  std::string type_name() const { return name_of(*type_of(object())); }
   std::vector<Member> members(const pybind11::dict& converters) const {
-    return read_members(*type_of(checked()), converters);
+    return read_members(*type_of(object()), converters);
   }
   // Of the default event interface; none when there is no such interface.
   std::vector<Member> events(const pybind11::dict& converters) const;
@@ -46,7 +44,7 @@ class ComObject {
   // The same for all references to one object.
   std::uintptr_t identity() const;
 
-  IDispatch& checked() const;  // on the thread of the object, else com_error
+  IDispatch& object() const;  // once what waited for this thread has been released
 
  private:
   Pointer<IDispatch> object_;

@@ -74,11 +74,11 @@ HRESULT EventSink::Invoke(DISPID member, REFIID, LCID, WORD, DISPPARAMS* argumen
 }
 
 EventConnection::EventConnection(const ComObject& source, const py::dict& handlers, const py::dict& converters) {
-  IDispatch& object = source.checked();
+  IDispatch& object = source.object();
   const Pointer<ITypeInfo> events = events_of(object);
   Pointer<IConnectionPointContainer> container;
-  object.QueryInterface(IID_IConnectionPointContainer, container.put_void());
-  if (!events || !container) raise_com_error(E_NOINTERFACE);
+  require(object.QueryInterface(IID_IConnectionPointContainer, container.put_void()));
+  if (!events) raise_com_error(E_NOINTERFACE);
   Pointer<IConnectionPoint> point;
   require(container->FindConnectionPoint(id_of(*events), point.put()));
   const auto sink =

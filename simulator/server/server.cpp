@@ -1,4 +1,5 @@
 // The service behind the simulator's public face: a thread, a listening socket, and time.
+#include <algorithm>
 #include <asio.hpp>
 #include <chrono>
 #include <stdexcept>
@@ -31,7 +32,10 @@ class AsioScheduler : public Scheduler {
   std::uint64_t after(double seconds, Pace pace, std::function<void()> task) override {
     const std::uint64_t number = ++last_number_;
     auto& timer = timers_.try_emplace(number, context_).first->second;
-    const std::chrono::duration<double> wait(pace == Pace::kTracker ? seconds * time_scale_ : seconds);
+    // As long as the system's clock can tell apart, whatever the scale.
+    constexpr double kLongest = 1e9;
+    const double scaled = pace == Pace::kTracker ? seconds * time_scale_ : seconds;
+    const std::chrono::duration<double> wait(std::clamp(scaled, 0.0, kLongest));
     timer.expires_after(std::chrono::duration_cast<WallClock::duration>(wait));
     timer.async_wait([this, number, task = std::move(task)](const asio::error_code& error) {
       // A cancelled number is gone from the map, also when its expiry was under way already.

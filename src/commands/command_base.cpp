@@ -18,6 +18,12 @@ std::chrono::milliseconds time_to_forget(const MemberRow& row, const connection:
   return 2 * std::chrono::milliseconds(wait + std::int64_t{row.adds_measure_time ? measurement.stationary_time() : 0});
 }
 
+// A server that does not read holds up the sending no longer than an answer may take.
+std::chrono::milliseconds time_to_send(const MemberRow& row) {
+  const protocol::WaitRow& wait = row.wait != nullptr ? *row.wait : protocol::wait_classes().front();
+  return std::chrono::milliseconds(wait.ordinary);
+}
+
 }  // namespace
 
 PendingRequests::Result result_of(const MemberRow& row) {
@@ -46,7 +52,7 @@ template <class Commands>
 HRESULT CommandBase<Commands>::send(const MemberRow& row, const protocol::Request& request,
                                     PendingRequests::Ticket* ticket) {
   const connection::Channel* const channel = generation_.channel();
-  if (channel == nullptr || !channel->send(request.bytes.data(), request.size)) {
+  if (channel == nullptr || !channel->send(request.bytes.data(), request.size, time_to_send(row))) {
     return generation_.errors().raise(generation_.connection(), protocol::send_failure_text(row.command->code),
                                       interface_id(), E_FAIL, throws(), protocol::error::kSendFailed.number);
   }

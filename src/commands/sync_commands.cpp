@@ -8,6 +8,7 @@
 #include "kestrine/enums.h"
 #include "kestrine/pointer.h"
 #include "kestrine/wire.h"
+#include "platform/home.h"
 #include "platform/loop.h"
 #include "platform/notices.h"
 #include "protocol/texts.h"
@@ -169,9 +170,11 @@ void SyncCommandObject::wait_for_answer(Call& call) {
   begin_wait(command);
   const connection::Rules& rules = call.connection.rules();
   const auto is_over = [&] { return call_ != &call; };
+  const std::uint32_t forks = platform::forks();
   while (!is_over()) {
     deliver_due_messages(rules.wakes_when_due, [&] { return rules.waits_for_own_answer && is_over(); });
-    if (!is_over() && platform::host_gives_up()) cancel_wait();
+    // In a child that a handler has forked no answer will ever come.
+    if (!is_over() && (platform::host_gives_up() || platform::forks() != forks)) cancel_wait();
   }
 }
 

@@ -44,8 +44,8 @@ const protocol::Error* Channel::connect(Connection& connection, const std::strin
   return failure;
 }
 
-bool Channel::send(const std::uint8_t* bytes, std::int32_t size) const {
-  return connection_ != nullptr && connection_->link().send(bytes, size);
+bool Channel::send(const std::uint8_t* bytes, std::int32_t size, std::chrono::milliseconds at_most) const {
+  return connection_ != nullptr && connection_->link().send(bytes, size, at_most);
 }
 
 void Channel::start_timer(std::int32_t command, std::int32_t milliseconds) {

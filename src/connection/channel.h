@@ -1,7 +1,8 @@
-// The way between the library and its server: out by one write for each request, in by messages to a hidden window
+// The way between the library and its server: out request by request, in by messages to a hidden window
 // (readable data, the server's closing, expired command timers, requests to flush held-back events).
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -32,7 +33,7 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
   // an earlier one: that connects by the latest channel, too.
   const protocol::Error* connect(Connection& connection, const std::string& address, std::uint16_t port);
 
-  bool send(const std::uint8_t* bytes, std::int32_t size) const;
+  bool send(const std::uint8_t* bytes, std::int32_t size, std::chrono::milliseconds at_most) const;
   // A timer for a command that waits for its answer; kills itself when it expires.
   void start_timer(std::int32_t command, std::int32_t milliseconds);
   void stop_timer(std::int32_t command);

@@ -13,6 +13,7 @@ namespace {
 constexpr std::uint16_t kSocketsVersion = 0x0101;
 constexpr std::int32_t kReceiveBufferBytes = 256 * 1024;  // large continuous blocks in few notifications
 constexpr std::int32_t kConnectStep = 100;                // milliseconds between two looks at a pending connect
+constexpr std::chrono::milliseconds kSendStep{20};        // between two questions to the host whether to give up
 
 // An address with a dot anywhere is taken for a dotted one and never looked up, not even a full host name; and what has
 // a dot but is no address is found all the same: its connect fails. Kept.
@@ -104,8 +105,27 @@ bool Link::close(platform::WindowHandle window) {
   return result == 0;
 }
 
-bool Link::send(const std::uint8_t* bytes, std::int32_t size) const {
-  return platform::send_bytes(socket_, bytes, size) != -1;
+bool Link::send(const std::uint8_t* bytes, std::int32_t size, std::chrono::milliseconds at_most) const {
+  const platform::TimePoint end = platform::now() + at_most;
+  std::int32_t sent = 0;
+  for (;;) {
+    const int taken = platform::send_bytes(socket_, bytes + sent, size - sent);
+    if (taken != -1) sent += taken;
+    if (sent == size) return true;
+    const bool is_full = taken != -1 || platform::last_socket_error() == platform::kErrorWouldBlock;
+    if (!is_full || (sent == 0 && !rules_.waits_for_room) || !wait_for_room(end)) break;
+  }
+  if (sent == 0) return false;
+  // The server would take the next request for the rest of this one.
+  platform::shut_down(socket_);
+  return !rules_.waits_for_room;  // a part counts as success: kept, in classic
+}
+
+bool Link::wait_for_room(platform::TimePoint end) const {
+  while (platform::now() < end && !platform::host_gives_up()) {
+    if (platform::wait_for_room(socket_, kSendStep)) return true;
+  }
+  return false;
 }
 
 bool Link::mark_ended() {

@@ -1,10 +1,12 @@
 // The socket to the server: connecting, sending, closing, and whether the server is still there.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
 #include "connection/rules.h"
+#include "platform/clock.h"
 #include "platform/loop.h"
 #include "platform/socket.h"
 #include "protocol/errors.h"
@@ -20,8 +22,9 @@ class Link {
                                  std::uint32_t message);
   // False when the system says that there was nothing to close.
   bool close(platform::WindowHandle window);
-  // True unless the write itself fails: a partial write counts as success, and nothing is retried.
-  bool send(const std::uint8_t* bytes, std::int32_t size) const;
+  // Never sends a part without the rest: what cannot be completed in that time ends the link. False when it is not
+  // sent; in classic behaviour that is when nothing of it is.
+  bool send(const std::uint8_t* bytes, std::int32_t size, std::chrono::milliseconds at_most) const;
 
   // From the connecting to the closing here, whatever the server does.
   bool is_connected() const { return connected_; }
@@ -37,6 +40,9 @@ class Link {
   const protocol::Error* connect_to_host(const std::string& name, std::uint16_t port);
   bool connect_socket(platform::AddressWord address, std::uint16_t port) const;
   bool wait_for_connection(platform::AddressWord address, std::uint16_t port, std::int32_t timeout) const;
+
+  // Room for more to be sent. False when there is none by then, or when the host gives up.
+  bool wait_for_room(platform::TimePoint end) const;
 
   const Rules& rules_;
   platform::SocketHandle socket_ = 0;

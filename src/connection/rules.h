@@ -15,10 +15,11 @@ struct Rules {
   bool finds_every_host = false;                  // else by one IPv4 address, and without a look-up of names with dots
   bool ignores_senseless_times = false;           // else a waiting time of zero or less is taken as it stands
   bool takes_whole_packets = false;               // else the thread waits for the rest of one that has come in part
+  bool waits_for_room = false;                    // else a request of which the system takes nothing fails at once
 };
 
 inline constexpr Rules kClassicRules{};
-inline constexpr Rules kModernRules{true, true, true, true, true, true, true, true};
+inline constexpr Rules kModernRules{true, true, true, true, true, true, true, true, true};
 
 constexpr const Rules& rules_of(host::Behaviour behaviour) {
   return behaviour == host::Behaviour::kModern ? kModernRules : kClassicRules;

@@ -8,6 +8,7 @@
 
 #include "kestrine/component.h"
 #include "kestrine/object.h"
+#include "platform/home.h"
 
 namespace kestrine::dispatch {
 
@@ -25,8 +26,17 @@ class Enumerator final : public Object<Interface> {
     for (const Item& item : items_) held_by(item)->AddRef();
   }
 
+  HRESULT QueryInterface(const IID& iid, void** object) override {
+    if (home_.is_here()) return Object<Interface>::QueryInterface(iid, object);
+    if (object != nullptr) *object = nullptr;
+    return RPC_E_WRONG_THREAD;
+  }
+  ULONG AddRef() override { return home_.is_here() ? Object<Interface>::AddRef() : 1; }
+  ULONG Release() override { return home_.is_here() ? Object<Interface>::Release() : 1; }
+
   // As many as were asked for: S_OK; fewer: S_FALSE. `fetched` may be null when one is asked for.
   HRESULT Next(ULONG count, Item* items, ULONG* fetched) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     if (fetched != nullptr) *fetched = 0;
     if (items == nullptr || (fetched == nullptr && count != 1)) return E_POINTER;
     const auto handed = static_cast<ULONG>(std::min<std::size_t>(count, items_.size() - next_));
@@ -38,15 +48,18 @@ class Enumerator final : public Object<Interface> {
     return handed == count ? S_OK : S_FALSE;
   }
   HRESULT Skip(ULONG count) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     const bool enough = count <= items_.size() - next_;
     next_ = enough ? next_ + count : items_.size();
     return enough ? S_OK : S_FALSE;
   }
   HRESULT Reset() override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     next_ = 0;
     return S_OK;
   }
   HRESULT Clone(Interface** copy) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     return create([this] { return items_; }, next_, copy);
   }
 
@@ -68,6 +81,7 @@ class Enumerator final : public Object<Interface> {
     for (const Item& item : items_) held_by(item)->Release();
   }
 
+  const platform::Home home_;
   std::vector<Item> items_;
   std::size_t next_;
 };

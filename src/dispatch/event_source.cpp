@@ -88,6 +88,8 @@ HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<EventArgume
 
 HRESULT EventSource::QueryInterface(const IID& iid, void** object) {
   if (object == nullptr) return E_POINTER;
+  *object = nullptr;
+  if (!home_.is_here()) return RPC_E_WRONG_THREAD;
   *object = iid == IID_IUnknown || iid == IID_IConnectionPoint ? static_cast<IConnectionPoint*>(this) : nullptr;
   if (*object == nullptr) return E_NOINTERFACE;
   AddRef();
@@ -95,12 +97,14 @@ HRESULT EventSource::QueryInterface(const IID& iid, void** object) {
 }
 
 HRESULT EventSource::GetConnectionInterface(IID* iid) {
+  if (!home_.is_here()) return RPC_E_WRONG_THREAD;
   if (iid == nullptr) return E_POINTER;
   *iid = event_interface_;
   return S_OK;
 }
 
 HRESULT EventSource::GetConnectionPointContainer(IConnectionPointContainer** container) {
+  if (!home_.is_here()) return RPC_E_WRONG_THREAD;
   if (container == nullptr) return E_POINTER;
   *container = &container_;
   container_.AddRef();
@@ -108,6 +112,7 @@ HRESULT EventSource::GetConnectionPointContainer(IConnectionPointContainer** con
 }
 
 HRESULT EventSource::Advise(IUnknown* sink, ULONG* cookie) {
+  if (!home_.is_here()) return RPC_E_WRONG_THREAD;
   if (sink == nullptr || cookie == nullptr) return E_POINTER;
   *cookie = 0;
   Pointer<IDispatch> events;
@@ -121,6 +126,7 @@ HRESULT EventSource::Advise(IUnknown* sink, ULONG* cookie) {
 }
 
 HRESULT EventSource::Unadvise(ULONG cookie) {
+  if (!home_.is_here()) return RPC_E_WRONG_THREAD;
   if (cookie == 0 || cookie > slots_.size() || slots_[cookie - 1] == nullptr) return CONNECT_E_NOCONNECTION;
   // The slot is empty before the release, which may run code that comes back here.
   const auto sink = Pointer<IDispatch>::adopt(slots_[cookie - 1]);
@@ -130,6 +136,7 @@ HRESULT EventSource::Unadvise(ULONG cookie) {
 }
 
 HRESULT EventSource::EnumConnections(IEnumConnections** connections) {
+  if (!home_.is_here()) return RPC_E_WRONG_THREAD;
   const auto list = [this] {
     std::vector<CONNECTDATA> sinks;
     for (std::size_t i = 0; i < slots_.size(); ++i) {

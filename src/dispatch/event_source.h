@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kestrine/component.h"
+#include "platform/home.h"
 #include "protocol/catalogue.h"
 
 namespace kestrine::dispatch {
@@ -53,6 +54,7 @@ class EventSource final : public IConnectionPoint {
 
   IConnectionPointContainer& container_;
   const IID& event_interface_;
+  const platform::Home home_;
   std::vector<IDispatch*> slots_;  // an empty slot is null; a cookie is a slot's index plus one
   std::size_t advised_ = 0;
 };

@@ -24,6 +24,13 @@ class ProcessState {
   bool has_fetched_objects() const { return has_fetched_objects_; }
   void mark_objects_fetched() { has_fetched_objects_ = true; }
 
+  // In a forked child. The locks stay: the parent's objects are still there.
+  void begin_anew() {
+    claimed_generation_ = 0;
+    has_fetched_objects_ = false;
+    web_hosted_ = false;
+  }
+
   // Live objects and locks on class objects: reasons to stay loaded. From any thread.
   void lock() { ++locks_; }
   void unlock() { --locks_; }

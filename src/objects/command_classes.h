@@ -9,6 +9,7 @@
 #include "kestrine/interfaces.h"
 #include "objects/component_object.h"
 #include "objects/object_parts.h"
+#include "platform/home.h"
 #include "scripting/late_bound.h"
 
 namespace kestrine {
@@ -38,7 +39,11 @@ class CommandClass final : public ComponentObject<scripting::Offered<Methods>, E
 
  private:
   ~CommandClass() override { this->leave(); }
-  HRESULT call(int dispid, commands::Argument* arguments) override { return this->perform(dispid, arguments); }
+  HRESULT call(int dispid, commands::Argument* arguments) override {
+    return home_.is_here() ? this->perform(dispid, arguments) : RPC_E_WRONG_THREAD;
+  }
+
+  const platform::Home home_;
 };
 
 template <class Interface, const IID& EventInterface>

@@ -6,12 +6,13 @@
 #include "dispatch/process_state.h"
 #include "kestrine/component.h"
 #include "kestrine/interface_id.h"
+#include "platform/home.h"
 
 namespace kestrine::objects {
 
 // An object that offers `Interfaces`, alone or as the inner part of another object. Its interfaces count and are asked
-// by the outer object, if there is one; the inner IUnknown, made with a count of one, by itself. Lives on one thread,
-// and keeps the module loaded.
+// by the outer object, if there is one; the inner IUnknown, made with a count of one, by itself. Lives on one thread:
+// elsewhere it is neither counted nor asked. Keeps the module loaded.
 template <class First, class... Others>
 class ComponentObject : public First, public Others... {
  public:
@@ -38,14 +39,17 @@ class ComponentObject : public First, public Others... {
 
     HRESULT QueryInterface(const IID& iid, void** object) override {
       if (object == nullptr) return E_POINTER;
+      *object = nullptr;
+      if (!home_.is_here()) return RPC_E_WRONG_THREAD;
       *object = this;
       IUnknown* const found = iid == IID_IUnknown ? this : owner_.find_interface(iid, *object);
       if (found == nullptr) return E_NOINTERFACE;
       found->AddRef();
       return S_OK;
     }
-    ULONG AddRef() override { return ++count_; }
+    ULONG AddRef() override { return home_.is_here() ? ++count_ : 1; }
     ULONG Release() override {
+      if (!home_.is_here()) return 1;
       const ULONG left = --count_;
       if (left == 0) {
         count_ = 1;  // so that a reference taken and dropped by the destructor does not delete twice
@@ -56,6 +60,7 @@ class ComponentObject : public First, public Others... {
 
    private:
     ComponentObject& owner_;
+    const platform::Home home_;
     ULONG count_ = 1;
   };
 

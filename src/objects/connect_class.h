@@ -39,12 +39,12 @@ struct InterfaceId<objects::NumberedMembers<Interface>> : InterfaceId<Interface>
 namespace kestrine::objects {
 
 template <class Interface>
-class Connect final
+class ConnectMembers
     : public ComponentObject<scripting::Offered<NumberedMembers<Interface>>, ErrorInfoSupport<Interface>>,
       public ConnectBase {
  public:
-  explicit Connect(const std::shared_ptr<dispatch::Generation>& generation, IUnknown* outer = nullptr)
-      : Connect::ComponentObject(generation->process(), outer), ConnectBase(generation) {
+  explicit ConnectMembers(const std::shared_ptr<dispatch::Generation>& generation, IUnknown* outer = nullptr)
+      : ConnectMembers::ComponentObject(generation->process(), outer), ConnectBase(generation) {
     enter();
   }
 
@@ -97,9 +97,10 @@ class Connect final
     return found ? S_OK : fail(protocol::error::kWrongConstant);
   }
 
- private:
-  ~Connect() override { leave(); }
+ protected:
+  ~ConnectMembers() override { leave(); }
 
+ private:
   HRESULT locate(connection::PacketAccessor accessor, VARIANT* packet, std::int32_t index,
                  const std::uint8_t*& at) override {
     const protocol::Error* failure = find_in_packet(accessor, packet, index, accepts_any_statistic_mode(), at);
@@ -115,5 +116,8 @@ class Connect final
 
   const Version version_ = library_version();
 };
+
+template <class Interface>
+using Connect = commands::AtHome<ConnectMembers<Interface>>;
 
 }  // namespace kestrine::objects

@@ -24,13 +24,15 @@ using Async2 = CommandAsync<ILTCommandAsync2, DIID__ILTCommandAsync2Events>;
 }  // namespace
 
 GenerationClasses::GenerationClasses(int number, dispatch::ProcessState& process)
-    : number_(number),
-      process_(process),
-      shared_(process.rules().connections_stand_for_themselves ? nullptr : make()) {}
+    : number_(number), process_(process), shared_(make_shared()) {}
 
 std::shared_ptr<Generation> GenerationClasses::make() {
   dispatch::CommandObjectFactory& factory = *this;
   return std::make_shared<Generation>(kIdentities[number_ - 1], process_, factory);
+}
+
+std::shared_ptr<Generation> GenerationClasses::make_shared() {
+  return process_.rules().connections_stand_for_themselves ? nullptr : make();
 }
 
 std::shared_ptr<Generation> GenerationClasses::for_connection() {
@@ -38,14 +40,14 @@ std::shared_ptr<Generation> GenerationClasses::for_connection() {
   std::shared_ptr<Generation> own = make();
   const std::lock_guard lock(mutex_);
   std::erase_if(latest_, [](const auto& each) { return each.second.expired(); });
-  latest_[std::this_thread::get_id()] = own;
+  latest_[platform::this_thread()] = own;
   return own;
 }
 
 std::shared_ptr<Generation> GenerationClasses::for_command_object() {
   if (shared_ != nullptr) return shared_;
   const std::lock_guard lock(mutex_);
-  const auto latest = latest_.find(std::this_thread::get_id());
+  const auto latest = latest_.find(platform::this_thread());
   std::shared_ptr<Generation> found = latest == latest_.end() ? nullptr : latest->second.lock();
   return found != nullptr ? found : make();
 }
@@ -62,8 +64,17 @@ dispatch::CommandObject* GenerationClasses::create(dispatch::CommandSet set, Gen
 
 template <class Class>
 void Module::add(const CLSID& clsid, GenerationClasses& classes, OwnerOfNew owner) {
-  class_objects_.emplace_back(
-      clsid, process_, [&classes, owner](IUnknown* outer) { return (new Class((classes.*owner)(), outer))->inner(); });
+  class_objects_.emplace_back(clsid, process_, [this, &classes, owner](IUnknown* outer) {
+    begin_anew_if_forked();
+    return (new Class((classes.*owner)(), outer))->inner();
+  });
+}
+
+void Module::begin_anew_if_forked() {
+  if (const std::uint32_t now = platform::forks(); forks_.exchange(now) == now) return;
+  process_.begin_anew();
+  first_.begin_anew();
+  second_.begin_anew();
 }
 
 Module::Module(const connection::Rules& rules) : process_(rules), first_(1, process_), second_(2, process_) {

@@ -1,15 +1,17 @@
 // The library as one object: its interface generations, the classes that it offers, and whether it is in use.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <thread>
 
 #include "dispatch/generation.h"
 #include "kestrine/component.h"
 #include "objects/class_object.h"
+#include "platform/home.h"
 
 namespace kestrine::objects {
 
@@ -22,16 +24,19 @@ class GenerationClasses final : private dispatch::CommandObjectFactory {
   std::shared_ptr<dispatch::Generation> for_connection();
   // What a command object belongs to that a program makes by itself: to the connection that its thread made last.
   std::shared_ptr<dispatch::Generation> for_command_object();
+  // In a forked child, before it makes its first object: what there is belongs to the parent.
+  void begin_anew() { shared_ = make_shared(); }
 
  private:
   dispatch::CommandObject* create(dispatch::CommandSet set, dispatch::Generation& generation) override;
   std::shared_ptr<dispatch::Generation> make();
+  std::shared_ptr<dispatch::Generation> make_shared();
 
   const int number_;
   dispatch::ProcessState& process_;
   std::mutex mutex_;
-  std::map<std::thread::id, std::weak_ptr<dispatch::Generation>> latest_;  // by the thread that made the connection
-  const std::shared_ptr<dispatch::Generation> shared_;  // null where connections stand for themselves
+  std::map<std::uint64_t, std::weak_ptr<dispatch::Generation>> latest_;  // by the thread that made the connection
+  std::shared_ptr<dispatch::Generation> shared_;                         // null where connections stand for themselves
 };
 
 class Module {
@@ -48,10 +53,12 @@ class Module {
 
   template <class Class>
   void add(const CLSID& clsid, GenerationClasses& classes, OwnerOfNew owner);
+  void begin_anew_if_forked();
 
   dispatch::ProcessState process_;
   GenerationClasses first_;
   GenerationClasses second_;
+  std::atomic<std::uint32_t> forks_ = platform::forks();  // when the latest object was made
   std::deque<ClassObject> class_objects_;
 };
 

@@ -8,6 +8,7 @@
 #include "dispatch/event_source.h"
 #include "kestrine/component.h"
 #include "kestrine/interface_id.h"
+#include "platform/home.h"
 #include "scripting/type_info.h"
 
 namespace kestrine::objects {
@@ -17,11 +18,15 @@ template <class Interface>
 class ErrorInfoSupport : public ISupportErrorInfo {
  public:
   HRESULT InterfaceSupportsErrorInfo(const IID& iid) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     return iid == interface_id<Interface>() ? S_OK : S_FALSE;
   }
 
  protected:
   ~ErrorInfoSupport() = default;
+
+ private:
+  const platform::Home home_;
 };
 
 // A command object's half of the event protocol: a container with exactly one connection point.
@@ -31,6 +36,7 @@ class EventContainer : public IConnectionPointContainer {
   HRESULT FindConnectionPoint(const IID& iid, IConnectionPoint** point) override {
     if (point == nullptr) return E_POINTER;
     *point = nullptr;
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     if (iid != EventInterface) return CONNECT_E_NOCONNECTION;
     *point = &source_;
     source_.AddRef();
@@ -38,6 +44,7 @@ class EventContainer : public IConnectionPointContainer {
   }
 
   HRESULT EnumConnectionPoints(IEnumConnectionPoints** points) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     const auto list = [this] { return std::vector<IConnectionPoint*>{&source_}; };
     return dispatch::PointEnumerator::create(list, 0, points);
   }
@@ -46,6 +53,9 @@ class EventContainer : public IConnectionPointContainer {
   ~EventContainer() = default;
 
   dispatch::EventSource source_{*this, EventInterface};
+
+ private:
+  const platform::Home home_;
 };
 
 // The class that fires these events.
@@ -60,10 +70,12 @@ template <const IID& EventInterface>
 class ClassInfo : public IProvideClassInfo2 {
  public:
   HRESULT GetClassInfo(ITypeInfo** info) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     const protocol::TypeRow* row = class_with_events(EventInterface);
     return row != nullptr ? scripting::get_type_info(*row, info) : E_UNEXPECTED;
   }
   HRESULT GetGUID(DWORD kind, GUID* id) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     if (id == nullptr) return E_POINTER;
     const bool known = kind == GUIDKIND_DEFAULT_SOURCE_DISP_IID;
     *id = known ? EventInterface : GUID_NULL;
@@ -72,6 +84,9 @@ class ClassInfo : public IProvideClassInfo2 {
 
  protected:
   ~ClassInfo() = default;
+
+ private:
+  const platform::Home home_;
 };
 
 }  // namespace kestrine::objects

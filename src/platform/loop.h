@@ -62,7 +62,8 @@ KESTRINE_HOST_API bool kill_timer(WindowHandle window, std::uint64_t id);
 // Asks for messages `id` about the socket: wparam the socket, the low word of lparam the event. The socket
 // becomes non-blocking. kSocketReadable comes once and is armed again by the next receive(); kSocketClosed
 // comes once, and only when every byte that the peer sent before it has been taken. A second call replaces the
-// first; events 0 ends it. Returns 0, or -1 with last_socket_error().
+// first; events 0 ends it. Returns 0, or -1 with last_socket_error(), or that error itself when the system has no more
+// notifications to give.
 KESTRINE_HOST_API int select_notifications(SocketHandle socket, WindowHandle window, std::uint32_t id,
                                            std::int32_t events);
 

@@ -31,8 +31,8 @@ KESTRINE_HOST_API int last_socket_error();
 KESTRINE_HOST_API int socket_startup(std::uint16_t version);
 KESTRINE_HOST_API void socket_cleanup();
 
-// A TCP socket over IPv4 that sends every request at once (no delay for small writes) and notices a peer that
-// has vanished by probing an idle connection.
+// A TCP socket over IPv4 that sends every request at once (no delay for small writes) and notices within 25 s a peer
+// that has vanished, whether the connection is idle or a request is on its way.
 KESTRINE_HOST_API SocketHandle open_socket();
 // 0, or -1 for a handle that is not an open socket. Ends its notifications.
 KESTRINE_HOST_API int close_socket(SocketHandle socket);
@@ -71,5 +71,9 @@ KESTRINE_HOST_API int receive(SocketHandle socket, void* into, int bytes, bool p
 KESTRINE_HOST_API bool notify_of_bytes(SocketHandle socket, int bytes);
 // One write. The number of bytes taken over by the system, or -1; a closed peer is an error, never a signal.
 KESTRINE_HOST_API int send_bytes(SocketHandle socket, const void* from, int bytes);
+// Waits until the system takes more bytes, or says why it never will; false when it does neither in that time.
+KESTRINE_HOST_API bool wait_for_room(SocketHandle socket, std::chrono::milliseconds at_most);
+// Ends the connection but keeps the socket: nothing can be sent any more, and kSocketClosed comes.
+KESTRINE_HOST_API void shut_down(SocketHandle socket);
 
 }  // namespace kestrine::platform

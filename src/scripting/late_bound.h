@@ -5,6 +5,7 @@
 
 #include "commands/arguments.h"
 #include "kestrine/interface_id.h"
+#include "platform/home.h"
 #include "scripting/call_by_name.h"
 #include "scripting/type_info.h"
 
@@ -15,20 +16,24 @@ template <class Methods>
 class LateBound : public Methods {
  public:
   HRESULT GetTypeInfoCount(UINT* count) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     if (count == nullptr) return E_POINTER;
     *count = 1;
     return S_OK;
   }
   HRESULT GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     if (info == nullptr) return E_POINTER;
     *info = nullptr;
     return index == 0 ? get_type_info(type(), info) : DISP_E_BADINDEX;
   }
   HRESULT GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     return find_names(type(), reserved, names, count, ids);
   }
   HRESULT Invoke(DISPID member, REFIID reserved, LCID, WORD flags, DISPPARAMS* arguments, VARIANT* result,
                  EXCEPINFO* exception, UINT* bad_argument) override {
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     struct Adapter final : Callee {
       explicit Adapter(LateBound& object) : self(object) {}
       HRESULT call(DISPID id, commands::Argument* values) override { return self.call(id, values); }
@@ -45,6 +50,8 @@ class LateBound : public Methods {
     static const TypeRow& row = *find_type(interface_id<Methods>());
     return row;
   }
+
+  const platform::Home home_;
 };
 
 // `Methods` as an object offers them: callable by name where the interface is dual, else as they are.

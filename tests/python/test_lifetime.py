@@ -1,9 +1,13 @@
 """Objects that come and go, and whole programs."""
 
+import multiprocessing
 import subprocess
 import sys
 import textwrap
 import threading
+
+import pytest
+from peer import Log, Peer, status_change
 
 import kestrine
 
@@ -98,3 +102,30 @@ def test_a_reference_dropped_by_another_thread_is_released_at_home(connection):
     thread.join()
     kestrine.PumpWaitingMessages()
     assert held == [] and connection.IsConnected in (True, False)
+
+
+def work(tracker, port, answers):
+    with pytest.raises(kestrine.com_error) as caught:
+        tracker.ReleaseMotors()
+    kestrine.PumpEvents(0.05)
+    own = kestrine.Dispatch("Kestrine.LTConnect2")
+    own.ConnectEmbeddedSystem("127.0.0.1", port)
+    own.ILTCommandSync.ReleaseMotors()
+    answers.send(caught.value.hresult & 0xFFFFFFFF)
+
+
+def test_a_forked_worker_has_connections_of_its_own_and_no_part_in_its_parents(tracker, peer, wait_for):
+    listener = kestrine.WithEvents(tracker, Log)
+    fork = multiprocessing.get_context("fork")
+    answers, theirs = fork.Pipe(duplex=False)
+    other = Peer()
+    worker = fork.Process(target=work, args=(tracker, other.port, theirs))
+    worker.start()
+    peer.send(status_change(1))
+    assert answers.poll(20) and answers.recv() == 0x8001010E
+    worker.join(20)
+    assert worker.exitcode == 0
+    peer.send(status_change(2))
+    wait_for(lambda: listener.heard == [1, 2])
+    assert len(other.requests) == 1 and peer.requests == []
+    other.close()

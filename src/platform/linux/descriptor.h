@@ -1,16 +1,20 @@
-// A descriptor of the kernel's that closes itself.
+// A descriptor of the kernel's that closes itself, and is not there in a forked child.
 #pragma once
 
 #include <unistd.h>
+
+#include "platform/linux/fork.h"
 
 namespace kestrine::platform {
 
 class Descriptor {
  public:
   Descriptor() = default;
-  explicit Descriptor(int fd) : fd_(fd) {}
+  explicit Descriptor(int fd) { adopt(fd); }
   ~Descriptor() {
-    if (valid()) ::close(fd_);
+    if (!valid()) return;
+    no_longer_keep_from_children(fd_);
+    ::close(fd_);
   }
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
@@ -18,7 +22,10 @@ class Descriptor {
   int get() const { return fd_; }
   bool valid() const { return fd_ >= 0; }
   // For a descriptor that is made later than its holder; only while it is not valid.
-  void adopt(int fd) { fd_ = fd; }
+  void adopt(int fd) {
+    fd_ = fd;
+    keep_from_children(fd);
+  }
 
  private:
   int fd_ = -1;

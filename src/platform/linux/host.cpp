@@ -17,6 +17,11 @@ constexpr std::size_t kFollowUps = 256;
 // A look at the clock costs as much as the delivery of a small packet.
 constexpr std::size_t kMessagesBetweenClocks = 16;
 
+// Not where a handler has forked and this is the child: the loop is the parent's.
+bool is_at_work(const ThreadLoop* loop) {
+  return loop == ThreadLoop::existing();
+}
+
 }  // namespace
 
 int fd() {
@@ -29,7 +34,7 @@ int dispatch() {
   if (loop == nullptr) return 0;
   const std::size_t limit = loop->queued() + kFollowUps;
   std::size_t delivered = 0;
-  for (platform::Message message; delivered < limit && loop->next_due(message); ++delivered) {
+  for (platform::Message message; delivered < limit && is_at_work(loop) && loop->next_due(message); ++delivered) {
     platform::dispatch_message(message);
   }
   return static_cast<int>(delivered);
@@ -44,14 +49,16 @@ int run() {
 bool run_for(std::chrono::milliseconds duration) {
   ThreadLoop* loop = ThreadLoop::current();
   if (loop == nullptr) return false;
-  // Longer than anybody waits, and short of where a deadline would overflow.
-  const auto until = platform::now() + std::min<std::chrono::milliseconds>(duration, std::chrono::hours(24 * 365));
+  // Longer than anybody waits, and short of where a deadline would overflow; nor must one lie too far in the past.
+  constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365);
+  const auto until = platform::now() + std::clamp(duration, std::chrono::milliseconds(0), kLongest);
   for (std::size_t delivered = 1;; ++delivered) {
     platform::Message message;
     const ThreadLoop::Next next = loop->next(message, until);
     if (next == ThreadLoop::Next::kQuit || next == ThreadLoop::Next::kInterrupted) return false;
     if (next == ThreadLoop::Next::kTimeout) break;
     platform::dispatch_message(message);
+    if (!is_at_work(loop)) return false;
     if (delivered % kMessagesBetweenClocks == 0 && platform::now() >= until) break;
   }
   // Messages that kept the thread busy beyond the end may have left others waiting, and a quit among them.

@@ -55,7 +55,9 @@ int select_notifications(SocketHandle socket, WindowHandle window, std::uint32_t
     return 0;
   }
   if (loop == nullptr || loop->procedure_of(window) == nullptr) return fail_with(kErrorInvalidArgument);
-  return loop->watch_socket(socket, window, id, known) ? 0 : fail_with(kErrorTooManySockets);
+  if (loop->watch_socket(socket, window, id, known)) return 0;
+  fail_with(kErrorTooManySockets);
+  return kErrorTooManySockets;
 }
 
 bool peek_message() {

@@ -13,6 +13,8 @@
 #include <atomic>
 #include <cerrno>
 
+#include "platform/clock.h"
+#include "platform/linux/fork.h"
 #include "platform/linux/socket_table.h"
 #include "platform/linux/thread_loop.h"
 
@@ -29,12 +31,20 @@ void set_option(int fd, int level, int option, int value) {
   ::setsockopt(fd, level, option, &value, sizeof value);
 }
 
+// A peer that has vanished is noticed within the sum of these.
+constexpr int kIdleSeconds = 10;  // before the first probe
+constexpr int kProbeSeconds = 5;  // for each
+constexpr int kProbes = 3;
+
 void configure(int fd) {
   set_option(fd, IPPROTO_TCP, TCP_NODELAY, 1);
   set_option(fd, SOL_SOCKET, SO_KEEPALIVE, 1);
-  set_option(fd, IPPROTO_TCP, TCP_KEEPIDLE, 10);
-  set_option(fd, IPPROTO_TCP, TCP_KEEPINTVL, 5);
-  set_option(fd, IPPROTO_TCP, TCP_KEEPCNT, 3);
+  set_option(fd, IPPROTO_TCP, TCP_KEEPIDLE, kIdleSeconds);
+  set_option(fd, IPPROTO_TCP, TCP_KEEPINTVL, kProbeSeconds);
+  set_option(fd, IPPROTO_TCP, TCP_KEEPCNT, kProbes);
+  // An idle connection is probed, but one with a request on its way repeats that instead, for a quarter of an hour. A
+  // peer that is there and takes nothing for so long counts as gone, too.
+  set_option(fd, IPPROTO_TCP, TCP_USER_TIMEOUT, (kIdleSeconds + kProbes * kProbeSeconds) * 1000);
 }
 
 // Moves the descriptor past standard input, output and error: 0 means "no socket" to the users of a handle, and
@@ -127,7 +137,8 @@ int close_socket(SocketHandle socket) {
   if (record == nullptr) return -1;
   // Before the close: a copy of the descriptor in a forked child would keep a forgotten one in the epoll set.
   if (ThreadLoop* loop = ThreadLoop::existing()) loop->drop_socket(socket);
-  *record = SocketRecord{};
+  forget_socket(descriptor_of(socket));
+  no_longer_keep_from_children(descriptor_of(socket));
   // Linux frees the descriptor whatever close() returns.
   ::close(descriptor_of(socket));
   return 0;
@@ -215,6 +226,19 @@ int send_bytes(SocketHandle socket, const void* from, int bytes) {
   if (record == nullptr) return -1;
   return transfer(socket, *record, bytes,
                   [&](int fd, std::size_t count) { return ::send(fd, from, count, MSG_NOSIGNAL); });
+}
+
+bool wait_for_room(SocketHandle socket, std::chrono::milliseconds at_most) {
+  if (find_socket(socket) == nullptr) return false;
+  pollfd look{descriptor_of(socket), POLLOUT, 0};
+  const auto wait = std::chrono::ceil<std::chrono::milliseconds>(kernel_part(at_most));
+  const int found = ::poll(&look, 1, static_cast<int>(wait.count()));
+  if (found == 0) finish_wait(at_most);
+  return found > 0;
+}
+
+void shut_down(SocketHandle socket) {
+  if (find_socket(socket) != nullptr) ::shutdown(descriptor_of(socket), SHUT_RDWR);
 }
 
 }  // namespace kestrine::platform

@@ -9,12 +9,14 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/linux/fork.h"
+
 namespace kestrine::platform {
 namespace {
 
-// As many as Linux lets a process have by default. A plain table, indexed by descriptor, needs no lock
-// and is still there when the last static object closes its socket; untouched pages of it take no memory.
-std::array<SocketRecord, 1 << 20> table;
+// A plain table, indexed by descriptor, needs no lock and is still there when the last static object closes its socket;
+// untouched pages of it take no memory.
+std::array<SocketRecord, kMostDescriptors> table;
 
 thread_local int last_error = 0;
 
@@ -82,7 +84,12 @@ SocketRecord* add_socket(int fd) {
   if (index >= table.size()) return nullptr;
   table[index] = {};
   table[index].phase = SocketPhase::kIdle;
+  keep_from_children(fd);
   return &table[index];
+}
+
+void forget_socket(int fd) {
+  table[static_cast<std::size_t>(fd)] = {};
 }
 
 int unread_bytes(int fd) {

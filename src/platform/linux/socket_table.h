@@ -1,6 +1,7 @@
 // What is remembered of the process's own sockets beyond what the kernel says of them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/socket.h"
@@ -9,6 +10,9 @@ namespace kestrine::platform {
 
 inline constexpr int kErrorInvalidArgument = 10022;
 inline constexpr int kErrorTooManySockets = 10024;
+
+// As many as Linux lets a process have by default.
+inline constexpr std::size_t kMostDescriptors = 1 << 20;
 
 enum class SocketPhase : std::uint8_t {
   kClosed,      // not a socket of ours
@@ -29,6 +33,8 @@ struct SocketRecord {
 SocketRecord* find_socket(SocketHandle socket);
 // The record for a descriptor that has just been opened; null when its number lies beyond the table.
 SocketRecord* add_socket(int fd);
+// The descriptor is not a socket of ours, or is one no longer.
+void forget_socket(int fd);
 
 inline int descriptor_of(SocketHandle socket) {
   return static_cast<int>(socket);

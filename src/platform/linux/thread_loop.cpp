@@ -42,6 +42,10 @@ ThreadLoop* ThreadLoop::existing() {
   return thread_loop;
 }
 
+void ThreadLoop::abandon() {
+  thread_loop = nullptr;
+}
+
 WindowHandle ThreadLoop::create_window(WindowProcedure& procedure) {
   windows_.push_back({++last_window, &procedure});
   return windows_.back().handle;

@@ -23,6 +23,8 @@ class ThreadLoop {
   static ThreadLoop* current();
   // The same, but null as well when there is none yet.
   static ThreadLoop* existing();
+  // In a forked child: the thread has none any more. The parent's stays where it is, as a handler of it may be at work.
+  static void abandon();
 
   ThreadLoop() = default;
   ThreadLoop(const ThreadLoop&) = delete;

@@ -1,0 +1,209 @@
+// What becomes of a link where the system or the server gives way: in both behaviours.
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+#include "client_test.h"
+#include "kestrine/host.h"
+#include "kestrine/text.h"
+#include "platform/test_clock.h"
+
+namespace {
+
+int watched_socket = -1;
+std::size_t room = 0;  // what the system takes of what this one sends
+
+}  // namespace
+
+// In place of the system's.
+extern "C" [[gnu::visibility("default")]] ssize_t send(int socket, const void* bytes, std::size_t count, int flags) {
+  if (socket == watched_socket) {
+    if (room == 0) {
+      errno = EAGAIN;
+      return -1;
+    }
+    count = std::min(count, room);
+    room -= count;
+  }
+  return ::sendto(socket, bytes, count, flags, nullptr, 0);
+}
+
+// Under a name of its own: the compiler has it that poll() reads nothing of what it is given.
+extern "C" [[gnu::visibility("default")]] int instead_of_poll(pollfd* all, nfds_t count, int timeout) __asm__("poll");
+int instead_of_poll(pollfd* all, nfds_t count, int timeout) {
+  if (count == 1 && all->fd == watched_socket && all->events == POLLOUT) return room == 0 ? 0 : 1;
+  const timespec wait{timeout / 1000, timeout % 1000 * 1'000'000};
+  return ::ppoll(all, count, timeout < 0 ? nullptr : &wait, nullptr);
+}
+
+namespace kestrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class Links : public ClientTest, public testing::WithParamInterface<bool> {
+ protected:
+  Links() : ClientTest(GetParam() ? connection::kModernRules : kQuickClassic) {}
+
+  static int option(int socket, int level, int name) {
+    int value = 0;
+    socklen_t length = sizeof value;
+    EXPECT_EQ(::getsockopt(socket, level, name, &value, &length), 0);
+    return value;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Both, Links, testing::Bool(),
+                         [](const auto& behaviour) { return behaviour.param ? "Modern" : "Classic"; });
+
+TEST_P(Links, APeerThatVanishesIsNoticedAsSoonWithARequestOnItsWay) {
+  start();
+  const auto of_tcp = [this](int name) { return option(peer.client_descriptor(), IPPROTO_TCP, name); };
+  const int idle = of_tcp(TCP_KEEPIDLE) + of_tcp(TCP_KEEPCNT) * of_tcp(TCP_KEEPINTVL);
+  EXPECT_EQ(of_tcp(TCP_USER_TIMEOUT), idle * 1000);
+}
+
+using RunFor = ClientTest;
+
+TEST_F(RunFor, AnEndFarInThePastHasPassed) {
+  later([] { host::quit(); }, 100);
+  EXPECT_TRUE(host::run_for(std::chrono::milliseconds(-9'300'000'000'000)));
+}
+
+// So many descriptors are left to the process, as long as this lives.
+class FewDescriptors {
+ public:
+  explicit FewDescriptors(int left) {
+    ::getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit few{256, before_.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    while (take()) {
+    }
+    for (; left > 0; --left) give_back();
+  }
+  ~FewDescriptors() {
+    while (!taken_.empty()) give_back();
+    ::setrlimit(RLIMIT_NOFILE, &before_);
+  }
+  FewDescriptors(const FewDescriptors&) = delete;
+  FewDescriptors& operator=(const FewDescriptors&) = delete;
+
+  int left() {
+    int count = 0;
+    while (take()) ++count;
+    for (int i = 0; i < count; ++i) give_back();
+    return count;
+  }
+
+ private:
+  bool take() {
+    const int taken = ::dup(kAny);
+    if (taken >= 0) taken_.push_back(taken);
+    return taken >= 0;
+  }
+  void give_back() {
+    ::close(taken_.back());
+    taken_.pop_back();
+  }
+
+  static constexpr int kAny = STDERR_FILENO;
+  rlimit before_{};
+  std::vector<int> taken_;
+};
+
+TEST_P(Links, WithoutDescriptorsConnectingFailsClearlyAndTheNextTryWorks) {
+  // On a thread that has no loop yet.
+  std::thread([this] {
+    const auto own = Pointer<Connect>::adopt(new Connect(classes.for_connection()));
+    const auto try_connect = [&](int port) {
+      const std::string outcome = told(own->ConnectEmbeddedSystem(Text("127.0.0.1"), port));
+      return outcome.substr(0, outcome.find(' ', 9));
+    };
+    EXPECT_EQ(try_connect(unused_port()), "80004005 40011");
+    for (int left = 0; left < 2; ++left) {
+      FewDescriptors few(left);
+      EXPECT_EQ(try_connect(peer.port()), left == 0 ? "80004005 40013" : "80004005 40012");
+      EXPECT_EQ(few.left(), left);
+    }
+    EXPECT_EQ(try_connect(peer.port()), "ok");
+  }).join();
+}
+
+// A server that reads nothing, as the system shows it: bytes are taken as long as there is room.
+class FullLinks : public Links {
+ protected:
+  void SetUp() override {
+    start(kBoth);
+    watched_socket = peer.client_descriptor();
+  }
+  void TearDown() override {
+    watched_socket = -1;
+    host::set_give_up_hook({});
+  }
+
+  std::string send() { return told(async_commands->SetMeasurementMode(VL_MM_Standard)).substr(0, 14); }
+  // While a call waits for room.
+  void then(std::function<bool()> task) {
+    host::set_give_up_hook([this, task] {
+      ++asked;
+      return task();
+    });
+  }
+  static bool make_room() {
+    room = 1000;
+    return false;
+  }
+
+  const Bytes one = request(VL_C_SetMeasurementMode, {VL_MM_Standard, 0, 0, 0});
+  int asked = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(Both, FullLinks, testing::Bool(),
+                         [](const auto& behaviour) { return behaviour.param ? "Modern" : "Classic"; });
+
+TEST_P(FullLinks, ARequestTakenInPartIsCompletedWhenTheServerReadsAgain) {
+  room = 10;
+  then(make_room);
+  EXPECT_EQ(send(), "ok");
+  EXPECT_EQ(asked, 1);
+  EXPECT_EQ(peer.receive_request(), one);
+}
+
+TEST_P(FullLinks, ARequestThatStaysInPartEndsTheLinkWithinTheTimeOfACall) {
+  room = 10;
+  const platform::TimePoint start = platform::now();
+  {
+    const platform::ShortWaits no_waits(0ms);
+    EXPECT_EQ(send(), GetParam() ? "80004005 40002" : "ok");
+  }
+  EXPECT_LT(platform::now() - start, 11s);
+  make_room();
+  EXPECT_EQ(send(), "80004005 40002") << "nothing can follow half a request";
+  const Lines told = heard_in_time(GetParam() ? 6 : 4);
+  EXPECT_EQ(told.back(), "async StatusChangeEvent " + std::to_string(VL_SSC_ServerClosing));
+  EXPECT_EQ(peer.receive(10), cut(one, 10).first);
+  EXPECT_TRUE(peer.client_leaves());
+}
+
+TEST_P(FullLinks, ARequestOfWhichNothingIsTakenWaitsInModernBehaviourAndLeavesTheLinkAlone) {
+  room = 0;
+  then([] { return true; });
+  EXPECT_EQ(send(), "80004005 40002");
+  then(make_room);
+  EXPECT_EQ(send(), GetParam() ? "ok" : "80004005 40002");
+  EXPECT_EQ(asked, GetParam() ? 2 : 0);
+  make_room();
+  EXPECT_EQ(send(), "ok");
+  EXPECT_EQ(peer.receive_request(), one);
+}
+
+}  // namespace
+}  // namespace kestrine::test
