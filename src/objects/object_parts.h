@@ -39,7 +39,7 @@ class EventContainer : public IConnectionPointContainer {
 
   HRESULT EnumConnectionPoints(IEnumConnectionPoints** points) override {
     const auto list = [this] { return std::vector<IConnectionPoint*>{&source_}; };
-    return dispatch::PointEnumerator::create(list, 0, points);
+    return dispatch::PointEnumerator::create(*this, list, 0, points);
   }
 
  protected:

@@ -159,13 +159,15 @@ class Stub final : public IConnectionPointContainer, public dispatch::CommandObj
 };
 
 struct StubFactory final : dispatch::CommandObjectFactory {
-  dispatch::CommandObject* create(CommandSet set) override { return set == CommandSet::kAsync ? &stub : nullptr; }
+  dispatch::CommandObject* create(CommandSet set, dispatch::Generation&) override {
+    return set == CommandSet::kAsync ? &stub : nullptr;
+  }
   Stub stub;
 };
 
 TEST_F(CommandRosterTest, AnObjectThatRefusesTheQueryPassesItsCodeOn) {
   StubFactory factory;
-  dispatch::Generation stubs(generation.identity(), process, factory);
+  const auto stubs = std::make_shared<dispatch::Generation>(generation.identity(), process, factory);
   connection = Pointer<Connect>::adopt(new Connect(stubs));
   EXPECT_EQ(fetch(CommandSet::kAsync),
             "80004002 -1 Kestrine.LTConnect.1: QueryInterface() for ILTCommand<xxx> failed !");

@@ -129,7 +129,7 @@ class LateClient : public testing::Test {
 
   Environment environment;
   ScriptedPeer peer;
-  objects::Module module;
+  objects::Module module{connection::kClassicRules};
   Pointer<IDispatch> connection;
 };
 
