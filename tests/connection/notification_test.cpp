@@ -62,6 +62,15 @@ TEST_F(NotificationTest, TellsOfEveryKindOfPacketInTheChosenWay) {
   }
 }
 
+TEST_F(NotificationTest, CarriesTheWindowThatThePacketCameTo) {
+  start();
+  const platform::WindowHandle window = generation.window();
+  select(KR_NM_WM_CopyData);
+  const auto later = Pointer<Connect>::adopt(new Connect(keep_generation));
+  ASSERT_NE(generation.window(), window);
+  EXPECT_EQ(notes_of(status_change(26)), Lines{"74 " + tell(window) + " 2100"});
+}
+
 TEST_F(NotificationTest, ComesLastAndLeavesWaitingCallsTheirAnswers) {
   start(kBoth);
   for (const auto method : {KR_NM_None, KR_NM_WM_CopyData, KR_NM_WM_Notify, kUnknownMethod}) {
