@@ -42,11 +42,11 @@ KESTRINE_HOST_API void quit(int exit_code = 0);
 // interface generation has one set of command objects: a second connection of the generation takes over from the
 // first one, so more than one tracker at a time takes modern behaviour. Modern is for everything new. It departs from
 // classic in these rules and in no others:
-//   1. A waiting call looks at the thread's messages as soon as one is due, not every 10 ms, and handles no more of
-//      them once its own wait is over.
+//   1. A waiting call looks at the thread's messages as soon as one is due, not every 10 ms.
 //   2. A wait ends with the call's own answer or result, with an error packet that names its command or none, with its
-//      timer, or with the link. In classic the answer to any command ends it, and is handed out as the call's own.
-//      Answers belong to the requests for them in the order in which these were sent, also to one that was given up.
+//      timer, or with the link, and the call returns at once. In classic the answer to any command ends it, and is
+//      handed out as the call's own. Answers belong to the requests for them in the order in which these were sent,
+//      also to one that was given up: until its late answer comes, or twice its time has passed, it comes first.
 //   3. A call's timer ends with the call. In classic it may end a later call.
 //   4. Timers, error packets and the link's end release a wait under every notification method, not only under events.
 //   5. Every connection stands for itself, with command objects and state of its own, as many in a process as one

@@ -36,8 +36,8 @@ constexpr std::uint32_t kDroppedMessage = 0x036A;  // an idle notice of applicat
 // A stream that never pauses must not keep a call from returning whose wait is over.
 constexpr int kMostMessagesInARow = 1000;
 
-// Waits a slice, then delivers what is due on the thread. A quit message ends the delivery and is lost by that: kept.
-// A prompt wait takes no more than it must.
+// Waits a slice, then delivers what is due on the thread, or as much as it takes until the wait is over. A quit message
+// ends the delivery and is lost by that: kept.
 template <class IsOver>
 void deliver_due_messages(bool prompt, IsOver is_over) {
   platform::wait_slice(prompt);
@@ -48,7 +48,7 @@ void deliver_due_messages(bool prompt, IsOver is_over) {
     platform::Message message;
     if (!platform::get_message(message)) return;
     if (message.id != kDroppedMessage) platform::dispatch_message(message);
-    if (prompt && is_over()) return;
+    if (is_over()) return;
   }
 }
 
@@ -167,9 +167,10 @@ void SyncCommandObject::wait_for_answer(Call& call) {
   }
   call_ = &call;
   begin_wait(command);
+  const connection::Rules& rules = call.connection.rules();
   const auto is_over = [&] { return call_ != &call; };
   while (!is_over()) {
-    deliver_due_messages(call.connection.rules().wakes_when_due, is_over);
+    deliver_due_messages(rules.wakes_when_due, [&] { return rules.waits_for_own_answer && is_over(); });
     if (!is_over() && platform::host_gives_up()) cancel_wait();
   }
 }

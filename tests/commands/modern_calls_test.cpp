@@ -7,7 +7,7 @@
 namespace kestrine::test {
 namespace {
 
-using std::chrono_literals::operator""ms;
+using namespace std::chrono_literals;
 
 class ModernCalls : public ClientTest {
  protected:
@@ -97,7 +97,7 @@ TEST_F(ModernCalls, TakeTheResultOfTheirOwnMeasurement) {
   peer.send(good + point(4));
   receive(status_change(26));
   async_commands->MeasureStationaryPoint();
-  async_commands->StopMeasurement();
+  async_commands->StopContinuousMeasurement();
   peer.send(good + answer(VL_C_StopMeasurement, 0) + good + point(5));
   EXPECT_EQ(measure(), "5") << "what was stopped brings nothing";
   peer.send(answer(VL_C_StartTiltraMeasurement, 0) + filled(40, VL_DT_TiltraResult));

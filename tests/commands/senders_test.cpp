@@ -4,6 +4,7 @@
 
 #include "client_test.h"
 #include "commands/arguments.h"
+#include "platform/test_clock.h"
 
 namespace kestrine::test {
 namespace {
@@ -105,14 +106,15 @@ TEST_F(AsyncCommands, OutliveAHandlerThatDropsEverything) {
 // Which interface the error information of a failed call names.
 template <class ConnectInterface, class Interface>
 void expect_failures_of(int number, const IID& expected, const IID& of_connection) {
-  dispatch::ProcessState process;
+  dispatch::ProcessState process{connection::kClassicRules};
   objects::GenerationClasses classes(number, process);
-  dispatch::Generation& generation = classes.generation();
+  const auto keep_generation = classes.for_connection();
   using Connect = objects::Connect<ConnectInterface>;
   const auto connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   Pointer<IUnknown> objects[2];
   ASSERT_EQ(connection->get_ILTCommandSync(objects[0].put()), S_OK);
   ASSERT_EQ(connection->get_ILTCommandAsync(objects[1].put()), S_OK);
+  platform::advance_clock(std::chrono::milliseconds(100));  // young objects that go are taken for mixed generations
   const auto async_commands = objects[1].query<Interface>();
   ASSERT_TRUE(async_commands);
   const auto interface_of = [](HRESULT result) {

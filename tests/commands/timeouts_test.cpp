@@ -20,21 +20,23 @@ class TimeoutSettings : public ClientTest {
 };
 
 TEST_F(TimeoutSettings, HaveDefaultsAndAreReadUpToTheFirstThatIsNotPositive) {
-  expect(Timeouts(), {10000, 30000, 90000, 10000});
+  expect(Timeouts(false), {10000, 30000, 90000, 10000});
   for (const int stop : {0, -7}) {
     set_timeout(u"TrackerInitWaitTime", stop);
     set_timeout(u"FindWaitTime", 5);
-    expect(Timeouts(), {10000, 30000, stop, 10000});
+    expect(Timeouts(false), {10000, 30000, stop, 10000});
+    EXPECT_EQ(Timeouts(true)[wait_classes()[2]], 90000) << "modern behaviour ignores what makes no sense";
+    EXPECT_EQ(Timeouts(true)[wait_classes()[4]], 5);
   }
   int value = 0;
   for (const protocol::WaitRow& wait : wait_classes()) set_timeout(wait.key, ++value);
-  const Timeouts timeouts;
+  const Timeouts timeouts(false);
   value = 0;
   for (const protocol::WaitRow& wait : wait_classes()) EXPECT_EQ(timeouts[wait], ++value);
 }
 
 TEST_F(TimeoutSettings, ChangeForTheFirstFourWhenIncreased) {
-  Timeouts timeouts;
+  Timeouts timeouts(false);
   set_timeout(u"ExtendedWaitTime", 77);
   set_timeout(u"FindWaitTime", 5);
   EXPECT_TRUE(timeouts.read_again(true));

@@ -94,7 +94,7 @@ class LongStream : public testing::TestWithParam<std::size_t> {};
 TEST_P(LongStream, ArrivesCompleteAndInOrder) {
   const Cores cores;
   cores.keep_to(0);
-  host::set_early_wake(true);
+  ASSERT_TRUE(host::set_behaviour(host::Behaviour::kModern));
   const simulator::Simulator simulator({.time_scale = 0, .block_points = 1000});
   const auto connection = create<ILTConnect>(CLSID_LTConnect);
   check(connection->ConnectEmbeddedSystem(Text("127.0.0.1"), simulator.port()));
@@ -118,7 +118,6 @@ TEST_P(LongStream, ArrivesCompleteAndInOrder) {
   load.join();
   EXPECT_EQ(collector->received, kPoints);
   EXPECT_EQ(collector->out_of_order, 0u);
-  host::set_early_wake(false);
 }
 
 INSTANTIATE_TEST_SUITE_P(AtFullSpeed, LongStream, testing::Values(0, 300'000),

@@ -66,6 +66,8 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   }
   // Makes the connection and fetches its command objects; a listener hears each of them.
   void make(Objects objects = kSync);
+  // Command objects that go younger are taken for a sign of mixed generations.
+  static void outlive_the_suspicion();
   void connect();
   void start(Objects objects = kSync) { make(objects), connect(); }
 
