@@ -67,6 +67,7 @@ TEST_F(NotificationTest, CarriesTheWindowThatThePacketCameTo) {
   const platform::WindowHandle window = generation.window();
   select(KR_NM_WM_CopyData);
   const auto later = Pointer<Connect>::adopt(new Connect(keep_generation));
+  outlive_the_suspicion();
   ASSERT_NE(generation.window(), window);
   EXPECT_EQ(notes_of(status_change(26)), Lines{"74 " + tell(window) + " 2100"});
 }
