@@ -54,4 +54,18 @@ class ProcessState {
   std::atomic<std::int32_t> server_locks_ = 0;
 };
 
+// An object's reason to stay loaded: its first base, so that it goes last, after everything that may still call out.
+class KeepsLoaded {
+ public:
+  explicit KeepsLoaded(ProcessState& process) : process_(process) { process_.lock(); }
+  KeepsLoaded(const KeepsLoaded&) = delete;
+  KeepsLoaded& operator=(const KeepsLoaded&) = delete;
+
+ protected:
+  ~KeepsLoaded() { process_.unlock(); }
+
+ private:
+  ProcessState& process_;
+};
+
 }  // namespace kestrine::dispatch

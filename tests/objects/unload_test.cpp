@@ -12,7 +12,6 @@
 #include "kestrine/host.h"
 #include "kestrine/interfaces.h"
 #include "kestrine/pointer.h"
-#include "kestrine/subscription.h"
 #include "kestrine/text.h"
 #include "kestrine/type_info.h"
 #include "platform/test_clock.h"
@@ -65,7 +64,11 @@ class Unload : public testing::Test {
     EXPECT_EQ(class_object(clsid)->CreateInstance(nullptr, interface_id<Interface>(), object.put_void()), S_OK);
     return object;
   }
-  // Everything that puts something on the loop: a socket, events, a timer that runs on after its call, and a flush.
+  static HRESULT source_of(ILTCommandSync2& object, Pointer<IConnectionPoint>& point) {
+    const auto container = Pointer<IUnknown>(&object).query<IConnectionPointContainer>();
+    return container->FindConnectionPoint(DIID__ILTCommandSync2Events, point.put());
+  }
+  // Everything that puts something on the loop: a socket, a timer that runs on after its call, and a flush.
   void use() {
     ScriptedPeer peer;
     const auto connection = create<ILTConnect2>(CLSID_LTConnect2);
@@ -74,11 +77,21 @@ class Unload : public testing::Test {
     Pointer<IUnknown> object;
     ASSERT_EQ(connection->get_ILTCommandSync(object.put()), S_OK);
     const auto sync = object.query<ILTCommandSync2>();
-    const Subscription events(*sync, DIID__ILTCommandSync2Events, *Pointer<SyncEvents>::adopt(new SyncEvents));
     peer.send(answer(VL_C_Park, VL_RS_TrackerNotInitialized, VL_DT_Error));
     EXPECT_EQ(sync->Park(), E_FAIL);
     peer.send(status_change(26));
   }
+
+  // A sink that an object lets go of at its own end.
+  class Watcher final : public SyncEvents {
+   public:
+    explicit Watcher(const Unload& test) : test_(test) {}
+
+   private:
+    ~Watcher() override { EXPECT_FALSE(test_.can_unload()); }
+
+    const Unload& test_;
+  };
 
   Environment environment;
   void* library = nullptr;
@@ -93,40 +106,46 @@ TEST_F(Unload, LeavesNothingOfTheLibraryBehindHoweverOftenItIsUsed) {
 }
 
 TEST_F(Unload, WaitsForWhateverCanStillCallIntoTheLibrary) {
-  auto sync = create<ILTCommandSync2>(CLSID_LTCommandSync2);
+  const auto drop = [&](auto& before_the_latest) {
+    before_the_latest.reset();
+    EXPECT_FALSE(can_unload());
+  };
   Pointer<IConnectionPoint> point;
   Pointer<IEnumConnections> sinks, copy;
-  Pointer<ITypeInfo> info, unit_info;
+  auto sync = create<ILTCommandSync2>(CLSID_LTCommandSync2);
+  ASSERT_EQ(source_of(*sync, point), S_OK);
+  drop(sync);
+  ASSERT_EQ(point->EnumConnections(sinks.put()), S_OK);
+  drop(point);
+  ASSERT_EQ(sinks->Clone(copy.put()), S_OK);
+  drop(sinks);
+  copy.reset();
+  EXPECT_TRUE(can_unload());
+
+  Pointer<ITypeInfo> info, units;
   Pointer<ITypeLib> types;
+  Pointer<IRecordInfo> record;
+  UINT index = 0;
   MEMBERID id = 0;
   USHORT count = 1;
-  UINT index = 0;
-  VARIANT units{};
-  units.vt = VT_RECORD;
-  auto container = sync.query<IConnectionPointContainer>();
-  ASSERT_EQ(container->FindConnectionPoint(DIID__ILTCommandSync2Events, point.put()), S_OK);
-  ASSERT_EQ(point->EnumConnections(sinks.put()), S_OK);
-  ASSERT_EQ(sinks->Clone(copy.put()), S_OK);
-  ASSERT_EQ(sync->GetTypeInfo(0, 0, info.put()), S_OK);
-  ASSERT_EQ(info->GetContainingTypeLib(types.put(), &index), S_OK);
-  ASSERT_EQ(types->FindName(Text("SystemUnitsDataT"), 0, unit_info.put(), &id, &count), S_OK);
-  ASSERT_EQ(GetRecordInfoFromTypeInfo(unit_info.get(), &units.record.pRecInfo), S_OK);
-  units.record.pvRecord = units.record.pRecInfo->RecordCreate();
-  container.reset();
-  const std::function<void()> releases[] = {[&] { sync.reset(), point.reset(); },
-                                            [&] { sinks.reset(); },
-                                            [&] { copy.reset(); },
-                                            [&] { info.reset(); },
-                                            [&] { types.reset(); },
-                                            [&] { unit_info.reset(); },
-                                            [&] { VariantClear(&units); }};
-  for (const auto& release : releases) {
-    EXPECT_FALSE(can_unload());
-    release();
-  }
-  class_object(CLSID_LTConnect)->LockServer(0);  // there is no lock
   sync = create<ILTCommandSync2>(CLSID_LTCommandSync2);
-  EXPECT_FALSE(can_unload());
+  ASSERT_EQ(sync->GetTypeInfo(0, 0, info.put()), S_OK);
+  drop(sync);
+  ASSERT_EQ(info->GetContainingTypeLib(types.put(), &index), S_OK);
+  drop(info);
+  ASSERT_EQ(types->FindName(Text("SystemUnitsDataT"), 0, units.put(), &id, &count), S_OK);
+  drop(types);
+  ASSERT_EQ(GetRecordInfoFromTypeInfo(units.get(), record.put()), S_OK);
+  drop(units);
+  record.reset();
+
+  class_object(CLSID_LTConnect)->LockServer(0);  // there is no lock
+  EXPECT_TRUE(can_unload());
+  ULONG cookie = 0;
+  sync = create<ILTCommandSync2>(CLSID_LTCommandSync2);
+  ASSERT_EQ(source_of(*sync, point), S_OK);
+  ASSERT_EQ(point->Advise(Pointer<IDispatch>::adopt(new Watcher(*this)).get(), &cookie), S_OK);
+  drop(point);
   sync.reset();
   unload();
 }
