@@ -24,10 +24,10 @@ class ProcessState {
   bool has_fetched_objects() const { return has_fetched_objects_; }
   void mark_objects_fetched() { has_fetched_objects_ = true; }
 
-  // Live objects and class objects in use: reasons to stay loaded. From any thread.
+  // Live objects and locks on class objects: reasons to stay loaded. From any thread.
   void lock() { ++locks_; }
   void unlock() { --locks_; }
-  // Those that an application asks a class object for. One given back too often must not make up for an object.
+  // Locks that an application asks a class object for. One given back too often must not make up for an object.
   void lock_server() {
     ++server_locks_;
     lock();

@@ -10,7 +10,6 @@
 #include "dispatch/generation.h"
 #include "kestrine/component.h"
 #include "objects/class_object.h"
-#include "scripting/type_info.h"
 
 namespace kestrine::objects {
 
@@ -42,7 +41,7 @@ class Module {
   // S_OK with the class object, CLASS_E_CLASSNOTAVAILABLE for a class that is not ours. From any thread.
   HRESULT get_class_object(const CLSID& clsid, const IID& iid, void** object);
   // S_OK when nobody can call into the library any more, else S_FALSE. From any thread.
-  HRESULT can_unload_now() const { return process_.can_unload() && scripting::type_references == 0 ? S_OK : S_FALSE; }
+  HRESULT can_unload_now() const;
 
  private:
   using OwnerOfNew = std::shared_ptr<dispatch::Generation> (GenerationClasses::*)();

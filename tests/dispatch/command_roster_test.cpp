@@ -279,7 +279,8 @@ TEST_P(HousekeepingTest, DropsAnObjectThatIsTooYoungWithAWarningOrNone) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Behaviour, HousekeepingTest,
-                         testing::Values(connection::kClassicRules, connection::kModernRules));
+                         testing::Values(connection::kClassicRules, connection::kModernRules),
+                         [](const auto& rules) { return rules.param.wakes_when_due ? "Modern" : "Classic"; });
 
 }  // namespace
 }  // namespace kestrine::test
