@@ -6,6 +6,7 @@
 
 int main(int argc, char** argv) try {
   if (argc != 3) return std::fprintf(stderr, "usage: measure_point HOST PORT\n"), 2;
+  kestrine::host::set_behaviour(kestrine::host::Behaviour::kModern);
   const auto connection = kestrine::create<ILTConnect>(CLSID_LTConnect);
   kestrine::check(connection->ConnectEmbeddedSystem(kestrine::Text(argv[1]), std::atoi(argv[2])));
   const auto tracker = kestrine::command_sync(*connection);

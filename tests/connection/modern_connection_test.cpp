@@ -1,0 +1,135 @@
+// How a host is found and connected to in modern behaviour, and lines that are slow or stall, in either.
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+#include "client_test.h"
+#include "kestrine/host.h"
+#include "kestrine/text.h"
+
+namespace kestrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+class ModernConnection : public ClientTest {
+ protected:
+  ModernConnection() : ClientTest(connection::kModernRules) {
+    make();
+    host::set_log_hook([this](const std::string& line) { log.push_back(line); });
+  }
+  ~ModernConnection() override {
+    host::set_give_up_hook({});
+    host::set_log_hook({});
+  }
+  std::string try_connect(std::u16string_view address, std::int32_t port) {
+    const std::string outcome = told(connection->ConnectEmbeddedSystem(Text(address), port));
+    return outcome.substr(0, outcome.find(" Kestrine"));
+  }
+
+  Lines log;
+};
+
+TEST_F(ModernConnection, ANameMayHaveDotsAndTheReasonOfAFailureIsLogged) {
+  EXPECT_EQ(try_connect(u"no.such.host.invalid", 1), "80004005 40010");
+  EXPECT_TRUE(log.back().starts_with("cannot connect to no.such.host.invalid port 1: ")) << log.back();
+  const std::uint16_t nobody = unused_port();
+  environment.set(u"ConnectionTimeout", 100'000);
+  const auto before = Clock::now();
+  EXPECT_EQ(try_connect(u"localhost", nobody), "80004005 40011");
+  EXPECT_LT(Clock::now() - before, 10s) << "a refusal is not waited out";
+  EXPECT_EQ(log.back(), "cannot connect to localhost port " + std::to_string(nobody) + ": Connection refused");
+  EXPECT_EQ(try_connect(u"localhost", peer.port()), "ok");
+}
+
+TEST_F(ModernConnection, AHostMayHaveAnIPv6Address) {
+  const int listener = ::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in6 own{};
+  own.sin6_family = AF_INET6;
+  own.sin6_addr = in6addr_loopback;
+  socklen_t length = sizeof own;
+  if (listener < 0 || ::bind(listener, reinterpret_cast<sockaddr*>(&own), length) != 0) GTEST_SKIP() << "no IPv6 here";
+  EXPECT_EQ(::listen(listener, 1), 0);
+  EXPECT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&own), &length), 0);
+  EXPECT_EQ(try_connect(u"::1", ntohs(own.sin6_port)), "ok");
+  ::close(listener);
+}
+
+// A listener whose queue is full answers no more: connecting goes on until somebody ends it.
+TEST_F(ModernConnection, ConnectingEndsInTimeAndWhenTheHostGivesUp) {
+  const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in own{};
+  own.sin_family = AF_INET;
+  own.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof own;
+  ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&own), length), 0);
+  ASSERT_EQ(::listen(listener, 0), 0);
+  ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&own), &length), 0);
+  std::vector<int> queue;
+  for (int i = 0; i < 3; ++i) {
+    queue.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    static_cast<void>(::connect(queue.back(), reinterpret_cast<sockaddr*>(&own), length));
+  }
+  environment.set(u"ConnectionTimeout", 200);
+  EXPECT_EQ(try_connect(u"127.0.0.1", ntohs(own.sin_port)), "80004005 40011");
+  EXPECT_NE(log.back().find("timed out"), std::string::npos) << log.back();
+  environment.set(u"ConnectionTimeout", 100'000);
+  host::set_give_up_hook([] { return true; });
+  const auto before = Clock::now();
+  EXPECT_EQ(try_connect(u"127.0.0.1", ntohs(own.sin_port)), "80004005 40011");
+  EXPECT_LT(Clock::now() - before, 10s);
+  EXPECT_EQ(try_connect(u"no.such.host.invalid", 1), "80004005 40010");
+  for (const int each : queue) ::close(each);
+  ::close(listener);
+}
+
+TEST_F(ModernConnection, ASenselessTimeoutNeverMeansConnected) {
+  for (const int timeout : {0, -1}) {
+    environment.set(u"ConnectionTimeout", timeout);
+    EXPECT_EQ(try_connect(u"127.0.0.1", unused_port()), "80004005 40011");
+    EXPECT_FALSE(connection->link().is_connected());
+  }
+}
+
+class SlowLine : public ClientTest, public testing::WithParamInterface<connection::Rules> {
+ protected:
+  SlowLine() : ClientTest(GetParam()) {}
+};
+
+// Ten million bits a second, and many small pieces at ten times that.
+TEST_P(SlowLine, BringsTheLargestPacketWhole) {
+  start();
+  const Bytes whole = filled(131'071, VL_DT_Command);
+  for (const std::size_t piece : {1'250, 100}) {
+    connection->buffers().set_latest({});
+    peer.run([&, piece](ScriptedPeer& server) {
+      for (std::size_t at = 0; at < whole.size(); at += piece) {
+        server.send(std::span(whole).subspan(at, std::min(piece, whole.size() - at)));
+        const auto next = Clock::now() + (piece == 100 ? 8us : 1000us);
+        while (Clock::now() < next) std::this_thread::yield();
+      }
+    });
+    EXPECT_TRUE(pump_until([&] { return connection->buffers().latest().size() == whole.size(); })) << piece;
+    peer.finish();
+    EXPECT_EQ(data(), whole);
+  }
+  EXPECT_EQ(environment.trace_keys(), Lines());
+}
+
+TEST_P(SlowLine, ThatStallsInMidPacketIsLeftWhenTheHostGivesUp) {
+  start();
+  peer.send(cut(filled(1'000, VL_DT_Command), 500).first);
+  host::set_give_up_hook([] { return true; });
+  EXPECT_EQ(told(commands->Initialize()).substr(0, 11), "80004005 36");
+  host::set_give_up_hook({});
+}
+
+INSTANTIATE_TEST_SUITE_P(Behaviour, SlowLine, testing::Values(connection::kClassicRules, connection::kModernRules),
+                         [](const auto& rules) { return rules.param.wakes_when_due ? "Modern" : "Classic"; });
+
+}  // namespace
+}  // namespace kestrine::test
