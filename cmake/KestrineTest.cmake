@@ -1,8 +1,6 @@
 # kestrine_test(name source... LIBS library...): a GoogleTest program, one CTest entry for each of its tests.
-if(KESTRINE_TESTS)
-  find_package(GTest REQUIRED)
-  include(GoogleTest)
-endif()
+find_package(GTest REQUIRED)
+include(GoogleTest)
 
 function(kestrine_test name)
   cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "simulator/simulator.h"
+#include "kestrine/simulator.h"
 
 namespace {
 
@@ -22,9 +22,10 @@ sigset_t block_interrupts() {
 
 int main(int argc, char** argv) {
   kestrine::simulator::Options options;
+  options.port = 7000;  // not the 700 of trackers: on Linux not everyone may listen there
   double speed = 1;
   CLI::App app{"A laser tracker's measurement server, simulated. It serves until it is interrupted (Ctrl-C)."};
-  app.add_option("--port", options.port, "TCP port to listen on; 0 takes a free one")->required();
+  app.add_option("--port", options.port, "TCP port to listen on; 0 takes a free one")->capture_default_str();
   app.add_option("--address", options.address, "address to listen on")->capture_default_str();
   app.add_option("--seed", options.seed, "seed of the measurement noise")->capture_default_str();
   app.add_option("--speed", speed, "how many times faster than a real tracker; 0 waits for nothing at all")

@@ -9,7 +9,7 @@
 #include "cli/common/terminal.h"
 #include "cli/output/files.h"
 #include "kestrine/host.h"
-#include "simulator/simulator.h"
+#include "kestrine/simulator.h"
 
 namespace kestrine::cli {
 namespace {

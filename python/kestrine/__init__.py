@@ -2,7 +2,7 @@
 
     import kestrine
     connection = kestrine.Dispatch("Kestrine.LTConnect2")
-    connection.ConnectEmbeddedSystem("127.0.0.1", 700)
+    connection.ConnectEmbeddedSystem("192.168.0.1", 700)
     tracker = connection.ILTCommandSync
     tracker.Initialize()
     x, y, z, *rest = tracker.MeasureStationaryPoint()

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "simulator/simulator.h"
+#include "kestrine/simulator.h"
 
 namespace py = pybind11;
 using kestrine::simulator::Simulator;

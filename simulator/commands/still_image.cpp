@@ -46,9 +46,10 @@ Bytes bitmap_file(const Picture& picture) {
   wire::store_i32(file.data() + 22, picture.height);
   wire::store_i32(file.data() + 26, 1 | 24 << 16);  // planes and bits a pixel, two 16-bit numbers
   wire::store_i32(file.data() + 34, row_bytes * picture.height);
-  for (std::int32_t y = picture.height; y-- > 0;) {  // rows from the bottom
-    for (std::int32_t x = 0; x < picture.width; ++x) {
-      const Pixel& pixel = picture.pixels[static_cast<std::size_t>(y * picture.width + x)];
+  const auto width = static_cast<std::size_t>(picture.width);
+  for (auto y = static_cast<std::size_t>(picture.height); y-- > 0;) {  // rows from the bottom
+    for (std::size_t x = 0; x < width; ++x) {
+      const Pixel& pixel = picture.pixels[y * width + x];
       file.insert(file.end(), {pixel.blue, pixel.green, pixel.red});
     }
   }

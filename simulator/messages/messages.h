@@ -125,12 +125,14 @@ class Reply {
   template <class Record>
   void series(const std::vector<Record>& items) const {
     std::vector<Bytes> packets;
+    packets.reserve(items.size());
     for (const Record& item : items) packets.push_back(in_frame(packed(item)));
     send_series(std::move(packets));
   }
   template <class Record>
   void series_as_it_stands(const std::vector<Record>& items) const {
     std::vector<Bytes> packets;
+    packets.reserve(items.size());
     for (const Record& item : items) packets.push_back(packed(item));
     send_series(std::move(packets));
   }

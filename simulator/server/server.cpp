@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <utility>
 
+#include "kestrine/simulator.h"
 #include "simulator/measuring/position_display.h"
 #include "simulator/server/session.h"
-#include "simulator/simulator.h"
 #include "simulator/tracker/tracker.h"
 
 namespace kestrine::simulator {
@@ -63,8 +63,10 @@ asio::ip::tcp::acceptor listen(asio::io_context& context, const Options& options
   try {
     return asio::ip::tcp::acceptor(context, at);
   } catch (const std::system_error& error) {
-    throw std::runtime_error("cannot listen on " + options.address + ":" + std::to_string(options.port) + ": " +
-                             error.code().message());
+    const bool is_privileged = error.code() == asio::error::access_denied;
+    throw std::runtime_error(
+        "cannot listen on " + options.address + ":" + std::to_string(options.port) + ": " + error.code().message() +
+        (is_privileged ? " (ports below 1024 are for privileged users; choose a higher one)" : ""));
   }
 }
 

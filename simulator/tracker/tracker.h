@@ -9,9 +9,9 @@
 #include <optional>
 #include <vector>
 
+#include "kestrine/simulator.h"
 #include "simulator/mathematics/transformation_fit.h"
 #include "simulator/messages/messages.h"
-#include "simulator/simulator.h"
 #include "simulator/tracker/drive.h"
 #include "simulator/tracker/inclination.h"
 #include "simulator/tracker/noise.h"

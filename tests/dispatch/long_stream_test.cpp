@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "kestrine/kestrine.h"
-#include "simulator/simulator.h"
+#include "kestrine/simulator.h"
 
 namespace kestrine::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kestrine/kestrine.h"
-#include "simulator/simulator.h"
+#include "kestrine/simulator.h"
 
 namespace kestrine::test {
 namespace {

@@ -35,7 +35,7 @@ class Program(unittest.TestCase):
             taken.bind(("127.0.0.1", 0))
             taken.listen()
             port = taken.getsockname()[1]
-            for options in ("", "--port 99999", "--port 80x", "--port -1", f"--port {port}", "--port 0 --speed -1",
+            for options in ("--port 99999", "--port 80x", "--port -1", f"--port {port}", "--port 0 --speed -1",
                             "--port 0 --speed nan", "--port 0 --unheard-of", "--port 0 --address nowhere"):
                 with self.subTest(options=options):
                     program = self.start(*options.split())

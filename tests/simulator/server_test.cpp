@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "bench.h"
-#include "simulator/simulator.h"
+#include "kestrine/simulator.h"
 
 namespace kestrine::simulator {
 namespace {

@@ -1,6 +1,6 @@
 // A measurement server with a tracker behind it that exists in memory only: it speaks the protocol over real
 // sockets, keeps the state that a tracker keeps, takes the time that a tracker takes and measures targets whose
-// places are stated (see world.h).
+// places are stated. It is a library of its own, for test programs.
 #pragma once
 
 #include <cstddef>
