@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <barrier>
-#include <functional>
 #include <thread>
 
 #include "environment.h"
@@ -64,10 +63,6 @@ class Unload : public testing::Test {
     EXPECT_EQ(class_object(clsid)->CreateInstance(nullptr, interface_id<Interface>(), object.put_void()), S_OK);
     return object;
   }
-  static HRESULT source_of(ILTCommandSync2& object, Pointer<IConnectionPoint>& point) {
-    const auto container = Pointer<IUnknown>(&object).query<IConnectionPointContainer>();
-    return container->FindConnectionPoint(DIID__ILTCommandSync2Events, point.put());
-  }
   // Everything that puts something on the loop: a socket, a timer that runs on after its call, and a flush.
   void use() {
     ScriptedPeer peer;
@@ -98,11 +93,11 @@ class Unload : public testing::Test {
 };
 
 TEST_F(Unload, LeavesNothingOfTheLibraryBehindHoweverOftenItIsUsed) {
-  for (int round = 0; round < 2; ++round) {
-    if (round != 0) load();
-    use();
-    unload();
-  }
+  use();
+  unload();
+  load();
+  use();
+  unload();
 }
 
 TEST_F(Unload, WaitsForWhateverCanStillCallIntoTheLibrary) {
@@ -112,8 +107,12 @@ TEST_F(Unload, WaitsForWhateverCanStillCallIntoTheLibrary) {
   };
   Pointer<IConnectionPoint> point;
   Pointer<IEnumConnections> sinks, copy;
+  ULONG cookie = 0;
+  class_object(CLSID_LTConnect)->LockServer(0);  // there is no lock
   auto sync = create<ILTCommandSync2>(CLSID_LTCommandSync2);
-  ASSERT_EQ(source_of(*sync, point), S_OK);
+  ASSERT_EQ(sync.query<IConnectionPointContainer>()->FindConnectionPoint(DIID__ILTCommandSync2Events, point.put()),
+            S_OK);
+  ASSERT_EQ(point->Advise(Pointer<IDispatch>::adopt(new Watcher(*this)).get(), &cookie), S_OK);
   drop(sync);
   ASSERT_EQ(point->EnumConnections(sinks.put()), S_OK);
   drop(point);
@@ -138,41 +137,23 @@ TEST_F(Unload, WaitsForWhateverCanStillCallIntoTheLibrary) {
   ASSERT_EQ(GetRecordInfoFromTypeInfo(units.get(), record.put()), S_OK);
   drop(units);
   record.reset();
-
-  class_object(CLSID_LTConnect)->LockServer(0);  // there is no lock
-  EXPECT_TRUE(can_unload());
-  ULONG cookie = 0;
-  sync = create<ILTCommandSync2>(CLSID_LTCommandSync2);
-  ASSERT_EQ(source_of(*sync, point), S_OK);
-  ASSERT_EQ(point->Advise(Pointer<IDispatch>::adopt(new Watcher(*this)).get(), &cookie), S_OK);
-  drop(point);
-  sync.reset();
   unload();
 }
 
 TEST_F(Unload, HoldsForTheLoopsOfAllThreads) {
-  Pointer<ILTConnect> connection;
   std::barrier<> barrier(2);
   const auto change_turns = [&] { barrier.arrive_and_wait(); };
   std::thread other([&] {
-    connection = create<ILTConnect>(CLSID_LTConnect);
+    auto connection = create<ILTConnect>(CLSID_LTConnect);
     change_turns(), change_turns();
     connection.reset();
     change_turns(), change_turns();
     pump();
-    change_turns(), change_turns();
-    connection = create<ILTConnect>(CLSID_LTConnect);
-    change_turns(), change_turns();
   });
   change_turns();
   EXPECT_FALSE(can_unload());
   change_turns(), change_turns();
   unload();
-  change_turns(), change_turns();
-  load();
-  change_turns(), change_turns();
-  connection.reset();
-  EXPECT_FALSE(can_unload()) << "its window is left on the loop of its own thread";
   change_turns();
   other.join();
 }
