@@ -15,7 +15,7 @@ class NotificationTest : public ClientTest {
         const auto& record = *reinterpret_cast<const COPYDATASTRUCT*>(lparam);
         copied_from = static_cast<const std::uint8_t*>(record.lpData);
         copied.assign(copied_from, copied_from + record.cbData);
-        lparam = record.dwData;
+        lparam = static_cast<std::int64_t>(record.dwData);
       }
       notes.push_back(tell(message) + " " + tell(wparam) + " " + tell(lparam));
       if (then) std::exchange(then, {})();
