@@ -73,7 +73,7 @@ struct Client final : kestrine::connection::PacketConsumer {
   }
 
   void on_packet(const kestrine::connection::ReceivedPacket& packet) override {
-    connection->events().on_packet(*connection, packet);
+    connection->events().on_packet(*connection, packet, 0);
   }
   void on_out_of_step() override { connection->events().on_out_of_step(); }
 

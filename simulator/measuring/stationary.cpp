@@ -88,7 +88,7 @@ class StationaryPoint : public Stationary {
     Noise& noise = tracker().noise();
     const double distance = length(target);
     const Mean mean = mean_of(readings(), [&] { return noise.deviation(distance); });
-    const Vector place = Noise::displaced(target, mean.value);
+    Vector place = Noise::displaced(target, mean.value);
     const SinglePoint point{place, mean.value, Noise::covariance(place, mean.covariance), noise.covariance(place)};
     if (receiver) send_point(tracker(), *receiver, frame(), point);
     return place;

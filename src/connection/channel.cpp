@@ -24,7 +24,7 @@ class Channel::HandlerGuard {
 void Channel::LetGo::operator()(Channel* channel) const {
   channel->connection_ = nullptr;
   channel->let_go_ = true;
-  if (channel->depth_ == 0) delete channel;
+  if (channel->depth_ == 0 && channel->is_of_this_thread()) delete channel;
 }
 
 // A window that cannot be made is not reported here: the connection refuses to connect without it.
@@ -123,7 +123,7 @@ void Channel::trace(std::u16string_view key, std::u16string_view text) {
 }
 
 void Channel::on_packet(const ReceivedPacket& packet) {
-  connection_->events().on_packet(*connection_, packet);
+  connection_->events().on_packet(*connection_, packet, window_);
 }
 
 void Channel::on_out_of_step() {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <thread>
 
 #include "connection/connection.h"
 #include "connection/packet_reader.h"
@@ -15,10 +16,11 @@ namespace kestrine::connection {
 inline constexpr std::uint32_t kSocketMessage = 2025;  // wparam: socket, low word of lparam: event
 inline constexpr std::uint32_t kFlushMessage = 2026;
 
-// Made with a connection, and outlives it: timers, messages and command objects may still refer to it.
+// Made with a connection. The latest one outlives it where earlier connections may still connect by it.
 class Channel final : private platform::WindowProcedure, private ByteSource, private PacketConsumer {
  public:
-  // Its last handler takes it away when it is let go of inside one.
+  // Its last handler takes it away when it is let go of inside one. Let go of by another thread it stays, and is deaf:
+  // its window still refers to it.
   struct LetGo {
     void operator()(Channel* channel) const;
   };
@@ -41,8 +43,8 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
   void request_flush();
 
   void forget(const Connection& connection);
-  // Without a connection and not inside one of its handlers.
-  bool is_idle() const { return connection_ == nullptr && depth_ == 0; }
+  bool has_connection() const { return connection_ != nullptr; }
+  bool is_of_this_thread() const { return thread_ == std::this_thread::get_id(); }
 
  private:
   class HandlerGuard;
@@ -64,6 +66,7 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
   void on_packet(const ReceivedPacket& packet) override;
   void on_out_of_step() override;
 
+  const std::thread::id thread_ = std::this_thread::get_id();
   Connection* connection_;
   platform::WindowHandle window_;
   // The one that the message at hand is about, which may be an earlier connection's.

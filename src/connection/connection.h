@@ -22,7 +22,8 @@ class Connection;
 // What happens on a connection, for the dispatcher.
 class ConnectionEvents {
  public:
-  virtual void on_packet(Connection& connection, const ReceivedPacket& packet) = 0;
+  // `window` is the one that the packet was read for.
+  virtual void on_packet(Connection& connection, const ReceivedPacket& packet, platform::WindowHandle window) = 0;
   virtual void on_out_of_step() = 0;
   virtual void on_closed(Connection& connection) = 0;
   // The timer of a command that waits for its answer has expired.
@@ -40,7 +41,7 @@ struct Notification {
   std::int32_t cookie = 0;
 
   bool fires_events() const { return method == KR_NM_Event; }
-  // The message of a packet, if that is the method; `window` is the one that the packet was read for.
+  // The message of a packet, if that is the method.
   void send_message(const ReceivedPacket& packet, platform::WindowHandle window) const;
 };
 

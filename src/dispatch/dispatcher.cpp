@@ -63,7 +63,7 @@ void fire_status_change(CommandObject& object, std::int32_t change) {
                              {change});
 }
 
-void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& received) {
+void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& received, platform::WindowHandle window) {
   const HeldObjects held(generation_.objects());
   const std::uint8_t* const packet = received.bytes;
   Delivery delivery{connection,
@@ -93,7 +93,7 @@ void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& receive
   }
   const connection::Notification notification = connection.notification();  // a handler may choose another one
   deliver(delivery, type);
-  notification.send_message(received, generation_.window());
+  notification.send_message(received, window);
 }
 
 // Under another notification method than events such trouble ends no wait, only answers, results and a stream out of

@@ -16,7 +16,8 @@ class Dispatcher final : public connection::ConnectionEvents {
   explicit Dispatcher(Generation& generation) : generation_(generation) {}
 
   // Reads within the packet's buffer only.
-  void on_packet(connection::Connection& connection, const connection::ReceivedPacket& packet) override;
+  void on_packet(connection::Connection& connection, const connection::ReceivedPacket& packet,
+                 platform::WindowHandle window) override;
   void on_out_of_step() override;
   void on_closed(connection::Connection& connection) override;
   void on_timer(connection::Connection& connection) override;

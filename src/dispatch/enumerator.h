@@ -1,4 +1,5 @@
-// The enumerators of the event protocol: a copy of what there is at the moment of asking, held by references.
+// The enumerators of the event protocol: a copy of what there is at the moment of asking, held by references, as is
+// the object that was asked: like it, an enumerator keeps the library loaded.
 #pragma once
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 
 #include "kestrine/component.h"
 #include "kestrine/object.h"
+#include "kestrine/pointer.h"
 #include "platform/home.h"
 
 namespace kestrine::dispatch {
@@ -22,7 +24,8 @@ inline IUnknown* held_by(IConnectionPoint* point) {
 template <class Interface, class Item>
 class Enumerator final : public Object<Interface> {
  public:
-  Enumerator(std::vector<Item> items, std::size_t next) : items_(std::move(items)), next_(next) {
+  Enumerator(IUnknown& owner, std::vector<Item> items, std::size_t next)
+      : owner_(&owner), items_(std::move(items)), next_(next) {
     for (const Item& item : items_) held_by(item)->AddRef();
   }
 
@@ -60,16 +63,17 @@ class Enumerator final : public Object<Interface> {
   }
   HRESULT Clone(Interface** copy) override {
     if (!home_.is_here()) return RPC_E_WRONG_THREAD;
-    return create([this] { return items_; }, next_, copy);
+    return create(
+        *owner_, [this] { return items_; }, next_, copy);
   }
 
   // `list` gives the items, of which the first to be handed out is `next`.
   template <class List>
-  static HRESULT create(List list, std::size_t next, Interface** place) {
+  static HRESULT create(IUnknown& owner, List list, std::size_t next, Interface** place) {
     if (place == nullptr) return E_POINTER;
     *place = nullptr;
     try {
-      *place = new Enumerator(list(), next);
+      *place = new Enumerator(owner, list(), next);
       return S_OK;
     } catch (const std::bad_alloc&) {
       return E_OUTOFMEMORY;
@@ -82,6 +86,7 @@ class Enumerator final : public Object<Interface> {
   }
 
   const platform::Home home_;
+  const Pointer<IUnknown> owner_;
   std::vector<Item> items_;
   std::size_t next_;
 };

@@ -144,7 +144,7 @@ HRESULT EventSource::EnumConnections(IEnumConnections** connections) {
     }
     return sinks;
   };
-  return ConnectionEnumerator::create(list, 0, connections);
+  return ConnectionEnumerator::create(*this, list, 0, connections);
 }
 
 }  // namespace kestrine::dispatch

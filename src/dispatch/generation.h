@@ -48,6 +48,10 @@ class Generation : public std::enable_shared_from_this<Generation> {
   platform::WindowHandle window() const { return channel_ == nullptr ? 0 : channel_->window(); }
 
  private:
+  // Those without a connection go, and the last connection takes all with it: whoever unloads the library then must
+  // find no window of it on any loop. An earlier connection may still connect by the latest channel.
+  void drop_channels();
+
   const Identity& identity_;
   ProcessState& process_;
   ErrorReporting errors_;
@@ -56,7 +60,6 @@ class Generation : public std::enable_shared_from_this<Generation> {
 
   connection::Connection* connection_ = nullptr;
   connection::Channel* channel_ = nullptr;
-  // They outlive their connections: until the module goes, or a later connection finds them idle.
   std::vector<connection::Channel::Owner> channels_;
 };
 

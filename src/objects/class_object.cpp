@@ -39,7 +39,7 @@ HRESULT ClassObject::CreateInstance(IUnknown* outer, const IID& iid, void** obje
 }
 
 HRESULT ClassObject::LockServer(BOOL lock) {
-  lock != 0 ? process_.lock() : process_.unlock();
+  lock != 0 ? process_.lock_server() : process_.unlock_server();
   return S_OK;
 }
 

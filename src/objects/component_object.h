@@ -14,12 +14,10 @@ namespace kestrine::objects {
 // by the outer object, if there is one; the inner IUnknown, made with a count of one, by itself. Lives on one thread:
 // elsewhere it is neither counted nor asked. Keeps the module loaded.
 template <class First, class... Others>
-class ComponentObject : public First, public Others... {
+class ComponentObject : private dispatch::KeepsLoaded, public First, public Others... {
  public:
   ComponentObject(dispatch::ProcessState& process, IUnknown* outer)
-      : process_(process), inner_(*this), controlling_(outer == nullptr ? &inner_ : outer) {
-    process_.lock();
-  }
+      : KeepsLoaded(process), inner_(*this), controlling_(outer == nullptr ? &inner_ : outer) {}
   ComponentObject(const ComponentObject&) = delete;
   ComponentObject& operator=(const ComponentObject&) = delete;
 
@@ -30,7 +28,7 @@ class ComponentObject : public First, public Others... {
   IUnknown* inner() { return &inner_; }
 
  protected:
-  virtual ~ComponentObject() { process_.unlock(); }
+  virtual ~ComponentObject() = default;
 
  private:
   class Inner final : public IUnknown {
@@ -86,7 +84,6 @@ class ComponentObject : public First, public Others... {
     return found;
   }
 
-  dispatch::ProcessState& process_;
   Inner inner_;
   IUnknown* const controlling_;
 };

@@ -3,6 +3,7 @@
 #include "objects/class_names.h"
 #include "objects/command_classes.h"
 #include "objects/connect_class.h"
+#include "scripting/type_info.h"
 
 namespace kestrine::objects {
 namespace {
@@ -95,6 +96,10 @@ HRESULT Module::get_class_object(const CLSID& clsid, const IID& iid, void** obje
     if (each.clsid() == clsid) return each.QueryInterface(iid, object);
   }
   return CLASS_E_CLASSNOTAVAILABLE;
+}
+
+HRESULT Module::can_unload_now() const {
+  return process_.can_unload() && scripting::type_references == 0 ? S_OK : S_FALSE;
 }
 
 }  // namespace kestrine::objects

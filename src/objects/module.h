@@ -45,8 +45,9 @@ class Module {
 
   // S_OK with the class object, CLASS_E_CLASSNOTAVAILABLE for a class that is not ours. From any thread.
   HRESULT get_class_object(const CLSID& clsid, const IID& iid, void** object);
-  // S_OK when nothing of the module is in use, else S_FALSE.
-  HRESULT can_unload_now() const { return process_.can_unload() ? S_OK : S_FALSE; }
+  // S_OK when nobody can call into the library any more, and no loop will, else S_FALSE. From any thread; another one
+  // may still be on its way out of the call that let go of the last reference.
+  HRESULT can_unload_now() const;
 
  private:
   using OwnerOfNew = std::shared_ptr<dispatch::Generation> (GenerationClasses::*)();

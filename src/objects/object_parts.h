@@ -46,7 +46,7 @@ class EventContainer : public IConnectionPointContainer {
   HRESULT EnumConnectionPoints(IEnumConnectionPoints** points) override {
     if (!home_.is_here()) return RPC_E_WRONG_THREAD;
     const auto list = [this] { return std::vector<IConnectionPoint*>{&source_}; };
-    return dispatch::PointEnumerator::create(list, 0, points);
+    return dispatch::PointEnumerator::create(*this, list, 0, points);
   }
 
  protected:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "dispatch/variant_value.h"
 #include "kestrine/text.h"
@@ -44,6 +45,29 @@ void prefer_dispatch(VARIANT& held) {
   held.vt = VT_DISPATCH;
 }
 
+bool is_owning(VARTYPE type) {
+  return type == VT_BSTR || type == VT_UNKNOWN;
+}
+
+// Of an output's value, as it lies in the caller's memory.
+std::size_t size_of(VARTYPE type) {
+  if (type == VT_BOOL) return sizeof(VARIANT_BOOL);
+  return type == VT_I4 ? sizeof(LONG) : sizeof(VARIANT::llVal);
+}
+
+void swap_bytes(void* one, void* other, std::size_t count) {
+  std::swap_ranges(static_cast<char*>(one), static_cast<char*>(one) + count, static_cast<char*>(other));
+}
+
+// What clearing the variant would come to.
+HRESULT check_replaceable(const VARIANT& variant) {
+  const bool holds_array = (variant.vt & VT_ARRAY) != 0 && (variant.vt & VT_BYREF) == 0 && variant.parray != nullptr;
+  if (holds_array && variant.parray->cLocks != 0) return DISP_E_ARRAYISLOCKED;
+  VARIANT empty{};
+  empty.vt = variant.vt;
+  return VariantClear(&empty);
+}
+
 }  // namespace
 
 DispatchArguments::~DispatchArguments() {
@@ -52,8 +76,9 @@ DispatchArguments::~DispatchArguments() {
 
 HRESULT DispatchArguments::bind(const DISPPARAMS& given, VARIANT* result, UINT* bad) {
   if (member_.kind == MemberKind::kGet) {
-    if (given.cArgs != 0) return DISP_E_BADPARAMCOUNT;
-    return hold_output(member_.values[0], result, bound_++);
+    if (given.cArgs != 0 || given.cNamedArgs != 0) return DISP_E_BADPARAMCOUNT;
+    places_[bound_++] = {{}, result, nullptr};
+    return hold_output(member_.values[0], 0);
   }
   Matches found;
   if (const HRESULT matched = match(given, found, bad); FAILED(matched)) return matched;
@@ -72,8 +97,11 @@ HRESULT DispatchArguments::bind(const DISPPARAMS& given, VARIANT* result, UINT* 
 HRESULT DispatchArguments::match(const DISPPARAMS& given, Matches& found, UINT* bad) const {
   const std::size_t count = member_.values.size();
   UINT named = given.cNamedArgs;
-  if (member_.kind == MemberKind::kPut && named == 1 && given.rgdispidNamedArgs[0] == DISPID_PROPERTYPUT) named = 0;
   if (given.cArgs > count || named > given.cArgs) return DISP_E_BADPARAMCOUNT;
+  if ((given.cArgs != 0 && given.rgvarg == nullptr) || (named != 0 && given.rgdispidNamedArgs == nullptr)) {
+    return E_INVALIDARG;
+  }
+  if (member_.kind == MemberKind::kPut && named == 1 && given.rgdispidNamedArgs[0] == DISPID_PROPERTYPUT) named = 0;
   found.fill(nullptr);
   for (UINT i = 0; i < given.cArgs - named; ++i) found[i] = &given.rgvarg[given.cArgs - 1 - i];
   for (UINT i = 0; i < named; ++i) {
@@ -118,57 +146,70 @@ HRESULT DispatchArguments::bind_input(const Value& param, VARIANTARG& given, std
 }
 
 HRESULT DispatchArguments::bind_output(const Value& param, VARIANTARG& given, std::size_t i) {
+  auto& [held, variant, value] = places_[i];
   const VARTYPE type = dispatch::forms_of(param.type).argument;
-  if (given.vt == (VT_BYREF | VT_VARIANT)) {
-    if (given.pvarVal == nullptr) return E_POINTER;
-    // A variant that holds a record of the right type has it filled; any other is replaced.
-    if (type != VT_RECORD || record_in(*given.pvarVal, *param.named) == nullptr) {
-      return hold_output(param, given.pvarVal, i);
-    }
+  const bool is_variant = given.vt == (VT_BYREF | VT_VARIANT);
+  const bool is_value = type == VT_RECORD
+                            ? record_in(given, *param.named) != nullptr
+                            : given.vt == (VT_BYREF | type) || (type == VT_I4 && given.vt == (VT_BYREF | VT_INT));
+  if (!is_variant && !is_value) return DISP_E_TYPEMISMATCH;
+  if ((is_variant || type != VT_RECORD) && given.byref == nullptr) return E_POINTER;
+  if (is_variant || type == VT_RECORD) {
+    variant = &referred(given);
+    if (const HRESULT result = check_replaceable(*variant); FAILED(result)) return result;
+  } else {
+    value = given.byref;
   }
+  if (const HRESULT result = hold_output(param, i); FAILED(result)) return result;
+  // What the member leaves alone stays as the caller has it.
   if (type == VT_RECORD) {
-    values_[i].out = record_in(referred(given), *param.named);
-    return values_[i].out == nullptr ? DISP_E_TYPEMISMATCH : S_OK;
+    void* const record = record_in(*variant, *param.named);
+    return record == nullptr ? S_OK : held.record.pRecInfo->RecordCopy(record, held.record.pvRecord);
   }
-  if (given.vt != (VT_BYREF | type) && !(type == VT_I4 && given.vt == (VT_BYREF | VT_INT))) return DISP_E_TYPEMISMATCH;
-  if (given.byref == nullptr) return E_POINTER;
-  if (type == VT_BSTR) {  // what the caller had there goes when the call is over
-    places_[i].held.bstrVal = *given.pbstrVal;
-    places_[i].held.vt = VT_BSTR;
-    *given.pbstrVal = nullptr;
-  }
-  values_[i].out = given.byref;
+  if (value != nullptr && !is_owning(type)) std::memcpy(&held.llVal, value, size_of(type));
   return S_OK;
 }
 
-HRESULT DispatchArguments::hold_output(const Value& param, VARIANT* target, std::size_t i) {
-  Place& place = places_[i];
-  place = {};
-  place.target = target;
+HRESULT DispatchArguments::hold_output(const Value& param, std::size_t i) {
+  VARIANT& held = places_[i].held;
   const VARTYPE type = dispatch::forms_of(param.type).argument;
   if (type == VT_RECORD) {
-    const HRESULT result = create_record(*param.named, place.held);
-    values_[i].out = place.held.record.pvRecord;
+    const HRESULT result = create_record(*param.named, held);
+    values_[i].out = held.record.pvRecord;
     return result;
   }
   if (type == VT_VARIANT) {
-    values_[i].out = &place.held;
+    values_[i].out = &held;
     return S_OK;
   }
-  place.held.vt = type;  // its value is 0 until the member sets it
-  values_[i].out = &place.held.llVal;
+  held.vt = type;  // its value is 0 until the member sets it
+  values_[i].out = &held.llVal;
   return S_OK;
 }
 
-void DispatchArguments::hand_out() {
+HRESULT DispatchArguments::hand_out() {
+  // Handlers may have changed the variants since they were bound.
   for (std::size_t i = 0; i < bound_; ++i) {
-    Place& place = places_[i];
-    if (place.target == nullptr) continue;
-    if (place.held.vt == VT_UNKNOWN) prefer_dispatch(place.held);
-    VariantClear(place.target);
-    *place.target = place.held;
-    place.held.vt = VT_EMPTY;
+    const VARIANT* const variant = places_[i].variant;
+    if (variant == nullptr) continue;
+    if (const HRESULT result = check_replaceable(*variant); FAILED(result)) return result;
   }
+  for (std::size_t i = 0; i < bound_; ++i) {
+    auto& [held, variant, value] = places_[i];
+    if (value != nullptr) {
+      if (!is_owning(held.vt) || held.byref != nullptr) swap_bytes(value, &held.llVal, size_of(held.vt));
+    } else if (variant != nullptr) {
+      // A variant that holds a record of the right type has it filled; any other is replaced.
+      void* const record = held.vt == VT_RECORD ? record_in(*variant, *member_.values[i].named) : nullptr;
+      if (record != nullptr) {
+        held.record.pRecInfo->RecordCopy(held.record.pvRecord, record);
+        continue;
+      }
+      if (held.vt == VT_UNKNOWN) prefer_dispatch(held);
+      std::swap(*variant, held);
+    }
+  }
+  return S_OK;
 }
 
 }  // namespace kestrine::scripting

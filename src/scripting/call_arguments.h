@@ -16,17 +16,18 @@ class DispatchArguments {
   DispatchArguments(const DispatchArguments&) = delete;
   DispatchArguments& operator=(const DispatchArguments&) = delete;
 
-  // Converts the inputs and finds a place for every output. On failure nothing of the caller's has changed, and where
-  // one argument is to blame `bad` is its place among the given ones.
+  // Converts the inputs and makes a place for every output. Nothing of the caller's changes here. Where one argument is
+  // to blame for a failure `bad` is its place among the given ones.
   HRESULT bind(const DISPPARAMS& given, VARIANT* result, UINT* bad);
   commands::Argument* values() { return values_.data(); }
-  // Moves outputs that were received here to the caller's variants.
-  void hand_out();
+  // Moves the outputs to the caller, all of them or, on failure, none.
+  HRESULT hand_out();
 
  private:
   struct Place {
-    VARIANT held;     // a converted input, or an output until it is handed out
-    VARIANT* target;  // the caller's variant for it; null where the member writes to the caller's value at once
+    VARIANT held;      // a converted input; an output until it is handed out, then what the caller had there
+    VARIANT* variant;  // the caller's for the output, which is replaced or has its record filled
+    void* value;       // or the caller's value
   };
 
   using Matches = std::array<VARIANTARG*, protocol::kMostValues>;
@@ -34,7 +35,7 @@ class DispatchArguments {
   HRESULT match(const DISPPARAMS& given, Matches& found, UINT* bad) const;
   HRESULT bind_input(const Value& param, VARIANTARG& given, std::size_t i);
   HRESULT bind_output(const Value& param, VARIANTARG& given, std::size_t i);
-  HRESULT hold_output(const Value& param, VARIANT* target, std::size_t i);
+  HRESULT hold_output(const Value& param, std::size_t i);
 
   const MemberRow& member_;
   std::array<commands::Argument, protocol::kMostValues> values_;

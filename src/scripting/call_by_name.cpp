@@ -83,8 +83,10 @@ HRESULT invoke(const TypeRow& type, Callee& callee, DISPID member, REFIID reserv
   if (const HRESULT bound = arguments.bind(*given, result, bad_argument); FAILED(bound)) return bound;
   const Pointer<IErrorInfo> before = thread_error();
   const HRESULT code = call_member(callee, member, arguments.values());
-  arguments.hand_out();
-  if (SUCCEEDED(code)) return code;
+  if (SUCCEEDED(code)) {
+    const HRESULT handed = arguments.hand_out();
+    return SUCCEEDED(handed) ? code : handed;
+  }
   const Pointer<IErrorInfo> now = thread_error();
   if (exception != nullptr) fill(*exception, code, now.get() == before.get() ? nullptr : now.get());
   return DISP_E_EXCEPTION;

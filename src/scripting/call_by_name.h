@@ -20,8 +20,8 @@ class Callee {
 HRESULT find_names(const TypeRow& type, REFIID reserved, LPOLESTR* names, UINT count, DISPID* ids);
 
 // Calls a member. Inputs are converted; an output needs a reference to a value of its own type or to a variant. A
-// member that fails gives DISP_E_EXCEPTION, with what the thread's error information says, which stays where it is; its
-// outputs are as the typed member leaves them. A success other than S_OK is returned as it is.
+// member that fails gives DISP_E_EXCEPTION, with what the thread's error information says, which stays where it is. A
+// success other than S_OK is returned as it is. Outputs reach the caller by a success only.
 HRESULT invoke(const TypeRow& type, Callee& callee, DISPID member, REFIID reserved, WORD flags, DISPPARAMS* given,
                VARIANT* result, EXCEPINFO* exception, UINT* bad_argument);
 

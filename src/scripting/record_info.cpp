@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "dispatch/variant_value.h"
+#include "kestrine/pointer.h"
 #include "scripting/type_info.h"
 
 namespace kestrine::scripting {
@@ -44,11 +45,11 @@ HRESULT read_array(const Value& field, const char* from, VARIANT& value) {
 }
 
 HRESULT read_record(const Value& field, void* from, VARIANT& value) {
-  IRecordInfo* info = nullptr;
-  if (const HRESULT result = make_record_info(*field.named, &info); FAILED(result)) return result;
+  Pointer<IRecordInfo> info;
+  if (const HRESULT result = make_record_info(*field.named, info.put()); FAILED(result)) return result;
   void* copy = nullptr;
   if (const HRESULT result = info->RecordCreateCopy(from, &copy); FAILED(result)) return result;
-  value.record = {copy, info};
+  value.record = {copy, info.detach()};
   value.vt = VT_RECORD;
   return S_OK;
 }
@@ -79,13 +80,13 @@ HRESULT write_array(const Value& field, char* to, const VARIANT& value) {
 
 HRESULT write_record(const Value& field, void* to, const VARIANT& value) {
   if (value.vt != VT_RECORD || value.record.pvRecord == nullptr) return DISP_E_TYPEMISMATCH;
-  IRecordInfo* info = nullptr;
-  if (const HRESULT result = make_record_info(*field.named, &info); FAILED(result)) return result;
+  Pointer<IRecordInfo> info;
+  if (const HRESULT result = make_record_info(*field.named, info.put()); FAILED(result)) return result;
   if (info->IsMatchingType(value.record.pRecInfo) == 0) return DISP_E_TYPEMISMATCH;
   return info->RecordCopy(value.record.pvRecord, to);
 }
 
-// One record type. Not counted, as its type information, so that a reference into a record may carry it.
+// One record type.
 class RecordInfo final : public IRecordInfo {
  public:
   explicit RecordInfo(const TypeRow& row) : row_(&row) {}
@@ -93,10 +94,12 @@ class RecordInfo final : public IRecordInfo {
   HRESULT QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) return E_POINTER;
     *object = iid == IID_IUnknown || iid == IID_IRecordInfo ? this : nullptr;
-    return *object != nullptr ? S_OK : E_NOINTERFACE;
+    if (*object == nullptr) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
   }
-  ULONG AddRef() override { return 1; }
-  ULONG Release() override { return 1; }
+  ULONG AddRef() override { return ++type_references; }
+  ULONG Release() override { return --type_references; }
 
   HRESULT RecordInit(void* fresh) override { return RecordClear(fresh); }
   HRESULT RecordClear(void* record) override {
@@ -179,8 +182,10 @@ HRESULT RecordInfo::GetFieldNoCopy(void* record, LPCOLESTR name, VARIANT* value,
     value->byref = at;
     return S_OK;
   }
-  value->record.pvRecord = at;
-  return make_record_info(*field->named, &value->record.pRecInfo);
+  Pointer<IRecordInfo> info;
+  if (const HRESULT result = make_record_info(*field->named, info.put()); FAILED(result)) return result;
+  value->record = {at, info.get()};  // a reference owns nothing: whoever has the record has its information
+  return S_OK;
 }
 
 HRESULT RecordInfo::PutField(ULONG, void* record, LPCOLESTR name, VARIANT* value) {
@@ -223,6 +228,7 @@ HRESULT make_record_info(const TypeRow& row, IRecordInfo** info) {
     static const auto rows = protocol::types();
     static auto* const all = new std::vector<RecordInfo>(rows.begin(), rows.end());
     *info = &(*all)[static_cast<std::size_t>(&row - rows.data())];
+    (*info)->AddRef();
     return S_OK;
   } catch (const std::bad_alloc&) {
     return E_OUTOFMEMORY;

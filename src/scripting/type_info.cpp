@@ -60,8 +60,7 @@ HRESULT guarded(Action action) {
   }
 }
 
-// One form of one type. It describes rows that never change, so it lives as long as the module and is not counted:
-// threads may share it, and asking for it costs nothing.
+// One form of one type.
 class TypeInfo final : public ITypeInfo, public component_types::IRecordSource {
  public:
   TypeInfo(const TypeRow& row, Form form) : row_(&row), form_(form) {}
@@ -76,10 +75,12 @@ class TypeInfo final : public ITypeInfo, public component_types::IRecordSource {
     if (iid == component_types::IID_IRecordSource && row_->kind == TypeKind::kRecord) {
       *object = static_cast<component_types::IRecordSource*>(this);
     }
-    return *object != nullptr ? S_OK : E_NOINTERFACE;
+    if (*object == nullptr) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
   }
-  ULONG AddRef() override { return 1; }
-  ULONG Release() override { return 1; }
+  ULONG AddRef() override { return ++type_references; }
+  ULONG Release() override { return --type_references; }
 
   HRESULT GetTypeAttr(TYPEATTR** attributes) override;
   HRESULT GetTypeComp(ITypeComp**) override {
@@ -275,8 +276,11 @@ HRESULT TypeInfo::GetDocumentation(MEMBERID member, BSTR* name, BSTR* text, DWOR
 
 HRESULT TypeInfo::GetRefTypeInfo(HREFTYPE reference, ITypeInfo** info) {
   if (info == nullptr) return E_POINTER;
-  *info = reference < type_infos().size() ? &type_infos()[reference] : nullptr;
-  return *info != nullptr ? S_OK : E_INVALIDARG;
+  *info = nullptr;
+  if (reference >= type_infos().size()) return E_INVALIDARG;
+  *info = &type_infos()[reference];
+  (*info)->AddRef();
+  return S_OK;
 }
 
 HRESULT TypeInfo::GetContainingTypeLib(ITypeLib** library, UINT* index) {
@@ -295,6 +299,7 @@ HRESULT get_type_info(const TypeRow& row, ITypeInfo** info) {
   *info = nullptr;
   return guarded([&] {
     *info = &type_infos()[static_cast<std::size_t>(&row - protocol::types().data())];
+    (*info)->AddRef();
     return S_OK;
   });
 }

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "kestrine/interfaces.h"
+#include "kestrine/pointer.h"
 #include "platform/library_version.h"
 #include "scripting/type_info.h"
 
@@ -17,25 +18,26 @@ HRESULT type_at(UINT index, ITypeInfo** info) {
   return index < protocol::types().size() ? get_type_info(protocol::types()[index], info) : TYPE_E_ELEMENTNOTFOUND;
 }
 
-// Not counted, as the types that it hands out.
 class TypeLibrary final : public ITypeLib {
  public:
   HRESULT QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) return E_POINTER;
     *object = iid == IID_IUnknown || iid == IID_ITypeLib ? this : nullptr;
-    return *object != nullptr ? S_OK : E_NOINTERFACE;
+    if (*object == nullptr) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
   }
-  ULONG AddRef() override { return 1; }
-  ULONG Release() override { return 1; }
+  ULONG AddRef() override { return ++type_references; }
+  ULONG Release() override { return --type_references; }
 
   UINT GetTypeInfoCount() override { return static_cast<UINT>(protocol::types().size()); }
   HRESULT GetTypeInfo(UINT index, ITypeInfo** info) override { return type_at(index, info); }
 
   HRESULT GetTypeInfoType(UINT index, TYPEKIND* kind) override {
     if (kind == nullptr) return E_POINTER;
-    ITypeInfo* info = nullptr;
+    Pointer<ITypeInfo> info;
     TYPEATTR* attributes = nullptr;
-    if (const HRESULT result = type_at(index, &info); FAILED(result)) return result;
+    if (const HRESULT result = type_at(index, info.put()); FAILED(result)) return result;
     if (const HRESULT result = info->GetTypeAttr(&attributes); FAILED(result)) return result;
     *kind = attributes->typekind;
     info->ReleaseTypeAttr(attributes);
@@ -85,7 +87,10 @@ class TypeLibrary final : public ITypeLib {
       if (filled == *count) break;
       const MEMBERID id = find_id(row, name);
       if (id == MEMBERID_NIL && !same_name(row.name, name)) continue;
-      if (const HRESULT result = get_type_info(row, &infos[filled]); FAILED(result)) return result;
+      if (const HRESULT result = get_type_info(row, &infos[filled]); FAILED(result)) {
+        while (filled != 0) infos[--filled]->Release();
+        return result;
+      }
       ids[filled++] = id;
     }
     *count = filled;
@@ -99,6 +104,7 @@ HRESULT get_type_library(ITypeLib** library) {
   if (library == nullptr) return E_POINTER;
   static TypeLibrary made;
   *library = &made;
+  made.AddRef();
   return S_OK;
 }
 

@@ -15,7 +15,7 @@ class NotificationTest : public ClientTest {
         const auto& record = *reinterpret_cast<const COPYDATASTRUCT*>(lparam);
         copied_from = static_cast<const std::uint8_t*>(record.lpData);
         copied.assign(copied_from, copied_from + record.cbData);
-        lparam = record.dwData;
+        lparam = static_cast<std::int64_t>(record.dwData);
       }
       notes.push_back(tell(message) + " " + tell(wparam) + " " + tell(lparam));
       if (then) std::exchange(then, {})();
@@ -60,6 +60,16 @@ TEST_F(NotificationTest, TellsOfEveryKindOfPacketInTheChosenWay) {
       }
     }
   }
+}
+
+TEST_F(NotificationTest, CarriesTheWindowThatThePacketCameTo) {
+  start();
+  const platform::WindowHandle window = generation.window();
+  select(KR_NM_WM_CopyData);
+  const auto later = Pointer<Connect>::adopt(new Connect(keep_generation));
+  outlive_the_suspicion();
+  ASSERT_NE(generation.window(), window);
+  EXPECT_EQ(notes_of(status_change(26)), Lines{"74 " + tell(window) + " 2100"});
 }
 
 TEST_F(NotificationTest, ComesLastAndLeavesWaitingCallsTheirAnswers) {

@@ -249,7 +249,38 @@ TEST_F(CommandRosterTest, ConnectionsThatComeAndGoLeaveNoWindowsBehind) {
     windows.push_back(generation.window());
   }
   EXPECT_LE(std::ranges::count_if(windows, platform::is_window), 2);
+  connection.reset();
+  EXPECT_EQ(std::ranges::count_if(windows, platform::is_window), 0);
 }
+
+TEST_F(CommandRosterTest, AConnectionWhosePlaceWasTakenConnectsAsLongAsItLives) {
+  create_connection();
+  const auto first = std::exchange(connection, {});
+  create_connection();
+  connection.reset();
+  EXPECT_EQ(told(first->ConnectEmbeddedSystem(Text("127.0.0.1"), peer.port())), "ok");
+}
+
+class HousekeepingTest : public ClientTest, public testing::WithParamInterface<connection::Rules> {
+ protected:
+  HousekeepingTest() : ClientTest(GetParam()) {}
+};
+
+TEST_P(HousekeepingTest, DropsAnObjectThatIsTooYoungWithAWarningOrNone) {
+  const bool keeps = GetParam().connections_stand_for_themselves;
+  connection = Pointer<Connect>::adopt(new Connect(keep_generation));
+  Pointer<IUnknown> object;
+  EXPECT_EQ(connection->get_ILTCommandSync(object.put()), S_OK);
+  EXPECT_EQ(object.query<ILTCommandSync>()->GoBirdBath(), E_FAIL) << "no server";
+  EXPECT_EQ(std::exchange(environment.message_boxes, {}).size(), keeps ? 0u : 1u);
+  EXPECT_EQ(connection->get_ILTCommandAsync(object.put()), keeps ? S_OK : E_FAIL);
+  object.reset(), connection.reset();
+  environment.message_boxes.clear();
+}
+
+INSTANTIATE_TEST_SUITE_P(Behaviour, HousekeepingTest,
+                         testing::Values(connection::kClassicRules, connection::kModernRules),
+                         [](const auto& rules) { return rules.param.wakes_when_due ? "Modern" : "Classic"; });
 
 }  // namespace
 }  // namespace kestrine::test

@@ -1,4 +1,5 @@
 // Calls by name, against a scripted server.
+#include <climits>
 #include <cmath>
 #include <limits>
 
@@ -176,7 +177,67 @@ TEST_F(Dispatch, MakesAnExceptionRecordOfAFailureWhateverThePolicy) {
   const Called thrown = call(*connection, u"GetConstant", {*Value(23), Value::to(value)});
   EXPECT_EQ(thrown.code, DISP_E_EXCEPTION);
   EXPECT_EQ(thrown.description, "Wrong Parameter");
-  EXPECT_EQ(value->dblVal, 0);  // an output is written also by a failure
+  EXPECT_EQ(value->dblVal, 5) << "the typed member has written 0";
+}
+
+TEST_F(Dispatch, HandsOutAllOutputsOrNone) {
+  std::int32_t status = VL_RS_WrongParameter1;
+  Value major(u"mine"), minor;
+  minor->vt = VT_ARRAY | VT_UI1;
+  minor->parray = SafeArrayCreateVector(VT_UI1, 0, 1);
+  bool locks = false;
+  const auto sync = commands(u"ILTCommandSync", [&](const Bytes&) {
+    if (locks) SafeArrayLock(minor->parray);
+    Bytes info = answer(VL_C_GetMeteoStationInfo, status) + Bytes(76);
+    put_i32(info, 0, 92);
+    put_i32(info, 16, 1);
+    put_i32(info, 20, 'K');
+    return info;
+  });
+  LONG type = -7;
+  const BSTR mine = SysAllocString(u"mine");
+  BSTR identifier = mine;
+  const auto outcome = [&] {
+    const HRESULT code =
+        call(*sync, u"GetMeteoStationInfo",
+             {Value::to(VT_I4, type), Value::to(VT_BSTR, identifier), Value::to(major), Value::to(minor)})
+            .code;
+    const bool kept = type == -7 && identifier == mine && major->vt == VT_BSTR && minor->vt == (VT_ARRAY | VT_UI1);
+    return std::pair(code, kept);
+  };
+  EXPECT_EQ(outcome(), std::pair(DISP_E_EXCEPTION, true));
+  status = VL_RS_AllOK;
+  locks = true;
+  EXPECT_EQ(outcome(), std::pair(DISP_E_ARRAYISLOCKED, true));
+  EXPECT_EQ(outcome(), std::pair(DISP_E_ARRAYISLOCKED, true));
+  EXPECT_EQ(peer.requests().size(), 2u) << "nothing is sent where the answer could not go";
+  SafeArrayUnlock(minor->parray);
+  locks = false;
+  EXPECT_EQ(outcome(), std::pair(S_OK, false));
+  EXPECT_EQ(type, 1);
+  EXPECT_EQ(identifier, std::u16string(u"K"));
+  EXPECT_TRUE(major->vt == VT_I4 && minor->vt == VT_I4);
+  SysFreeString(identifier);
+}
+
+TEST_F(Dispatch, RefusesCountsWithoutArguments) {
+  Value one(1);
+  DISPID put = DISPID_PROPERTYPUT;
+  const DISPID policy = ids(*connection, {u"ExceptionHandlingPolicy"})[0];
+  const DISPID version = ids(*connection, {u"Version"})[0];
+  const struct {
+    DISPID id;
+    WORD flags;
+    DISPPARAMS given;
+    HRESULT code;
+  } rows[] = {{policy, DISPATCH_PROPERTYPUT, {nullptr, &put, 1, 1}, E_INVALIDARG},
+              {policy, DISPATCH_PROPERTYPUT, {&*one, nullptr, 1, 1}, E_INVALIDARG},
+              {policy, DISPATCH_PROPERTYPUT, {&*one, &put, UINT_MAX, 1}, DISP_E_BADPARAMCOUNT},
+              {policy, DISPATCH_PROPERTYPUT, {&*one, &put, 1, UINT_MAX}, DISP_E_BADPARAMCOUNT},
+              {version, DISPATCH_PROPERTYGET, {nullptr, nullptr, 0, 1}, DISP_E_BADPARAMCOUNT}};
+  for (auto row : rows) {
+    EXPECT_EQ(connection->Invoke(row.id, IID_NULL, 0, row.flags, &row.given, nullptr, nullptr, nullptr), row.code);
+  }
 }
 
 TEST_F(Dispatch, PassesAWarningOnAndKeepsItsText) {

@@ -110,7 +110,8 @@ void ClientTest::deliver(Bytes packet, int capacity, int received) {
   std::copy(packet.begin(), packet.end(), buffer.bytes);
   generation.connection_events().on_packet(*connection,
                                            {buffer.bytes, capacity < 0 ? buffer.capacity : capacity,
-                                            received < 0 ? static_cast<std::int32_t>(packet.size()) : received});
+                                            received < 0 ? static_cast<std::int32_t>(packet.size()) : received},
+                                           generation.window());
 }
 
 void ClientTest::later(std::function<void()> task, int milliseconds) {

@@ -126,7 +126,7 @@ RegistryResult edit_registry(const std::vector<RegistryEdit>& edits) {
   if (!std::filesystem::exists(file.parent_path(), failed)) {
     // Where nothing was registered, taking out leaves no trace either.
     RegistryText text;
-    const RegistryResult result = apply(edits, text);
+    RegistryResult result = apply(edits, text);
     if (FAILED(result.status) || text.empty()) return result;
     std::filesystem::create_directories(file.parent_path(), failed);
     if (failed) {
