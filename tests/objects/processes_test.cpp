@@ -167,8 +167,7 @@ class Processes : public testing::TestWithParam<host::Behaviour> {
 
   Environment environment;
   ScriptedPeer peer;
-  // As that of the library, never destroyed.
-  objects::Module& module = *new objects::Module(connection::rules_of(GetParam()));
+  objects::Module module{connection::rules_of(GetParam())};
   std::optional<Client> client;
 };
 
@@ -187,7 +186,7 @@ TEST_P(Processes, AForeignThreadIsRefusedByEveryInterface) {
 TEST_P(Processes, AChildThatEndsLeavesTheLinkAlone) {
   const pid_t child = ::fork();
   if (child == 0) {
-    client.reset();
+    client->let_go();
     std::exit(0);
   }
   EXPECT_EQ(exit_code(child), 0);

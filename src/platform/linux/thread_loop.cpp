@@ -20,6 +20,8 @@ std::atomic<WindowHandle> last_window = 0;
 // lie where a single instruction finds them.
 [[gnu::tls_model("initial-exec")]] thread_local ThreadLoop* thread_loop = nullptr;
 [[gnu::tls_model("initial-exec")]] thread_local bool thread_loop_gone = false;
+// In a forked child, for those who look for leaks.
+ThreadLoop* volatile abandoned_loop = nullptr;
 
 struct LoopCleanup {
   ~LoopCleanup() {
@@ -43,7 +45,7 @@ ThreadLoop* ThreadLoop::existing() {
 }
 
 void ThreadLoop::abandon() {
-  thread_loop = nullptr;
+  if (thread_loop != nullptr) abandoned_loop = std::exchange(thread_loop, nullptr);
 }
 
 WindowHandle ThreadLoop::create_window(WindowProcedure& procedure) {
