@@ -20,10 +20,11 @@ inline std::uint64_t this_thread() {
 // The thread that it was made on.
 class Home {
  public:
+  Home() : thread_(this_thread()) {}
   bool is_here() const { return thread_ == thread_number; }
 
  private:
-  std::uint64_t thread_ = this_thread();
+  std::uint64_t thread_;
 };
 
 // The forks between the process that loaded the library and this one: a forked child finds more of them.
