@@ -69,7 +69,7 @@ TEST_F(Files, keep_their_permissions_and_the_links_to_them) {
   EXPECT_EQ(fs::status(path("real.csv")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-Measurement full_measurement(Kind kind, bool extended) {
+Measurement full_measurement(Kind kind) {
   Point point = point_at(2000.0145095383623, -0.1, 1e-7, 1.5);
   point.deviation = {0.01, 0.02, 0.03};
   point.deviation_total = 0.04;
@@ -79,7 +79,6 @@ Measurement full_measurement(Kind kind, bool extended) {
   point.humidity = std::numeric_limits<double>::quiet_NaN();
   point.status = 2;
   auto measurement = measurement_of(kind, {point});
-  measurement.extended = extended;
   return measurement;
 }
 
@@ -92,29 +91,25 @@ std::string csv_of(const Measurement& measurement) {
 TEST(PointFiles, have_columns_that_name_their_units_and_values_in_full) {
   const struct {
     Kind kind;
-    bool extended;
     const char* text;
   } cases[] = {
-      {Kind::kStationary, false,
+      {Kind::kStationary,
        "index,time_s,x_mm,y_mm,z_mm,std_x_mm,std_y_mm,std_z_mm,std_total_mm,temperature_c,pressure_mbar,"
        "humidity_percent\n1,1.5,2000.0145095383623,-0.1,1e-07,0.01,0.02,0.03,0.04,20.5,1013.25,\n"},
-      {Kind::kStream, false,
+      {Kind::kStream,
        "index,time_s,x_mm,y_mm,z_mm,temperature_c,pressure_mbar,humidity_percent,status\n"
        "1,1.5,2000.0145095383623,-0.1,1e-07,20.5,1013.25,,2\n"},
-      {Kind::kStream, true,
-       "index,time_s,x_mm,y_mm,z_mm,std_x_mm,std_y_mm,std_z_mm,std_total_mm,cov_xy_mm2,cov_xz_mm2,cov_yz_mm2,"
-       "temperature_c,pressure_mbar,humidity_percent,status\n"
-       "1,1.5,2000.0145095383623,-0.1,1e-07,0.01,0.02,0.03,0.04,1e-06,-2e-06,3e-06,20.5,1013.25,,2\n"},
-      {Kind::kCentre, false,
+      {Kind::kCentre,
        "index,x_mm,y_mm,z_mm,std_x_mm,std_y_mm,std_z_mm,std_total_mm,temperature_c,pressure_mbar,humidity_percent\n"
        "1,2000.0145095383623,-0.1,1e-07,0.01,0.02,0.03,0.04,20.5,1013.25,\n"},
   };
-  for (const auto& one : cases) EXPECT_EQ(csv_of(full_measurement(one.kind, one.extended)), one.text);
+  for (const auto& one : cases) EXPECT_EQ(csv_of(full_measurement(one.kind)), one.text);
 }
 
 // Here of the probe, which has the most columns.
 TEST(PointFiles, hold_the_same_as_json_with_one_object_a_line) {
-  auto measurement = full_measurement(Kind::kStream, true);
+  auto measurement = full_measurement(Kind::kStream);
+  measurement.extended = true;
   measurement.attitudes = {{{1, 0.5, 0.25, -0.5}, {10, 20, -30}, {0.1, 0.2, 0.3}, 0.4, 6, 1}, {}};
   measurement.points.push_back(point_at(1, 2, 3));
   EXPECT_NE(csv_of(measurement).find("06,1,0.5,0.25,-0.5,10,20,-30,0.1,0.2,0.3,0.4,6,1,20.5,"), std::string::npos);

@@ -5,11 +5,7 @@ from peer import Peer
 
 import kestrine
 
-SETTINGS = """[Settings]
-NonblockingConnect=0
-[SyncCommandTimeouts]
-StandardWaitTime=300
-"""
+SETTINGS = "[Settings]\nNonblockingConnect=0\n"
 
 
 @pytest.fixture(scope="session", autouse=True)

@@ -6,7 +6,7 @@ import sys
 import weakref
 
 import pytest
-from peer import COMMAND, ERROR, SCHEMA, TYPES, Log, answer, code_of, filled, packet, status_change
+from peer import COMMAND, SCHEMA, Log, answer, code_of, filled, packet, status_change
 
 import kestrine
 
@@ -36,21 +36,6 @@ def test_an_event_brings_the_values_of_its_packet(sender, peer, dice, wait_for, 
     wait_for(lambda: listener.heard)
     expected = tuple(values[value.leaf.name] for value in event.values)
     assert (event.name, expected) in listener.heard
-
-
-def test_completions_errors_and_results_are_events_too(sender, connection, peer, dice, wait_for):
-    connection.ILTCommandSync.SetMeasurementMode(0)
-    listener = kestrine.WithEvents(sender, recorder(SCHEMA.async_events))
-    point, values = filled(SCHEMA.records.all["SingleMeasResultT"], dice, TYPES["SingleMeasResultT"], 0)
-    block, _ = filled(SCHEMA.records.all["MultiMeasResultT"], dice, TYPES["MultiMeasResultT"], 0, 1)
-    peer.reply = lambda request: (answer(code_of(request)) + answer(6, 2) + answer(7, 3, ERROR) + point
-                                  + block + status_change(READY))
-    sender.ReleaseMotors()
-    wait_for(lambda: any(name == "StatusChangeEvent" for name, _ in listener.heard))
-    came = [each for each in listener.heard if each[0] != "ExceptionEvent"]
-    assert came[:3] == [("CommandCompletedData", (8,)), ("ErrorEvent", (6, 2)), ("ErrorEvent", (7, 3))]
-    assert came[3][0] == "StationaryPointMeasData" and came[3][1][0] == values["dVal1"]
-    assert [name for name, _ in came[4:]] == ["ContinuousPointMeasDataReady", "StatusChangeEvent"]
 
 
 def test_a_handler_hears_events_during_a_call_and_from_the_loop_until_it_is_closed_or_gone(early_wake, tracker, peer,
@@ -118,7 +103,7 @@ def test_a_handler_may_close_call_back_in_and_drop_everything(early_wake, peer, 
         def OnStatusChangeEvent(self, statusChange):
             done.append(statusChange)
             if len(done) == 1:
-                with contextlib.suppress(kestrine.com_error):  # another call is waiting
+                with pytest.raises(kestrine.com_error) if in_a_call else contextlib.nullcontext():  # one is waiting
                     held["tracker"].ReleaseMotors()
                 held["listener"].close()
                 held["connection"].DisconnectEmbeddedSystem()
@@ -138,16 +123,3 @@ def test_a_handler_may_close_call_back_in_and_drop_everything(early_wake, peer, 
         peer.send(status_change(READY))
     wait_for(lambda: done)
     assert done == [READY] and held == {}
-
-
-def test_a_second_call_from_a_handler_during_a_call_is_refused(tracker, peer, wait_for):
-    class Calling(Log):
-        def OnStatusChangeEvent(self, statusChange):
-            with pytest.raises(kestrine.com_error) as caught:
-                tracker.ReleaseMotors()
-            self.heard.append(caught.value.number)
-
-    listener = kestrine.WithEvents(tracker, Calling)
-    peer.reply = lambda request: status_change(READY) + answer(code_of(request))
-    tracker.ReleaseMotors()
-    assert listener.heard == [40001]

@@ -28,14 +28,6 @@ def test_a_refusal_is_a_com_error_with_its_parts(early_wake, tracker, peer):
     assert tracker._hresult_ == E_FAIL
 
 
-def test_a_timeout_is_a_com_error(early_wake, tracker, peer):
-    peer.reply = lambda request: b""
-    tracker.UseIncreasedTimeouts = True
-    with pytest.raises(kestrine.com_error) as caught:
-        tracker.ReleaseMotors()
-    assert caught.value.number == 40028
-
-
 def test_a_warning_of_the_server_is_a_warning_and_the_outputs_are_there(early_wake, tracker, peer):
     warning = kestrine.constants.VL_RS_Parameter1OutOfRangeOK
     peer.reply = lambda request: answer(code_of(request), warning)

@@ -24,24 +24,6 @@ def test_ctrl_c_ends_a_waiting_call_and_the_object_stays_usable(early_wake, trac
     assert tracker.ReleaseMotors() is None
 
 
-def test_other_threads_run_while_a_call_waits(early_wake, tracker, peer):
-    waiting, done = threading.Event(), threading.Event()
-
-    def work():
-        if waiting.wait(5):
-            done.set()
-
-    def reply(request):  # without the thread's work there is no answer
-        waiting.set()
-        return answer(code_of(request)) if done.wait(5) else b""
-
-    peer.reply = reply
-    thread = threading.Thread(target=work)
-    thread.start()
-    assert tracker.ReleaseMotors() is None
-    thread.join()
-
-
 def test_a_signal_handler_that_raises_nothing_does_not_end_the_call(early_wake, tracker, peer):
     seen = []
     before = signal.signal(signal.SIGINT, lambda *_: (seen.append(1), peer.send(answer(8))))
