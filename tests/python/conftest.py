@@ -19,11 +19,9 @@ def settings(tmp_path_factory):
         yield
 
 
-@pytest.fixture(params=[True, False], ids=["early wake", "slices"])
-def early_wake(request):
-    kestrine.set_early_wake(request.param)
-    yield request.param
-    kestrine.set_early_wake(True)
+@pytest.fixture
+def early_wake():
+    return
 
 
 @pytest.fixture

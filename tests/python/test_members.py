@@ -106,7 +106,7 @@ def test_objects_have_their_other_members(early_wake, connection, peer, tracker,
     constants = kestrine.constants
     for name in ("ExceptionHandlingPolicy", "ForceSingleConnection", "IsHostedByWebApplication",
                  "SupportLegacyStationaryMode"):
-        setattr(connection, name.upper(), False)
+        setattr(connection, name.upper(), 0)
         with pytest.raises(AttributeError, match="only be set"):
             getattr(connection, name)
     assert connection.isconnected is True
