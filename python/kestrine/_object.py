@@ -5,7 +5,8 @@ import warnings
 from typing import TYPE_CHECKING, Any, Literal, overload
 
 from ._errors import ServerWarning, com_error
-from ._kestrine import ComObject
+from ._kestrine import ComObject, Parameter
+from ._tables import DOCS
 from ._types import CONVERTERS
 
 if TYPE_CHECKING:
@@ -93,6 +94,10 @@ def _warn(com: ComObject) -> None:
     warnings.warn(ServerWarning(text, number, source), stacklevel=4)
 
 
+def describe(values: list[Parameter]) -> str:
+    return ", ".join(f"{value.name} ({value.type})" for value in values)
+
+
 def _make_method(interface: str, member: Any) -> Any:
     def method(self, /, *arguments, **named):
         return _call(self, member, arguments, named)
@@ -102,7 +107,8 @@ def _make_method(interface: str, member: Any) -> Any:
     method.__name__ = member.name
     method.__qualname__ = f"{interface}.{member.name}"
     method.__module__ = "kestrine"
-    method.__doc__ = "Returns " + ", ".join(f"{out.name} ({out.type})" for out in outputs) + "." if outputs else None
+    doc = DOCS.get(interface, {}).get(member.name, "")
+    method.__doc__ = "\n".join(filter(None, [doc, outputs and f"Returns {describe(outputs)}."])) or None
     method.__signature__ = _signature(inputs)
     return method
 
