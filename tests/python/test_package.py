@@ -4,6 +4,8 @@ import ast
 import inspect
 import pydoc
 import re
+import subprocess
+import sys
 from enum import IntEnum
 from pathlib import Path
 
@@ -13,6 +15,7 @@ from peer import SCHEMA
 import kestrine
 
 PACKAGE = Path(kestrine.__file__).parent
+ROOT = Path(__file__).parents[2]
 
 
 def test_help_shows_the_parameters(tracker):
@@ -48,9 +51,33 @@ def test_constants_and_enumerations_hold_every_value():
         kestrine.constants.VL_NoSuchThing
 
 
+SNIPPETS = re.findall(r"```python\n(.*?)```", (ROOT / "README.md").read_text(), re.S)
+STRICT = """[mypy]
+strict = True
+follow_imports = silent
+[mypy-matplotlib.*]
+ignore_missing_imports = True
+"""
+
+
+def test_a_type_checker_finds_nothing_in_the_examples_and_the_readme_and_a_mistake_elsewhere(tmp_path):
+    pytest.importorskip("mypy")
+    (tmp_path / "mypy.ini").write_text(STRICT)
+    for number, code in enumerate(SNIPPETS):
+        (tmp_path / f"snippet{number}.py").write_text(code)
+    (tmp_path / "mistake.py").write_text("import kestrine\n"
+                                         "connection = kestrine.Dispatch('Kestrine.LTConnect2')\n"
+                                         "connection.ILTCommandSync.SetMeasurementMode(kestrine.constants.VL_LU_Foot)\n")
+    done = subprocess.run([sys.executable, "-m", "mypy", "--config-file", tmp_path / "mypy.ini",
+                           "--cache-dir", PACKAGE.parents[1] / "mypy", *tmp_path.glob("*.py"),
+                           *(ROOT / "examples").glob("*.py")],
+                          env={"MYPYPATH": str(PACKAGE.parent)}, capture_output=True, text=True, timeout=300)
+    found = done.stdout.splitlines()
+    assert len(found) == 2 and "mistake.py:3: error" in found[0] and "VL_MeasMode" in found[0], done.stdout
+
+
 def test_the_first_lines_of_the_readme_work(capsys):
-    readme = (Path(__file__).parents[2] / "README.md").read_text()
-    code = re.search(r"## In Python.*?```python\n(.*?)```", readme, re.S)[1]
+    code = SNIPPETS[0]
     assert len(code.strip().splitlines()) <= 10
     exec(code, {})
     assert re.match(r"-?\d+\.\d+", capsys.readouterr().out)

@@ -87,8 +87,8 @@ def _docs(members: list) -> dict[str, str]:
 
 
 def write_stubs(schema: Schema) -> str:
-    parts = ["from typing import Any\n\nfrom typing_extensions import Buffer\n\nfrom . import records\n"
-             "from ._object import Object\nfrom .enumerations import *"]
+    parts = ["from typing import Any, TypeAlias\n\nfrom . import records\nfrom ._object import Object\n"
+             "from .enumerations import *\n\nBuffer: TypeAlias = bytes | bytearray | memoryview"]
     parts += [_class(f"{name}(Object)", "", [_member(schema, member) for member in members])
               for name, members in _interfaces(schema).items()]
     parts.append(_class("AwaitableCommands", "", [_awaitable(schema, each) for each in schema.async_methods]))
