@@ -56,7 +56,8 @@ class Skipping(asyncio.SelectorEventLoop):
             await asyncio.sleep(0)
 
 
-def test_calls_end_with_what_their_events_bring(early_wake, connection, peer, dice):
+@pytest.mark.classic
+def test_calls_end_with_what_their_events_bring(connection, peer, dice):
     units, values = filled(SCHEMA.records.all["GetUnitsRT"], dice, COMMAND, 6, 0)
     speed, _ = filled(SCHEMA.records.all["GetTemperatureRangeRT"], dice, COMMAND, 4, 0)
     point, in_point = filled(SCHEMA.records.all["SingleMeasResultT"], dice, TYPES["SingleMeasResultT"], 0)

@@ -15,7 +15,8 @@ DISP_E_UNKNOWNNAME = -2147352570
 DISP_E_BADPARAMCOUNT, DISP_E_PARAMNOTOPTIONAL, DISP_E_PARAMNOTFOUND = -2147352562, -2147352561, -2147352572
 
 
-def test_a_refusal_is_a_com_error_with_its_parts(early_wake, tracker, peer):
+@pytest.mark.classic
+def test_a_refusal_is_a_com_error_with_its_parts(tracker, peer):
     busy = kestrine.constants.VL_RS_ServerBusy
     peer.reply = lambda request: answer(code_of(request), busy)
     with pytest.raises(kestrine.com_error) as caught:
@@ -30,7 +31,7 @@ def test_a_refusal_is_a_com_error_with_its_parts(early_wake, tracker, peer):
     assert tracker._hresult_ == E_FAIL
 
 
-def test_a_warning_of_the_server_is_a_warning_and_the_outputs_are_there(early_wake, tracker, peer):
+def test_a_warning_of_the_server_is_a_warning_and_the_outputs_are_there(tracker, peer):
     warning = kestrine.constants.VL_RS_Parameter1OutOfRangeOK
     peer.reply = lambda request: answer(code_of(request), warning)
     with pytest.warns(kestrine.ServerWarning) as caught:

@@ -17,7 +17,8 @@ from kestrine.aio import Tracker
 READY = kestrine.constants.VL_SSC_MeasStatus_Ready
 
 
-def test_ctrl_c_ends_a_waiting_call_and_the_object_stays_usable(early_wake, tracker, peer):
+@pytest.mark.classic
+def test_ctrl_c_ends_a_waiting_call_and_the_object_stays_usable(tracker, peer):
     peer.reply = lambda request: os.kill(os.getpid(), signal.SIGINT) or b""
     began = time.monotonic()
     with pytest.raises(KeyboardInterrupt):
@@ -27,7 +28,8 @@ def test_ctrl_c_ends_a_waiting_call_and_the_object_stays_usable(early_wake, trac
     assert tracker.ReleaseMotors() is None
 
 
-def test_a_signal_handler_that_raises_nothing_does_not_end_the_call(early_wake, tracker, peer):
+@pytest.mark.classic
+def test_a_signal_handler_that_raises_nothing_does_not_end_the_call(tracker, peer):
     seen = []
     before = signal.signal(signal.SIGINT, lambda *_: (seen.append(1), peer.send(answer(8))))
     try:

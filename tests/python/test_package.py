@@ -2,6 +2,7 @@
 
 import ast
 import inspect
+import os
 import pydoc
 import re
 import subprocess
@@ -39,6 +40,12 @@ def test_the_stubs_declare_what_the_objects_have(connection, tracker, sender):
                 parameters = list(inspect.signature(getattr(target, name)).parameters)
                 assert [argument.arg for argument in row.args.args[1:]] == parameters
     assert (PACKAGE / "py.typed").exists()
+
+
+@pytest.mark.classic
+def test_an_import_chooses_modern_behaviour_unless_the_environment_says_otherwise(connection):
+    assert kestrine.behaviour() == os.environ.get("KESTRINE_BEHAVIOUR", "modern")
+    assert kestrine.set_behaviour("modern" if kestrine.behaviour() == "classic" else "classic") is False
 
 
 def test_constants_and_enumerations_hold_every_value():
