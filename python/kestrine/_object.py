@@ -6,7 +6,7 @@ from typing import TYPE_CHECKING, Any, Literal, overload
 
 from ._errors import ServerWarning, com_error
 from ._kestrine import ComObject, Parameter
-from ._tables import DOCS
+from ._tables import CALLS, DOCS
 from ._types import CONVERTERS
 
 if TYPE_CHECKING:
@@ -107,8 +107,10 @@ def _make_method(interface: str, member: Any) -> Any:
     method.__name__ = member.name
     method.__qualname__ = f"{interface}.{member.name}"
     method.__module__ = "kestrine"
-    doc = DOCS.get(interface, {}).get(member.name, "")
-    method.__doc__ = "\n".join(filter(None, [doc, outputs and f"Returns {describe(outputs)}."])) or None
+    returns = f"Returns {describe(outputs)}." if outputs else ""
+    ends = f"Ends with the event {' or '.join(CALLS[member.name][1])}." if interface == "ILTCommandAsync2" else ""
+    doc = DOCS.get(interface, {}).get(member.name)
+    method.__doc__ = "\n".join(filter(None, [doc, returns, ends])) or None
     method.__signature__ = _signature(inputs)
     return method
 
