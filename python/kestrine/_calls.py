@@ -14,6 +14,7 @@ class Call:
     """A call that waits for its events."""
 
     def __init__(self, name: str, stationary_seconds: float):
+        self.name = name
         self.command, self.ends, self.total, self.result, self.seconds, adds, self.timed_out = CALLS[name]
         self.seconds += stationary_seconds if adds else 0
         loop = asyncio.get_running_loop()

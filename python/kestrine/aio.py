@@ -187,7 +187,7 @@ class Tracker(AwaitableCommands):
         call = Call(method.__name__, self._stationary_time / 1000)
         method(*arguments, **named)
         if method.__name__ == "SetStationaryModeParams":
-            inputs = dict(zip(inspect.signature(method).parameters, arguments)) | {key.lower(): named[key] for key in named}
+            inputs = {"time": next(iter(arguments), None)} | {name.lower(): value for name, value in named.items()}
             self._stationary_time = int(inputs["time"])
         self._calls.add(call)
         self._look_after_connection()
@@ -248,7 +248,8 @@ class Tracker(AwaitableCommands):
         if call.total is not None:
             _, _, command, status = _ANSWER.unpack_from(self._connection.GetData())
             if command == call.command and status != constants.VL_RS_AllOK:
-                return self._calls.refuse(command, _failure(status))
+                text = f"{call.name} failed: {CONVERTERS['VL_ResultStatus'].get(status, status)!r}"
+                return self._calls.refuse(command, _com_error(text, _SOURCE, status))
         self._calls.take_values(call, event.values)
 
 
