@@ -7,7 +7,14 @@ from collections.abc import Callable
 from typing import Any
 
 from ._constants import constants
-from ._tables import CALLS
+from ._errors import com_error
+from ._tables import CALLS, PROGRAMS
+
+_DISP_E_EXCEPTION, _E_FAIL = -2147352567, -2147467259
+
+
+def failure(text: str, number: int = 0, source: str = PROGRAMS["LTCommandAsync2"]) -> com_error:
+    return com_error.from_status(_DISP_E_EXCEPTION, (0, source, text, None, 0, _E_FAIL), None, number)
 
 
 class Call:
@@ -42,24 +49,23 @@ class Call:
         if not self.future.done():
             self.future.set_result(result)
 
-    def fail(self, failure: Exception) -> None:
+    def fail(self, error: Exception) -> None:
         if not self.future.done():
-            self.future.set_exception(failure)
+            self.future.set_exception(error)
 
 
 class Calls:
-    """The oldest first. One that nobody awaits keeps its place until its answer has come or is not to be expected."""
+    """Of a connection, the oldest first. One that nobody awaits keeps its place until its answer has come or is not to
+    be expected, also when the tracker is left that made it."""
 
     def __init__(self) -> None:
         self._calls: list[Call] = []
+        self.has_tracker = False  # one that takes events
 
     def add(self, call: Call) -> None:
-        self._forget()
+        now = asyncio.get_running_loop().time()
+        self._calls = [each for each in self._calls if each.awaited or each.forgotten_at > now]
         self._calls.append(call)
-
-    def are_pending(self) -> bool:
-        self._forget()
-        return bool(self._calls)
 
     def take_completion(self, command: int) -> None:
         call = self._oldest(lambda each: each.command == command and not each.acknowledged)
@@ -80,38 +86,34 @@ class Calls:
         if call.is_ended_by(values):
             self._calls.remove(call)
 
-    def refuse(self, command: int, failure: Exception) -> None:
+    def refuse(self, command: int, error: Exception) -> None:
         """What was acknowledged can still be refused."""
         self._fail(self._oldest(lambda each: each.command == command and not each.acknowledged)
-                   or self._oldest(lambda each: each.command == command), failure)
+                   or self._oldest(lambda each: each.command == command), error)
 
-    def fail_command(self, command: int, failure: Exception) -> None:
+    def fail_command(self, command: int, error: Exception) -> None:
         if command == constants.VL_C_Unknown:
-            self._fail(self._oldest(lambda each: each.awaited), failure)
+            self._fail(self._oldest(lambda each: each.awaited), error)
         else:
-            self._fail(self._oldest(lambda each: each.command == command), failure)
+            self._fail(self._oldest(lambda each: each.command == command), error)
 
-    def fail_result(self, kind: str, failure: Exception) -> None:
-        self._fail(self._oldest(lambda each: each.result == kind), failure)
+    def fail_result(self, kind: str, error: Exception) -> None:
+        self._fail(self._oldest(lambda each: each.result == kind), error)
 
-    def fail_all(self, failure: Callable[[], Exception]) -> None:
+    def end_link(self, text: str) -> None:
         calls, self._calls = self._calls, []
         for call in calls:
-            call.fail(failure())
+            call.fail(failure(text))
 
     def cancel_all(self) -> None:
-        calls, self._calls = self._calls, []
-        for call in calls:
+        for call in self._calls:
+            call.awaited = False
             call.future.cancel()
-
-    def _forget(self) -> None:
-        now = asyncio.get_running_loop().time()
-        self._calls = [each for each in self._calls if each.awaited or each.forgotten_at > now]
 
     def _oldest(self, belongs: Callable[[Call], bool]) -> Call | None:
         return next(filter(belongs, self._calls), None)
 
-    def _fail(self, call: Call | None, failure: Exception) -> None:
+    def _fail(self, call: Call | None, error: Exception) -> None:
         if call is not None:
             self._calls.remove(call)
-            call.fail(failure)
+            call.fail(error)

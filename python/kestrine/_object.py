@@ -48,6 +48,11 @@ class Object:
 
     _is_closed_ = True  # no attributes but members
 
+    def _end_calls(self) -> None:
+        """Of kestrine.aio, when the program itself opens or closes the connection: no event tells that."""
+        if (calls := vars(self).get("_calls")) is not None:
+            calls.end_link("the connection has been closed")
+
     def __eq__(self, other: object) -> bool:
         return isinstance(other, Object) and self._com.identity == other._com.identity
 
@@ -100,8 +105,12 @@ def describe(values: list[Parameter]) -> str:
 
 def _make_method(interface: str, member: Any) -> Any:
     def method(self, /, *arguments, **named):
-        return _call(self, member, arguments, named)
+        result = _call(self, member, arguments, named)
+        if changes_link:
+            self._end_calls()
+        return result
 
+    changes_link = member.name in ("ConnectEmbeddedSystem", "DisconnectEmbeddedSystem")
     inputs = [parameter for parameter in member.parameters if not parameter.out]
     outputs = [parameter for parameter in member.parameters if parameter.out]
     method.__name__ = member.name

@@ -17,12 +17,12 @@ import weakref
 from typing import TYPE_CHECKING, Any, NamedTuple
 
 from . import _kestrine
-from ._calls import Call, Calls
+from ._calls import Call, Calls, failure
 from ._constants import constants
 from ._errors import com_error
 from ._events import connect
 from ._object import Object, describe
-from ._tables import CALLS, DOCS, PROGRAMS
+from ._tables import CALLS, DOCS
 from ._types import CONVERTERS
 
 if TYPE_CHECKING:
@@ -30,13 +30,10 @@ if TYPE_CHECKING:
 else:
     AwaitableCommands = object
 
-_DISP_E_EXCEPTION, _E_FAIL = -2147352567, -2147467259
 _TIMED_OUT = 36  # as a call that waits has it
 _ENDS_OF_LINK = (constants.VL_SSC_ServerClosing, constants.VL_SSC_TPConnectionClosing)
-_SOURCE = PROGRAMS["LTCommandAsync2"]
 _ANSWER = struct.Struct("<4i")  # size, type, command, status
 _DEFAULT_STATIONARY_TIME = 1500  # milliseconds
-_LOOK = 0.1  # seconds between looks at a connection that the program itself may close
 
 
 class Event(NamedTuple):
@@ -66,12 +63,8 @@ class _Attachment:
 
 def _failure(status: int) -> com_error:
     """What the library has just said of the answer, as a call that waits would raise it."""
-    said = _kestrine.thread_report()
-    return _com_error(*said) if said and said[2] == status else _com_error(f"status {status!r}", _SOURCE, int(status))
-
-
-def _com_error(text: str, source: str, number: int) -> com_error:
-    return com_error.from_status(_DISP_E_EXCEPTION, (0, source, text, None, 0, _E_FAIL), None, number)
+    text, source, number = _kestrine.thread_report() or ("", "", 0)
+    return failure(text, number, source) if number == status else failure(f"status {status!r}", int(status))
 
 
 class EventStream:
@@ -104,28 +97,28 @@ class Tracker(AwaitableCommands):
     failure raises com_error. Several calls may be under way, and each gets its own answer; the late answer to one that
     was given up goes to nobody. A connection has one tracker at a time.
 
-    A call that is not answered in `timeout` seconds raises com_error. Without it each command has its own time, 10
-    seconds mostly; that of a stationary measurement comes on top, as far as it was set or asked for through the tracker.
+    A call that is not answered in `timeout` seconds raises com_error. Without it each command has its own time, mostly
+    10 seconds; that of a stationary measurement comes on top, as far as it was set or asked for through the tracker.
     """
 
     def __init__(self, connection: "ILTConnect2", timeout: float | None = None):
         self._connection = connection
         self._timeout = None if timeout is None else _checked_timeout(timeout)
         self._commands: Object = connection.ILTCommandAsync
-        self._calls = Calls()
+        self._calls: Calls = vars(connection).setdefault("_calls", Calls())
         self._stationary_time = _DEFAULT_STATIONARY_TIME
         self._streams: weakref.WeakSet[EventStream] = weakref.WeakSet()
         self._attachment: _Attachment | None = None
-        self._look: asyncio.TimerHandle | None = None
         events = self._commands._com.events(CONVERTERS)
         self._returns = {event.name: describe(event.parameters) for event in events}
         self._listener = _listener(events, self)
 
     async def __aenter__(self) -> "Tracker":
-        if self._attachment is not None:
-            raise RuntimeError("the tracker has been entered already")
-        self._attachment = _Attachment()
+        if self._calls.has_tracker:
+            raise RuntimeError("the connection has a tracker already, and each event would be taken twice")
         self._events = connect(self._commands, self._listener)
+        self._attachment = _Attachment()
+        self._calls.has_tracker = True
         return self
 
     async def __aexit__(self, *_: object) -> None:
@@ -133,9 +126,7 @@ class Tracker(AwaitableCommands):
         if self._attachment is not None:
             self._attachment.close()
         self._attachment = None
-        if self._look is not None:
-            self._look.cancel()
-        self._look = None
+        self._calls.has_tracker = False
         self._calls.cancel_all()
         for stream in self._streams:
             stream.put(None)
@@ -190,29 +181,13 @@ class Tracker(AwaitableCommands):
             inputs = {"time": next(iter(arguments), None)} | {name.lower(): value for name, value in named.items()}
             self._stationary_time = int(inputs["time"])
         self._calls.add(call)
-        self._look_after_connection()
         try:
             async with asyncio.timeout(call.seconds if timeout is None else timeout):
                 return await call.future
         except TimeoutError:
-            raise _com_error(call.timed_out, _SOURCE, _TIMED_OUT) from None
+            raise failure(call.timed_out, _TIMED_OUT) from None
         finally:
             call.awaited = False
-
-    def _look_after_connection(self) -> None:
-        """No event tells that the program itself has closed the connection."""
-        if self._look is None:
-            self._look = asyncio.get_running_loop().call_later(_LOOK, self._look_at_connection)
-
-    def _look_at_connection(self) -> None:
-        self._look = None
-        if not self._connection.IsConnected:
-            self._end_calls("the connection has been closed")
-        elif self._calls.are_pending():
-            self._look_after_connection()
-
-    def _end_calls(self, text: str) -> None:
-        self._calls.fail_all(lambda: _com_error(text, _SOURCE, 0))
 
     def _take_event(self, event: Event) -> None:
         for stream in self._streams:
@@ -221,7 +196,7 @@ class Tracker(AwaitableCommands):
             self._take_error(*event.values)
         elif event.name == "StatusChangeEvent":
             if event.values[0] in _ENDS_OF_LINK:
-                self._end_calls("the server has closed the connection")
+                self._calls.end_link("the server has closed the connection")
         elif event.name == "CommandCompletedData":
             self._calls.take_completion(event.values[0])
         else:
@@ -229,14 +204,14 @@ class Tracker(AwaitableCommands):
 
     def _take_error(self, command: int, status: int) -> None:
         """What the event does not tell, its packet does: a refusal, an error, or a bad result."""
-        failure = _failure(status)
+        error = _failure(status)
         _, kind, *_ = _ANSWER.unpack_from(self._connection.GetData())
         if kind == constants.VL_DT_Command:
-            self._calls.refuse(command, failure)
+            self._calls.refuse(command, error)
         elif kind == constants.VL_DT_Error:
-            self._calls.fail_command(command, failure)
+            self._calls.fail_command(command, error)
         else:
-            self._calls.fail_result("tiltra" if kind == constants.VL_DT_TiltraResult else "measurement", failure)
+            self._calls.fail_result("tiltra" if kind == constants.VL_DT_TiltraResult else "measurement", error)
 
     def _take_values(self, event: Event) -> None:
         if event.name == "StationaryModeParamsData":
@@ -249,7 +224,7 @@ class Tracker(AwaitableCommands):
             _, _, command, status = _ANSWER.unpack_from(self._connection.GetData())
             if command == call.command and status != constants.VL_RS_AllOK:
                 text = f"{call.name} failed: {CONVERTERS['VL_ResultStatus'].get(status, status)!r}"
-                return self._calls.refuse(command, _com_error(text, _SOURCE, status))
+                return self._calls.refuse(command, failure(text, status))
         self._calls.take_values(call, event.values)
 
 

@@ -146,6 +146,13 @@ def test_a_late_answer_goes_to_the_call_that_was_given_up(connection, replies):
     second, third = run(connection, work)
     assert (second[0], third[0]) == (2, 3)
 
+    async def leave(tracker):
+        with pytest.raises(TimeoutError):
+            await asyncio.wait_for(tracker.GetUnits(), 0.05)
+    replies[:] = b"", units(4) + units(5)
+    run(connection, leave)
+    assert run(connection, lambda tracker: tracker.GetUnits())[0] == 5
+
 
 def test_a_call_has_a_time_of_its_own(connection, replies):
     async def work(tracker):
@@ -179,15 +186,17 @@ def test_an_error_of_no_command_fails_the_oldest_call_and_a_series_can_be_refuse
     assert isinstance(series, kestrine.com_error) and series.number == 2 and "GetReflectors" in str(series)
 
 
-def test_a_program_that_disconnects_ends_its_calls(connection, replies):
+def test_a_program_that_disconnects_ends_its_calls(connection, peer, replies):
     async def work(tracker):
         replies[:] = [b""]
         call = asyncio.create_task(tracker.ReleaseMotors())
         await asyncio.sleep(0)
         connection.DisconnectEmbeddedSystem()
-        await call
-    with pytest.raises(kestrine.com_error, match="closed"):
-        run(connection, work)
+        with pytest.raises(kestrine.com_error, match="closed"):
+            await call
+        connection.ConnectEmbeddedSystem("127.0.0.1", peer.port)
+        await tracker.ReleaseMotors()
+    run(connection, work)
 
 
 def test_what_would_wait_for_ever_outside_is_refused_at_once(connection):

@@ -50,7 +50,8 @@ def test_a_warning_of_the_server_is_a_warning_and_the_outputs_are_there(tracker,
     (lambda tracker: tracker.SetUnits(1, 2, 3, humidityUnit=4), DISP_E_PARAMNOTOPTIONAL, None),
     (lambda tracker: tracker.SetUnits(1, 2, 3, 4, colour=5), DISP_E_UNKNOWNNAME, None),
 ])
-def test_arguments_that_do_not_match_the_parameters_are_refused_before_anything_is_sent(tracker, peer, call, code, argument):
+def test_arguments_that_do_not_match_the_parameters_are_refused_before_anything_is_sent(tracker, peer, call, code,
+                                                                                        argument):
     with pytest.raises(kestrine.com_error) as caught:
         call(tracker)
     assert (caught.value.hresult, caught.value.argerror) == (code, argument)

@@ -67,6 +67,10 @@ follow_imports = silent
 [mypy-matplotlib.*]
 ignore_missing_imports = True
 """
+MISTAKE = """import kestrine
+tracker = kestrine.Dispatch("Kestrine.LTCommandSync2")
+tracker.SetMeasurementMode(kestrine.constants.VL_LU_Foot)
+"""
 
 
 def test_a_type_checker_finds_nothing_in_the_examples_and_the_readme_and_a_mistake_elsewhere(tmp_path):
@@ -74,9 +78,7 @@ def test_a_type_checker_finds_nothing_in_the_examples_and_the_readme_and_a_mista
     (tmp_path / "mypy.ini").write_text(STRICT)
     for number, code in enumerate(SNIPPETS):
         (tmp_path / f"snippet{number}.py").write_text(code)
-    (tmp_path / "mistake.py").write_text("import kestrine\n"
-                                         "connection = kestrine.Dispatch('Kestrine.LTConnect2')\n"
-                                         "connection.ILTCommandSync.SetMeasurementMode(kestrine.constants.VL_LU_Foot)\n")
+    (tmp_path / "mistake.py").write_text(MISTAKE)
     done = subprocess.run([sys.executable, "-m", "mypy", "--config-file", tmp_path / "mypy.ini",
                            "--cache-dir", PACKAGE.parents[1] / "mypy", *tmp_path.glob("*.py"),
                            *(ROOT / "examples").glob("*.py")],
