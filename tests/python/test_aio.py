@@ -207,6 +207,8 @@ def test_what_would_wait_for_ever_outside_is_refused_at_once(connection):
     async def work():
         async with tracker:
             late = tracker.GetUnits()
+            with pytest.raises(RuntimeError, match="already"):
+                await Tracker(connection).__aenter__()
         for use in (tracker.GetUnits, tracker.events):
             with pytest.raises(RuntimeError, match="async with"):
                 use()

@@ -53,10 +53,10 @@ def write_tables(schema: Schema) -> str:
                      for packet in schema.packets if packet.record.element)
     programs = "".join(f"    {each.name!r}: {f'{each.program}.1'!r},\n" for each in schema.library.classes)
     return ('"""Facts that the type library does not tell."""\n\n'
-            "# Of an asynchronous call: its command; the events that end it; which of their values says how many items\n"
-            "# there are, where each comes with an event of its own; the kind of result that comes beside the answer;\n"
-            "# the seconds in which it should end, and whether the time of a stationary measurement is added; what is\n"
-            "# said when it does not.\n"
+            "# Of an asynchronous call: its command; the events that end it; which of their values says how many\n"
+            "# items there are, where each comes with an event of its own; the kind of result that comes beside the\n"
+            "# answer; the seconds in which it should end, and whether the time of a stationary measurement is added;\n"
+            "# what is said when it does not.\n"
             f"CALLS = {{\n{calls}}}\n\n"
             "# What members do, and the units of their values.\n"
             f"DOCS = {{\n{docs}}}\n\n"
