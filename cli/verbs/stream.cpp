@@ -90,17 +90,18 @@ std::string manner_of(const StreamOptions& options) {
 
 Outcome stream(const StreamOptions& options) {
   std::optional<Completeness> completeness;  // since the stream was started
-  const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement) {
+  const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement, Record& record) {
     measurement.manner = manner_of(options);
     measurement.spaced = options.mode->spacing != Spacing::kTime;
     measurement.extended |= options.probe;
-    StreamSession session(endpoint, measurement);
+    measurement.attitudes = options.probe && !options.mode->is_centre;
+    StreamSession session(endpoint, measurement, record);
     session.prepare();
     print_tracker(out, measurement.tracker, *measurement.unit);
-    measure_stream(session, options, measurement, completeness);
+    measure_stream(session, options, record, completeness);
   };
   const auto summarise = [&](std::ostream& out, const Measurement& measurement) {
-    if (!measurement.points.empty()) {
+    if (measurement.count() > 0) {
       options.mode->is_centre ? print_centre(out, measurement) : print_stream_summary(out, measurement);
     }
     if (completeness) print_completeness(out, measurement, *completeness);
