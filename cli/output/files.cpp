@@ -29,7 +29,7 @@ constexpr int kSlice = 50;                  // milliseconds between two looks at
 constexpr std::size_t kAlwaysTaken = 4096;  // that much does not block a pipe that has room
 
 [[noreturn]] void refuse(const std::string& name, const std::string& reason) {
-  throw Failure("cannot write " + name + ": " + reason);
+  throw Failure("cannot write " + (name == "-" ? "to standard output" : name) + ": " + reason);
 }
 
 [[noreturn]] void refuse(const std::string& name, int error) {

@@ -62,9 +62,9 @@ void check_steps(const StepCounter& steps, const LengthUnit& unit, Completeness&
     result.checked.push_back("no step is longer than " + most);
   } else {
     const double longest = std::round(steps.longest_run_past() * 100) / 100;
-    result.checked.push_back(counted(steps.run_past(), "step") + " longer than " + most + ", of up to " +
+    result.checked.push_back(counted(steps.run_past(), "step") + " of more than " + most + ", up to " +
                              steps_text(steps.pitch(), longest, unit) +
-                             ": so far the target went between two readings");
+                             ", as far as the target went between two readings");
   }
 }
 

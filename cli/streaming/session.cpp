@@ -11,10 +11,11 @@ namespace kestrine::cli {
 namespace {
 
 constexpr std::chrono::milliseconds kSlice{50};
+constexpr std::chrono::milliseconds kShortSlice{10};
 constexpr double kLongestAnswer = 10;      // seconds
 constexpr double kLongestInitialise = 60;  // with a search for the reflector
 constexpr double kLongestClosing = 2;      // without a word of the tracker
-constexpr double kClosingInSilence = 0.05;
+constexpr double kClosingInSilence = 0.02;
 
 }  // namespace
 
@@ -45,7 +46,7 @@ void StreamSession::call(VL_Command command, HRESULT sent, Patience patience) {
     silent_ |= stopped || watch.seconds() > longest;
     if (stopped) throw Stopped();
     if (watch.seconds() > longest) throw Failure("the tracker does not answer command " + std::to_string(command));
-    host::run_for(kSlice);
+    host::run_for(patience == Patience::kClosing ? kShortSlice : kSlice);
     if (patience == Patience::kClosing && std::exchange(packets, state().reception.packets) != packets) watch = {};
   }
 }
@@ -130,6 +131,7 @@ void StreamSession::start(bool probe) {
 }
 
 void StreamSession::stop() {
+  events_->state.failure.clear();
   call(VL_C_StopMeasurement, commands_->StopContinuousMeasurement(), Patience::kClosing);
 }
 
