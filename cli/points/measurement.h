@@ -30,7 +30,7 @@ struct Tracker {
 // Points of which there may be more than there is memory: every one until there are too many, then every second one,
 // then every fourth.
 struct Sample {
-  static constexpr std::size_t kMost = 100'000;
+  static constexpr std::size_t kMost = 50'000;
 
   std::vector<Point> points;
   std::vector<Attitude> attitudes;  // as many as points with the probe, none otherwise
