@@ -84,16 +84,10 @@ bool has_run_past(const Pitch& pitch, double steps, double seconds) {
   return steps - steps * pitch.fastest_seconds / seconds <= kMostSteps;
 }
 
-void check_end(const Expectation& expectation, const StepCounter& steps, const Measurement& measurement,
-               Completeness& result) {
-  if (expectation.points > 0) return;
-  if (expectation.cut_short) {
-    const std::string since = measurement.count() == 0 ? "" : " after " + fixed(measurement.last.seconds, 3) + " s";
-    result.missing.push_back("everything" + since);
-  } else if (steps.pitch().is_way() && expectation.rest > kLongRest) {
-    result.checked.push_back("no point came in the last " + fixed(expectation.rest, 1) +
-                             " s; whether the target rested or the stream had stopped is unknown");
-  }
+void check_end(const Expectation& expectation, const Measurement& measurement, Completeness& result) {
+  if (!expectation.cut_short || expectation.points > 0) return;
+  const std::string since = measurement.count() == 0 ? "" : " after " + fixed(measurement.last.seconds, 3) + " s";
+  result.missing.push_back("everything" + since);
 }
 
 // A count shows every loss, what is between the points only some.
@@ -104,7 +98,10 @@ std::string verdict_on(const Expectation& expectation, const StepCounter& steps)
     return expectation.to_the_end ? "none from the first point to the end; a loss before the first would not show"
                                   : "none from the first point to the last; a loss before or after would not show";
   }
-  return "none seen; a loss at either end, or where the target came back, would not show";
+  const std::string seen = "none seen; a loss at either end, or where the target came back, would not show";
+  if (expectation.rest < kLongRest) return seen;
+  return seen + "; whether the target rested for the last " + fixed(expectation.rest, 1) +
+         " s or the stream had stopped is unknown";
 }
 
 }  // namespace
@@ -132,7 +129,7 @@ Completeness check_completeness(const Reception& reception, const Expectation& e
   result.reception = reception;
   check_packets(result);
   check_count(measurement.count(), expectation.points, result);
-  check_end(expectation, steps, measurement, result);
+  check_end(expectation, measurement, result);
   result.verdict = verdict_on(expectation, steps);
   if (steps.points() < 2) return result;
   check_order(steps, result);

@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds kShortSlice{10};
 constexpr double kLongestAnswer = 10;      // seconds
 constexpr double kLongestInitialise = 60;  // with a search for the reflector
 constexpr double kLongestClosing = 2;      // without a word of the tracker
-constexpr double kClosingInSilence = 0.02;
+constexpr double kClosingInSilence = 0.03;
 
 }  // namespace
 

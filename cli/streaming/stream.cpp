@@ -22,7 +22,7 @@ constexpr double kLongestSilence = 5;  // seconds
 constexpr double kLongestSilenceSteps = 3;
 constexpr double kLongestLag = 1;      // seconds, after the time at which the last point was due
 constexpr double kLongestRest = 2;     // seconds, for the points still on their way once the count is reached
-constexpr double kShortSilence = 0.5;  // seconds; what is longer is remarkable
+constexpr double kShortSilence = 0.3;  // seconds; what is longer is remarkable
 
 enum class Ending {
   kComplete,    // all that was asked for came

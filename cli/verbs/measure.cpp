@@ -24,8 +24,9 @@ constexpr const char* kFooter =
     "Examples:\n"
     "  kestrine measure --simulate --points 5 --csv points.csv --svg points.svg\n"
     "  kestrine measure --host 192.168.0.1 --port 7000 --length-unit in --json points.jsonl\n\n"
-    "Ctrl-C stops a measurement; what was measured until then is kept.\n"
-    "Exit status: 0 done, 1 failed, 2 wrong usage, 130 stopped by Ctrl-C.";
+    "Rows are written as they come, and FILE may be - for standard output. Ctrl-C stops a measurement; what was\n"
+    "measured until then is kept. A second one leaves at once.\n"
+    "Exit status: 0 done, 1 failed, 2 wrong usage, 130 stopped by Ctrl-C or another signal.";
 
 struct MeasureOptions {
   CommonOptions common;

@@ -59,10 +59,15 @@ Outcome run(const CommonOptions& options, Kind kind, const Task& task) {
   measurement.kind = kind;
   measurement.extended = options.extended;
   measurement.unit = &length_unit(options.length_unit);
-  const std::exception_ptr failure = collect(options, task, out, measurement, files);
+  std::exception_ptr failure = collect(options, task, out, measurement, files);
   const bool stopped = terminal::stop_asked();
   task.summarise(out, measurement);
-  if (measurement.count() > 0) files.finish(out, measurement);
+  try {
+    if (measurement.count() > 0) files.finish(out, measurement);
+  } catch (const Failure& unwritten) {
+    if (failure) terminal::print_error(unwritten.what());
+    if (!failure) failure = std::current_exception();
+  }
   if (failure) std::rethrow_exception(failure);
   if (stopped) out << stopped_text(measurement) << std::endl;
   if (!stopped && measurement.count() == 0) throw Failure("the tracker sent no points");

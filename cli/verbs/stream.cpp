@@ -36,8 +36,9 @@ constexpr const char* kFooter =
     "  kestrine stream --simulate --duration 5 --csv path.csv --svg path.svg\n"
     "  kestrine stream --simulate --mode grid --cell 20 20 20 --probe --svg grid.svg\n"
     "  kestrine stream --host 192.168.0.1 --port 7000 --mode sphere-center --count 200\n\n"
-    "Ctrl-C stops a measurement; what was measured until then is kept.\n"
-    "Exit status: 0 done, 1 failed or incomplete, 2 wrong usage, 130 stopped by Ctrl-C.";
+    "Rows are written as they come, and FILE may be - for standard output. Ctrl-C stops a measurement; what was\n"
+    "measured until then is kept. A second one leaves at once.\n"
+    "Exit status: 0 done, 1 failed or incomplete, 2 wrong usage, 130 stopped by Ctrl-C or another signal.";
 
 // An option that not every mode has.
 struct ModeOption {
