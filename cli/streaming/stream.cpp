@@ -78,12 +78,13 @@ bool is_time_over(const StreamOptions& options, const Schedule& schedule, const 
   return record.has_passed_end() || (!schedule.by_time() && now >= options.duration);
 }
 
-std::string stopped_early(const StreamOptions& options, const Measurement& measurement) {
+// Of a stream by time that is overdue.
+std::string shortfall(const StreamOptions& options, const Measurement& measurement, bool silent) {
   if (measurement.count() == 0) return "the tracker sent no points";
   const std::string asked = options.count > 0 ? counted(options.count, "point") : shortest(options.duration) + " s";
   const std::string came =
       options.count > 0 ? std::to_string(measurement.count()) : fixed(measurement.last.seconds, 3) + " s";
-  return "the stream stopped early, after " + came + " of " + asked;
+  return (silent ? "the stream stopped early, after " : "the tracker is behind its time, at ") + came + " of " + asked;
 }
 
 // Runs the loop until the stream is over.
@@ -117,7 +118,7 @@ End follow_stream(const StreamOptions& options, const StreamState& state, const 
       if (silence > kLongestRest) return end(Ending::kIncomplete);
     } else if (silence > schedule.longest_silence() ||
                (schedule.is_overdue(now - first_news) && (options.count == 0 || schedule.is_remarkable(silence)))) {
-      return end(Ending::kFailed, stopped_early(options, measurement));
+      return end(Ending::kFailed, shortfall(options, measurement, schedule.is_remarkable(silence)));
     }
     host::run_for(kSlice);
   }
@@ -149,13 +150,13 @@ End run_to_end(StreamSession& session, const StreamOptions& options, const Recor
   if (end.silent) session.expect_no_answer();
   const std::string failure = stop(session);
   if (failure.empty() || !end.failure.empty()) return end;
-  // A centre that is stopped early may have too few points to be found; the user knows. Who has stopped a silent
-  // tracker knows as well.
-  if (end.ending != Ending::kStopped || session.state().lost || !session.state().failure.empty()) {
-    if (!options.mode->is_centre || end.ending != Ending::kStopped || session.state().lost) end.failure = failure;
-  } else {
-    terminal::print_error(failure);
+  if (end.ending != Ending::kStopped || session.state().lost) {
+    end.failure = failure;
+  } else if (session.state().failure.empty()) {
+    terminal::print_error(failure);  // who has stopped a silent tracker knows
     end.silent = true;
+  } else if (!options.mode->is_centre) {
+    end.failure = failure;  // but a centre that is stopped early may have too few points to be found
   }
   return end;
 }
@@ -191,8 +192,9 @@ Pitch pitch_of(const StreamOptions& options, const Measurement& measurement) {
 void measure_stream(StreamSession& session, const StreamOptions& options, Record& record,
                     std::optional<Completeness>& completeness) {
   session.set_mode(options);
-  if (!options.mode->is_centre)
+  if (!options.mode->is_centre) {
     record.expect({options.count, options.duration}, pitch_of(options, record.measurement()));
+  }
   const End end = run_to_end(session, options, record);
   completeness = completeness_of(options, session.state(), record, end);
   if (!end.failure.empty()) throw Failure(end.failure);

@@ -99,6 +99,8 @@ TEST(Completeness, fails_for_gaps_in_the_way_unless_the_target_ran_past) {
   EXPECT_EQ(missing(kAll, {}, {.distance = 1, .fastest_seconds = 0.001}, points),
             "about 2 points in 1 gap of more than 1.5 mm, first after 0.002 s\n");
   EXPECT_EQ(missing(kAll, {}, {.distance = 1, .fastest_seconds = 0.01}, points), "");
+  EXPECT_EQ(check(kAll, {}, {.distance = 1, .fastest_seconds = 0.01}, points).checked.back(),
+            "1 step of more than 1.5 mm, up to 3 mm, as far as the target went between two readings");
   EXPECT_EQ(missing(kAll, {}, {.cell = {1, 1, 0}, .fastest_seconds = 0.001}, points),
             "about 2 points in 1 gap of more than 1.5 cells, first after 0.002 s\n");
   EXPECT_EQ(missing(kAll, {}, {.cell = {0, 1, 1}, .fastest_seconds = 0.001}, points), "");

@@ -50,6 +50,19 @@ TEST(Summaries, keep_micrometres_at_fifty_metres_over_a_million_points) {
   EXPECT_NEAR(summary.spread[0], 0.001, 1e-8);
 }
 
+TEST(Samples, stay_small_and_even_and_know_each_step) {
+  Measurement measurement;
+  for (int i = 0; i < 250'000; ++i) measurement.add(point_at(i, 0, 0, i));
+  const Sample& sample = measurement.sample;
+  EXPECT_EQ(measurement.count(), 250'000u);
+  EXPECT_LE(sample.points.size(), Sample::kMost);
+  EXPECT_EQ(measurement.thinned_text(), "1 of 8 points");
+  for (std::size_t i = 1; i < sample.points.size(); ++i) {
+    ASSERT_EQ(sample.points[i].seconds, static_cast<double>(8 * i));
+    ASSERT_EQ(sample.steps[i], 1);
+  }
+}
+
 TEST(Circles, are_found_on_full_turns_and_on_short_arcs_in_metres_as_in_micrometres) {
   for (const double arc : {kTurn, kTurn / 2, kTurn / 8}) {
     for (const double scale : {1e-3, 1.0, 1e3}) {
