@@ -49,6 +49,7 @@ void StreamSession::call(VL_Command command, HRESULT sent, Patience patience) {
     host::run_for(patience == Patience::kClosing ? kShortSlice : kSlice);
     if (patience == Patience::kClosing && std::exchange(packets, state().reception.packets) != packets) watch = {};
   }
+  silent_ = false;
 }
 
 void StreamSession::prepare() {

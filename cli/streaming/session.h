@@ -25,7 +25,8 @@ class StreamSession {
   // What the tracker has measured until then comes before it returns. Does not give up for a user who wants to stop,
   // but soon where the tracker says nothing any more.
   void stop();
-  // The tracker has gone silent: what is left to do will not wait for it.
+  // The tracker may have gone silent: the next call that closes something hardly waits, nor do others until there is
+  // an answer.
   void expect_no_answer() { silent_ = true; }
 
   const StreamState& state() const { return events_->state; }

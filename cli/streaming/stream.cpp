@@ -147,7 +147,8 @@ End run_to_end(StreamSession& session, const StreamOptions& options, const Recor
   }
   // A tracker that has measured all that was asked for has stopped by itself.
   if (end.ending == Ending::kComplete || end.ending == Ending::kIncomplete) return end;
-  if (end.silent) session.expect_no_answer();
+  const bool resting = end.ending == Ending::kStopped && !options.mode->is_centre && end.rest > kShortSilence;
+  if (end.silent || resting) session.expect_no_answer();
   const std::string failure = stop(session);
   if (failure.empty() || !end.failure.empty()) return end;
   if (end.ending != Ending::kStopped || session.state().lost) {
