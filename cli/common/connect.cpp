@@ -18,7 +18,7 @@ Pointer<ILTConnect> connect(const Endpoint& endpoint) {
   host::set_log_hook([&](const std::string& line) {
     if (line.starts_with(kNoConnection)) reason = line;
   });
-  const auto connection = create<ILTConnect>(CLSID_LTConnect);
+  auto connection = create<ILTConnect>(CLSID_LTConnect);
   const HRESULT status = connection->ConnectEmbeddedSystem(Text(endpoint.host), endpoint.port);
   host::set_log_hook({});
   if (SUCCEEDED(status)) return connection;

@@ -98,7 +98,7 @@ std::string verdict_on(const Expectation& expectation, const StepCounter& steps)
     return expectation.to_the_end ? "none from the first point to the end; a loss before the first would not show"
                                   : "none from the first point to the last; a loss before or after would not show";
   }
-  const std::string seen = "none seen; a loss at either end, or where the target came back, would not show";
+  std::string seen = "none seen; a loss at either end, or where the target came back, would not show";
   if (expectation.rest < kLongRest) return seen;
   return seen + "; whether the target rested for the last " + fixed(expectation.rest, 1) +
          " s or the stream had stopped is unknown";

@@ -151,12 +151,11 @@ End run_to_end(StreamSession& session, const StreamOptions& options, const Recor
   if (end.silent || resting) session.expect_no_answer();
   const std::string failure = stop(session);
   if (failure.empty() || !end.failure.empty()) return end;
-  if (end.ending != Ending::kStopped || session.state().lost) {
-    end.failure = failure;
-  } else if (session.state().failure.empty()) {
+  const bool stopped = end.ending == Ending::kStopped && !session.state().lost;
+  if (stopped && session.state().failure.empty()) {
     terminal::print_error(failure);  // who has stopped a silent tracker knows
     end.silent = true;
-  } else if (!options.mode->is_centre) {
+  } else if (!stopped || !options.mode->is_centre) {
     end.failure = failure;  // but a centre that is stopped early may have too few points to be found
   }
   return end;
