@@ -24,6 +24,8 @@ int fail(const std::string& text, int status) {
 int status_of(const Command& command) {
   try {
     return command() == Outcome::kStopped ? kStopped : 0;
+  } catch (const Stopped&) {
+    return kStopped;
   } catch (const kestrine::Error& error) {
     return fail(text_of(error), kFailed);
   } catch (const std::exception& error) {

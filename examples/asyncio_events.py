@@ -9,18 +9,18 @@ import sys
 
 import kestrine
 from kestrine import constants
-from kestrine.aio import Tracker
+from kestrine.aio import EventStream, Tracker
 
 BLOCKS = 5
 
 
-async def show_status(events) -> None:
+async def show_status(events: EventStream) -> None:
     async for event in events:
         if event.name == "StatusChangeEvent":
             print(f"status: {event.values[0]!r}")
 
 
-async def show_stream(events) -> None:
+async def show_stream(events: EventStream) -> None:
     blocks = 0
     async for event in events:
         if event.name == "ContinuousPointMeasDataReady":

@@ -5,6 +5,7 @@
 
 import contextlib
 import sys
+from typing import TextIO
 
 import kestrine
 
@@ -15,10 +16,11 @@ MILLISECONDS_APART = 5
 class Writer:
     """Hears of every block of points, fetches it and writes it."""
 
-    connection = file = None
+    connection: "kestrine.ILTConnect2"
+    file: TextIO
     count = 0
 
-    def OnContinuousPointMeasDataReady(self, resultsTotal, bytesTotal):
+    def OnContinuousPointMeasDataReady(self, resultsTotal: int, bytesTotal: int) -> None:
         points = kestrine.points(self.connection.GetData())
         for seconds, fraction, x, y, z in points[["lTime1", "lTime2", "dVal1", "dVal2", "dVal3"]].tolist():
             self.file.write(f"{seconds + fraction / 1e6:.6f},{x:.7f},{y:.7f},{z:.7f}\n")
@@ -27,7 +29,7 @@ class Writer:
             kestrine.PostQuitMessage()
 
 
-def stream(address: str, port: int, file) -> int:
+def stream(address: str, port: int, file: TextIO) -> int:
     connection = kestrine.Dispatch("Kestrine.LTConnect2")
     connection.ConnectEmbeddedSystem(address, port)
     tracker = connection.ILTCommandSync
@@ -42,7 +44,7 @@ def stream(address: str, port: int, file) -> int:
         kestrine.PumpMessages()
     tracker.StopContinuousMeasurement()
     writer.close()
-    return writer.count
+    return int(writer.count)
 
 
 def main() -> None:

@@ -38,7 +38,11 @@ class ChunkSource final : public kestrine::connection::ByteSource {
     return static_cast<int>(count);
   }
   bool would_block() const override { return waiting_; }
-  void nap() override { arrive(); }
+  bool comes_later(int) override { return false; }
+  bool nap(std::int32_t) override {
+    arrive();
+    return true;
+  }
   void beep(std::uint32_t, std::uint32_t) override {}
   void trace(std::u16string_view, std::u16string_view) override {}
 

@@ -10,7 +10,8 @@
 namespace kestrine::cli::terminal {
 namespace {
 
-// Any thread of the process may run the handler.
+constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
 std::atomic<bool> asked = false;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
@@ -29,18 +30,38 @@ void print_error(std::string text) {
 
 void watch_for_stop() {
   struct sigaction action {};
-  action.sa_handler = [](int) { asked = true; };
-  // No SA_RESTART, so that waits end; and the second signal ends the process.
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  // The second signal leaves at once. Handlers run between the writes of the thread that they interrupt, so that every
+  // line is whole.
+  action.sa_handler = [](int number) {
+    if (asked.exchange(true)) _exit(128 + number);
+  };
+  // No SA_RESTART, so that waits end.
   sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
-  // A reader that leaves must not take the measurement's files with it; failed output is noticed at the end.
+  for (const int number : kStopSignals) {
+    struct sigaction before {};
+    sigaction(number, nullptr, &before);
+    // What has been made to outlive its terminal does so.
+    if (number == SIGHUP && before.sa_handler == SIG_IGN) continue;
+    sigaction(number, &action, nullptr);
+  }
+  // A reader that leaves and a file that grows too large show as failed writes.
   signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
 }
 
 bool stop_asked() {
   return asked;
+}
+
+SignalsElsewhere::SignalsElsewhere() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int number : kStopSignals) sigaddset(&signals, number);
+  pthread_sigmask(SIG_BLOCK, &signals, &before_);
+}
+
+SignalsElsewhere::~SignalsElsewhere() {
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
 }  // namespace kestrine::cli::terminal

@@ -51,7 +51,8 @@ std::string axis_name(const Figure& figure, std::size_t axis) {
 
 Range shown_range(const Figure& figure, std::size_t axis) {
   if (figure.measurement.kind == Kind::kCentre) {
-    const double reach = kMostSigmas * figure.measurement.unit->to_fine(figure.measurement.points[0].deviation[axis]);
+    const double reach =
+        kMostSigmas * figure.measurement.unit->to_fine(figure.measurement.sample.points[0].deviation[axis]);
     return range_of({-reach, reach}, kLeastFineSpan).widened(0.1);
   }
   const double low = shown(figure, figure.summary.low[axis], axis);
@@ -73,7 +74,7 @@ void draw_cloud(Svg& svg, const std::vector<Spot>& spots) {
 
 // The ellipses of one, two and three standard deviations around the single point, from its covariance.
 void draw_sigmas(Svg& svg, const Figure& figure, const Panel& panel) {
-  const Point& point = figure.measurement.points.front();
+  const Point& point = figure.measurement.sample.points.front();
   const auto& unit = *figure.measurement.unit;
   const double x = unit.to_fine(point.deviation[0]);
   const double y = unit.to_fine(point.deviation[1]);
@@ -107,8 +108,9 @@ void draw_top_view(Svg& svg, const Figure& figure) {
   panel.draw_frame(svg, axis_name(figure, 0), axis_name(figure, 1));
   svg.begin_clip(kTopView);
   std::vector<Spot> spots;
-  spots.reserve(figure.measurement.points.size());
-  for (const auto& point : figure.measurement.points) spots.push_back(spot_of(point.position[0], point.position[1]));
+  spots.reserve(figure.measurement.sample.points.size());
+  for (const auto& point : figure.measurement.sample.points)
+    spots.push_back(spot_of(point.position[0], point.position[1]));
   if (figure.measurement.kind == Kind::kCentre) {
     draw_sigmas(svg, figure, panel);
   } else if (figure.is_path()) {
@@ -144,9 +146,10 @@ void draw_series(Svg& svg, const std::vector<Spot>& spots, std::size_t index) {
 }
 
 void draw_curves(Svg& svg, const Box& box, const Figure& figure, const Curves& curves) {
-  const auto& points = figure.measurement.points;
+  const auto& points = figure.measurement.sample.points;
+  const std::size_t stride = figure.measurement.sample.stride;
   const bool stream = figure.measurement.kind == Kind::kStream;
-  const auto x_of = [&](std::size_t i) { return stream ? points[i].seconds : static_cast<double>(i + 1); };
+  const auto x_of = [&](std::size_t i) { return stream ? points[i].seconds : static_cast<double>(i * stride + 1); };
   std::vector<double> all;
   if (curves.from_zero) all.push_back(0);
   for (const auto& series : curves.series) all.insert(all.end(), series.values.begin(), series.values.end());
@@ -175,19 +178,20 @@ std::vector<Curves> curves_of(const Figure& figure) {
   std::vector<Curves> curves;
   if (measurement.kind == Kind::kCentre) return curves;
   curves.push_back(deviations_of(figure));
-  if (measurement.spaced && measurement.points.size() > 1) curves.push_back(steps_of(figure));
-  if (!measurement.attitudes.empty()) curves.push_back(angles_of(figure));
+  if (measurement.spaced && measurement.count() > 1) curves.push_back(steps_of(figure));
+  if (measurement.attitudes) curves.push_back(angles_of(figure));
   return curves;
 }
 
 std::string subtitle_of(const Figure& figure) {
   const auto& measurement = figure.measurement;
   if (measurement.kind == Kind::kCentre) return "Centre of a " + measurement.manner;
+  const std::string drawn = measurement.sample.stride > 1 ? ", drawn: " + measurement.thinned_text() : "";
   const std::string count = std::to_string(figure.summary.count);
   const std::string plural = figure.summary.count == 1 ? "" : "s";
-  if (measurement.kind == Kind::kStationary) return count + " stationary point" + plural;
+  if (measurement.kind == Kind::kStationary) return count + " stationary point" + plural + drawn;
   return count + " point" + plural + " streamed in " + fixed(figure.summary.seconds, 1) + " s" +
-         (measurement.manner.empty() ? "" : ", " + measurement.manner);
+         (measurement.manner.empty() ? "" : ", " + measurement.manner) + drawn;
 }
 
 }  // namespace

@@ -97,7 +97,8 @@ void draw_facts(Svg& svg, const Box& box, const Figure& figure) {
   const auto& unit = *figure.measurement.unit;
   const auto& summary = figure.summary;
   Column column(svg, box);
-  if (figure.measurement.kind == Kind::kCentre) return list_centre(column, unit, figure.measurement.points.front());
+  if (figure.measurement.kind == Kind::kCentre)
+    return list_centre(column, unit, figure.measurement.sample.points.front());
   column.heading("Measured");
   column.row("points", std::to_string(summary.count));
   column.row("time", fixed(summary.seconds, 2) + " s");

@@ -19,8 +19,8 @@ Series series_of(std::string name, const std::vector<Thing>& things, const auto&
 }  // namespace
 
 Figure figure_of(const Measurement& measurement) {
-  Figure figure{measurement, summarise(measurement.points), std::nullopt};
-  if (measurement.kind == Kind::kStream) figure.circle = fit_circle(measurement.points);
+  Figure figure{measurement, measurement.totals.summary(), std::nullopt};
+  if (measurement.kind == Kind::kStream) figure.circle = fit_circle(measurement.sample.points);
   const auto& summary = figure.summary;
   const double extent = std::max(summary.high[0] - summary.low[0], summary.high[1] - summary.low[1]);
   figure.around_mean = extent * measurement.unit->metres < kLeastAbsoluteMetres && !figure.circle;
@@ -28,7 +28,7 @@ Figure figure_of(const Measurement& measurement) {
 }
 
 Curves deviations_of(const Figure& figure) {
-  const auto& points = figure.measurement.points;
+  const auto& points = figure.measurement.sample.points;
   const auto& unit = *figure.measurement.unit;
   Curves curves;
   curves.quantity = "deviation";
@@ -56,17 +56,19 @@ Curves deviations_of(const Figure& figure) {
 }
 
 Curves steps_of(const Figure& figure) {
-  const auto& points = figure.measurement.points;
-  Series steps{"in space", {}};
-  for (std::size_t i = 1; i < points.size(); ++i) steps.values.push_back(distance(points[i - 1], points[i]));
-  return {"Distance from the point before", "distance", std::string(figure.measurement.unit->name), true, {steps}};
+  const auto& steps = figure.measurement.sample.steps;
+  return {"Distance from the point before",
+          "distance",
+          std::string(figure.measurement.unit->name),
+          true,
+          {{"in space", {steps.begin() + 1, steps.end()}}}};
 }
 
 Curves angles_of(const Figure& figure) {
   Curves curves{"Rotation angles of the probe", "angle", "°", false, {}};
   for (std::size_t i = 0; i < 3; ++i) {
     curves.series.push_back(
-        series_of(kAxisNames[i], figure.measurement.attitudes, [i](const Attitude& a) { return a.angles[i]; }));
+        series_of(kAxisNames[i], figure.measurement.sample.attitudes, [i](const Attitude& a) { return a.angles[i]; }));
   }
   return curves;
 }

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <nlohmann/json.hpp>
-#include <ostream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -12,12 +11,16 @@
 namespace kestrine::cli {
 namespace {
 
-using Row = std::size_t;  // counts from 0
 using Names = std::vector<std::string>;
+
+struct Row {
+  const Point& point;
+  const Attitude& attitude;
+};
 
 struct Column {
   std::string name;
-  std::function<double(Row)> value;
+  std::function<double(const Row&)> value;
   bool whole;  // an integer
 };
 
@@ -27,13 +30,19 @@ Names of_axes(const std::string& before, const std::string& after) {
 
 // A column for each name: of the member, or of each element of one that is an array.
 template <class Item, class Value>
-void add(std::vector<Column>& columns, const std::vector<Item>& items, Value Item::*member, const Names& names) {
+void add(std::vector<Column>& columns, Value Item::*member, const Names& names) {
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const auto value = [=, &items](Row row) -> double {
+    const auto value = [=](const Row& row) -> double {
+      const auto& found = [&]() -> const Value& {
+        if constexpr (std::is_same_v<Item, Point>)
+          return row.point.*member;
+        else
+          return row.attitude.*member;
+      }();
       if constexpr (std::is_arithmetic_v<Value>) {
-        return items[row].*member;
+        return found;
       } else {
-        return (items[row].*member)[i];
+        return found[i];
       }
     };
     columns.push_back({names[i], value, std::is_integral_v<Value>});
@@ -41,54 +50,68 @@ void add(std::vector<Column>& columns, const std::vector<Item>& items, Value Ite
 }
 
 std::vector<Column> columns_of(const Measurement& measurement) {
-  const auto& points = measurement.points;
-  const auto& attitudes = measurement.attitudes;
   const std::string unit = std::string("_").append(measurement.unit->name);
   const bool stream = measurement.kind == Kind::kStream;
   std::vector<Column> columns;
-  if (measurement.kind != Kind::kCentre) add(columns, points, &Point::seconds, {"time_s"});
-  add(columns, points, &Point::position, of_axes("", unit));
+  if (measurement.kind != Kind::kCentre) add(columns, &Point::seconds, {"time_s"});
+  add(columns, &Point::position, of_axes("", unit));
   if (!stream || measurement.extended) {
-    add(columns, points, &Point::deviation, of_axes("std_", unit));
-    add(columns, points, &Point::deviation_total, {"std_total" + unit});
+    add(columns, &Point::deviation, of_axes("std_", unit));
+    add(columns, &Point::deviation_total, {"std_total" + unit});
   }
   if (measurement.extended) {
     const std::string squared = unit + "2";
-    add(columns, points, &Point::covariance, {"cov_xy" + squared, "cov_xz" + squared, "cov_yz" + squared});
+    add(columns, &Point::covariance, {"cov_xy" + squared, "cov_xz" + squared, "cov_yz" + squared});
   }
-  if (!attitudes.empty()) {
-    add(columns, attitudes, &Attitude::quaternion, {"quaternion_0", "quaternion_1", "quaternion_2", "quaternion_3"});
-    add(columns, attitudes, &Attitude::angles, of_axes("rotation_", "_deg"));
-    add(columns, attitudes, &Attitude::deviation, of_axes("std_rotation_", "_deg"));
-    add(columns, attitudes, &Attitude::deviation_total, {"std_rotation_total_deg"});
-    add(columns, attitudes, &Attitude::rotation_status, {"rotation_status"});
-    add(columns, attitudes, &Attitude::trigger, {"trigger"});
+  if (measurement.attitudes) {
+    add(columns, &Attitude::quaternion, {"quaternion_0", "quaternion_1", "quaternion_2", "quaternion_3"});
+    add(columns, &Attitude::angles, of_axes("rotation_", "_deg"));
+    add(columns, &Attitude::deviation, of_axes("std_rotation_", "_deg"));
+    add(columns, &Attitude::deviation_total, {"std_rotation_total_deg"});
+    add(columns, &Attitude::rotation_status, {"rotation_status"});
+    add(columns, &Attitude::trigger, {"trigger"});
   }
-  add(columns, points, &Point::temperature, {"temperature_c"});
-  add(columns, points, &Point::pressure, {"pressure_mbar"});
-  add(columns, points, &Point::humidity, {"humidity_percent"});
-  if (stream) add(columns, points, &Point::status, {"status"});
+  add(columns, &Point::temperature, {"temperature_c"});
+  add(columns, &Point::pressure, {"pressure_mbar"});
+  add(columns, &Point::humidity, {"humidity_percent"});
+  if (stream) add(columns, &Point::status, {"status"});
   return columns;
+}
+
+// Calls `write` with the index and the row of each.
+void for_each_row(std::size_t index, std::span<const Point> points, std::span<const Attitude> attitudes,
+                  const auto& write) {
+  static const Attitude none;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    write(index + i + 1, Row{points[i], attitudes.empty() ? none : attitudes[i]});
+  }
 }
 
 }  // namespace
 
-void write_csv(std::ostream& out, const Measurement& measurement) {
+std::string csv_rows(const Measurement& measurement, std::size_t index, std::span<const Point> points,
+                     std::span<const Attitude> attitudes) {
   const auto columns = columns_of(measurement);
-  out << "index";
-  for (const auto& column : columns) out << ',' << column.name;
-  out << '\n';
-  for (Row row = 0; row < measurement.points.size(); ++row) {
-    out << row + 1;
-    for (const auto& column : columns) out << ',' << shortest(column.value(row));
-    out << '\n';
+  std::string text;
+  if (index == 0) {
+    text += "index";
+    for (const auto& column : columns) text += ',' + column.name;
+    text += '\n';
   }
+  for_each_row(index, points, attitudes, [&](std::size_t number, const Row& row) {
+    text += std::to_string(number);
+    for (const auto& column : columns) text += ',' + shortest(column.value(row));
+    text += '\n';
+  });
+  return text;
 }
 
-void write_json_lines(std::ostream& out, const Measurement& measurement) {
+std::string json_rows(const Measurement& measurement, std::size_t index, std::span<const Point> points,
+                      std::span<const Attitude> attitudes) {
   const auto columns = columns_of(measurement);
-  for (Row row = 0; row < measurement.points.size(); ++row) {
-    nlohmann::ordered_json line{{"index", row + 1}};
+  std::string text;
+  for_each_row(index, points, attitudes, [&](std::size_t number, const Row& row) {
+    nlohmann::ordered_json line{{"index", number}};
     for (const auto& column : columns) {
       const double value = column.value(row);
       auto& field = line[column.name];
@@ -98,8 +121,9 @@ void write_json_lines(std::ostream& out, const Measurement& measurement) {
         field = value;
       }
     }
-    out << line.dump() << '\n';
-  }
+    text += line.dump() + '\n';
+  });
+  return text;
 }
 
 }  // namespace kestrine::cli

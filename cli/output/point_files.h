@@ -1,15 +1,25 @@
-// Measured points as CSV and as JSON lines. Both have the same columns, whose names carry their units.
+// Measured points as rows of CSV and of JSON lines. Both have the same columns, whose names carry their units.
 #pragma once
 
-#include <iosfwd>
+#include <cstddef>
+#include <span>
+#include <string>
 
 #include "cli/points/measurement.h"
 
 namespace kestrine::cli {
 
-// One line of column names, then one line a point. A value that is not finite leaves its field empty.
-void write_csv(std::ostream& out, const Measurement& measurement);
+// The rows of points, the first of which is the one with that index, counted from 0; with the attitudes of as many
+// points where the measurement has them.
+using RowWriter = std::string (*)(const Measurement&, std::size_t index, std::span<const Point>,
+                                  std::span<const Attitude>);
+
+// A line of column names before the first point, then one line a point. A value that is not finite leaves its field
+// empty.
+std::string csv_rows(const Measurement& measurement, std::size_t index, std::span<const Point> points,
+                     std::span<const Attitude> attitudes);
 // One object a line and point. A value that is not finite is null.
-void write_json_lines(std::ostream& out, const Measurement& measurement);
+std::string json_rows(const Measurement& measurement, std::size_t index, std::span<const Point> points,
+                      std::span<const Attitude> attitudes);
 
 }  // namespace kestrine::cli

@@ -43,18 +43,14 @@ void print_line(std::ostream& out, const std::string& name, const std::string& t
   out << std::left << std::setw(10) << name << text << '\n';
 }
 
-void print_attitudes(std::ostream& out, const std::vector<Attitude>& attitudes) {
-  if (attitudes.empty()) return;
+void print_attitudes(std::ostream& out, const Totals& totals) {
   std::string angles;
   for (std::size_t i = 0; i < 3; ++i) {
-    const auto less = [i](const Attitude& a, const Attitude& b) { return a.angles[i] < b.angles[i]; };
-    const auto [low, high] = std::minmax_element(attitudes.begin(), attitudes.end(), less);
-    angles += (i > 0 ? ", " : "") + std::string(kAxisNames[i]) + " " + fixed(low->angles[i], 3) + "° to " +
-              fixed(high->angles[i], 3) + "°";
+    angles += (i > 0 ? ", " : "") + std::string(kAxisNames[i]) + " " + fixed(totals.low_angles()[i], 3) + "° to " +
+              fixed(totals.high_angles()[i], 3) + "°";
   }
   print_line(out, "rotation", angles);
-  const auto pressed = std::count_if(attitudes.begin(), attitudes.end(), [](const auto& a) { return a.trigger != 0; });
-  print_line(out, "button", "pressed at " + std::to_string(pressed) + " points");
+  print_line(out, "button", "pressed at " + std::to_string(totals.pressed()) + " points");
 }
 
 }  // namespace
@@ -87,9 +83,9 @@ void print_table_row(std::ostream& out, const LengthUnit& unit, const std::strin
 }
 
 void print_table_foot(std::ostream& out, const Measurement& measurement) {
-  if (measurement.points.empty()) return;
+  if (measurement.count() == 0) return;
   const auto& unit = *measurement.unit;
-  const Summary summary = summarise(measurement.points);
+  const Summary summary = measurement.totals.summary();
   out << rule() << '\n';
   out << right_aligned("mean", kIndexWidth) << position_cells(unit, summary.mean) << '\n';
   if (summary.count > 1) {
@@ -102,7 +98,7 @@ void print_table_foot(std::ostream& out, const Measurement& measurement) {
 
 void print_centre(std::ostream& out, const Measurement& measurement) {
   print_table_head(out, *measurement.unit);
-  print_table_row(out, *measurement.unit, "centre", measurement.points.front());
+  print_table_row(out, *measurement.unit, "centre", measurement.last);
   out << '\n';
   print_line(out, "centre", "of a " + measurement.manner);
 }
@@ -115,7 +111,7 @@ void print_completeness(std::ostream& out, const Measurement& measurement, const
   std::string received = reception.packets == 0 ? "nothing" : counted(reception.packets, "packet");
   if (reception.points > 0) received += ", " + counted(reception.points, "point");
   if (reception.packets > 0 && measurement.kind == Kind::kCentre) received += ", the centre";
-  const std::size_t kept = measurement.points.size();
+  const std::size_t kept = measurement.count();
   if (reception.points > kept) received += " (" + std::to_string(reception.points - kept) + " after the end)";
   if (reception.bytes > 0) received += ", " + std::to_string(reception.bytes) + " bytes";
   print_line(out, "received", received);
@@ -141,13 +137,12 @@ void print_stream_summary(std::ostream& out, const Measurement& measurement) {
                    unit.position_text(circle->radius));
     print_line(out, "deviation", unit.deviation_text(circle->rms) + " rms from the circle in X and Y");
   } else {
-    print_line(out, "deviation",
-               unit.deviation_text(summary.rms_distance) + " rms from the mean, " +
-                   unit.deviation_text(summary.max_distance) + " at most");
+    print_line(out, "deviation", unit.deviation_text(summary.rms_distance) + " rms from the mean");
   }
-  print_attitudes(out, measurement.attitudes);
-  const auto doubtful = std::count_if(measurement.points.begin(), measurement.points.end(),
-                                      [](const Point& point) { return point.status != 0; });
+  if (measurement.sample.stride > 1)
+    print_line(out, "drawn", measurement.thinned_text() + (figure.circle ? ", the circle is theirs" : ""));
+  if (measurement.attitudes) print_attitudes(out, measurement.totals);
+  const std::size_t doubtful = measurement.totals.doubtful();
   if (doubtful > 0) print_line(out, "doubtful", std::to_string(doubtful) + " points with a warning of the tracker");
   out << std::flush;
 }

@@ -84,37 +84,42 @@ double covered_arc(const Circle& circle, const std::vector<Planar>& points) {
 
 }  // namespace
 
-Summary summarise(std::span<const Point> points) {
+void Totals::add(const Point& point, const Attitude* attitude) {
+  const bool first = count_++ == 0;
+  if (first) first_seconds_ = point.seconds;
+  last_seconds_ = point.seconds;
+  const auto widen = [first](Vector& low, Vector& high, const Vector& value) {
+    for (std::size_t i = 0; i < 3; ++i) {
+      low[i] = first ? value[i] : std::min(low[i], value[i]);
+      high[i] = first ? value[i] : std::max(high[i], value[i]);
+    }
+  };
+  widen(low_, high_, point.position);
+  // Each point moves the mean a little: micrometres at tens of metres would suffer in plain sums.
+  for (std::size_t i = 0; i < 3; ++i) {
+    const double off = point.position[i] - mean_[i];
+    mean_[i] += off / static_cast<double>(count_);
+    squares_[i] += off * (point.position[i] - mean_[i]);
+  }
+  doubtful_ += point.status != 0 ? 1 : 0;
+  if (attitude == nullptr) return;
+  pressed_ += attitude->trigger != 0 ? 1 : 0;
+  widen(low_angles_, high_angles_, attitude->angles);
+}
+
+Summary Totals::summary() const {
   Summary summary;
-  summary.count = points.size();
-  if (points.empty()) return summary;
-  const auto count = static_cast<double>(points.size());
-  summary.seconds = points.back().seconds - points.front().seconds;
+  summary.count = count_;
+  if (count_ == 0) return summary;
+  const auto count = static_cast<double>(count_);
+  summary.seconds = last_seconds_ - first_seconds_;
   if (summary.seconds > 0) summary.rate = (count - 1) / summary.seconds;
-  summary.low = summary.high = points.front().position;
-  // Relative to the first point: micrometres at tens of metres would suffer in plain sums.
-  const Vector origin = points.front().position;
-  for (const auto& point : points) {
-    for (std::size_t i = 0; i < 3; ++i) {
-      summary.mean[i] += (point.position[i] - origin[i]) / count;
-      summary.low[i] = std::min(summary.low[i], point.position[i]);
-      summary.high[i] = std::max(summary.high[i], point.position[i]);
-    }
-  }
-  for (std::size_t i = 0; i < 3; ++i) summary.mean[i] += origin[i];
-  Vector squares{};
-  for (const auto& point : points) {
-    double square = 0;
-    for (std::size_t i = 0; i < 3; ++i) {
-      const double off = point.position[i] - summary.mean[i];
-      squares[i] += off * off;
-      square += off * off;
-    }
-    summary.max_distance = std::max(summary.max_distance, std::sqrt(square));
-  }
-  summary.rms_distance = std::sqrt((squares[0] + squares[1] + squares[2]) / count);
-  if (points.size() > 1) {
-    for (std::size_t i = 0; i < 3; ++i) summary.spread[i] = std::sqrt(squares[i] / (count - 1));
+  summary.low = low_;
+  summary.high = high_;
+  summary.mean = mean_;
+  summary.rms_distance = std::sqrt((squares_[0] + squares_[1] + squares_[2]) / count);
+  if (count_ > 1) {
+    for (std::size_t i = 0; i < 3; ++i) summary.spread[i] = std::sqrt(squares_[i] / (count - 1));
   }
   return summary;
 }
@@ -126,7 +131,9 @@ double Circle::radial_deviation(const Point& point) const {
 std::optional<Circle> fit_circle(std::span<const Point> points) {
   if (points.size() < kFewestForCircle) return std::nullopt;
   // Scaled to the size of the figure, so that the limits above hold in every unit.
-  const Summary summary = summarise(points);
+  Totals totals;
+  for (const auto& point : points) totals.add(point);
+  const Summary summary = totals.summary();
   const double scale = std::max(summary.high[0] - summary.low[0], summary.high[1] - summary.low[1]);
   if (!(scale > 0)) return std::nullopt;
   std::vector<Planar> planar;

@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-#include "cli/points/measurement.h"
+#include "cli/points/point.h"
 
 namespace kestrine::cli {
 
@@ -18,10 +18,34 @@ struct Summary {
   Vector low{};
   Vector high{};
   double rms_distance = 0;  // from the mean, in space
-  double max_distance = 0;
 };
 
-Summary summarise(std::span<const Point> points);
+// Grows with every point, and keeps none.
+class Totals {
+ public:
+  void add(const Point& point, const Attitude* attitude = nullptr);
+
+  std::size_t count() const { return count_; }
+  Summary summary() const;
+  std::size_t doubtful() const { return doubtful_; }  // with a warning of the tracker
+  // Of the probe.
+  std::size_t pressed() const { return pressed_; }
+  const Vector& low_angles() const { return low_angles_; }
+  const Vector& high_angles() const { return high_angles_; }
+
+ private:
+  std::size_t count_ = 0;
+  double first_seconds_ = 0;
+  double last_seconds_ = 0;
+  Vector mean_{};
+  Vector squares_{};  // of the distances from the mean
+  Vector low_{};
+  Vector high_{};
+  std::size_t doubtful_ = 0;
+  std::size_t pressed_ = 0;
+  Vector low_angles_{};
+  Vector high_angles_{};
+};
 
 // The least-squares circle through the points as seen from above.
 struct Circle {

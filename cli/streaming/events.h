@@ -8,6 +8,7 @@
 
 #include "cli/common/failure.h"
 #include "cli/common/terminal.h"
+#include "cli/output/record.h"
 #include "cli/points/completeness.h"
 #include "cli/points/measurement.h"
 #include "cli/points/packets.h"
@@ -27,9 +28,9 @@ struct StreamState {
 // Blocks only add up: what has come is looked at when a slice of the loop is over.
 class StreamEvents : public AsyncEvents {
  public:
-  // The connection and the measurement outlive the sink's subscription. Points are appended to the measurement, with
-  // seconds since the first one.
-  StreamEvents(ILTConnect& connection, Measurement& measurement) : connection_(connection), measurement_(measurement) {}
+  // All three outlive the sink's subscription.
+  StreamEvents(ILTConnect& connection, Measurement& measurement, Record& record)
+      : connection_(connection), measurement_(measurement), record_(record) {}
 
   StreamState state;
   std::optional<VL_Command> awaited;  // until its answer has come
@@ -128,16 +129,13 @@ class StreamEvents : public AsyncEvents {
     reception.announced_points += static_cast<std::size_t>(std::max(points, 0));
     const Packet packet(connection_);
     if (packet.bytes().size() != static_cast<std::size_t>(bytes)) return;  // another one has taken its place
-    StreamBlock block = read_stream_block(packet.bytes());
+    const StreamBlock block = read_stream_block(packet.bytes());
     ++reception.packets;
     reception.points += block.points.size();
     reception.bytes += packet.bytes().size();
-    for (Point& point : block.points) {
-      if (!first_seconds_) first_seconds_ = point.seconds;
-      point.seconds -= *first_seconds_;
-      measurement_.points.push_back(point);
-    }
-    measurement_.attitudes.insert(measurement_.attitudes.end(), block.attitudes.begin(), block.attitudes.end());
+    if (block.attitudes.empty() == measurement_.attitudes) throw Failure("the tracker sent points of another kind");
+    record_.add(block.points, block.attitudes);
+    if (record_.has_passed_end()) host::quit();
   }
 
   void take_centre(const Vector& position, const Vector& deviation, double total, const Vector& covariance,
@@ -146,13 +144,17 @@ class StreamEvents : public AsyncEvents {
     ++state.reception.announced;
     if (!has_position(point)) return fail("the tracker sent a centre without a position");
     ++state.reception.packets;
-    measurement_.points.push_back(point);
+    try {
+      record_.add({&point, 1});
+    } catch (const std::exception& error) {
+      fail(error.what());
+    }
     host::quit();
   }
 
   ILTConnect& connection_;
   Measurement& measurement_;
-  std::optional<double> first_seconds_;
+  Record& record_;
 };
 
 }  // namespace kestrine::cli

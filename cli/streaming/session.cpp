@@ -1,7 +1,9 @@
 #include "cli/streaming/session.h"
 
 #include <chrono>
+#include <utility>
 
+#include "cli/common/connect.h"
 #include "cli/common/failure.h"
 #include "cli/common/terminal.h"
 
@@ -9,16 +11,18 @@ namespace kestrine::cli {
 namespace {
 
 constexpr std::chrono::milliseconds kSlice{50};
+constexpr std::chrono::milliseconds kShortSlice{10};
 constexpr double kLongestAnswer = 10;      // seconds
 constexpr double kLongestInitialise = 60;  // with a search for the reflector
+constexpr double kLongestClosing = 2;      // without a word of the tracker
+constexpr double kClosingInSilence = 0.03;
 
 }  // namespace
 
-StreamSession::StreamSession(const Endpoint& endpoint, Measurement& measurement)
-    : measurement_(measurement), connection_(create<ILTConnect>(CLSID_LTConnect)) {
-  check(connection_->ConnectEmbeddedSystem(Text(endpoint.host), endpoint.port));
+StreamSession::StreamSession(const Endpoint& endpoint, Measurement& measurement, Record& record)
+    : measurement_(measurement), connection_(connect(endpoint)) {
   commands_ = command_async(*connection_);
-  events_ = Pointer<StreamEvents>::adopt(new StreamEvents(*connection_, measurement));
+  events_ = Pointer<StreamEvents>::adopt(new StreamEvents(*connection_, measurement, record));
   subscription_ = Subscription(*commands_, DIID__ILTCommandAsyncEvents, *events_);
 }
 
@@ -32,17 +36,20 @@ StreamSession::~StreamSession() {
 void StreamSession::call(VL_Command command, HRESULT sent, Patience patience) {
   if (FAILED(sent)) throw Failure(text_of(take_error(sent)));
   events_->awaited = command;
-  const Stopwatch watch;
-  const double longest = command == VL_C_Initialize ? kLongestInitialise : kLongestAnswer;
+  Stopwatch watch;
+  double longest = command == VL_C_Initialize ? kLongestInitialise : kLongestAnswer;
+  if (patience == Patience::kClosing) longest = silent_ ? kClosingInSilence : kLongestClosing;
+  std::size_t packets = state().reception.packets;
   while (events_->awaited) {
     if (!state().failure.empty()) throw Failure(state().failure);
-    if (patience == Patience::kUntilStopped && terminal::stop_asked()) throw Stopped();
-    if (watch.seconds() > longest) {
-      throw Failure("the tracker does not answer command " + std::to_string(command) + " within " +
-                    std::to_string(static_cast<int>(longest)) + " s");
-    }
-    host::run_for(kSlice);
+    const bool stopped = patience == Patience::kUntilStopped && terminal::stop_asked();
+    silent_ |= stopped || watch.seconds() > longest;
+    if (stopped) throw Stopped();
+    if (watch.seconds() > longest) throw Failure("the tracker does not answer command " + std::to_string(command));
+    host::run_for(patience == Patience::kClosing ? kShortSlice : kSlice);
+    if (patience == Patience::kClosing && std::exchange(packets, state().reception.packets) != packets) watch = {};
   }
+  silent_ = false;
 }
 
 void StreamSession::prepare() {
@@ -59,14 +66,14 @@ void StreamSession::ask_for_unsolicited_messages() {
   call(VL_C_GetSystemSettings, commands_->GetSystemSettings());
   if (events_->system_settings.bSendUnsolicitedMessages != 0) return;
   settings_changed_ = true;
-  call(VL_C_SetSystemSettings, set_unsolicited_messages(true), Patience::kToTheEnd);
+  call(VL_C_SetSystemSettings, set_unsolicited_messages(true));
 }
 
 void StreamSession::restore_settings() {
   if (!settings_changed_ || state().lost) return;
   try {
     events_->state.failure.clear();
-    call(VL_C_SetSystemSettings, set_unsolicited_messages(false), Patience::kToTheEnd);
+    call(VL_C_SetSystemSettings, set_unsolicited_messages(false), Patience::kClosing);
   } catch (const std::exception& error) {
     terminal::print_error(std::string("the tracker's system settings could not be put back: ") + error.what());
   }
@@ -121,11 +128,12 @@ void StreamSession::start(bool probe) {
   events_->state.count_reached = false;  // of a measurement before this one
   const HRESULT sent =
       probe ? commands_->StartContinuousProbeMeasurement() : commands_->StartContinuousPointMeasurement();
-  call(VL_C_StartMeasurement, sent, Patience::kToTheEnd);
+  call(VL_C_StartMeasurement, sent);
 }
 
 void StreamSession::stop() {
-  call(VL_C_StopMeasurement, commands_->StopContinuousMeasurement(), Patience::kToTheEnd);
+  events_->state.failure.clear();
+  call(VL_C_StopMeasurement, commands_->StopContinuousMeasurement(), Patience::kClosing);
 }
 
 }  // namespace kestrine::cli

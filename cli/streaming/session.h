@@ -8,11 +8,11 @@
 
 namespace kestrine::cli {
 
-// Throws kestrine::Error when there is no connection, Failure for what cannot be sent and for what the tracker refuses
-// or leaves unanswered, and Stopped when the user wants to stop meanwhile.
+// Throws Failure when there is no connection, for what cannot be sent and for what the tracker refuses or leaves
+// unanswered, and Stopped when the user wants to stop meanwhile.
 class StreamSession {
  public:
-  StreamSession(const Endpoint& endpoint, Measurement& measurement);
+  StreamSession(const Endpoint& endpoint, Measurement& measurement, Record& record);
   ~StreamSession();
   StreamSession(const StreamSession&) = delete;
   StreamSession& operator=(const StreamSession&) = delete;
@@ -20,15 +20,19 @@ class StreamSession {
   // Units, right-handed X, Y, Z, and who the tracker is.
   void prepare();
   void set_mode(const StreamOptions& options);
-  // Does not give up for a user who wants to stop: what has been started is to be stopped properly.
+  // However it ends, the tracker may be measuring from then on.
   void start(bool probe);
-  // What the tracker has measured until then comes before it returns.
+  // What the tracker has measured until then comes before it returns. Does not give up for a user who wants to stop,
+  // but soon where the tracker says nothing any more.
   void stop();
+  // The tracker may have gone silent: the next call that closes something hardly waits, nor do others until there is
+  // an answer.
+  void expect_no_answer() { silent_ = true; }
 
   const StreamState& state() const { return events_->state; }
 
  private:
-  enum class Patience { kUntilStopped, kToTheEnd };
+  enum class Patience { kUntilStopped, kClosing };
 
   void call(VL_Command command, HRESULT sent, Patience patience = Patience::kUntilStopped);
   void ask_for_unsolicited_messages();
@@ -42,6 +46,7 @@ class StreamSession {
   Pointer<StreamEvents> events_;
   Subscription subscription_;
   bool settings_changed_ = false;
+  bool silent_ = false;  // the latest answer is owed
 };
 
 }  // namespace kestrine::cli

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "cli/common/failure.h"
 #include "cli/common/terminal.h"
 #include "cli/output/progress.h"
 #include "cli/output/report.h"
@@ -23,8 +24,9 @@ constexpr const char* kFooter =
     "Examples:\n"
     "  kestrine measure --simulate --points 5 --csv points.csv --svg points.svg\n"
     "  kestrine measure --host 192.168.0.1 --port 7000 --length-unit in --json points.jsonl\n\n"
-    "Ctrl-C stops a measurement; what was measured until then is kept.\n"
-    "Exit status: 0 done, 1 failed, 2 wrong usage, 130 stopped by Ctrl-C.";
+    "Rows are written as they come, and FILE may be - for standard output. Ctrl-C stops a measurement; what was\n"
+    "measured until then is kept. A second one leaves at once.\n"
+    "Exit status: 0 done, 1 failed, 2 wrong usage, 130 stopped by Ctrl-C or another signal.";
 
 struct MeasureOptions {
   CommonOptions common;
@@ -33,7 +35,7 @@ struct MeasureOptions {
 };
 
 void measure_series(StationarySession& session, const MeasureOptions& options, std::ostream& out,
-                    Measurement& measurement) {
+                    Measurement& measurement, Record& record) {
   const bool extended = options.common.extended;
   session.prepare(*measurement.unit);
   measurement.tracker = session.identify();
@@ -42,26 +44,24 @@ void measure_series(StationarySession& session, const MeasureOptions& options, s
   print_table_head(out, *measurement.unit);
   const Stopwatch watch;
   Progress progress(std::cerr, !options.common.quiet && terminal::shows_progress(), {options.points, 0});
-  double first = 0;
-  while (measurement.points.size() < options.points && !terminal::stop_asked()) {
-    progress.update(measurement.points.size(), watch.seconds());
+  while (measurement.count() < options.points && !terminal::stop_asked()) {
+    progress.update(measurement.count(), watch.seconds());
     Point point = session.measure_point(extended);
-    const double now = watch.seconds();
-    if (measurement.points.empty()) first = now;
-    point.seconds = now - first;
-    measurement.points.push_back(point);
+    point.seconds = watch.seconds();
     progress.clear();
-    print_table_row(out, *measurement.unit, std::to_string(measurement.points.size()), point);
+    record.add({&point, 1});
+    print_table_row(out, *measurement.unit, std::to_string(measurement.count()), point);
   }
 }
 
 Outcome measure(const MeasureOptions& options) {
-  const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement) {
+  const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement, Record& record) {
     StationarySession session(endpoint);
     try {
-      measure_series(session, options, out, measurement);
+      measure_series(session, options, out, measurement, record);
     } catch (const Error&) {
       session.throw_if_lost();
+      if (terminal::stop_asked()) throw Stopped();
       throw;
     }
   };

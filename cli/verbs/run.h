@@ -5,6 +5,7 @@
 #include <iosfwd>
 
 #include "cli/common/options.h"
+#include "cli/output/record.h"
 #include "cli/points/measurement.h"
 
 namespace kestrine::cli {
@@ -13,7 +14,7 @@ enum class Outcome { kComplete, kStopped };
 
 struct Task {
   // Measures; `out` is for people. May throw Stopped as well as whatever is wrong.
-  std::function<void(const Endpoint&, std::ostream& out, Measurement&)> measure;
+  std::function<void(const Endpoint&, std::ostream& out, Measurement&, Record&)> measure;
   // Says what has been measured, which may be nothing.
   std::function<void(std::ostream& out, const Measurement&)> summarise;
 };

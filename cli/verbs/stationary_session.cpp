@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "cli/common/connect.h"
 #include "cli/common/failure.h"
 #include "cli/common/terminal.h"
 
@@ -16,8 +17,7 @@ class StationarySession::StatusListener : public SyncEvents {
   }
 };
 
-StationarySession::StationarySession(const Endpoint& endpoint) : connection_(create<ILTConnect>(CLSID_LTConnect)) {
-  check(connection_->ConnectEmbeddedSystem(Text(endpoint.host), endpoint.port));
+StationarySession::StationarySession(const Endpoint& endpoint) : connection_(connect(endpoint)) {
   commands_ = command_sync(*connection_);
   listener_ = Pointer<StatusListener>::adopt(new StatusListener);
   subscription_ = Subscription(*commands_, DIID__ILTCommandSyncEvents, *listener_);

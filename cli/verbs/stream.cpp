@@ -36,8 +36,9 @@ constexpr const char* kFooter =
     "  kestrine stream --simulate --duration 5 --csv path.csv --svg path.svg\n"
     "  kestrine stream --simulate --mode grid --cell 20 20 20 --probe --svg grid.svg\n"
     "  kestrine stream --host 192.168.0.1 --port 7000 --mode sphere-center --count 200\n\n"
-    "Ctrl-C stops a measurement; what was measured until then is kept.\n"
-    "Exit status: 0 done, 1 failed or incomplete, 2 wrong usage, 130 stopped by Ctrl-C.";
+    "Rows are written as they come, and FILE may be - for standard output. Ctrl-C stops a measurement; what was\n"
+    "measured until then is kept. A second one leaves at once.\n"
+    "Exit status: 0 done, 1 failed or incomplete, 2 wrong usage, 130 stopped by Ctrl-C or another signal.";
 
 // An option that not every mode has.
 struct ModeOption {
@@ -90,17 +91,18 @@ std::string manner_of(const StreamOptions& options) {
 
 Outcome stream(const StreamOptions& options) {
   std::optional<Completeness> completeness;  // since the stream was started
-  const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement) {
+  const auto take = [&](const Endpoint& endpoint, std::ostream& out, Measurement& measurement, Record& record) {
     measurement.manner = manner_of(options);
     measurement.spaced = options.mode->spacing != Spacing::kTime;
     measurement.extended |= options.probe;
-    StreamSession session(endpoint, measurement);
+    measurement.attitudes = options.probe && !options.mode->is_centre;
+    StreamSession session(endpoint, measurement, record);
     session.prepare();
     print_tracker(out, measurement.tracker, *measurement.unit);
-    measure_stream(session, options, measurement, completeness);
+    measure_stream(session, options, record, completeness);
   };
   const auto summarise = [&](std::ostream& out, const Measurement& measurement) {
-    if (!measurement.points.empty()) {
+    if (measurement.count() > 0) {
       options.mode->is_centre ? print_centre(out, measurement) : print_stream_summary(out, measurement);
     }
     if (completeness) print_completeness(out, measurement, *completeness);

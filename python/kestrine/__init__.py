@@ -15,6 +15,8 @@ Objects live on the thread that creates them. It must deliver messages: in a wai
 kin, or from a loop of its own that watches fileno(); asyncio programs use kestrine.aio.
 """
 
+from typing import TYPE_CHECKING
+
 from . import aio, enumerations, records
 from ._constants import constants
 from ._errors import NoticeWarning, ServerWarning, com_error
@@ -25,5 +27,19 @@ from ._object import Dispatch, Object
 from ._points import points
 from ._simulator import Simulator
 from .enumerations import *
+
+if TYPE_CHECKING:  # of the objects; at run time their classes are made from what the objects tell of themselves
+    from ._interfaces import AsyncEvents as AsyncEvents
+    from ._interfaces import ILTCommandAsync2 as ILTCommandAsync2
+    from ._interfaces import ILTCommandSync2 as ILTCommandSync2
+    from ._interfaces import ILTConnect2 as ILTConnect2
+    from ._interfaces import SyncEvents as SyncEvents
+
+__all__ = [
+    "Dispatch", "DispatchWithEvents", "NoticeWarning", "Object", "PostQuitMessage", "PumpEvents", "PumpMessages",
+    "PumpWaitingMessages", "ServerWarning", "Simulator", "WithEvents", "aio", "behaviour", "com_error", "constants",
+    "enumerations", "fileno", "points", "records", "set_behaviour",
+]
+__all__ += enumerations.__all__
 
 set_behaviour("modern")

@@ -1,5 +1,7 @@
 """The thread's message loop."""
 
+import asyncio
+
 from . import _kestrine
 
 fileno = _kestrine.fileno
@@ -23,3 +25,14 @@ def PumpEvents(seconds: float) -> bool:
 def PostQuitMessage() -> None:
     """Ends the innermost PumpMessages() or PumpEvents(), or the next one."""
     _kestrine.quit()
+
+
+def raise_cancellation() -> None:
+    """Raises in a task that has been cancelled since it was last resumed, as Ctrl-C does it: while a call waits, the
+    task does not come to where asyncio would tell it."""
+    try:
+        task = asyncio.current_task()
+    except RuntimeError:  # no loop runs
+        return
+    if getattr(task, "_must_cancel", False):
+        raise asyncio.CancelledError

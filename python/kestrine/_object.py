@@ -5,7 +5,8 @@ import warnings
 from typing import TYPE_CHECKING, Any, Literal, overload
 
 from ._errors import ServerWarning, com_error
-from ._kestrine import ComObject
+from ._kestrine import ComObject, Parameter
+from ._tables import CALLS, DOCS
 from ._types import CONVERTERS
 
 if TYPE_CHECKING:
@@ -46,6 +47,11 @@ class Object:
         object.__setattr__(self, known or name, value)
 
     _is_closed_ = True  # no attributes but members
+
+    def _end_calls(self) -> None:
+        """Of kestrine.aio, when the program itself opens or closes the connection: no event tells that."""
+        if (calls := vars(self).get("_calls")) is not None:
+            calls.end_link("the connection has been closed")
 
     def __eq__(self, other: object) -> bool:
         return isinstance(other, Object) and self._com.identity == other._com.identity
@@ -93,16 +99,27 @@ def _warn(com: ComObject) -> None:
     warnings.warn(ServerWarning(text, number, source), stacklevel=4)
 
 
+def describe(values: list[Parameter]) -> str:
+    return ", ".join(f"{value.name} ({value.type})" for value in values)
+
+
 def _make_method(interface: str, member: Any) -> Any:
     def method(self, /, *arguments, **named):
-        return _call(self, member, arguments, named)
+        result = _call(self, member, arguments, named)
+        if changes_link:
+            self._end_calls()
+        return result
 
+    changes_link = member.name in ("ConnectEmbeddedSystem", "DisconnectEmbeddedSystem")
     inputs = [parameter for parameter in member.parameters if not parameter.out]
     outputs = [parameter for parameter in member.parameters if parameter.out]
     method.__name__ = member.name
     method.__qualname__ = f"{interface}.{member.name}"
     method.__module__ = "kestrine"
-    method.__doc__ = "Returns " + ", ".join(f"{out.name} ({out.type})" for out in outputs) + "." if outputs else None
+    returns = f"Returns {describe(outputs)}." if outputs else ""
+    ends = f"Ends with the event {' or '.join(CALLS[member.name][1])}." if interface == "ILTCommandAsync2" else ""
+    doc = DOCS.get(interface, {}).get(member.name)
+    method.__doc__ = "\n".join(filter(None, [doc, returns, ends])) or None
     method.__signature__ = _signature(inputs)
     return method
 

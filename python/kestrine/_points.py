@@ -2,8 +2,14 @@
 
 import struct
 from functools import cache
+from typing import TYPE_CHECKING, Any
 
 from ._tables import BLOCKS
+
+if TYPE_CHECKING:
+    import numpy
+
+    from ._interfaces import Buffer
 
 _HEADER = struct.Struct("<ii")
 
@@ -17,7 +23,7 @@ def _layout(kind: int):
     return header, count, numpy.dtype({"names": names, "formats": formats, "offsets": offsets, "itemsize": size})
 
 
-def points(packet):
+def points(packet: "Buffer") -> "numpy.ndarray[Any, Any]":
     """The elements of a continuous packet, such as GetData() gives, as a structured array over the packet's bytes.
 
     Nothing is copied, so the array is as writable as the packet. The fields are those of the element's record: status,

@@ -10,15 +10,19 @@ Nothing here waits on the connection: the asynchronous command object sends, and
 """
 
 import asyncio
+import functools
+import inspect
+import struct
 import weakref
 from typing import TYPE_CHECKING, Any, NamedTuple
 
 from . import _kestrine
+from ._calls import Call, Calls, failure
 from ._constants import constants
 from ._errors import com_error
 from ._events import connect
-from ._object import Object
-from ._tables import CALLS, PROGRAMS
+from ._object import Object, describe
+from ._tables import CALLS, DOCS
 from ._types import CONVERTERS
 
 if TYPE_CHECKING:
@@ -26,9 +30,10 @@ if TYPE_CHECKING:
 else:
     AwaitableCommands = object
 
-_DISP_E_EXCEPTION, _E_FAIL = -2147352567, -2147467259
+_TIMED_OUT = 36  # as a call that waits has it
 _ENDS_OF_LINK = (constants.VL_SSC_ServerClosing, constants.VL_SSC_TPConnectionClosing)
-_SOURCE = PROGRAMS["LTCommandAsync2"]
+_ANSWER = struct.Struct("<4i")  # size, type, command, status
+_DEFAULT_STATIONARY_TIME = 1500  # milliseconds
 
 
 class Event(NamedTuple):
@@ -44,59 +49,22 @@ class _Attachment:
     _users: weakref.WeakKeyDictionary[asyncio.AbstractEventLoop, int] = weakref.WeakKeyDictionary()
 
     def __init__(self) -> None:
-        self._loop = asyncio.get_running_loop()
-        users = self._users.get(self._loop, 0)
+        self.loop = asyncio.get_running_loop()
+        users = self._users.get(self.loop, 0)
         if users == 0:
-            self._loop.add_reader(_kestrine.fileno(), _kestrine.pump_waiting)
-        self._users[self._loop] = users + 1
+            self.loop.add_reader(_kestrine.fileno(), _kestrine.pump_waiting)
+        self._users[self.loop] = users + 1
 
     def close(self) -> None:
-        self._users[self._loop] -= 1
-        if self._users[self._loop] == 0:
-            self._loop.remove_reader(_kestrine.fileno())
-
-
-class _Call:
-    """A call that waits for its events."""
-
-    def __init__(self, name: str):
-        self.command, self.ends, self.total, self.failures = CALLS[name]
-        self.future: asyncio.Future = asyncio.get_running_loop().create_future()
-        self._items: list[tuple] = []
-
-    def is_ended_by(self, event: Event) -> bool:
-        """Takes an event of the call; True when it was the last one."""
-        if event.name == "CommandCompletedData":
-            self._end(None)
-        elif self.total is None:
-            self._end(event.values if len(event.values) > 1 else event.values[0])
-        else:
-            total = event.values[self.total]
-            if total > 0:
-                self._items.append(event.values)
-            if len(self._items) < total:
-                return False
-            self._end(self._items)
-        return True
-
-    def _end(self, result: Any) -> None:
-        if not self.future.done():
-            self.future.set_result(result)
-
-    def fail(self, failure: com_error) -> bool:
-        if not self.future.done():
-            self.future.set_exception(failure)
-        return True
+        self._users[self.loop] -= 1
+        if self._users[self.loop] == 0:
+            self.loop.remove_reader(_kestrine.fileno())
 
 
 def _failure(status: int) -> com_error:
     """What the library has just said of the answer, as a call that waits would raise it."""
-    said = _kestrine.thread_report()
-    return _com_error(*said) if said and said[2] == status else _com_error(repr(status), _SOURCE, int(status))
-
-
-def _com_error(text: str, source: str, number: int) -> com_error:
-    return com_error.from_status(_DISP_E_EXCEPTION, (0, source, text, None, 0, _E_FAIL), None, number)
+    text, source, number = _kestrine.thread_report() or ("", "", 0)
+    return failure(text, number, source) if number == status else failure(f"status {status!r}", int(status))
 
 
 class EventStream:
@@ -117,77 +85,163 @@ class EventStream:
         return event
 
 
+def _checked_timeout(seconds: float) -> float:
+    if not seconds > 0:
+        raise ValueError(f"a timeout is a number of seconds above 0, not {seconds}")
+    return seconds
+
+
 class Tracker(AwaitableCommands):
     """The commands of a connection as awaitables: each returns what its event brings, without a tuple where that is one
     value, a list of tuples where there is an event for each item, None where there is nothing but the completion. A
-    failure raises com_error. Several calls may be under way; a call that is cancelled still takes its answer.
+    failure raises com_error. Several calls may be under way, and each gets its own answer; the late answer to one that
+    was given up goes to nobody. A connection has one tracker at a time.
+
+    A call that is not answered in `timeout` seconds raises com_error. Without it each command has its own time, mostly
+    10 seconds; that of a stationary measurement comes on top, as far as it was set or asked for through the tracker.
     """
 
-    def __init__(self, connection: "ILTConnect2"):
+    def __init__(self, connection: "ILTConnect2", timeout: float | None = None):
         self._connection = connection
+        self._timeout = None if timeout is None else _checked_timeout(timeout)
         self._commands: Object = connection.ILTCommandAsync
-        self._calls: list[_Call] = []
+        self._calls: Calls = vars(connection).setdefault("_calls", Calls())
+        self._stationary_time = _DEFAULT_STATIONARY_TIME
         self._streams: weakref.WeakSet[EventStream] = weakref.WeakSet()
-        self._listener = _listener(self._commands, self)
+        self._attachment: _Attachment | None = None
+        events = self._commands._com.events(CONVERTERS)
+        self._returns = {event.name: describe(event.parameters) for event in events}
+        self._listener = _listener(events, self)
 
     async def __aenter__(self) -> "Tracker":
-        self._attachment = _Attachment()
+        if self._calls.has_tracker:
+            raise RuntimeError("the connection has a tracker already, and each event would be taken twice")
         self._events = connect(self._commands, self._listener)
+        self._attachment = _Attachment()
+        self._calls.has_tracker = True
         return self
 
     async def __aexit__(self, *_: object) -> None:
         self._events.close()
-        self._attachment.close()
-        for call in self._calls:
-            call.future.cancel()
+        if self._attachment is not None:
+            self._attachment.close()
+        self._attachment = None
+        self._calls.has_tracker = False
+        self._calls.cancel_all()
         for stream in self._streams:
             stream.put(None)
 
-    def __getattr__(self, name: str) -> Any:
-        known = self._commands._members_.get(name.lower()) if not name.startswith("_") else None
-        if known is None:
-            raise AttributeError(f"the tracker has no command {name}")
-        return lambda *arguments, **named: self._perform(known, arguments, named)
-
-    async def _perform(self, name: str, arguments: tuple, named: dict) -> Any:
-        call = _Call(name)
-        getattr(self._commands, name)(*arguments, **named)
-        self._calls.append(call)
-        return await call.future
+    def with_timeout(self, seconds: float) -> AwaitableCommands:
+        """The same commands, with that many seconds for each: await tracker.with_timeout(60).Initialize()."""
+        return _Timed(self, _checked_timeout(seconds))
 
     def events(self) -> "EventStream":
         """All events from now on, those that end a call among them, until the tracker is left."""
+        self._require_entered()
         return EventStream(self._streams)
 
     def GetData(self) -> bytes:
         """The packet received last, as bytes."""
         return self._connection.GetData()
 
+    def __getattr__(self, name: str) -> Any:
+        return self._command(name, self._timeout) if not name.startswith("_") else object.__getattribute__(self, name)
+
+    def __dir__(self) -> list[str]:
+        return sorted({*super().__dir__(), *CALLS})
+
+    def _command(self, name: str, timeout: float | None) -> Any:
+        known = self._commands._members_.get(name.lower())
+        if known is None:
+            raise AttributeError(f"the tracker has no command {name}")
+        method = getattr(self._commands, known)
+
+        @functools.wraps(method)
+        def command(*arguments: Any, **named: Any) -> Any:
+            self._require_entered()
+            return self._perform(method, timeout, arguments, named)
+
+        command.__signature__ = inspect.signature(method)  # type: ignore[attr-defined]
+        command.__qualname__ = f"Tracker.{known}"
+        _, ends, total, *_ = CALLS[known]
+        returned = self._returns[ends[0]] if ends[0] != "CommandCompletedData" else ""
+        returns = returned and f"Returns {'a list of ' if total is not None else ''}{returned}."
+        command.__doc__ = "\n".join(filter(None, [DOCS["ILTCommandAsync2"].get(known), returns]))
+        return command
+
+    def _require_entered(self) -> None:
+        if self._attachment is None or self._attachment.loop is not asyncio.get_running_loop():
+            raise RuntimeError("answers and events arrive inside `async with tracker:` only")
+
+    async def _perform(self, method: Any, timeout: float | None, arguments: tuple, named: dict) -> Any:
+        self._require_entered()  # it may have been left since the call was made
+        call = Call(method.__name__, self._stationary_time / 1000)
+        method(*arguments, **named)
+        if method.__name__ == "SetStationaryModeParams":
+            inputs = {"time": next(iter(arguments), None)} | {name.lower(): value for name, value in named.items()}
+            self._stationary_time = int(inputs["time"])
+        self._calls.add(call)
+        try:
+            async with asyncio.timeout(call.seconds if timeout is None else timeout):
+                return await call.future
+        except TimeoutError:
+            raise failure(call.timed_out, _TIMED_OUT) from None
+        finally:
+            call.awaited = False
+
     def _take_event(self, event: Event) -> None:
         for stream in self._streams:
             stream.put(event)
         if event.name == "ErrorEvent":
-            command, status = event.values
-            failure = _failure(status)
-            self._end_first(lambda call: command in call.failures, lambda call: call.fail(failure))
-        elif event.name == "StatusChangeEvent" and event.values[0] in _ENDS_OF_LINK:
-            failure = _com_error("the server has closed the connection", _SOURCE, 0)
-            while self._calls:
-                self._calls.pop().fail(failure)
+            self._take_error(*event.values)
+        elif event.name == "StatusChangeEvent":
+            if event.values[0] in _ENDS_OF_LINK:
+                self._calls.end_link("the server has closed the connection")
         elif event.name == "CommandCompletedData":
-            self._end_first(lambda call: event.name in call.ends and call.command == event.values[0],
-                            lambda call: call.is_ended_by(event))
+            self._calls.take_completion(event.values[0])
         else:
-            self._end_first(lambda call: event.name in call.ends, lambda call: call.is_ended_by(event))
+            self._take_values(event)
 
-    def _end_first(self, belongs: Any, take: Any) -> None:
-        """Answers to one command come in the order in which it was sent."""
-        call = next(filter(belongs, self._calls), None)
-        if call is not None and take(call):
-            self._calls.remove(call)
+    def _take_error(self, command: int, status: int) -> None:
+        """What the event does not tell, its packet does: a refusal, an error, or a bad result."""
+        error = _failure(status)
+        _, kind, *_ = _ANSWER.unpack_from(self._connection.GetData())
+        if kind == constants.VL_DT_Command:
+            self._calls.refuse(command, error)
+        elif kind == constants.VL_DT_Error:
+            self._calls.fail_command(command, error)
+        else:
+            self._calls.fail_result("tiltra" if kind == constants.VL_DT_TiltraResult else "measurement", error)
+
+    def _take_values(self, event: Event) -> None:
+        if event.name == "StationaryModeParamsData":
+            self._stationary_time = event.values[0]
+        call = self._calls.find(event.name)
+        if call is None:
+            return
+        # The items of some series come as events whatever the status of their answer.
+        if call.total is not None:
+            _, _, command, status = _ANSWER.unpack_from(self._connection.GetData())
+            if command == call.command and status != constants.VL_RS_AllOK:
+                text = f"{call.name} failed: {CONVERTERS['VL_ResultStatus'].get(status, status)!r}"
+                return self._calls.refuse(command, failure(text, status))
+        self._calls.take_values(call, event.values)
 
 
-def _listener(commands: Object, tracker: Tracker) -> object:
+class _Timed(AwaitableCommands):
+    """The commands of a tracker with a timeout of their own."""
+
+    def __init__(self, tracker: Tracker, seconds: float):
+        self._tracker, self._seconds = tracker, seconds
+
+    def __getattr__(self, name: str) -> Any:
+        return self._tracker._command(name, self._seconds)
+
+    def __dir__(self) -> list[str]:
+        return sorted(CALLS)
+
+
+def _listener(events: list, tracker: Tracker) -> object:
     """An object with a handler for every event, which knows the tracker only for as long as it lives."""
     known = weakref.ref(tracker)
 
@@ -198,5 +252,5 @@ def _listener(commands: Object, tracker: Tracker) -> object:
                 target._take_event(Event(name, values))
         return take
 
-    methods = {"On" + event.name: handler(event.name) for event in commands._com.events(CONVERTERS)}
+    methods = {"On" + event.name: handler(event.name) for event in events}
     return type("Listener", (), methods)()

@@ -32,6 +32,18 @@ std::atomic<bool> any_reference = false;  // a call by name should not pay for a
 thread_local std::unique_ptr<py::error_already_set> kept;
 thread_local std::vector<std::string> notices;
 
+// Sets the exception. To Ctrl-C asyncio raises nothing, but cancels the task that the program waits in.
+bool has_signal_raised() {
+  if (PyErr_CheckSignals() != 0) return true;
+  try {
+    py::module_::import("kestrine._loop").attr("raise_cancellation")();
+    return false;
+  } catch (py::error_already_set& raised) {
+    raised.restore();
+    return true;
+  }
+}
+
 }  // namespace
 
 void release_on(std::thread::id home, IUnknown* object) {
@@ -68,7 +80,7 @@ bool asked_to_give_up() {
   if (now < next) return false;
   next = now + std::chrono::milliseconds(10);
   const py::gil_scoped_acquire lock;
-  if (PyErr_CheckSignals() == 0) return false;
+  if (!has_signal_raised()) return false;
   keep_exception();
   return true;
 }

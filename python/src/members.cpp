@@ -67,9 +67,8 @@ Member read_member(ITypeInfo& type, UINT index, const py::dict& converters) {
   for (SHORT i = 0; i < function->cParams; ++i) {
     const ELEMDESC& element = function->lprgelemdescParam[i];
     Parameter parameter;
-    // The value of a property that is set has no name.
     const auto place = static_cast<std::size_t>(i) + 1;
-    parameter.name = place < names.size() ? names[place] : "value";
+    parameter.name = place < names.size() ? names[place] : member.name;  // that of a property that is set has none
     parameter.out = (element.paramdesc.wParamFlags & PARAMFLAG_FOUT) != 0;
     read_type(type, element.tdesc, converters, parameter);
     if (!parameter.out) member.inputs.push_back(i);

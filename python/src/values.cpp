@@ -1,5 +1,6 @@
 #include "python/src/values.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -41,21 +42,63 @@ py::object from_text(BSTR text) {
                                        &little_endian));
 }
 
-void put_integer(const py::handle& value, VARIANT& variant) {
-  const py::object number = checked(PyNumber_Index(value.ptr()));
-  variant.llVal = PyLong_AsLongLong(number.ptr());
-  if (PyErr_Occurred() != nullptr) {
-    PyErr_Clear();
-    raise_com_error(DISP_E_OVERFLOW);
+// Of a value that the parameter, or the field of a record, cannot hold without a loss.
+[[noreturn]] void refuse(PyObject* type, const Parameter& target, const char* needed, const py::handle& value) {
+  PyErr_Clear();
+  PyErr_Format(type, "%s: %s is needed, not %R", target.name.c_str(), needed, value.ptr());
+  throw py::error_already_set();
+}
+
+// True and False; numpy has a pair of its own.
+bool is_flag(const py::handle& value) {
+  return PyBool_Check(value.ptr()) != 0 || std::string_view(Py_TYPE(value.ptr())->tp_name).starts_with("numpy.bool");
+}
+
+// A flag is no number here: to the callee it would be -1, and it is given for one by mistake.
+void put_integer(const py::handle& value, const Parameter& target, VARIANT& variant) {
+  PyObject* number = nullptr;
+  if (PyFloat_Check(value.ptr()) != 0) {
+    const double given = PyFloat_AS_DOUBLE(value.ptr());
+    if (std::trunc(given) == given) number = PyLong_FromDouble(given);
+  } else if (PyIndex_Check(value.ptr()) != 0 && !is_flag(value)) {
+    number = PyNumber_Index(value.ptr());
   }
-  variant.vt = VT_I8;
+  if (number == nullptr) refuse(PyExc_TypeError, target, "a whole number", value);
+  const long long whole = PyLong_AsLongLong(checked(number).ptr());
   using Limits = std::numeric_limits<LONG>;
-  if (variant.llVal < Limits::min() || variant.llVal > Limits::max()) return;
-  variant.lVal = static_cast<LONG>(variant.llVal);
+  if (PyErr_Occurred() != nullptr || whole < Limits::min() || whole > Limits::max()) {
+    refuse(PyExc_OverflowError, target, "a whole number of 32 bits", value);
+  }
+  variant.lVal = static_cast<LONG>(whole);
   variant.vt = VT_I4;
 }
 
-void put_bytes(const py::handle& value, VARIANT& variant) {
+void put_number(const py::handle& value, const Parameter& target, VARIANT& variant) {
+  if (PyNumber_Check(value.ptr()) == 0 || is_flag(value)) refuse(PyExc_TypeError, target, "a number", value);
+  variant.dblVal = PyFloat_AsDouble(value.ptr());
+  if (PyErr_Occurred() != nullptr) {
+    const bool too_large = PyErr_ExceptionMatches(PyExc_OverflowError) != 0;
+    refuse(too_large ? PyExc_OverflowError : PyExc_TypeError, target, "a number", value);
+  }
+  if (!std::isfinite(variant.dblVal)) refuse(PyExc_ValueError, target, "a finite number", value);
+  variant.vt = VT_R8;
+}
+
+void put_flag(const py::handle& value, const Parameter& target, VARIANT& variant) {
+  const bool whole = PyLong_Check(value.ptr()) != 0 && (value.equal(py::int_(0)) || value.equal(py::int_(1)));
+  if (!is_flag(value) && !whole) refuse(PyExc_TypeError, target, "True or False", value);
+  variant.boolVal = PyObject_IsTrue(value.ptr()) == 1 ? VARIANT_TRUE : VARIANT_FALSE;
+  variant.vt = VT_BOOL;
+}
+
+void put_text(const py::handle& value, const Parameter& target, VARIANT& variant) {
+  if (PyUnicode_Check(value.ptr()) == 0) refuse(PyExc_TypeError, target, "a text", value);
+  variant.bstrVal = to_text(value);
+  variant.vt = VT_BSTR;
+}
+
+void put_bytes(const py::handle& value, const Parameter& target, VARIANT& variant) {
+  if (PyObject_CheckBuffer(value.ptr()) == 0) refuse(PyExc_TypeError, target, "an object with bytes", value);
   Py_buffer view;
   if (PyObject_GetBuffer(value.ptr(), &view, PyBUF_CONTIG_RO) != 0) throw py::error_already_set();
   const auto size = static_cast<std::size_t>(view.len);
@@ -102,33 +145,39 @@ std::vector<Text> field_names(IRecordInfo& info) {
   return names;
 }
 
-void fill(IRecordInfo& info, void* record, const py::handle& value);
+void fill(IRecordInfo& info, void* record, const Parameter& target, const py::handle& value);
 
 // A nested record is filled where it lies: a copy of it shows its type and where that is.
-void put_field(IRecordInfo& info, void* record, const Text& name, const py::handle& value) {
-  const py::object field = value.attr(name.utf8().c_str());
-  Value now;
+void put_field(IRecordInfo& info, void* record, const Text& name, const Parameter& target, const py::handle& value) {
+  Value now, given;
   require(info.GetField(record, name, &now));
+  Parameter field;
+  field.name = target.name + "." + name.utf8();
+  field.type = now.vt;
   if (now.vt == VT_RECORD) {
-    fill(*now.record.pRecInfo, now.record.pvRecord, field);
+    fill(*now.record.pRecInfo, now.record.pvRecord, field, value);
     require(info.PutField(DISPATCH_PROPERTYPUT, record, name, &now));
     return;
   }
-  Value given;
-  Parameter target;
-  target.name = name.utf8();
-  target.type = now.vt;
-  to_variant(field, target, given);
-  // A flag in a record is a number: 1, not VARIANT_TRUE.
-  if (given.vt == VT_BOOL && now.vt == VT_I4) {
-    given.lVal = given.boolVal != 0 ? 1 : 0;
+  if (now.vt == VT_I4 && is_flag(value)) {  // in a record a flag is a number: 1, not VARIANT_TRUE
+    given.lVal = PyObject_IsTrue(value.ptr());
     given.vt = VT_I4;
+  } else {
+    to_variant(value, field, given);
   }
   require(info.PutField(DISPATCH_PROPERTYPUT, record, name, &given));
 }
 
-void fill(IRecordInfo& info, void* record, const py::handle& value) {
-  for (const Text& name : field_names(info)) put_field(info, record, name, value);
+// `value` is of the class in kestrine.records that is named like the record.
+void fill(IRecordInfo& info, void* record, const Parameter& target, const py::handle& value) {
+  Text type;
+  require(info.GetName(type.put()));
+  if (type.utf8() != Py_TYPE(value.ptr())->tp_name) {
+    refuse(PyExc_TypeError, target, ("a " + type.utf8() + " of kestrine.records").c_str(), value);
+  }
+  for (const Text& name : field_names(info)) {
+    put_field(info, record, name, target, value.attr(name.utf8().c_str()));
+  }
 }
 
 // `convert` is a pair: the class, and by the names of fields what becomes of their values.
@@ -145,45 +194,33 @@ py::object from_record(const RecordValue& record, const py::object& convert) {
   return type(**values);
 }
 
-// Makes a record of type `name`; `value` has an attribute for each of its fields, else TypeError.
-void to_record(const py::handle& value, ITypeInfo& type, const std::string& name, VARIANT& variant) {
-  if (name != Py_TYPE(value.ptr())->tp_name) throw py::type_error("a " + name + " of kestrine.records is needed");
+void put_record(const py::handle& value, const Parameter& target, VARIANT& variant) {
   Pointer<IRecordInfo> info;
-  require(GetRecordInfoFromTypeInfo(&type, info.put()));
+  require(GetRecordInfoFromTypeInfo(target.record.get(), info.put()));
   void* record = info->RecordCreate();
   if (record == nullptr) throw std::bad_alloc();
   variant.vt = VT_RECORD;  // clearing it destroys the record
   variant.record = {record, info.get()};
   info.detach();
-  fill(*variant.record.pRecInfo, record, value);
+  fill(*variant.record.pRecInfo, record, target, value);
 }
 
 }  // namespace
 
 void to_variant(const py::handle& value, const Parameter& target, VARIANT& variant) {
-  if (value.is_none()) return;
-  PyObject* object = value.ptr();
-  if (PyBool_Check(object) != 0) {
-    variant.vt = VT_BOOL;
-    variant.boolVal = object == Py_True ? VARIANT_TRUE : VARIANT_FALSE;
-  } else if (PyLong_Check(object) != 0 || (PyIndex_Check(object) != 0 && target.type != VT_VARIANT)) {
-    put_integer(value, variant);
-  } else if (PyFloat_Check(object) != 0) {
-    variant.vt = VT_R8;
-    variant.dblVal = PyFloat_AS_DOUBLE(object);
-  } else if (PyUnicode_Check(object) != 0) {
-    variant.bstrVal = to_text(value);
-    variant.vt = VT_BSTR;
-  } else if (target.type == VT_RECORD) {
-    to_record(value, *target.record, target.type_name, variant);
-  } else if (target.type == VT_VARIANT && PyObject_CheckBuffer(object) != 0) {
-    put_bytes(value, variant);
-  } else if (PyNumber_Check(object) != 0) {  // such as the floats of numpy
-    variant.dblVal = PyFloat_AsDouble(object);
-    if (PyErr_Occurred() != nullptr) throw py::error_already_set();
-    variant.vt = VT_R8;
-  } else {
-    throw py::type_error(target.name + ": a value of type " + Py_TYPE(object)->tp_name + " cannot be passed");
+  switch (target.type) {
+    case VT_R8:
+      return put_number(value, target, variant);
+    case VT_BOOL:
+      return put_flag(value, target, variant);
+    case VT_BSTR:
+      return put_text(value, target, variant);
+    case VT_RECORD:
+      return put_record(value, target, variant);
+    case VT_VARIANT:
+      return put_bytes(value, target, variant);
+    default:
+      return put_integer(value, target, variant);
   }
 }
 

@@ -16,8 +16,9 @@ struct Value : VARIANT {
   Value& operator=(const Value&) = delete;
 };
 
-// `variant` is empty before. Numbers and texts go as they are, and the callee converts; anything with a buffer goes as
-// an array of bytes. `target` says what a record is made for. Throws TypeError for what no variant holds.
+// `variant` is empty before. Nothing is guessed: what the target cannot hold as it is, None above all, throws a
+// TypeError that names the target, a number out of range an OverflowError, one that is not finite a ValueError.
+// Anything with a buffer goes as an array of bytes.
 void to_variant(const pybind11::handle& value, const Parameter& target, VARIANT& variant);
 
 // `convert` is None or what becomes of the value: of an enumeration the mapping from numbers to members, of a record

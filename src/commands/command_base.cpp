@@ -57,9 +57,10 @@ HRESULT CommandBase<Commands>::send(const MemberRow& row, const protocol::Reques
                                       interface_id(), E_FAIL, throws(), protocol::error::kSendFailed.number);
   }
   speeds_.sent(row.speed);
-  // The items of a series go to nobody who waits.
+  // The items of a series go to nobody, except that a call may wait for the first one.
   connection::Connection* const connection = generation_.connection();
-  if (connection != nullptr && connection->rules().waits_for_own_answer && !row.command->series) {
+  if (connection != nullptr && connection->rules().waits_for_own_answer &&
+      (ticket != nullptr || !row.command->series)) {
     const PendingRequests::Ticket added = connection->requests().add(
         row.command->code, result_of(row), ticket != nullptr, time_to_forget(row, connection->measurement()));
     if (ticket != nullptr) *ticket = added;

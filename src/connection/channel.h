@@ -5,10 +5,10 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
-#include <thread>
 
 #include "connection/connection.h"
 #include "connection/packet_reader.h"
+#include "platform/home.h"
 #include "platform/loop.h"
 
 namespace kestrine::connection {
@@ -44,7 +44,7 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
 
   void forget(const Connection& connection);
   bool has_connection() const { return connection_ != nullptr; }
-  bool is_of_this_thread() const { return thread_ == std::this_thread::get_id(); }
+  bool is_of_this_thread() const { return home_.is_here(); }
 
  private:
   class HandlerGuard;
@@ -66,7 +66,7 @@ class Channel final : private platform::WindowProcedure, private ByteSource, pri
   void on_packet(const ReceivedPacket& packet) override;
   void on_out_of_step() override;
 
-  const std::thread::id thread_ = std::this_thread::get_id();
+  const platform::Home home_;
   Connection* connection_;
   platform::WindowHandle window_;
   // The one that the message at hand is about, which may be an earlier connection's.

@@ -260,6 +260,7 @@ void Dispatcher::on_error(const Delivery& delivery) {
       (names_call || command == VL_C_Unknown || !delivery.connection.rules().waits_for_own_answer)) {
     delivery.troubled->set_call_status(status);
     if (command == VL_C_Unknown) {
+      delivery.connection.requests().drop(delivery.troubled->awaited_request());  // it comes in the answer's stead
       delivery.troubled->report_status(command);
       if (delivery.sync != nullptr) {
         delivery.sync->event_source().fire(protocol::sync_event::ErrorEvent, {command, status});

@@ -49,7 +49,8 @@ TEST(Charts, escape_what_the_tracker_calls_itself) {
 
 TEST(Charts, name_what_suits_the_measurement_with_its_units) {
   auto probe = measurement_of(Kind::kStream, arc_of(kTurn, 300));
-  probe.attitudes.resize(300);
+  probe.attitudes = true;
+  probe.sample.attitudes.resize(300);
   auto spaced = measurement_of(Kind::kStream, arc_of(kTurn, 300));
   spaced.spaced = true;
   spaced.manner = "5 mm apart";

@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 
 #include <filesystem>
 #include <fstream>
@@ -36,40 +38,32 @@ class Files : public testing::Test {
   fs::path folder_;
 };
 
-TEST_F(Files, appear_only_when_they_are_whole) {
-  const OutputFile file(path("new.csv"));
-  file.write([&](std::ostream& out) {
-    out << "one\n" << std::flush;
-    EXPECT_FALSE(fs::exists(path("new.csv")));
-  });
-  EXPECT_EQ(text_of(path("new.csv")), "one\n");
-  EXPECT_EQ(count(), 1);
-}
-
-TEST_F(Files, keep_what_they_held_when_writing_fails) {
+TEST_F(Files, keep_what_they_held_until_there_is_a_line_and_then_hold_each_at_once) {
   put(path("old.csv"), "old");
-  const OutputFile file(path("old.csv"));
-  EXPECT_THROW(file.write([](std::ostream& out) {
-    out << "half";
-    throw std::runtime_error("no more");
-  }),
-               std::runtime_error);
-  EXPECT_THROW(file.write([](std::ostream& out) { out.setstate(std::ios::badbit); }), Failure);
+  fs::create_symlink("old.csv", path("link.csv"));
+  OutputFile file(path("link.csv"));
   EXPECT_EQ(text_of(path("old.csv")), "old");
-  EXPECT_EQ(count(), 1);
-}
-
-TEST_F(Files, keep_their_permissions_and_the_links_to_them) {
-  put(path("real.csv"), "old");
-  fs::permissions(path("real.csv"), fs::perms::owner_read | fs::perms::owner_write);
-  fs::create_symlink("real.csv", path("link.csv"));
-  OutputFile(path("link.csv")).write([](std::ostream& out) { out << "new"; });
+  file.write("one\n");
+  EXPECT_EQ(text_of(path("old.csv")), "one\n");
+  file.write("two\n");
+  EXPECT_EQ(text_of(path("old.csv")), "one\ntwo\n");
   EXPECT_TRUE(fs::is_symlink(path("link.csv")));
-  EXPECT_EQ(text_of(path("real.csv")), "new");
-  EXPECT_EQ(fs::status(path("real.csv")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(count(), 2);
 }
 
-Measurement full_measurement(Kind kind) {
+TEST_F(Files, end_with_the_last_line_that_there_was_room_for) {
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  signal(SIGXFSZ, SIG_IGN);
+  OutputFile file(path("small.csv"));
+  const rlimit small{10, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_THROW(file.write("one\ntwo\nthree\n"), Failure);
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(text_of(path("small.csv")), "one\ntwo\n");
+}
+
+Measurement full_measurement(Kind kind, bool extended) {
   Point point = point_at(2000.0145095383623, -0.1, 1e-7, 1.5);
   point.deviation = {0.01, 0.02, 0.03};
   point.deviation_total = 0.04;
@@ -79,42 +73,45 @@ Measurement full_measurement(Kind kind) {
   point.humidity = std::numeric_limits<double>::quiet_NaN();
   point.status = 2;
   auto measurement = measurement_of(kind, {point});
+  measurement.extended = extended;
   return measurement;
 }
 
 std::string csv_of(const Measurement& measurement) {
-  std::ostringstream text;
-  write_csv(text, measurement);
-  return text.str();
+  return csv_rows(measurement, 0, measurement.sample.points, measurement.sample.attitudes);
 }
 
 TEST(PointFiles, have_columns_that_name_their_units_and_values_in_full) {
   const struct {
     Kind kind;
+    bool extended;
     const char* text;
   } cases[] = {
-      {Kind::kStationary,
+      {Kind::kStationary, false,
        "index,time_s,x_mm,y_mm,z_mm,std_x_mm,std_y_mm,std_z_mm,std_total_mm,temperature_c,pressure_mbar,"
        "humidity_percent\n1,1.5,2000.0145095383623,-0.1,1e-07,0.01,0.02,0.03,0.04,20.5,1013.25,\n"},
-      {Kind::kStream,
+      {Kind::kStream, false,
        "index,time_s,x_mm,y_mm,z_mm,temperature_c,pressure_mbar,humidity_percent,status\n"
        "1,1.5,2000.0145095383623,-0.1,1e-07,20.5,1013.25,,2\n"},
-      {Kind::kCentre,
+      {Kind::kStream, true,
+       "index,time_s,x_mm,y_mm,z_mm,std_x_mm,std_y_mm,std_z_mm,std_total_mm,cov_xy_mm2,cov_xz_mm2,cov_yz_mm2,"
+       "temperature_c,pressure_mbar,humidity_percent,status\n"
+       "1,1.5,2000.0145095383623,-0.1,1e-07,0.01,0.02,0.03,0.04,1e-06,-2e-06,3e-06,20.5,1013.25,,2\n"},
+      {Kind::kCentre, false,
        "index,x_mm,y_mm,z_mm,std_x_mm,std_y_mm,std_z_mm,std_total_mm,temperature_c,pressure_mbar,humidity_percent\n"
        "1,2000.0145095383623,-0.1,1e-07,0.01,0.02,0.03,0.04,20.5,1013.25,\n"},
   };
-  for (const auto& one : cases) EXPECT_EQ(csv_of(full_measurement(one.kind)), one.text);
+  for (const auto& one : cases) EXPECT_EQ(csv_of(full_measurement(one.kind, one.extended)), one.text);
 }
 
 // Here of the probe, which has the most columns.
 TEST(PointFiles, hold_the_same_as_json_with_one_object_a_line) {
-  auto measurement = full_measurement(Kind::kStream);
-  measurement.extended = true;
-  measurement.attitudes = {{{1, 0.5, 0.25, -0.5}, {10, 20, -30}, {0.1, 0.2, 0.3}, 0.4, 6, 1}, {}};
-  measurement.points.push_back(point_at(1, 2, 3));
+  auto measurement = full_measurement(Kind::kStream, true);
+  measurement.attitudes = true;
+  measurement.sample.attitudes = {{{1, 0.5, 0.25, -0.5}, {10, 20, -30}, {0.1, 0.2, 0.3}, 0.4, 6, 1}, {}};
+  measurement.add(point_at(1, 2, 3));
   EXPECT_NE(csv_of(measurement).find("06,1,0.5,0.25,-0.5,10,20,-30,0.1,0.2,0.3,0.4,6,1,20.5,"), std::string::npos);
-  std::stringstream text;
-  write_json_lines(text, measurement);
+  std::stringstream text(json_rows(measurement, 0, measurement.sample.points, measurement.sample.attitudes));
   std::string first, second, none;
   ASSERT_TRUE(std::getline(text, first) && std::getline(text, second));
   EXPECT_FALSE(std::getline(text, none));

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <sstream>
 
 #include "cli/common/failure.h"
 #include "cli/output/point_files.h"
@@ -33,10 +32,9 @@ std::string rows_of(const std::vector<std::uint8_t>& packet) {
   const auto [points, attitudes] = read_stream_block(packet);
   auto measurement = measurement_of(Kind::kStream, points);
   measurement.extended = true;
-  measurement.attitudes = attitudes;
-  std::ostringstream text;
-  write_csv(text, measurement);
-  return text.str().substr(text.str().find('\n') + 1);
+  measurement.attitudes = !attitudes.empty();
+  const std::string text = csv_rows(measurement, 0, points, attitudes);
+  return text.substr(text.find('\n') + 1);
 }
 
 TEST(StreamBlocks, give_all_figures_of_their_points_in_order_with_the_trackers_time) {

@@ -14,13 +14,13 @@ inline Point point_at(double x, double y, double z, double seconds = 0) {
   return point;
 }
 
-inline Measurement measurement_of(Kind kind, std::vector<Point> points) {
+inline Measurement measurement_of(Kind kind, const std::vector<Point>& points) {
   Measurement measurement;
   measurement.kind = kind;
   measurement.tracker.name = "Tracker";
   measurement.tracker.serial_number = 7;
   measurement.unit = &length_unit("mm");
-  measurement.points = std::move(points);
+  for (const auto& point : points) measurement.add(point);
   return measurement;
 }
 

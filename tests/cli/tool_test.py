@@ -1,6 +1,5 @@
 """Runs the command line tool itself: against its own simulator, against one that is killed, and with bad input."""
 
-import os
 import signal
 import socket
 import unittest
@@ -125,27 +124,25 @@ class ToolTest(ToolCase):
                 self.check_refusal(self.run_tool(*arguments, *more), 2, pattern)
                 self.assertEqual(list(self.folder.iterdir()), [])
 
-    def test_a_tracker_that_cannot_be_reached_is_an_error_with_text_and_number(self):
+    def test_a_tracker_that_cannot_be_reached_is_named_with_the_reason(self):
         with socket.socket() as unused:
             unused.bind(("127.0.0.1", 0))
             closed = str(unused.getsockname()[1])
-            for command, host, number in (("measure", "127.0.0.1", 40011), ("stream", "127.0.0.1", 40011),
-                                          ("measure", "no-such-host", 40010), ("measure", "höst", 40010)):
+            for command, host in (("measure", "127.0.0.1"), ("stream", "127.0.0.1"), ("measure", "no-such-host"),
+                                  ("measure", "höst")):
                 with self.subTest((command, host)):
                     run = self.run_tool(command, "--host", host, "--port", closed, *self.outputs)
-                    self.check_refusal(run, 1, rf"\(error {number}\)")
+                    self.check_refusal(run, 1, f"cannot connect to {host} port {closed}: .")
                     self.assertEqual(list(self.folder.iterdir()), [])
 
     def test_files_that_cannot_be_written_are_refused_before_measuring(self):
         (self.folder / "old").write_text("old")
-        os.mkfifo(pipe := self.folder / "pipe")
-        for name in (self.folder / "no/such.csv", self.folder, "/dev/null", pipe, self.folder / "old" / "below"):
+        for name in (self.folder / "no/such.csv", self.folder, self.folder / "old" / "below"):
             with self.subTest(name):
                 run = self.run_tool(*FAST, "--csv", str(self.folder / "first"), "--json", str(name))
                 self.check_refusal(run, 1, "cannot write")
                 self.assertEqual(run.stdout, "")
         self.check_refusal(self.run_tool(*FAST, "--csv", "x", "--svg", "./x", cwd=self.folder), 1, "same file")
-        pipe.unlink()
         self.assertEqual([(path.name, path.read_text()) for path in self.folder.iterdir()], [("old", "old")])
 
     def test_a_full_standard_output_is_a_failure_that_keeps_the_files(self):

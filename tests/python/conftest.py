@@ -8,6 +8,10 @@ import kestrine
 SETTINGS = "[Settings]\nNonblockingConnect=0\n"
 
 
+def pytest_configure(config):
+    config.addinivalue_line("markers", "classic: holds in classic behaviour too, for which KESTRINE_BEHAVIOUR asks")
+
+
 @pytest.fixture(scope="session", autouse=True)
 def settings(tmp_path_factory):
     """A test must meet neither the settings nor the registered libraries of whoever runs it."""
@@ -17,13 +21,6 @@ def settings(tmp_path_factory):
         for name in ("KESTRINE_PROFILE_DIR", "XDG_DATA_HOME", "XDG_DATA_DIRS"):
             patch.setenv(name, str(folder))
         yield
-
-
-@pytest.fixture(params=[True, False], ids=["early wake", "slices"])
-def early_wake(request):
-    kestrine.set_early_wake(request.param)
-    yield request.param
-    kestrine.set_early_wake(True)
 
 
 @pytest.fixture

@@ -14,7 +14,7 @@ from generator.model.schema import Schema  # noqa: E402
 
 SCHEMA = Schema(Path(__file__).parents[2] / "schema")
 TYPES = {packet.record.name: packet.value.value for packet in SCHEMA.packets}
-COMMAND, STATUS_CHANGE = 0, 8
+COMMAND, ERROR, STATUS_CHANGE = 0, 1, 8
 _FORMATS = {"double": "<d", "text32": "64s", "text128": "256s", "byte": "B"}
 
 

@@ -1,9 +1,12 @@
 """The library inside asyncio."""
 
 import asyncio
+import inspect
+import pydoc
+import struct
 
 import pytest
-from peer import COMMAND, SCHEMA, TYPES, answer, code_of, filled, status_change
+from peer import COMMAND, ERROR, SCHEMA, TYPES, answer, code_of, filled, status_change
 
 import kestrine
 from kestrine.aio import Tracker
@@ -13,12 +16,48 @@ READY = kestrine.constants.VL_SSC_MeasStatus_Ready
 
 def run(connection, work):
     async def main():
-        async with asyncio.timeout(10), Tracker(connection) as tracker:
+        async with asyncio.timeout(1000), Tracker(connection) as tracker:
             return await work(tracker)
-    return asyncio.run(main())
+    with asyncio.Runner(loop_factory=Skipping) as runner:
+        return runner.run(main())
 
 
-def test_calls_end_with_what_their_events_bring(early_wake, connection, peer, dice):
+async def gathered(*calls):
+    return await asyncio.gather(*calls, return_exceptions=True)
+
+
+def result(dice, status=0):
+    return filled(SCHEMA.records.all["SingleMeasResultT"], dice, TYPES["SingleMeasResultT"], status)
+
+
+def units(kind):
+    return struct.pack("<9i", 36, COMMAND, 6, 0, kind, 0, 0, 0, 0)
+
+
+@pytest.fixture
+def replies(peer):
+    """What follows each request, one after another."""
+    replies = []
+    peer.reply = lambda request: replies.pop(0) if replies else answer(code_of(request))
+    return replies
+
+
+class Skipping(asyncio.SelectorEventLoop):
+    """A loop whose time can be set forward."""
+
+    skipped = 0
+
+    def time(self):
+        return super().time() + self.skipped
+
+    async def skip(self, seconds):
+        self.skipped += seconds
+        for _ in range(3):
+            await asyncio.sleep(0)
+
+
+@pytest.mark.classic
+def test_calls_end_with_what_their_events_bring(connection, peer, dice):
     units, values = filled(SCHEMA.records.all["GetUnitsRT"], dice, COMMAND, 6, 0)
     speed, _ = filled(SCHEMA.records.all["GetTemperatureRangeRT"], dice, COMMAND, 4, 0)
     point, in_point = filled(SCHEMA.records.all["SingleMeasResultT"], dice, TYPES["SingleMeasResultT"], 0)
@@ -69,3 +108,130 @@ def test_events_are_a_stream_that_ends_with_the_tracker(connection, peer):
             return [event async for event in events]
     told = asyncio.run(main())
     assert told[0] == ("StatusChangeEvent", (READY,)) and told[1].name == "CommandCompletedData"
+
+
+def test_of_two_measurements_under_way_the_one_that_is_refused_or_bad_fails(connection, dice, replies):
+    (good, values), (bad, _) = result(dice), result(dice, 2)
+
+    async def work(tracker):
+        measure = tracker.MeasureStationaryPoint
+        replies[:] = answer(49), answer(49, 2) + good
+        refused_second = await gathered(measure(), measure())
+        replies[:] = answer(49), answer(8) + bad, answer(49) + good  # the first result, before the second start
+        bad_first = await gathered(measure(), tracker.ReleaseMotors(), measure())
+        replies[:] = answer(135), answer(49) + bad + good
+        bad_first_again = await gathered(tracker.GoAndMeasureStationaryPoint(1, 2, 3), measure())
+        replies[:] = answer(49), answer(49, 2, ERROR) + answer(49) + good
+        return refused_second, bad_first, bad_first_again, await gathered(measure(), measure())
+
+    (first, second), (third, _, fourth), (fifth, sixth), (seventh, eighth) = run(connection, work)
+    for failed, done in ((second, first), (third, fourth), (fifth, sixth), (seventh, eighth)):
+        assert isinstance(failed, kestrine.com_error) and failed.number == 2
+        assert done[0] == values["dVal1"]
+
+
+def test_a_late_answer_goes_to_the_call_that_was_given_up(connection, replies):
+    async def work(tracker):
+        events = tracker.events()
+        replies[:] = b"", units(1) + units(2)
+        with pytest.raises(TimeoutError):
+            await asyncio.wait_for(tracker.GetUnits(), 0.05)
+        second = await tracker.GetUnits()
+        assert [(await anext(events)).values[0] for _ in range(2)] == [1, 2]
+        replies[:] = b"", units(3)
+        with pytest.raises(kestrine.com_error):
+            await tracker.with_timeout(0.05).getunits()
+        await asyncio.get_running_loop().skip(21)  # it will not be answered any more
+        return second, await tracker.GetUnits()
+    second, third = run(connection, work)
+    assert (second[0], third[0]) == (2, 3)
+
+    async def leave(tracker):
+        with pytest.raises(TimeoutError):
+            await asyncio.wait_for(tracker.GetUnits(), 0.05)
+    replies[:] = b"", units(4) + units(5)
+    run(connection, leave)
+    assert run(connection, lambda tracker: tracker.GetUnits())[0] == 5
+
+
+def test_a_measurement_that_was_given_up_and_stopped_brings_no_result(connection, dice, replies):
+    good, values = result(dice)
+
+    async def work(tracker):
+        replies[:] = answer(49), answer(52), answer(49) + good
+        with pytest.raises(TimeoutError):
+            await asyncio.wait_for(tracker.MeasureStationaryPoint(), 0.05)
+        await tracker.StopContinuousMeasurement()
+        return await asyncio.wait_for(tracker.MeasureStationaryPoint(), 5)
+    assert run(connection, work)[0] == values["dVal1"]
+
+
+def test_a_call_has_a_time_of_its_own(connection, replies):
+    async def work(tracker):
+        loop = asyncio.get_running_loop()
+        await tracker.SetMeasurementMode(kestrine.constants.VL_MM_Stationary)
+        await tracker.SetStationaryModeParams(useADM=False, TIME=5000)
+        replies[:] = [b""] * 3
+        calls = [asyncio.create_task(call()) for call in (tracker.ReleaseMotors, tracker.MeasureStationaryPoint,
+                                                          tracker.with_timeout(20).ReleaseMotors)]
+        await asyncio.sleep(0)
+        ended = []
+        for seconds in (9, 2, 3, 2, 5):
+            await loop.skip(seconds)
+            ended.append([call.done() for call in calls])
+        return ended, await gathered(*calls)
+    ended, failures = run(connection, work)
+    assert ended == [[False] * 3, [True, False, False], [True, False, False], [True, True, False], [True] * 3]
+    assert "[8]  Release Motors:  No answer, timed out!" in str(failures[0]) and failures[0].number == 36
+    with pytest.raises(ValueError):
+        Tracker(connection, timeout=0)
+
+
+def test_an_error_of_no_command_fails_the_oldest_call_and_a_series_can_be_refused(connection, replies, dice):
+    refused, _ = filled(SCHEMA.records.all["GetReflectorsRT"], dice, COMMAND, 42, 2, 0)
+
+    async def work(tracker):
+        replies[:] = b"", answer(kestrine.constants.VL_C_Unknown, 2, ERROR) + answer(10), refused
+        return await gathered(tracker.ReleaseMotors(), tracker.Park(), tracker.GetReflectors())
+    failed, done, series = run(connection, work)
+    assert isinstance(failed, kestrine.com_error) and failed.number == 2 and done is None
+    assert isinstance(series, kestrine.com_error) and series.number == 2 and "GetReflectors" in str(series)
+
+
+def test_a_program_that_disconnects_ends_its_calls(connection, peer, replies):
+    async def work(tracker):
+        replies[:] = [b""]
+        call = asyncio.create_task(tracker.ReleaseMotors())
+        await asyncio.sleep(0)
+        connection.DisconnectEmbeddedSystem()
+        with pytest.raises(kestrine.com_error, match="closed"):
+            await call
+        connection.ConnectEmbeddedSystem("127.0.0.1", peer.port)
+        await tracker.ReleaseMotors()
+    run(connection, work)
+
+
+def test_what_would_wait_for_ever_outside_is_refused_at_once(connection):
+    tracker = Tracker(connection)
+    with pytest.raises(RuntimeError):
+        tracker.GetUnits()
+
+    async def work():
+        async with tracker:
+            late = tracker.GetUnits()
+            with pytest.raises(RuntimeError, match="already"):
+                await Tracker(connection).__aenter__()
+        for use in (tracker.GetUnits, tracker.events):
+            with pytest.raises(RuntimeError, match="async with"):
+                use()
+        with pytest.raises(RuntimeError, match="async with"):
+            await late
+    asyncio.run(work())
+
+
+def test_commands_can_be_found_and_read_about(connection):
+    tracker = Tracker(connection)
+    assert {"GetUnits", "with_timeout"} <= set(dir(tracker)) and "GetUnits" in dir(tracker.with_timeout(1))
+    assert "GoPosition(val1: float, val2: float, val3: float, useADM: bool)" in pydoc.plain(
+        pydoc.render_doc(tracker.goposition))
+    assert "lengthUnit (VL_LengthUnit)" in inspect.getdoc(tracker.GetUnits)

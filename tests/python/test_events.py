@@ -38,8 +38,8 @@ def test_an_event_brings_the_values_of_its_packet(sender, peer, dice, wait_for, 
     assert (event.name, expected) in listener.heard
 
 
-def test_a_handler_hears_events_during_a_call_and_from_the_loop_until_it_is_closed_or_gone(early_wake, tracker, peer,
-                                                                                           wait_for):
+@pytest.mark.classic
+def test_a_handler_hears_events_during_a_call_and_from_the_loop_until_it_is_closed_or_gone(tracker, peer, wait_for):
     closed, kept, dropped = (kestrine.WithEvents(tracker, Log) for _ in range(3))
     closed.close()
     closed.close()
@@ -75,7 +75,8 @@ class Bad(Exception):
 
 
 @pytest.mark.parametrize("raised", [Bad, KeyboardInterrupt, SystemExit])
-def test_what_a_handler_raises_breaks_nothing(early_wake, tracker, peer, monkeypatch, wait_for, raised):
+@pytest.mark.classic
+def test_what_a_handler_raises_breaks_nothing(tracker, peer, monkeypatch, wait_for, raised):
     class Raising(Log):
         def OnStatusChangeEvent(self, statusChange):
             super().OnStatusChangeEvent(statusChange)
@@ -96,7 +97,7 @@ def test_what_a_handler_raises_breaks_nothing(early_wake, tracker, peer, monkeyp
 
 
 @pytest.mark.parametrize("in_a_call", [False, True])
-def test_a_handler_may_close_call_back_in_and_drop_everything(early_wake, peer, wait_for, in_a_call):
+def test_a_handler_may_close_call_back_in_and_drop_everything(peer, wait_for, in_a_call):
     held = {}
 
     class Dropping(Log):

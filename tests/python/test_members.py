@@ -73,8 +73,9 @@ def call_in_other_case(target, method, arguments):
 
 @pytest.mark.parametrize("method", [each for each in SCHEMA.sync_methods + SCHEMA.async_methods if each.command],
                          ids=lambda method: f"{method.side} {method.name}")
-def test_a_call_sends_its_inputs_and_one_that_waits_returns_its_outputs(early_wake, tracker, sender, peer, dice,
-                                                                        wait_for, method):
+@pytest.mark.classic
+def test_a_call_sends_its_inputs_and_one_that_waits_returns_its_outputs(tracker, sender, peer, dice, wait_for,
+                                                                        method):
     modes = kestrine.VL_MeasMode
     tracker.SetMeasurementMode(modes.VL_MM_ContinuousTime if method.mode.startswith("continuous")
                                else modes.VL_MM_Standard)
@@ -102,11 +103,12 @@ def test_an_accessor_reads_a_packet_from_any_buffer(connection, dice, make):
     assert connection.ContinuousPoint2GetAt(make(packet), 0) == expected
 
 
-def test_objects_have_their_other_members(early_wake, connection, peer, tracker, sender, tmp_path):
+@pytest.mark.classic
+def test_objects_have_their_other_members(connection, peer, tracker, sender, tmp_path):
     constants = kestrine.constants
     for name in ("ExceptionHandlingPolicy", "ForceSingleConnection", "IsHostedByWebApplication",
                  "SupportLegacyStationaryMode"):
-        setattr(connection, name.upper(), False)
+        setattr(connection, name.upper(), 0)
         with pytest.raises(AttributeError, match="only be set"):
             getattr(connection, name)
     assert connection.isconnected is True

@@ -2,8 +2,11 @@
 
 import ast
 import inspect
+import os
 import pydoc
 import re
+import subprocess
+import sys
 from enum import IntEnum
 from pathlib import Path
 
@@ -13,14 +16,17 @@ from peer import SCHEMA
 import kestrine
 
 PACKAGE = Path(kestrine.__file__).parent
+ROOT = Path(__file__).parents[2]
 
 
-def test_help_shows_the_parameters(tracker):
+def test_help_shows_the_parameters_the_units_and_what_comes_back(tracker, sender):
     text = pydoc.plain(pydoc.render_doc(tracker.GoPosition))
     assert "GoPosition(val1: float, val2: float, val3: float, useADM: bool)" in text
     assert "lengthUnit (VL_LengthUnit)" in inspect.getdoc(tracker.GetUnits)
     assert list(inspect.signature(tracker.SetUnits).parameters)[:2] == ["lengthUnit", "angleUnit"]
-    assert {"Initialize", "GetUnits"} <= set(dir(tracker))
+    assert "Units: val1..val3: coordinate" in text
+    assert "Returns" not in (told := inspect.getdoc(sender.GetUnits)) and "UnitsData" in told
+    assert {"Initialize", "GetUnits"} <= set(dir(tracker)) and "GetUnits" in dir(sender)
 
 
 def test_the_stubs_declare_what_the_objects_have(connection, tracker, sender):
@@ -38,6 +44,12 @@ def test_the_stubs_declare_what_the_objects_have(connection, tracker, sender):
     assert (PACKAGE / "py.typed").exists()
 
 
+@pytest.mark.classic
+def test_an_import_chooses_modern_behaviour_unless_the_environment_says_otherwise(connection):
+    assert kestrine.behaviour() == os.environ.get("KESTRINE_BEHAVIOUR", "modern")
+    assert kestrine.set_behaviour("modern" if kestrine.behaviour() == "classic" else "classic") is False
+
+
 def test_constants_and_enumerations_hold_every_value():
     for enum in SCHEMA.enums.values():
         made = getattr(kestrine, enum.name)
@@ -48,9 +60,35 @@ def test_constants_and_enumerations_hold_every_value():
         kestrine.constants.VL_NoSuchThing
 
 
+SNIPPETS = re.findall(r"```python\n(.*?)```", (ROOT / "README.md").read_text(), re.S)
+STRICT = """[mypy]
+strict = True
+follow_imports = silent
+[mypy-matplotlib.*]
+ignore_missing_imports = True
+"""
+MISTAKE = """import kestrine
+tracker = kestrine.Dispatch("Kestrine.LTCommandSync2")
+tracker.SetMeasurementMode(kestrine.constants.VL_LU_Foot)
+"""
+
+
+def test_a_type_checker_finds_nothing_in_the_examples_and_the_readme_and_a_mistake_elsewhere(tmp_path):
+    pytest.importorskip("mypy")
+    (tmp_path / "mypy.ini").write_text(STRICT)
+    for number, code in enumerate(SNIPPETS):
+        (tmp_path / f"snippet{number}.py").write_text(code)
+    (tmp_path / "mistake.py").write_text(MISTAKE)
+    done = subprocess.run([sys.executable, "-m", "mypy", "--config-file", tmp_path / "mypy.ini",
+                           "--cache-dir", PACKAGE.parents[1] / "mypy", *tmp_path.glob("*.py"),
+                           *(ROOT / "examples").glob("*.py")],
+                          env={"MYPYPATH": str(PACKAGE.parent)}, capture_output=True, text=True, timeout=300)
+    found = done.stdout.splitlines()
+    assert len(found) == 2 and "mistake.py:3: error" in found[0] and "VL_MeasMode" in found[0], done.stdout
+
+
 def test_the_first_lines_of_the_readme_work(capsys):
-    readme = (Path(__file__).parents[2] / "README.md").read_text()
-    code = re.search(r"## In Python.*?```python\n(.*?)```", readme, re.S)[1]
+    code = SNIPPETS[0]
     assert len(code.strip().splitlines()) <= 10
     exec(code, {})
     assert re.match(r"-?\d+\.\d+", capsys.readouterr().out)

@@ -4,6 +4,7 @@ from . import (accessors, catalogue, enums, events, interfaces, library, methods
                texts)
 
 WRITERS = {
+    "python/kestrine/_constants.pyi": python.write_constants,
     "python/kestrine/_interfaces.pyi": python.write_stubs,
     "python/kestrine/_tables.py": python.write_tables,
     "python/kestrine/enumerations.py": python.write_enumerations,

@@ -12,16 +12,23 @@ from .members import units_note
 _TYPES = {"long": "int", "int32": "int", "bool32": "bool", "double": "float", "bool": "bool", "text": "str",
           "text32": "str", "text128": "str", "byte": "bytes", "variant": "bytes", "bytes": "bytes"}
 _DEFAULTS = {"int": "0", "bool": "False", "float": "0.0", "str": '""', "bytes": 'b""'}
+_TILTRA_EVENT = "TiltraMeasurementData"
 _NUMPY = {"int32": "<i4", "bool32": "<i4", "double": "<f8", "byte": "u1"}
 
 
 def write_enumerations(schema: Schema) -> str:
     parts = ['"""The enumerations of the interfaces. A value that none of them has stays a plain int."""\n\n'
-             "from enum import IntEnum as _IntEnum"]
+             "from enum import IntEnum as _IntEnum\n\n"
+             "__all__ = [\n" + "".join(f'    "{name}",\n' for name in schema.enums) + "]"]
     for enum in schema.enums.values():
         rows = [f"{value.name} = {value.value}" for value in enum.values]
         parts.append(_class(f"{enum.name}(_IntEnum)", enum.doc, rows))
     return "\n\n\n".join(parts) + "\n"
+
+
+def write_constants(schema: Schema) -> str:
+    rows = [f"{value.name}: {enum.name}" for enum in schema.enums.values() for value in enum.values]
+    return "from .enumerations import *\n\n\n" + _class("_Constants", "", rows) + "\n\n\nconstants: _Constants\n"
 
 
 def write_records(schema: Schema) -> str:
@@ -40,34 +47,50 @@ def write_records(schema: Schema) -> str:
 
 def write_tables(schema: Schema) -> str:
     answers = {answer.command.name: answer for answer in schema.answers}
-    calls = "".join(f"    {method.name!r}: ({method.command.code}, {list(method.ends)!r}, {_total(method, answers)}, "
-                    f"{_failures(schema, method)}),\n" for method in schema.async_methods)
+    calls = "".join(f"    {method.name!r}: {_call(schema, method, answers)!r},\n" for method in schema.async_methods)
+    docs = "".join(f"    {name!r}: {_docs(members)!r},\n" for name, members in _interfaces(schema).items())
     blocks = "".join(f"    {packet.value.value}: {_block(packet.record)!r},\n"
                      for packet in schema.packets if packet.record.element)
     programs = "".join(f"    {each.name!r}: {f'{each.program}.1'!r},\n" for each in schema.library.classes)
     return ('"""Facts that the type library does not tell."""\n\n'
-            "# Of an asynchronous call: its command; the events that end it; which of the event's values says how many\n"
-            "# items there are, where each comes with an event of its own; the commands by which its failure goes.\n"
+            "# Of an asynchronous call: its command; the events that end it; which of their values says how many\n"
+            "# items there are, where each comes with an event of its own; the kind of result that comes beside the\n"
+            "# answer; the seconds in which it should end, and whether the time of a stationary measurement is added;\n"
+            "# what is said when it does not.\n"
             f"CALLS = {{\n{calls}}}\n\n"
+            "# What members do, and the units of their values.\n"
+            f"DOCS = {{\n{docs}}}\n\n"
             "# Of a continuous packet, by its type: bytes before the first element, their number, size, fields.\n"
             f"BLOCKS = {{\n{blocks}}}\n\n"
             "# The program identifiers of the classes, with their version.\n"
             f"PROGRAMS = {{\n{programs}}}\n")
 
 
-def _failures(schema: Schema, method: Method) -> list[int]:
-    """A bad result comes as a failure to start the measurement, whatever asked for it."""
-    has_result = any(each.name == method.name and each.waits_for_result for each in schema.sync_methods)
-    return sorted({method.command.code} | ({schema.commands["VL_C_StartMeasurement"].code} if has_result else set()))
+def _call(schema: Schema, method: Method, answers: dict) -> tuple:
+    command = method.command
+    result = "measurement" if method.waits_for_result else "tiltra" if method.ends == (_TILTRA_EVENT,) else None
+    milliseconds = {wait.name: wait.ordinary for wait in schema.waits}
+    seconds = milliseconds.get(method.wait, milliseconds["standard"]) / 1000
+    no_answer = next(row.text for row in schema.texts if row.name == "NoAnswer")
+    return (command.code, method.ends, _total(method, answers), result, seconds, method.adds_measure_time,
+            f"[{command.code}]  {command.text}:  {no_answer}!")
+
+
+def _interfaces(schema: Schema) -> dict[str, list]:
+    return {"ILTConnect2": schema.connect_members, "ILTCommandSync2": schema.sync_methods,
+            "ILTCommandAsync2": schema.async_methods}
+
+
+def _docs(members: list) -> dict[str, str]:
+    docs = {member.name: " ".join(filter(None, [member.doc, _units(member.parameters)])) for member in members}
+    return {name: doc for name, doc in docs.items() if doc}
 
 
 def write_stubs(schema: Schema) -> str:
-    interfaces = {"ILTConnect2": schema.connect_members, "ILTCommandSync2": schema.sync_methods,
-                  "ILTCommandAsync2": schema.async_methods}
-    parts = ["from typing import Any\n\nfrom typing_extensions import Buffer\n\nfrom . import records\n"
-             "from ._object import Object\nfrom .enumerations import *"]
+    parts = ["from typing import Any, TypeAlias\n\nfrom . import records\nfrom ._object import Object\n"
+             "from .enumerations import *\n\nBuffer: TypeAlias = bytes | bytearray | memoryview"]
     parts += [_class(f"{name}(Object)", "", [_member(schema, member) for member in members])
-              for name, members in interfaces.items()]
+              for name, members in _interfaces(schema).items()]
     parts.append(_class("AwaitableCommands", "", [_awaitable(schema, each) for each in schema.async_methods]))
     for name, events in (("SyncEvents", schema.sync_events), ("AsyncEvents", schema.async_events)):
         rows = [_handler(schema, event) for event in events.values()]
