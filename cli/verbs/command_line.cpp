@@ -25,11 +25,8 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
-// Names with dots never reach a name server: the library takes them for addresses.
 std::string check_host(const std::string& host) {
-  if (host.find('.') == std::string::npos) return host.empty() ? "is empty" : "";
-  if (CLI::ValidIPV4(std::string(host)).empty()) return {};
-  return host + " is no address; a name has no dots in it";
+  return host.empty() ? "is empty" : "";
 }
 
 }  // namespace
@@ -46,7 +43,7 @@ CLI::Validator number_between(double low, double high) {
 void add_tracker_options(CLI::App& command, CommonOptions& options) {
   command.option_defaults()->group("Tracker");
   auto* host = command.add_option("--host", options.server.host,
-                                  "The tracker's server: a dotted address, or a name without dots");
+                                  "The tracker's server: its name, or an IPv4 or IPv6 address");
   host->check(CLI::Validator(check_host, ""))->type_name("HOST");
   auto* port = command.add_option("--port", options.server.port, "The server's port");
   port->check(CLI::Range(1, 65535))->type_name("PORT")->needs(host);
