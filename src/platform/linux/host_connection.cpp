@@ -38,10 +38,10 @@ struct Found {
   std::string reason;  // why there are none
 };
 
-Found look_up(const std::string& name, std::uint16_t port) {
+Found look_up(const std::string& name, std::uint16_t port, int flags = 0) {
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;
-  hints.ai_flags = AI_NUMERICSERV;
+  hints.ai_flags = AI_NUMERICSERV | flags;
   addrinfo* first = nullptr;
   const int error = ::getaddrinfo(name.c_str(), std::to_string(port).c_str(), &hints, &first);
   if (error != 0) return {{}, ::gai_strerror(error)};
@@ -61,6 +61,8 @@ milliseconds time_until(TimePoint end) {
 
 // The system's look-up cannot be ended, so it gets a thread of its own, which is left behind if need be.
 Found look_up_until(const std::string& name, std::uint16_t port, TimePoint end) {
+  Found address = look_up(name, port, AI_NUMERICHOST);
+  if (!address.addresses.empty()) return address;
   std::packaged_task<Found()> task([name, port] { return look_up(name, port); });
   std::future<Found> found = task.get_future();
   try {
