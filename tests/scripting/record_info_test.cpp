@@ -42,9 +42,12 @@ TEST(RecordInfo, FieldsOfEveryRecordFillIt) {
     }
     EXPECT_EQ((end + 3) / 4 * 4, attributes.cbSizeInstance) << name_of(*info);
     ULONG size = 0;
+    ULONG names = 0;
     const auto record = record_named(name_of(*info).c_str());
     EXPECT_EQ(record->GetSize(&size), S_OK);
     EXPECT_EQ(size, attributes.cbSizeInstance);
+    EXPECT_EQ(record->GetFieldNames(&names, nullptr), S_OK);
+    EXPECT_EQ(names, attributes.cVars);
     ++records;
   }
   EXPECT_GT(records, 100);
@@ -77,6 +80,11 @@ TEST(RecordInfo, FieldsAreThoseOfTheStruct) {
   EXPECT_EQ(record->PutField(INVOKE_PROPERTYPUT, &result, u"measMode", &value), DISP_E_OVERFLOW);
   EXPECT_EQ(record->PutField(INVOKE_PROPERTYPUT, &result, u"packetInfo", &value), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(record->GetField(&result, u"nothing", &value), TYPE_E_FIELDNOTFOUND);
+
+  void* elements = &result;
+  ASSERT_EQ(record->GetFieldNoCopy(&result, u"dHumidity", &value, &elements), S_OK);
+  EXPECT_EQ(value.vt, VT_BYREF | VT_R8);
+  EXPECT_EQ(value.byref, reinterpret_cast<char*>(&result) + offsetof(SingleMeasResultT, dHumidity));
 }
 
 TEST(RecordInfo, TextsTravelAsTexts) {
@@ -121,6 +129,11 @@ TEST(RecordInfo, VariantsOwnTheirRecords) {
   for (VARIANT* variant : {&first, &second, &third}) EXPECT_EQ(VariantClear(variant), S_OK);
   EXPECT_EQ(record->IsMatchingType(record_named("systemsettingsdatat").get()), 1);
   EXPECT_EQ(record->IsMatchingType(record_named("SystemUnitsDataT").get()), 0);
+  Pointer<IRecordInfo> none;
+  EXPECT_EQ(GetRecordInfoFromTypeInfo(type_named("VL_MeasMode").get(), none.put()), TYPE_E_WRONGTYPEKIND);
+  VARIANT blank{};
+  blank.vt = VT_RECORD;
+  EXPECT_EQ(VariantCopy(&second, &blank), S_OK);
 }
 
 }  // namespace

@@ -120,6 +120,7 @@ TEST_F(Refusals, NameTheParameterAndWhetherItWasTakenAllTheSame) {
       {"hot", build_SetEnvironmentParams(61, 1000, 50), VL_RS_Parameter1OutOfRangeNOK},
       {"thin air", build_SetEnvironmentParams(20, 550, 50), VL_RS_Parameter2OutOfRangeOK},
       {"negative count", build_SetContinuousTimeModeParams(10, -1, 0, VL_RT_Box), VL_RS_Parameter2OutOfRangeNOK},
+      {"grid without a step", build_SetGridModeParams(0, 0, 0, 5, 0, VL_RT_Box), VL_RS_Parameter1OutOfRangeNOK},
       {"not a number", build_SetSearchParams(std::nan(""), 5), VL_RS_WrongParameter1},
       {"a fact", build_SetLongSystemParameter(VL_SP_TcpCommandQueueSize, 5), VL_RS_UsageConflict},
       {"no source", build_SetTriggerSource(VL_TS_Undefined), VL_RS_ProblemSettingTriggerSource},

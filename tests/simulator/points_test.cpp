@@ -158,6 +158,7 @@ TEST(CentreModes, FindTheWorldsCentreWithinItsUncertainty) {
     EXPECT_EQ(probe.measMode, probe_mode);
     const Vector off = vector(probe.dPosition1, probe.dPosition2, probe.dPosition3) - 1000 * centre;
     EXPECT_LT(length(off), 4 * probe.dStdDevPositionTotal);
+    EXPECT_LT(double{probe.dStdDevPositionTotal}, 0.1);
   }
 }
 

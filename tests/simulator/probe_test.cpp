@@ -106,6 +106,7 @@ TEST(ContinuousProbe, FollowsThePathAndTurnsWithIt) {
   const auto all = elements_of(packets);
   ASSERT_EQ(all.size(), 205u);
   EXPECT_EQ(only(packets, VL_DT_ContinuousProbeMeasResult).size(), 21u);
+  EXPECT_EQ(wire::load_i32(only(packets, VL_DT_ContinuousProbeMeasResult)[0].data() + 16), VL_MM_6DContinuousTime);
   for (std::size_t i = 0; i < all.size(); ++i) {
     EXPECT_EQ(all[i].lTime1 * 1000000 + all[i].lTime2, static_cast<std::int32_t>(i) * 10000);
     const Vector tip = path_at(static_cast<double>(i) / 100);

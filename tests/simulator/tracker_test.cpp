@@ -37,6 +37,8 @@ TEST(Initialize, MakesTheTrackerReadyAndSaysSoToThoseWhoAsked) {
             (Codes{VL_SSC_MeasStatus_Busy, VL_SSC_InitializationStatusChanged, VL_SSC_MeasStatus_Ready}));
   EXPECT_TRUE(silent->packets.empty());
   EXPECT_EQ(state(), VL_TS_Ready);
+  const auto info = bench.answer<GetMeasurementStatusInfoRT>(build_GetMeasurementStatusInfo());
+  for (const auto flag : {VL_MSI_Initialized, VL_MSI_ReflectorFound}) EXPECT_TRUE(info.lMeasurementStatusInfo & flag);
   for (const auto& each : {bench.client, silent}) {
     const auto own = first<GetSystemSettingsRT>(bench.ask(build_GetSystemSettings(), each)).systemSettings;
     EXPECT_EQ(own.bSendUnsolicitedMessages, each == bench.client);
@@ -136,6 +138,8 @@ TEST_F(StatusChanges, ReportWhatHasComeOrGone) {
        {VL_SSC_SystemSettingsChanged, VL_SSC_TiltraSensorChanged}},
       {set_system_settings({.bSendUnsolicitedMessages = 1}),
        {VL_SSC_SystemSettingsChanged, VL_SSC_OverviewCameraChanged}},
+      {build_SetLongSystemParameter(VL_SP_InclinationSensorState, VL_ISS_MonitoringOnly),
+       {VL_SSC_TiltSensorStatusChanged}},
       {build_SetEnvironmentParams(20, 1000, 50), {VL_SSC_EnvironmentParamsChanged}},
       {build_SetEnvironmentParams(21, 1000, 50), {VL_SSC_EnvironmentParamsChanged, VL_SSC_ObjectTemperatureChanged}},
   };
@@ -259,6 +263,7 @@ TEST(StillImage, IsAWholeBitmapOrAJpegFileOfTheSameSize) {
   wire::store_i32(reinterpret_cast<std::uint8_t*>(&head[2]), 54 + 160 * 120 * 3);
   EXPECT_EQ(bitmap.substr(0, 30), head);
   EXPECT_EQ(bitmap.size(), 54u + 160 * 120 * 3);
+  EXPECT_EQ((Codes{std::uint8_t(bitmap[54]), std::uint8_t(bitmap.back())}), (Codes{90, 209}));  // brighter at the top
   EXPECT_TRUE(jpeg.starts_with("\xFF\xD8") && jpeg.ends_with("\xFF\xD9"));
   EXPECT_NE(jpeg.find(std::string("\0\x78\0\xA0\x03", 5)), std::string::npos);  // lines, columns and colours
 }
