@@ -138,6 +138,8 @@ TEST(BestFits, FindATransformationAgainWhateverItsAngles) {
       EXPECT_LT(fit.max_deviation, 1e-9);
       ASSERT_EQ(fit.points.size(), places.size());
       expect_near(fit.points[2].actual.place, pose.apply(places[2]));
+      const bool upright = std::abs(std::cos(angles.y())) < 1e-9;  // angles of one axis have no deviations
+      EXPECT_EQ(fit.parameters[3].deviation == kUnknown, upright);
     }
   }
 }
@@ -195,6 +197,21 @@ TEST(BestFits, HoldWhatIsFixedAndWeighWhatIsObserved) {
   EXPECT_NEAR(pulled(1e-8), 1e-3, 1e-6);
 }
 
+TEST(BestFits, FindTheRestOfTheAnglesToAnyThatIsGiven) {
+  std::mt19937_64 engine(2);
+  std::uniform_real_distribution<double> any(-kPi, kPi);
+  for (int i = 0; i < 60; ++i) {
+    const std::array angles{any(engine), any(engine), any(engine)};
+    const Pose pose{{1, 2, 3}, rotation({angles[0], angles[1], angles[2]}), 1};
+    Parameters given = free_but_scale();
+    const auto index = static_cast<std::size_t>(i % 3);
+    given[3 + index] = {angles[index], 0};
+    const auto fit = fitted(at(moved(kPlaces, pose)), at(kPlaces), given);
+    expect_pose(fit, pose, 1e-8);
+    EXPECT_EQ(fit.parameters[3 + index].value, angles[index]);
+  }
+}
+
 TEST(BestFits, JudgeTheDeviationsGivenByTheResiduals) {
   std::mt19937_64 engine(1);
   std::normal_distribution<double> normal;
@@ -218,6 +235,9 @@ TEST(BestFits, JudgeTheDeviationsGivenByTheResiduals) {
   Vector sum;
   for (const FittedPoint& each : fit.points) sum += each.residual;
   expect_near(sum, {});  // equal weights
+  // Whoever gives too small deviations gets the parameters' true ones all the same.
+  const auto boasting = fitted(at(nominal, spread / 5), at(noisy), Parameters{});
+  EXPECT_NEAR(boasting.parameters[0].deviation, of_shift, 0.2 * of_shift);
 }
 
 TEST(BestFits, AskNothingOfCoordinatesThatAreUnknown) {
@@ -233,6 +253,10 @@ TEST(BestFits, AskNothingOfCoordinatesThatAreUnknown) {
   const auto fit = fitted(nominal, actual, free_but_scale());
   expect_pose(fit, pose);
   EXPECT_LT(fit.max_deviation, 1e-9);
+  // Nor much of those that are bad, given in the system of each list.
+  actual[3].unknown = actual[4].unknown = {};
+  actual[3].covariance(0, 0) = actual[4].covariance(0, 0) = 1e12;
+  expect_pose(fitted(nominal, actual, free_but_scale()), pose, 1e-8);
   for (KnownPoint& each : actual) each.unknown = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
   EXPECT_FALSE(fit_transformation(nominal, actual, free_but_scale()));
 }

@@ -52,20 +52,6 @@ TEST_F(StationaryPoint, HasCovariancesInTheExtendedStatisticMode) {
   EXPECT_NEAR(length(values_of(extended) - values_of(standard)), 0, 2e-5);
 }
 
-TEST_F(StationaryPoint, ComesInTheUnitsAndTheSystemThatAreSet) {
-  set_up(
-      {go_to({2.2, 0.4, -0.3}), build_SetUnits(VL_LU_Inch, VL_AU_Degree, VL_TU_Fahrenheit, VL_PU_HPascal, VL_HU_RH)});
-  const SingleMeasResultT inches = measured();
-  EXPECT_NEAR(inches.dVal1, 2.2 / 0.0254, 0.002);
-  EXPECT_NEAR(inches.dTemperature, 68, 1e-9);
-  set_units(VL_LU_Millimeter);
-  ask(build_SetCoordinateSystemType(VL_CS_SCW));
-  const SingleMeasResultT spherical = measured();
-  EXPECT_NEAR(spherical.dVal1, -std::atan2(0.4, 2.2) * 180 / M_PI, 1e-3);
-  EXPECT_NEAR(spherical.dVal3, 1000 * std::sqrt(2.2 * 2.2 + 0.4 * 0.4 + 0.3 * 0.3), 0.01);
-  EXPECT_NEAR(spherical.dAprioriStd3, 0.01, 1e-6);  // the distance meter's 10 micrometres
-}
-
 TEST_F(StationaryPoint, NeedsATargetUnderTheBeam) {
   EXPECT_EQ(statuses({go_to({3, 3, 0}), build_StartMeasurement()}), Codes(2, VL_RS_NoDistanceSet));
   set_up({build_GoBirdBath(), build_SwitchLaser(0)});
