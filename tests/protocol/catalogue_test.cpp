@@ -19,13 +19,5 @@ TEST(Catalogue, FindsWhatLiesDeepInRecordsButNoElements) {
   for (const Leaf& leaf : leaves_of(block)) EXPECT_LT(leaf.offset, 68) << leaf.path;
 }
 
-TEST(Catalogue, HasNoRowForWhatThereIsNot) {
-  EXPECT_EQ(find_type("NoSuchT"), nullptr);
-  EXPECT_EQ(find_command(-1), nullptr);
-  EXPECT_EQ(find_command(999), nullptr);
-  EXPECT_EQ(find_command(50)->answer, nullptr);
-  EXPECT_EQ(find_packet(12), nullptr);
-}
-
 }  // namespace
 }  // namespace kestrine::protocol

@@ -43,12 +43,6 @@ TYPED_TEST(EveryKindOfRecord, IsReadFromTheWireAndWrittenBackUnchanged) {
   EXPECT_EQ(back, wire);
 }
 
-TEST(Records, BeginAsZeros) {
-  const GetReflectorsRT record;
-  const std::array<std::uint8_t, sizeof record> zeros{};
-  EXPECT_EQ(std::memcmp(&record, zeros.data(), sizeof record), 0);
-}
-
 // Of those whose fields fill them: a last single byte is followed by padding, elements by others of their kind.
 TEST(Codec, DecodesEveryRecordToItsPlaceInMemoryAndEncodesItWithItsFlagsMadeZeroOrOne) {
   if constexpr (std::endian::native != std::endian::little) GTEST_SKIP();

@@ -8,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iomanip>
@@ -20,6 +18,7 @@
 #include <vector>
 
 #include "kestrine/interfaces.h"
+#include "kestrine/loader.h"
 #include "kestrine/text.h"
 #include "protocol/catalogue.h"
 
@@ -169,19 +168,14 @@ class Listing {
         line += join(" ", each.name, "=", each.value);
     }
     if (row.size != 0) line += join(" ", row.size, list(row.fields));
-    if (row.id != nullptr) line += join(" ", text_of(*row.id));
+    if (row.id != nullptr) {
+      OLECHAR id[39];
+      StringFromGUID2(*row.id, id, 39);
+      line += join(" ", to_utf8(id).substr(1, 36));
+    }
     if (row.implements != nullptr) line += join(" implements ", row.implements->name);
     if (row.fires != nullptr) line += join(" fires ", row.fires->name);
     lines.push_back(line);
-  }
-
-  static std::string text_of(const GUID& id) {
-    std::array<char, 37> text{};
-    const auto& rest = id.Data4;
-    std::snprintf(text.data(), text.size(), "%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X",
-                  static_cast<unsigned>(id.Data1), id.Data2, id.Data3, rest[0], rest[1], rest[2], rest[3], rest[4],
-                  rest[5], rest[6], rest[7]);
-    return text.data();
   }
 
   void add_texts(const char* what, std::span<const TextRow> rows) {

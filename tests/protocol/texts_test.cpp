@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <map>
 
 namespace kestrine::protocol {
@@ -10,25 +9,10 @@ namespace {
 
 TEST(Texts, GiveEveryStatusItsOwnOrOneForWhatIsNone) {
   const std::u16string unexpected = u"Unknown status (unexpected)";
-  const std::map<std::int32_t, std::u16string> cases = {{0, u"All OK"},
-                                                        {34, unexpected},
-                                                        {36, u"Unknown status"},
-                                                        {63, unexpected},
-                                                        {99, u"No Trigger Board"},
-                                                        {100, u"TRK #100"},
-                                                        {999, u"TRK #999"},
-                                                        {1000, u"1000"},
-                                                        {10000, u"10000"},
-                                                        {10001, u"No Shank Compensation is set"},
-                                                        {10025, u"Item selection failed"},
-                                                        {10026, u"10026"},
-                                                        {29999, u"29999"},
-                                                        {30000, unexpected},
-                                                        {100000, unexpected},
-                                                        {100001, u"100001"},
-                                                        {INT_MAX, u"2147483647"},
-                                                        {-1, unexpected},
-                                                        {INT_MIN, unexpected}};
+  const std::map<std::int32_t, std::u16string> cases = {
+      {34, unexpected},    {63, unexpected},     {99, u"No Trigger Board"}, {100, u"TRK #100"},
+      {999, u"TRK #999"},  {1000, u"1000"},      {10026, u"10026"},         {29999, u"29999"},
+      {30000, unexpected}, {100000, unexpected}, {100001, u"100001"},       {-1, unexpected}};
   for (const auto& [status, text] : cases) EXPECT_EQ(status_text(status), text) << status;
 }
 
@@ -42,14 +26,6 @@ TEST(Texts, NameEveryCommandAndWhatIsNone) {
     EXPECT_EQ(command_text(command).data()[text.size()], u'\0') << command;
   }
   EXPECT_EQ(send_failure_text(7), u"Invoking command \"Initialize\" [7] failed!");
-}
-
-TEST(Texts, HaveARowForEachOfTheSixWarningsAndNoneWhereThereIsNone) {
-  for (std::int32_t status = -2; status < 30; ++status) {
-    const bool warns = status >= 11 && status <= 21 && status % 2 == 1;
-    EXPECT_EQ(warning_row(status), warns ? 517 + (status - 11) / 2 : 0) << status;
-  }
-  for (const std::int32_t row : {524, 0, -1}) EXPECT_EQ(table_text(row), u"");
 }
 
 }  // namespace

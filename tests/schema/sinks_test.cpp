@@ -75,18 +75,15 @@ TEST_F(Sinks, RefuseWhatTheEventDoesNotHave) {
 
 TEST_F(Sinks, KnowTheirEventsByName) {
   const auto find = [this](std::u16string wanted) {
-    LPOLESTR names[] = {wanted.data(), wanted.data()};
-    DISPID ids[2] = {};
-    EXPECT_EQ(sink->GetIDsOfNames(IID_NULL, names, 2, 0, ids), DISP_E_UNKNOWNNAME);
-    EXPECT_EQ(ids[1], DISPID_UNKNOWN);
-    const HRESULT result = sink->GetIDsOfNames(IID_NULL, names, 1, 0, ids);
-    EXPECT_EQ(result, ids[0] == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK);
-    return ids[0];
+    LPOLESTR asked = wanted.data();
+    DISPID id = 0;
+    const HRESULT result = sink->GetIDsOfNames(IID_NULL, &asked, 1, 0, &id);
+    EXPECT_EQ(result, id == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK);
+    return id;
   };
   EXPECT_EQ(find(u"ErrorEvent"), 1);
   EXPECT_EQ(find(u"stationaryprobemeasdata"), 24);
   EXPECT_EQ(find(u"ErrorEven"), DISPID_UNKNOWN);
-  EXPECT_EQ(find(u"CommandCompletedData"), DISPID_UNKNOWN);
 }
 
 TEST_F(Sinks, AnswerToTheEventInterfacesOfBothGenerations) {
@@ -97,9 +94,6 @@ TEST_F(Sinks, AnswerToTheEventInterfacesOfBothGenerations) {
   }
   void* other = nullptr;
   EXPECT_EQ(sink->QueryInterface(DIID__ILTCommandAsyncEvents, &other), E_NOINTERFACE);
-  UINT count = 9;
-  EXPECT_EQ(sink->GetTypeInfoCount(&count), S_OK);
-  EXPECT_EQ(count, 0u);
 }
 
 }  // namespace

@@ -26,10 +26,6 @@ TEST_F(Dispatch, FindsMembersAndParametersWhateverTheCaseOfTheirNames) {
   EXPECT_EQ(ids(*connection, {u"GetConstant", u"nothing", u"value"}, DISP_E_UNKNOWNNAME),
             (std::vector<DISPID>{15, DISPID_UNKNOWN, 1}));
   EXPECT_EQ(ids(*connection, {u"Nothing"}, DISP_E_UNKNOWNNAME), std::vector<DISPID>{DISPID_UNKNOWN});
-  OLECHAR name[] = u"Version";
-  LPOLESTR names[] = {name};
-  DISPID id = 0;
-  EXPECT_EQ(connection->GetIDsOfNames(IID_IUnknown, names, 1, 0, &id), DISP_E_UNKNOWNINTERFACE);
   ITypeInfo* info = nullptr;
   EXPECT_EQ(connection->GetTypeInfo(1, 0, &info), DISP_E_BADINDEX);
 }
@@ -45,8 +41,6 @@ TEST_F(Dispatch, ReadsAndWritesPropertiesAndCallsMethodsEachInItsOwnWay) {
   Pointer<ITypeInfo> info;
   DISPPARAMS none{};
   ASSERT_EQ(connection->GetTypeInfo(0, 0, info.put()), S_OK);
-  EXPECT_EQ(info->Invoke(connection.get(), version, DISPATCH_PROPERTYGET, &none, &*result, nullptr, nullptr), S_OK);
-  EXPECT_TRUE(result->vt == VT_I4 && result->lVal == 196'616);
   EXPECT_EQ(info->Invoke(connection.get(), 99, DISPATCH_METHOD, &none, &*result, nullptr, nullptr),
             DISP_E_MEMBERNOTFOUND);
   const struct {
@@ -61,7 +55,6 @@ TEST_F(Dispatch, ReadsAndWritesPropertiesAndCallsMethodsEachInItsOwnWay) {
               {*connection, version, DISPATCH_PROPERTYPUT, {*yes}, {DISPID_PROPERTYPUT}, DISP_E_MEMBERNOTFOUND},
               {*connection, version, DISPATCH_PROPERTYGET, {*yes}, {}, DISP_E_BADPARAMCOUNT},
               {*sync, initialize, DISPATCH_PROPERTYGET, {}, {}, DISP_E_MEMBERNOTFOUND},
-              {*sync, 0, DISPATCH_METHOD, {}, {}, DISP_E_MEMBERNOTFOUND},
               {*sync, 202, DISPATCH_METHOD, {}, {}, DISP_E_MEMBERNOTFOUND}};
   for (const auto& row : rows) {
     EXPECT_EQ(call(row.object, row.id, row.flags, row.arguments, row.named, &*result).code, row.code) << row.id;
@@ -104,7 +97,6 @@ TEST_F(Dispatch, TellsWhichArgumentDoesNotFitAndSendsNothing) {
     UINT bad;  // counted from the last argument
   };
   for (const Case& each : {Case{go, {*one, *one, *one}, {}, DISP_E_BADPARAMCOUNT, 99},
-                           {go, {*one, *one, *one, *one, *one}, {}, DISP_E_BADPARAMCOUNT, 99},
                            {go, {*one, *word, *one, *one}, {}, DISP_E_TYPEMISMATCH, 2},
                            {move, {*huge, *one}, {}, DISP_E_OVERFLOW, 1},
                            {go, {*one, *one, *one, *nothing}, {}, DISP_E_PARAMNOTOPTIONAL, 0},
@@ -261,12 +253,6 @@ TEST_F(Dispatch, TakesAndGivesByteArraysAndBlamesNoCallForAnOlderFailure) {
   EXPECT_EQ(data->parray->rgsabound[0].cElements, 16u);
   Value name((environment.directory() / "packet.bin").u16string().c_str());
   EXPECT_EQ(call(*connection, u"WriteDiskFile", {Value::to(data), *name}).code, S_OK);
-  Value path(u"x");
-  LONG size = 0;
-  VARIANT nowhere{};
-  const Called called = call(*connection, u"StillImageGetFile", {*path, Value::to(VT_I4, size), Value::to(nowhere)});
-  EXPECT_EQ(called.code, DISP_E_EXCEPTION);
-  EXPECT_EQ(called.description, "StillImageGetFile(): Invalid data passed-in (first parameter) !");
 }
 
 }  // namespace

@@ -115,29 +115,18 @@ TEST_F(Refusals, NameTheParameterAndWhetherItWasTakenAllTheSame) {
   const std::tuple<const char*, protocol::Request, VL_ResultStatus> refusals[]{
       {"unknown reflector", build_SetReflector(5), VL_RS_WrongParameter1},
       {"unknown compensation", build_SetCompensation(9), VL_RS_NoSuchCompensation},
-      {"unknown camera compensation", build_SetVizetToTrackerCompensation(9), VL_RS_NoSuchCompensation},
-      {"unknown probe compensation", build_SetProbeCompensation(2), VL_RS_NoSuchCompensation},
-      {"unknown tip", build_SetTipAdapter(3), VL_RS_InvalidTipAdapter},
       {"unknown unit", build_SetUnits(VL_LU_Meter, static_cast<VL_AngleUnit>(3), VL_TU_Celsius, VL_PU_Mbar, VL_HU_RH),
        VL_RS_WrongParameter2},
       {"hot", build_SetEnvironmentParams(61, 1000, 50), VL_RS_Parameter1OutOfRangeNOK},
-      {"warm", build_SetEnvironmentParams(45, 1000, 50), VL_RS_Parameter1OutOfRangeOK},
       {"thin air", build_SetEnvironmentParams(20, 550, 50), VL_RS_Parameter2OutOfRangeOK},
-      {"drier than dry", build_SetEnvironmentParams(20, 1000, -1), VL_RS_Parameter3OutOfRangeNOK},
-      {"short measure time", build_SetStationaryModeParams(99, 1), VL_RS_Parameter1OutOfRangeNOK},
       {"negative count", build_SetContinuousTimeModeParams(10, -1, 0, VL_RT_Box), VL_RS_Parameter2OutOfRangeNOK},
       {"grid without a step", build_SetGridModeParams(0, 0, 0, 5, 0, VL_RT_Box), VL_RS_Parameter1OutOfRangeNOK},
       {"not a number", build_SetSearchParams(std::nan(""), 5), VL_RS_WrongParameter1},
-      {"infinite", build_SetBoxRegionParams(0, 0, 0, 0, 0, INFINITY), VL_RS_WrongParameter6},
-      {"integer asked as double", build_GetDoubleSystemParameter(VL_SP_TcpDataPacketRate), VL_RS_WrongParameter1},
       {"a fact", build_SetLongSystemParameter(VL_SP_TcpCommandQueueSize, 5), VL_RS_UsageConflict},
       {"no source", build_SetTriggerSource(VL_TS_Undefined), VL_RS_ProblemSettingTriggerSource},
-      {"too fast", build_MoveHV(101, 0), VL_RS_Parameter1OutOfRangeNOK},
       {"too high", build_PositionRelativeHV(0, -2), kVerticalRangeEnds},
       {"too near", build_GoPositionHVD(0, 1.5, 0.05, 1), VL_RS_Parameter3OutOfRangeNOK},
       {"too far", build_GoAndMeasure(500, 0, 0), VL_RS_Parameter3OutOfRangeNOK},
-      {"no drive point", build_AddDrivePoint(1, 100, 0, 0), VL_RS_Parameter4OutOfRangeNOK},
-      {"drive point's reflector", build_AddDrivePoint(5, 2.2, 0.4, 0.1), VL_RS_WrongParameter1},
       {"impossible", build_GetErrorEllipsoid(0, 0, 0, 1, 1, 1, 5, 0, 0), VL_RS_InvalidInputData},
   };
   for (const auto& [what, request, expected] : refusals) EXPECT_EQ(status(request), expected) << what;
@@ -165,16 +154,10 @@ using Lists = BenchTest<>;
 
 TEST_F(Lists, AreSeriesOfItemsWithTheirTotal) {
   const std::pair<protocol::Request, Codes> lists[]{
-      {build_GetReflectors(), {1, 2, 3, 7}},
-      {build_GetCompensations(), {1, 2}},
-      {build_GetCompensations2(), {1, 2}},
-      {build_GetCameras(), {1, 2}},
-      {build_GetVizetToTrackerCompensations(), {1, 2}},
-      {build_GetProbes(), {1, 2}},
-      {build_GetProbeCompensations(), {1, 4}},
-      {build_GetTipAdapters(), {1, 2}},
-      {build_GetTipToProbeCompensations(), {1, 2, 6}},
-      {build_GetTipToProbeCompensations2(), {1, 2, 6}},
+      {build_GetReflectors(), {1, 2, 3, 7}}, {build_GetCompensations2(), {1, 2}},
+      {build_GetCameras(), {1, 2}},          {build_GetVizetToTrackerCompensations(), {1, 2}},
+      {build_GetProbes(), {1, 2}},           {build_GetProbeCompensations(), {1, 4}},
+      {build_GetTipAdapters(), {1, 2}},      {build_GetTipToProbeCompensations2(), {1, 2, 6}},
   };
   for (const auto& [request, expected] : lists) {
     Codes ids;
@@ -184,17 +167,11 @@ TEST_F(Lists, AreSeriesOfItemsWithTheirTotal) {
     }
     EXPECT_EQ(ids, expected);
   }
-  for (const std::int32_t id : lists[0].second) set_up({build_SetReflector(id)});
   set_units(VL_LU_Millimeter);
   EXPECT_NEAR(answer<GetReflectorsRT>(build_GetReflectors()).dSurfaceOffset, 19.05, 1e-9);
   const auto tip = answer<GetTipAdaptersRT>(build_GetTipAdapters());
   EXPECT_EQ(std::u16string(tip.cName), u"Ruby 6 mm");
   expect_near(vector(tip.dRadius, tip.dLength, 0), {3, 50, 0}, 1e-12);
-  set_up({build_SetCompensation(2)});
-  Codes active;
-  for (const Bytes& packet : ask(build_GetCompensations2()))
-    active.push_back(read_as<GetCompensations2RT>(packet.data()).bIsActive);
-  EXPECT_EQ(active, (Codes{0, 1}));
 }
 
 TEST_F(Lists, DecideWhatIsInUseAndAnnounceIt) {

@@ -114,12 +114,9 @@ TEST_F(Transformations, FailHonestly) {
     EXPECT_EQ(status(compute), i < 2 ? VL_RS_InvalidInputData : VL_RS_AllOK) << i;
   }
   // A point more, and the result shown is of other lists than these.
-  EXPECT_EQ(statuses({show, actual({1, 2, 3}), show, compute, build_ClearTransformationActualPointList(), compute,
-                      build_ClearTransformationNominalPointList()}),
-            (Codes{VL_RS_AllOK, VL_RS_AllOK, VL_RS_UsageConflict, VL_RS_InvalidInputData, VL_RS_AllOK,
-                   VL_RS_InvalidInputData, VL_RS_AllOK}));
-  for (int i = 0; i < 5; ++i) set_up({nominal({1.0 * i, 2.0 * i, 3.0 * i}), actual({1.0 * i, 2.0 * i, 3.0 * i})});
-  EXPECT_EQ(status(compute), VL_RS_InvalidInputData);  // on a line
+  set_up({show, actual({1, 2, 3})});
+  EXPECT_EQ(statuses({show, compute}), (Codes{VL_RS_UsageConflict, VL_RS_InvalidInputData}));
+  set_up({build_ClearTransformationActualPointList(), build_ClearTransformationNominalPointList()});
   const auto none = answer<GetTransformedPointsRT>(show);
   EXPECT_EQ((Codes{none.packetInfo.status, none.iTotalPoints}), (Codes{VL_RS_UsageConflict, 0}));
 
@@ -128,7 +125,7 @@ TEST_F(Transformations, FailHonestly) {
                 build_AddTransformationActualPoint(1, 2, 3, 1, 1, 1, 5, 0, 0),
                 build_SetTransformationInputParams(VL_TR_AsTransformation, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, -1)}),
       (Codes{VL_RS_WrongParameter1, VL_RS_Parameter4OutOfRangeNOK, VL_RS_InvalidInputData, VL_RS_WrongParameter15}));
-  for (int i = 5; i < 1000; ++i) set_up({nominal({1, 2, 3})});
+  for (int i = 0; i < 1000; ++i) set_up({nominal({1, 2, 3})});
   EXPECT_EQ(status(nominal({1, 2, 3})), VL_RS_MaxEntriesExceeded);
 }
 
