@@ -50,13 +50,9 @@ TEST_F(Module, HasOneClassObjectForEachOfSixClasses) {
   EXPECT_EQ(module.get_class_object(CLSID_LTConnect, IID_IDispatch, &object), E_NOINTERFACE);
   EXPECT_EQ(module.get_class_object(IID_IUnknown, IID_IClassFactory, &object), CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(object, nullptr);
-  EXPECT_EQ(module.get_class_object(CLSID_LTConnect, IID_IClassFactory, nullptr), E_POINTER);
-  EXPECT_EQ(class_object(CLSID_LTConnect)->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
-  EXPECT_EQ(class_object(CLSID_LTConnect)->CreateInstance(nullptr, IID_IDispatch, &object), E_NOINTERFACE);
 }
 
 TEST_F(Module, StaysLoadedForObjectsAndForLocksButUnderAWebApplicationNotForASingleObject) {
-  EXPECT_EQ(module.can_unload_now(), S_OK);
   {
     const auto factory = class_object(CLSID_LTConnect);
     EXPECT_EQ(module.can_unload_now(), S_FALSE);
@@ -87,7 +83,6 @@ TEST_F(Module, LendsItsObjectsToOuterOnes) {
     EXPECT_EQ(connection.query<IUnknown>().get(), outer.get()) << "the whole";
     EXPECT_EQ(outer->AddRef(), 3u) << "which counts for its parts";
     outer->Release();
-    EXPECT_EQ(inner.query<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(IID_ILTConnect2), S_OK);
   }
   EXPECT_EQ(module.can_unload_now(), S_OK);
 }
