@@ -1,7 +1,5 @@
 // What a connection object is asked for and told beside connecting: data, constants, versions, switches; and how its
 // failures reach the caller.
-#include <cstring>
-
 #include "client_test.h"
 #include "kestrine/com_error.h"
 #include "kestrine/text.h"
@@ -24,23 +22,6 @@ TEST_F(ConnectTest, DataAreThePacketReceivedLast) {
   for (std::int32_t type = VL_DT_Command; type <= VL_DT_ProbePosResult + 1; ++type) {
     receive(filled(400 + type, type));
     for (int i = 0; i < 2; ++i) EXPECT_EQ(data(), filled(400 + type, type)) << "as often as asked";
-  }
-  VARIANT kept;
-  ASSERT_EQ(connection->GetData(&kept), S_OK);
-  const Bytes last = data();
-  receive(packet(400, VL_DT_ProbePosResult + 1));
-  EXPECT_EQ(std::memcmp(kept.parray->pvData, last.data(), last.size()), 0) << "a copy for the caller to keep";
-  EXPECT_EQ(VariantClear(&kept), S_OK);
-}
-
-TEST_F(ConnectTest, AnUnknownConstantIsZeroAndAFailure) {
-  make();
-  const std::pair<int, double> rows[] = {{-1, 0}, {KR_C_TemperatureOffsetFahrenheit, 32}, {23, 0}, {INT32_MAX, 0}};
-  for (const auto& [constant, expected] : rows) {
-    double value = -77;
-    EXPECT_EQ(told(connection->GetConstant(static_cast<KR_Constant>(constant), &value)),
-              expected != 0 ? "ok" : "80004005 40026" + kSource + "Wrong Parameter");
-    EXPECT_EQ(value, expected) << constant;
   }
 }
 

@@ -87,15 +87,5 @@ TEST_F(Module, LendsItsObjectsToOuterOnes) {
   EXPECT_EQ(module.can_unload_now(), S_OK);
 }
 
-TEST_F(Module, WarnsOfMixedGenerations) {
-  const auto connection = create(CLSID_LTConnect);
-  EXPECT_TRUE(environment.message_boxes.empty());
-  const auto other = create(CLSID_LTConnect2);
-  const std::u16string text = u"Illegal combination of old/legacy and new interfaces";
-  EXPECT_EQ(environment.message_boxes, (std::vector{text, text})) << "one for each of its command objects";
-  Pointer<IUnknown> commands;
-  EXPECT_EQ(other.query<ILTConnect2>()->get_ILTCommandSync(commands.put()), S_OK) << "made all the same";
-}
-
 }  // namespace
 }  // namespace kestrine::test

@@ -82,7 +82,7 @@ TEST_F(RegistrationTest, KeepsWhatOthersEnteredAndRewritesItsClassKeysAsAWhole) 
   EXPECT_EQ(text(), foreign);
 }
 
-TEST_F(RegistrationTest, LeavesNothingBehindAndWritesTheFirstPlaceOfTheSystemOrAFileBehindALink) {
+TEST_F(RegistrationTest, LeavesNothingBehindAndWritesTheFirstPlaceOfTheSystem) {
   EXPECT_EQ(take_out(), S_OK);
   EXPECT_FALSE(std::filesystem::exists(directory / "user")) << "there was nothing to take out";
   host::set_registration_scope(host::RegistrationScope::kSystem);
@@ -91,14 +91,6 @@ TEST_F(RegistrationTest, LeavesNothingBehindAndWritesTheFirstPlaceOfTheSystemOrA
   EXPECT_FALSE(std::filesystem::exists(file("second")) || std::filesystem::exists(file()));
   ASSERT_EQ(take_out(), S_OK);
   EXPECT_TRUE(std::filesystem::is_empty(file("first").parent_path()));
-  host::set_registration_scope(host::RegistrationScope::kUser);
-  put("");
-  std::ofstream(directory / "real.reg") << "[A]\n@=1\n";
-  std::filesystem::remove(file());
-  std::filesystem::create_symlink(directory / "real.reg", file());
-  ASSERT_EQ(set(u"A", u"", u"2"), S_OK);
-  EXPECT_TRUE(std::filesystem::is_symlink(file()));
-  EXPECT_EQ(text_of(directory / "real.reg"), "[A]\n@=2\n");
 }
 
 TEST_F(RegistrationTest, LeavesADamagedFileAloneAndSaysWhereItIsDamaged) {
