@@ -104,6 +104,8 @@ TEST_F(NotificationTest, MayBeFollowedByAnyCallFromTheHook) {
   EXPECT_EQ(both, (Lines{"2100 2100 12", "2100 2100 16"}));
 
   select(KR_NM_WM_CopyData);
+  deliver(answer(VL_C_Park, 0), 15);
+  EXPECT_EQ(notes, Lines()) << "a broken packet";
   then = [] { host::set_window_message_hook({}); };
   EXPECT_EQ(notes_of(answer(VL_C_Park, 0)).size(), 1u);
   EXPECT_EQ(notes_of(answer(VL_C_Park, 0)).size(), 0u) << "nobody is there to be told";
