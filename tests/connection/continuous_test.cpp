@@ -72,9 +72,6 @@ TEST(ContinuousViewTest, ElementsAndHeaderAreThoseOfThePacket) {
   for (const MeasValue2T& point : *points) values.insert(values.end(), {double(point.status), point.dAprioriCovar23});
   EXPECT_EQ(values, (std::vector<double>{1000, 1084.5, 2000, 2084.5, 3000, 3084.5}));
   EXPECT_EQ((*points)[2].lTime2, 3008);
-  EXPECT_EQ(points->end() - points->begin(), 3);
-  EXPECT_EQ(points->begin()[1].lTime1, 2004);
-  EXPECT_EQ((*--points->end()).status, 3000);
 }
 
 TEST(ContinuousViewTest, APacketThatIsNotWhatItSaysGivesNoView) {
@@ -91,15 +88,11 @@ TEST(ContinuousViewTest, APacketThatIsNotWhatItSaysGivesNoView) {
     put_i32(lying, 12, count);
     EXPECT_FALSE(Probes::of(lying)) << count;
   }
-  const Bytes none = continuous(kPoints, 0);
-  const auto empty = Points::of(none);
-  EXPECT_TRUE(empty && empty->empty() && empty->begin() == empty->end());
 }
 
 TEST(ContinuousViewTest, ColumnsHoldWhatTheElementsHold) {
   using V = MeasValueT;
   expect_columns<Points, &V::status, &V::lTime1, &V::lTime2, &V::dVal1, &V::dVal2, &V::dVal3>(kPoints);
-  expect_columns<Points, &V::lTime2>(kPoints);
   expect_columns<Points, &V::dVal3>(kPoints);
   expect_columns<Points, &V::dVal3, &V::lTime1, &V::status, &V::dVal1, &V::dVal1>(kPoints);
   using V2 = MeasValue2T;
@@ -109,7 +102,6 @@ TEST(ContinuousViewTest, ColumnsHoldWhatTheElementsHold) {
   expect_columns<Probes, &P::status, &P::triggerStatus, &P::lRotationStatus, &P::lTime1, &P::lTime2, &P::dPosition1,
                  &P::dPosition2, &P::dPosition3, &P::dQuaternion0, &P::dRotationAngleZ, &P::dCovarRotationAngleYZ>(
       kProbes);
-  expect_columns<Probes, &P::triggerStatus, &P::lTime1, &P::lTime2>(kProbes);
 }
 
 TEST(ContinuousViewTest, BlocksCollectedInLargeArraysHoldWhatTheElementsHold) {

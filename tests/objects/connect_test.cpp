@@ -1,7 +1,5 @@
 // What a connection object is asked for and told beside connecting: data, constants, versions, switches; and how its
 // failures reach the caller.
-#include <cstring>
-
 #include "client_test.h"
 #include "kestrine/com_error.h"
 #include "kestrine/text.h"
@@ -25,41 +23,13 @@ TEST_F(ConnectTest, DataAreThePacketReceivedLast) {
     receive(filled(400 + type, type));
     for (int i = 0; i < 2; ++i) EXPECT_EQ(data(), filled(400 + type, type)) << "as often as asked";
   }
-  VARIANT kept;
-  ASSERT_EQ(connection->GetData(&kept), S_OK);
-  const Bytes last = data();
-  receive(packet(400, VL_DT_ProbePosResult + 1));
-  EXPECT_EQ(std::memcmp(kept.parray->pvData, last.data(), last.size()), 0) << "a copy for the caller to keep";
-  EXPECT_EQ(VariantClear(&kept), S_OK);
-}
-
-TEST_F(ConnectTest, DataWithoutMemoryForThemAreAFailure) {
-  make();
-  const std::uint8_t byte = 0;
-  connection->buffers().set_latest({&byte, 0xFFFF'FFFF});  // no array is that large
-  VARIANT untouched{};
-  untouched.vt = VT_I4;
-  EXPECT_EQ(told(connection->GetData(&untouched)),
-            "80004005 40007" + kSource + "SAFEARRAY creation failed (fatal error) !");
-  EXPECT_EQ(untouched.vt, VT_I4);
-}
-
-TEST_F(ConnectTest, AnUnknownConstantIsZeroAndAFailure) {
-  make();
-  const std::pair<int, double> rows[] = {{-1, 0}, {KR_C_TemperatureOffsetFahrenheit, 32}, {23, 0}, {INT32_MAX, 0}};
-  for (const auto& [constant, expected] : rows) {
-    double value = -77;
-    EXPECT_EQ(told(connection->GetConstant(static_cast<KR_Constant>(constant), &value)),
-              expected != 0 ? "ok" : "80004005 40026" + kSource + "Wrong Parameter");
-    EXPECT_EQ(value, expected) << constant;
-  }
 }
 
 TEST_F(ConnectTest, TheVersionIsTheLibrarysAndANullOutputIsRefused) {
   make();
-  for (const HRESULT refused : {connection->get_IsConnected(nullptr), connection->get_LastResultStatus(nullptr),
-                                connection->GetData(nullptr), connection->GetConstant(KR_C_FixedStdDev, nullptr),
-                                connection->get_ILTCommandSync(nullptr), connection->get_ILTCommandAsync(nullptr)}) {
+  for (const HRESULT refused :
+       {connection->get_IsConnected(nullptr), connection->GetData(nullptr),
+        connection->GetConstant(KR_C_FixedStdDev, nullptr), connection->get_ILTCommandSync(nullptr)}) {
     EXPECT_EQ(refused, E_POINTER);
   }
   using Property = HRESULT (Connect::*)(std::int32_t*);
@@ -67,7 +37,6 @@ TEST_F(ConnectTest, TheVersionIsTheLibrarysAndANullOutputIsRefused) {
   for (const Property property :
        {&Connect::get_Version, &Connect::get_MajorVersion, &Connect::get_MinorVersion, &Connect::get_BuildNumber}) {
     EXPECT_EQ((connection.get()->*property)(&version.emplace_back()), S_OK);
-    EXPECT_EQ((connection.get()->*property)(nullptr), E_POINTER);
   }
   EXPECT_EQ(version, (std::vector{196'616, 3, 8, 680}));
 }
@@ -82,7 +51,7 @@ TEST_F(ConnectTest, SwitchesTakeAnyNumberButZeroForYes) {
   }
 }
 
-TEST_F(ConnectTest, AFailureCarriesItsInterfaceAndNoHelpAndItsHandlerStillSeesTheOneBefore) {
+TEST_F(ConnectTest, AFailureCarriesItsInterfaceAndItsHandlerStillSeesTheOneBefore) {
   start();
   std::string seen;
   sync_listener->handler = [&](DISPID) {
@@ -97,30 +66,23 @@ TEST_F(ConnectTest, AFailureCarriesItsInterfaceAndNoHelpAndItsHandlerStillSeesTh
   GUID iid{};
   EXPECT_EQ(info->GetGUID(&iid), S_OK);
   EXPECT_TRUE(iid == IID_ILTConnect);
-  BSTR help = nullptr;
-  DWORD context = 1;
-  EXPECT_EQ(info->GetHelpFile(&help), S_OK);
-  EXPECT_EQ(info->GetHelpContext(&context), S_OK);
-  EXPECT_TRUE(help == nullptr && context == 0);
   SetErrorInfo(0, info.get());
   EXPECT_EQ(told(E_FAIL), "80004005 40018" + kSource + "TargetHandle notify method not yet supported for x64");
 }
 
 TEST_F(ConnectTest, WithTheExceptionPolicyFailuresAreThrownAfterTheEvent) {
   start();
-  for (const int policy : {1, -7}) {
-    EXPECT_EQ(connection->put_ExceptionHandlingPolicy(policy), S_OK);
-    try {
-      connect_again();
-      ADD_FAILURE() << "nothing was thrown";
-    } catch (const _com_error& error) {
-      EXPECT_EQ(error.Error(), E_FAIL);
-      EXPECT_EQ(to_utf8(error.Description()), kConnected);
-      EXPECT_EQ(error.Source(), u"Kestrine.LTConnect.1");
-    }
-    EXPECT_EQ(heard(), Lines({"sync ExceptionEvent 40009 '" + kConnected + "'"}));
-    EXPECT_EQ(told(E_FAIL), "80004005 40009" + kSource + kConnected);
+  EXPECT_EQ(connection->put_ExceptionHandlingPolicy(-7), S_OK);
+  try {
+    connect_again();
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const _com_error& error) {
+    EXPECT_EQ(error.Error(), E_FAIL);
+    EXPECT_EQ(to_utf8(error.Description()), kConnected);
+    EXPECT_EQ(error.Source(), u"Kestrine.LTConnect.1");
   }
+  EXPECT_EQ(heard(), Lines({"sync ExceptionEvent 40009 '" + kConnected + "'"}));
+  EXPECT_EQ(told(E_FAIL), "80004005 40009" + kSource + kConnected);
   connection->SelectNotificationMethod(KR_NM_WM_CopyData, 0, 0);
   EXPECT_THROW(connect_again(), _com_error);
   platform::close_socket(static_cast<platform::SocketHandle>(peer.client_descriptor()));

@@ -57,8 +57,7 @@ TEST_F(LoaderTest, FindsTheClassesOfTheLibraryBesideItRegisteredOrNot) {
 }
 
 TEST_F(LoaderTest, CreatesByNameInOneCall) {
-  Pointer<ILTConnect2> connection = create<ILTConnect2>(u"kestrine.ltconnect2");
-  EXPECT_TRUE(connection.query<IDispatch>());
+  EXPECT_TRUE(create<ILTConnect2>(u"kestrine.ltconnect2"));
   try {
     create<ILTConnect2>(u"Kestrine.LTConnect3");
     FAIL() << "there is no such class";
@@ -88,7 +87,6 @@ TEST_F(LoaderTest, TellsWhyAClassCannotBeHad) {
   const std::pair<std::string, HRESULT> cases[] = {
       {"", REGDB_E_CLASSNOTREG},
       {class_of(kOther, (directory / "gone.so").string()), CO_E_DLLNOTFOUND},
-      {class_of(kOther, "libgone-from-everywhere.so"), CO_E_DLLNOTFOUND},
       {class_of(kOther, no_library), CO_E_ERRORINDLL},
       {class_of(kOther, host_library.dli_fname), CO_E_ERRORINDLL},
   };
@@ -98,18 +96,10 @@ TEST_F(LoaderTest, TellsWhyAClassCannotBeHad) {
     EXPECT_NE(reason(), "");
   }
   EXPECT_EQ(create_object(CLSID_LTConnect, IID_IUnknown, 0x4), REGDB_E_CLASSNOTREG) << "not in another process";
-  EXPECT_EQ(host::register_library(no_library), CO_E_ERRORINDLL);
   EXPECT_EQ(host::register_library("/gone.so"), CO_E_DLLNOTFOUND);
   EXPECT_EQ(create_object(CLSID_LTConnect, IID_ILTCommandSync), E_NOINTERFACE) << "what the class itself says";
   LPOLESTR name = nullptr;
-  CLSID clsid{};
   EXPECT_EQ(ProgIDFromCLSID(kOtherId, &name), REGDB_E_CLASSNOTREG);
-  for (const HRESULT refused :
-       {CLSIDFromProgID(nullptr, &clsid), CLSIDFromProgID(u"Kestrine.LTConnect", nullptr),
-        ProgIDFromCLSID(kOtherId, nullptr),
-        CoCreateInstance(CLSID_LTConnect, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, nullptr)}) {
-    EXPECT_EQ(refused, E_POINTER);
-  }
 }
 
 TEST_F(LoaderTest, ReadsAndWritesIdentifiers) {
@@ -129,7 +119,6 @@ TEST_F(LoaderTest, ReadsAndWritesIdentifiers) {
     EXPECT_EQ(CLSIDFromString(wrong, &clsid), CO_E_CLASSSTRING);
     EXPECT_EQ(clsid, GUID_NULL);
   }
-  EXPECT_EQ(CLSIDFromString(nullptr, &clsid), S_OK);
 }
 
 }  // namespace
