@@ -68,6 +68,7 @@ TEST_F(AsyncCommands, StartFromRestOnAnAxisThatRanIntoItsLimit) {
   speeds_of(&ILTCommandAsync::MoveLeft);
   speeds_of(&ILTCommandAsync::MoveUp);
   deliver(answer(VL_C_MoveHV, 704));
+  deliver(answer(VL_C_Park, 703));  // no drive
   EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveLeft), (Words{-20, 0}));
   deliver(answer(VL_C_Unknown, 703, VL_DT_Error));
   EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveUp), (Words{0, -10}));
