@@ -57,6 +57,9 @@ TEST_F(AsyncCommands, ChangeTheSpeedAlsoWhenItCannotBeSentButNotWhenRefused) {
   }
   engine().end_wait(VL_C_Park);
   EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveLeft), (Words{-30, 10}));
+  EXPECT_EQ(told(async_commands->MoveHV(5, -120)), "ok");
+  EXPECT_EQ(sent(12), (Words{5, -100}));
+  EXPECT_EQ(speeds_of(&ILTCommandAsync::MoveLeft), (Words{-10, 0})) << "after given speeds a step starts from rest";
   connection->DisconnectEmbeddedSystem();
   expect_not_sent(outcome_of(&ILTCommandAsync::StopMove));
   connect();

@@ -110,6 +110,13 @@ TEST_F(CommandRosterTest, AnObjectMadeBeforeTheConnectionIsLinkedByIt) {
   peer.close();
 }
 
+TEST_F(CommandRosterTest, AnObjectMadeAfterThePropertyWasReadTakesOverTheAnswers) {
+  start();
+  const auto sync = own_sync();
+  EXPECT_EQ(generation.objects().sync(), sync.get());
+  outlive_the_suspicion();
+}
+
 TEST_F(CommandRosterTest, AStreamOutOfStepEndsAlsoTheWaitOfAnObjectThatTheConnectionDoesNotUse) {
   make(kAsync);
   const auto sync = own_sync();

@@ -29,12 +29,16 @@ TEST_F(Closing, IsToldOnceToEachObjectAfterWhatCameBefore) {
   }
 }
 
-TEST_F(Closing, IsNotToldAgainOfAServerThatHasSaidGoodbye) {
-  start(kBoth);
-  peer.send(status_change(VL_SSC_ServerClosing));
-  peer.close();
-  EXPECT_TRUE(pump_until([&] { return !environment.beeps.empty(); }));
-  EXPECT_EQ(heard(), kBothTold);
+TEST_F(Closing, IsToldOnceToAnObjectAloneAlsoByAServerThatSaysGoodbye) {
+  for (const bool says_goodbye : {false, true}) {
+    start(kAsync);
+    environment.beeps.clear();
+    if (says_goodbye) peer.send(status_change(VL_SSC_ServerClosing));
+    peer.close();
+    EXPECT_TRUE(pump_until([&] { return !environment.beeps.empty(); }));
+    EXPECT_EQ(heard(), Lines{kBothTold[1]});
+    async_commands.reset(), connection.reset();
+  }
 }
 
 class Handlers : public ClientTest {};
