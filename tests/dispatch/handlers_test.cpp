@@ -5,8 +5,6 @@
 namespace kestrine::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 const Lines kBothTold = {"sync StatusChangeEvent 998", "async StatusChangeEvent 998"};
 
 class Closing : public ClientTest {};
