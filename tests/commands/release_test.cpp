@@ -22,7 +22,7 @@ class Release : public ClientTest {
 
   std::string outcome_of(const Bytes& bytes) {
     peer.send(bytes);
-    later([&] { peer.send(answer(VL_C_ReleaseMotors, kLate)); }, 40);
+    later([&] { peer.send(answer(VL_C_ReleaseMotors, kLate)); }, 100);
     const std::string outcome = told(commands->ReleaseMotors());
     forget_tasks();
     peer.receive_request();
