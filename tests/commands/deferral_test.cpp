@@ -74,11 +74,5 @@ TEST_F(Deferral, CancelledAndUnfinishedCallsLeaveTheRestForTheNextFlush) {
   EXPECT_EQ(flushed(), Lines{change(17)});
 }
 
-TEST_F(Deferral, BeepsWhenAskedToFlushForNobody) {
-  make(kAsync);
-  EXPECT_EQ(ask_to_flush(), 0);
-  EXPECT_EQ(environment.beeps, (std::vector<Environment::Beep>{{2000, 5000}}));
-}
-
 }  // namespace
 }  // namespace kestrine::test

@@ -185,21 +185,6 @@ TEST_F(Operations, SendTheirInputsAndEndAsTheServerAnswers) {
   EXPECT_TRUE(peer.nothing_to_receive());
 }
 
-TEST_F(Operations, EndWithTheAnswerToAnotherCommandButHandOutNoOldResult) {
-  start();
-  for (const SyncOperation& row : chosen(waits)) {
-    const bool needs_a_result = row.source == protocol::Source::kMeasurement;
-    if (needs_a_result) deliver(reply(row, 0));  // arrives while nobody waits
-    peer.send(answer(VL_C_ActivateCameraView, 0));
-    const HRESULT result = call(row).result;
-    if (needs_a_result) {
-      expect_failure(row, result, VL_RS_Unknown, failed_text(row, "Unknown status"));
-    } else {
-      EXPECT_EQ(told(result), "ok") << row.name;
-    }
-  }
-}
-
 TEST_F(Operations, SendNothingWhenAnyOutputHasNowhereToGo) {
   start();
   std::array<std::uint8_t, 512> anywhere{};

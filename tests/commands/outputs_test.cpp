@@ -25,9 +25,6 @@ TEST_F(Outputs, OfACallThatNobodyAnswersAreWhatTheBufferHeld) {
   std::int32_t time = 0;
   EXPECT_EQ(commands->GetSearchParams(&radius, &time), E_FAIL);
   EXPECT_TRUE(radius == 13.5 && time == 713);
-  SearchParamsDataT record{};
-  EXPECT_EQ(commands->GetSearchParamsEx(&record), E_FAIL);
-  EXPECT_TRUE(record.dSearchRadius == 13.5 && record.lTimeOut == 713);
 }
 
 TEST_F(Outputs, RefuseAStillImageWhoseSizeLies) {

@@ -109,14 +109,7 @@ struct Slot<Value*> {  // an output
  private:
   static std::string tell_image(const VARIANT& image) {
     if (image.vt != (VT_ARRAY | VT_UI1)) return "no bytes";
-    LONG last = -1;
-    void* bytes = nullptr;
-    if (FAILED(SafeArrayGetUBound(image.parray, 1, &last)) || FAILED(SafeArrayAccessData(image.parray, &bytes))) {
-      return "no bytes";
-    }
-    std::string text = tell_bytes({static_cast<const std::uint8_t*>(bytes), static_cast<std::size_t>(last + 1)});
-    SafeArrayUnaccessData(image.parray);
-    return text;
+    return tell_bytes({static_cast<const std::uint8_t*>(image.parray->pvData), image.parray->rgsabound[0].cElements});
   }
 };
 

