@@ -78,11 +78,6 @@ TEST(Charts, show_a_centre_with_its_ellipse_whatever_its_deviations) {
   EXPECT_EQ(count_of(centre, "3σ"), 1u);
 }
 
-TEST(Charts, of_a_million_points_stay_small) {
-  EXPECT_LT(draw_chart(measurement_of(Kind::kStream, arc_of(50 * kTurn, 1'000'000, 0.02))).size(), 600'000u);
-  EXPECT_LT(draw_chart(measurement_of(Kind::kStationary, still_points(1'000'000))).size(), 2'000'000u);
-}
-
 TEST(Deviations, are_radial_for_a_circle_and_by_axis_for_anything_else) {
   const auto radial = deviations_of(figure_of(measurement_of(Kind::kStream, arc_of(kTurn, 200, 0.02))));
   ASSERT_EQ(radial.series.size(), 1u);

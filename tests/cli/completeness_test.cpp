@@ -75,8 +75,6 @@ TEST(Completeness, fails_for_gaps_in_time_and_for_stamps_that_do_not_rise) {
             "about 3 points in 2 gaps of more than 1.5 ms, first after 0.004 s\n");
   EXPECT_EQ(missing(kAll, {}, {}, points), "");
   points = row_of(4);
-  points[1].seconds += 0.0004;
-  EXPECT_EQ(missing(kAll, {}, {.seconds = 0.001}, points), "");
   points[2].seconds = points[1].seconds;
   EXPECT_EQ(missing(kAll, {}, {}, points), "order: 1 time stamp not after the one before\n");
 }

@@ -33,13 +33,12 @@ class Files : public testing::Test {
     text << std::ifstream(name).rdbuf();
     return text.str();
   }
-  static void put(const std::string& name, const std::string& text) { std::ofstream(name) << text; }
 
   fs::path folder_;
 };
 
 TEST_F(Files, keep_what_they_held_until_there_is_a_line_and_then_hold_each_at_once) {
-  put(path("old.csv"), "old");
+  std::ofstream(path("old.csv")) << "old";
   fs::create_symlink("old.csv", path("link.csv"));
   OutputFile file(path("link.csv"));
   EXPECT_EQ(text_of(path("old.csv")), "old");

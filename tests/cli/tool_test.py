@@ -39,14 +39,10 @@ class ToolTest(ToolCase):
                 points = self.check_files()
                 self.assertEqual(len(points), count or max(len(points), 10))
                 self.assertRegex(run.stdout, rf"received +\d+ packets?, .* bytes\nmissing +{verdict}\n")
-                times = [point["time_s"] for point in points]
-                self.assertEqual(times, sorted(times))
                 unit = "in" if "unit in" in arguments else "mm"
                 self.assertEqual("std_total_" + unit in points[0], "--extended" in arguments or "--probe" in arguments)
                 self.assertEqual(max(abs(point["x_" + unit]) for point in points) < 150, unit == "in")
                 self.assertEqual("quaternion_0" in points[0], "--probe" in arguments)
-                for point in points if "--probe" in arguments else []:
-                    self.assertAlmostEqual(sum(point[f"quaternion_{i}"] ** 2 for i in range(4)), 1, places=9)
 
     def test_centers_are_found_with_their_deviations(self):
         for mode, probe, arguments, truth in (

@@ -3,7 +3,6 @@
 import asyncio
 import os
 import signal
-import socket
 import threading
 import time
 
@@ -38,19 +37,9 @@ async def call_that_waits(connection, _tracker):
     connection.ILTCommandSync.Initialize()
 
 
-def connect_to_nobody(_connection):
-    """A listener with no room takes no connection and refuses none."""
-    with socket.create_server(("127.0.0.1", 0), backlog=0) as full:
-        callers = [socket.socket() for _ in range(3)]
-        for caller in callers:
-            caller.setblocking(False)
-            caller.connect_ex(full.getsockname())
-        kestrine.Dispatch("Kestrine.LTConnect2").ConnectEmbeddedSystem(*full.getsockname())
-
-
 @pytest.mark.parametrize("wait", [
     pytest.param(lambda connection: connection.ILTCommandSync.Initialize(), marks=pytest.mark.classic),
-    lambda _: kestrine.PumpMessages(), lambda _: kestrine.PumpEvents(60), connect_to_nobody,
+    lambda _: kestrine.PumpMessages(), lambda _: kestrine.PumpEvents(60),
     in_asyncio(lambda _, tracker: tracker.ReleaseMotors()), in_asyncio(call_that_waits),
 ])
 def test_ctrl_c_ends_every_wait_at_once_and_objects_stay_usable(connection, peer, wait):
