@@ -2,7 +2,6 @@
 #include <signal.h>
 #include <sys/resource.h>
 
-#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <sstream>
@@ -15,51 +14,19 @@
 namespace kestrine::cli {
 namespace {
 
-namespace fs = std::filesystem;
-
-class Files : public testing::Test {
- protected:
-  void SetUp() override {
-    folder_ = fs::path(testing::TempDir()) / testing::UnitTest::GetInstance()->current_test_info()->name();
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  std::string path(const char* name) const { return (folder_ / name).string(); }
-  std::ptrdiff_t count() const { return std::distance(fs::directory_iterator(folder_), {}); }
-  static std::string text_of(const std::string& name) {
-    std::ostringstream text;
-    text << std::ifstream(name).rdbuf();
-    return text.str();
-  }
-
-  fs::path folder_;
-};
-
-TEST_F(Files, keep_what_they_held_until_there_is_a_line_and_then_hold_each_at_once) {
-  std::ofstream(path("old.csv")) << "old";
-  fs::create_symlink("old.csv", path("link.csv"));
-  OutputFile file(path("link.csv"));
-  EXPECT_EQ(text_of(path("old.csv")), "old");
-  file.write("one\n");
-  EXPECT_EQ(text_of(path("old.csv")), "one\n");
-  file.write("two\n");
-  EXPECT_EQ(text_of(path("old.csv")), "one\ntwo\n");
-  EXPECT_TRUE(fs::is_symlink(path("link.csv")));
-  EXPECT_EQ(count(), 2);
-}
-
-TEST_F(Files, end_with_the_last_line_that_there_was_room_for) {
+TEST(OutputFiles, end_with_the_last_line_that_there_was_room_for) {
+  const std::string path = testing::TempDir() + "small.csv";
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
   signal(SIGXFSZ, SIG_IGN);
-  OutputFile file(path("small.csv"));
+  OutputFile file(path);
   const rlimit small{10, before.rlim_max};
   setrlimit(RLIMIT_FSIZE, &small);
   EXPECT_THROW(file.write("one\ntwo\nthree\n"), Failure);
   setrlimit(RLIMIT_FSIZE, &before);
-  EXPECT_EQ(text_of(path("small.csv")), "one\ntwo\n");
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  EXPECT_EQ(text.str(), "one\ntwo\n");
 }
 
 Measurement full_measurement(Kind kind, bool extended) {

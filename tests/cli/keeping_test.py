@@ -37,14 +37,15 @@ class KeepingTest(ToolCase):
         return texts
 
     def test_rows_are_there_as_they_come_and_whole_whatever_ends_the_run(self):
-        for number, status in ((signal.SIGKILL, -9), (signal.SIGHUP, 130)):
+        for number, status in ((signal.SIGKILL, -9), (signal.SIGHUP, 130), (signal.SIGTERM, 130)):
             with self.subTest(number):
-                self.files["csv"].write_text("old")
+                self.files["csv"].symlink_to("old")
+                (self.folder / "old").write_text("old")
                 process = self.start(*LONG, *self.outputs)
                 self.wait_for_rows(300)
                 self.end(process, number)
                 self.assertEqual(process.returncode, status)
-                text = self.files["csv"].read_text()
+                text = (self.folder / "old").read_text()
                 self.assertTrue(text.startswith("index,") and text.endswith("\n"))
                 rows = [json.loads(line) for line in self.files["json"].read_text().splitlines()]
                 self.assertEqual([row["index"] for row in rows], list(range(1, len(rows) + 1)))
@@ -56,6 +57,7 @@ class KeepingTest(ToolCase):
         process = self.start("stream", "--host", "localhost", "--port", port, "--mode", "distance", *self.outputs)
         self.wait_for_rows(10)
         server.send_signal(signal.SIGSTOP)
+        os.waitpid(server.pid, os.WUNTRACED)  # until it has stopped
         process.send_signal(signal.SIGINT)
         time.sleep(0.02)  # less than it waits for the tracker's answer, which does not come
         out, _ = self.end(process, signal.SIGINT)

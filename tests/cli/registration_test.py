@@ -41,7 +41,6 @@ class RegistrationTest(ToolCase):
             (["register", "--library", "gone.so"], 2, "gone.so"),
             (["register", "--library", "text.so"], 1, "text.so"),
             (["classes"], 1, "line 1 of"),
-            (["unregister", "--user"], 2, "--user"),
         ):
             with self.subTest(arguments):
                 self.assertRegex(self.run_tool(*arguments, status=status), rf"\Akestrine: [^\n]*{words}[^\n]*\n\Z")

@@ -73,11 +73,9 @@ class ToolTest(ToolCase):
         for arguments, pattern in (
             ([], "subcommand"),
             (["measure"], "--simulate"),
-            (host, "--port"),
             ([*host, "--port", "65536"], "not in range"),
             ([*host, "--port", "70", "--simulate"], "excludes"),
             (["measure", "--host", "tracker.example", "--port", "70"], "no address"),
-            ([*FAST, "--points", "0"], "not in range"),
             ([*FAST, "--length-unit", "parsec"], "parsec"),
             ([*STREAM, "--duration", "nan"], "not in range"),
             ([*STREAM, "--mode", "grid", "--time-separation", "5"], "--time-separation: has no meaning with --mode grid"),
@@ -128,7 +126,6 @@ class ToolTest(ToolCase):
         circle = [*STREAM, "--mode", "circle-center", "--count", "10000", "--separation"]
         for number, arguments, shown, words in (
             (signal.SIGINT, stream, streaming, stopped),
-            (signal.SIGTERM, stream, streaming, stopped),
             (signal.SIGINT, ["measure", "--simulate", "--points", "1000"], "░{24}  2 of 1000 points", "stopped after COUNT points"),
             (signal.SIGINT, [*circle, "1000"], r"measuring +0:0[1-9]",
              r"received +nothing\nmissing +none; .*before.*\nstopped before there was a centre\n"),

@@ -144,18 +144,6 @@ def test_a_late_answer_goes_to_the_call_that_was_given_up(connection, replies):
     assert (second[0], third[0]) == (2, 3)
 
 
-def test_a_measurement_that_was_given_up_and_stopped_brings_no_result(connection, dice, replies):
-    good, values = result(dice)
-
-    async def work(tracker):
-        replies[:] = answer(49), answer(52), answer(49) + good
-        with pytest.raises(TimeoutError):
-            await asyncio.wait_for(tracker.MeasureStationaryPoint(), 0.05)
-        await tracker.StopContinuousMeasurement()
-        return await asyncio.wait_for(tracker.MeasureStationaryPoint(), 5)
-    assert run(connection, work)[0] == values["dVal1"]
-
-
 def test_a_call_has_a_time_of_its_own(connection, replies):
     async def work(tracker):
         loop = asyncio.get_running_loop()

@@ -1,11 +1,8 @@
 """Objects that come and go, and whole programs."""
 
-import os
 import subprocess
 import sys
 import textwrap
-
-import kestrine
 
 
 def run_program(text):
@@ -72,15 +69,3 @@ def test_a_mixture_of_generations_is_reported():
         kestrine.Dispatch("Kestrine.LTCommandSync2")
     """)
     assert "<string>:7: NoticeWarning: Fatal: Illegal combination" in done.stderr
-
-
-def test_a_forked_worker_has_no_part_in_the_connection_of_its_parent(tracker, peer):
-    child = os.fork()
-    if child == 0:
-        try:
-            tracker.ReleaseMotors()
-        except kestrine.com_error as error:
-            os._exit(0 if error.hresult & 0xFFFFFFFF == 0x8001010E else 1)
-        os._exit(2)
-    assert os.waitpid(child, 0)[1] == 0 and peer.requests == []
-    assert tracker.ReleaseMotors() is None
