@@ -85,7 +85,8 @@ class StreamLossTest(ToolCase):
         for arguments, types, missing, words in (
             (["--mode", "grid", "--duration", "1"], BLOCKS, "missing +unknown; .* would not show", "no points"),
             (["--mode", "sphere-center"], CENTERS, "MISSING +the centre", "not everything came: the centre"),
-            (["--mode", "sphere-center", "--radius", "100"], (), "MISSING +the centre", r"No Sphere Center.*\(error \d+\)"),
+            (["--mode", "sphere-center", "--radius", "100"], (), "MISSING +the centre",
+             r"No Sphere Center.*\(error \d+\)"),
         ):
             with self.subTest(arguments):
                 run = self.stream(*arguments, types=types, lost=ALL)

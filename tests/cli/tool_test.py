@@ -126,7 +126,8 @@ class ToolTest(ToolCase):
         circle = [*STREAM, "--mode", "circle-center", "--count", "10000", "--separation"]
         for number, arguments, shown, words in (
             (signal.SIGINT, stream, streaming, stopped),
-            (signal.SIGINT, ["measure", "--simulate", "--points", "1000"], "░{24}  2 of 1000 points", "stopped after COUNT points"),
+            (signal.SIGINT, ["measure", "--simulate", "--points", "1000"], "░{24}  2 of 1000 points",
+             "stopped after COUNT points"),
             (signal.SIGINT, [*circle, "1000"], r"measuring +0:0[1-9]",
              r"received +nothing\nmissing +none; .*before.*\nstopped before there was a centre\n"),
             (signal.SIGINT, [*circle, "1"], r"measuring +0:0[1-9]",

@@ -58,8 +58,8 @@ def test_a_type_checker_finds_nothing_in_the_examples_and_the_readme_and_a_mista
     for number, code in enumerate(re.findall(r"```python\n(.*?)```", (ROOT / "README.md").read_text(), re.S)):
         (tmp_path / f"snippet{number}.py").write_text(code)
     (tmp_path / "mistake.py").write_text(MISTAKE)
-    done = subprocess.run([sys.executable, "-m", "mypy", "--strict", "--ignore-missing-imports", "--follow-imports=silent",
-                           "--cache-dir", PACKAGE.parents[1] / "mypy", *tmp_path.glob("*.py"),
+    done = subprocess.run([sys.executable, "-m", "mypy", "--strict", "--ignore-missing-imports",
+                           "--follow-imports=silent", "--cache-dir", PACKAGE.parents[1] / "mypy", *tmp_path.glob("*.py"),
                            *(ROOT / "examples").glob("*.py")],
                           env={"MYPYPATH": str(PACKAGE.parent)}, capture_output=True, text=True, timeout=300)
     found = done.stdout.splitlines()
