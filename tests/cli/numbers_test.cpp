@@ -58,5 +58,12 @@ TEST(Ticks, stand_at_round_numbers_inside_the_range) {
   }
 }
 
+TEST(Ticks, have_a_range_that_is_never_too_narrow_and_holds_numbers_only) {
+  const Range range = range_of({3, std::nan(""), -1, kInfinity}, 0);
+  EXPECT_EQ(range.low, -1);
+  EXPECT_EQ(range.high, 3);
+  EXPECT_GE(range_of({2e6, 2e6}, 0.5).span(), 0.49);
+}
+
 }  // namespace
 }  // namespace kestrine::cli
