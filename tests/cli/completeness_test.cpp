@@ -32,42 +32,20 @@ constexpr Reception kAll{.announced = 2, .announced_points = 10, .packets = 2, .
 
 TEST(Completeness, is_stated_only_of_what_was_looked_at) {
   const auto points = row_of(10);
-  const struct {
-    Expectation expectation;
-    Pitch pitch;
-    std::string verdict;
-    std::size_t checks;
-  } cases[] = {
-      {{.points = 10}, {}, "none", 3},
-      {{.points = 10}, {.seconds = 0.001}, "none", 4},
-      {{}, {.seconds = 0.001}, "none from the first point to the last; a loss before or after would not show", 3},
-      {{},
-       {.distance = 1, .fastest_seconds = 0.0001},
-       "none seen; a loss at either end, or where the target came back, would not show",
-       3},
-      {{},
-       {.cell = {1, 0, 5}, .fastest_seconds = 0.0001},
-       "none seen; a loss at either end, or where the target came back, would not show",
-       3}};
-  for (const auto& one : cases) {
-    const auto result = check(kAll, one.expectation, one.pitch, points);
-    EXPECT_TRUE(result.missing.empty());
-    EXPECT_EQ(result.verdict, one.verdict);
-    EXPECT_EQ(result.checked.size(), one.checks);
-  }
+  const auto whole = check(kAll, {.points = 10}, {.seconds = 0.001}, points);
+  EXPECT_TRUE(whole.missing.empty());
+  EXPECT_EQ(whole.verdict, "none");
+  EXPECT_EQ(whole.checked.size(), 4u);
+  EXPECT_EQ(check(kAll, {}, {.seconds = 0.001}, points).verdict,
+            "none from the first point to the last; a loss before or after would not show");
+  EXPECT_EQ(check(kAll, {}, {.distance = 1, .fastest_seconds = 0.0001}, points).verdict,
+            "none seen; a loss at either end, or where the target came back, would not show");
   EXPECT_EQ(check({}, {}, {.seconds = 1}, {}).verdict, "unknown; with so few points a loss would not show");
 }
 
 TEST(Completeness, fails_for_a_stream_that_was_cut_short) {
-  EXPECT_EQ(missing(kAll, {.cut_short = true}, {}, row_of(10)), "everything after 0.009 s\n");
   EXPECT_EQ(missing({}, {.cut_short = true}, {}, {}), "everything\n");
   EXPECT_EQ(missing({}, {.points = 3, .cut_short = true}, {}, {}), "3 of 3 points asked for\n");
-}
-
-TEST(Completeness, of_a_centre_fails_without_one_unless_the_user_gave_it_up) {
-  EXPECT_TRUE(check_centre({.announced = 1, .packets = 1}, false).missing.empty());
-  EXPECT_FALSE(check_centre({}, false).missing.empty());
-  EXPECT_TRUE(check_centre({}, true).missing.empty());
 }
 
 TEST(Completeness, fails_for_packets_that_were_overwritten_and_for_points_that_were_asked_for) {
@@ -87,8 +65,6 @@ TEST(Completeness, fails_for_gaps_in_time_and_for_stamps_that_do_not_rise) {
             "about 3 points in 2 gaps of more than 1.5 ms, first after 0.004 s\n");
   EXPECT_EQ(missing(kAll, {}, {}, points), "");
   points = row_of(4);
-  points[1].seconds += 0.0004;
-  EXPECT_EQ(missing(kAll, {}, {.seconds = 0.001}, points), "");
   points[2].seconds = points[1].seconds;
   EXPECT_EQ(missing(kAll, {}, {}, points), "order: 1 time stamp not after the one before\n");
 }

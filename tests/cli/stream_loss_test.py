@@ -1,6 +1,8 @@
 """What the tool says of streams that do not come as a whole: through a proxy that loses packets, and of a server that
 goes away."""
 
+import contextlib
+import select
 import socket
 import struct
 import threading
@@ -25,39 +27,29 @@ class Proxy:
         self.listener = socket.create_server(("127.0.0.1", 0))
         self.port = str(self.listener.getsockname()[1])
         self.server = socket.create_connection(("127.0.0.1", int(port)))
-        self.thread = threading.Thread(target=self.serve)
-        self.thread.start()
+        threading.Thread(target=self.serve, daemon=True).start()
 
     def close(self):
-        self.listener.shutdown(socket.SHUT_RDWR)
-        self.thread.join()
         self.listener.close()
         self.server.close()
 
     def serve(self):
-        try:
-            client, _ = self.listener.accept()
-        except OSError:
-            return
-        with client:
-            upwards = threading.Thread(target=self.pump, args=(client, self.server, self.note))
-            upwards.start()
-            self.pump(self.server, client, self.lose)
-            upwards.join()
-
-    def pump(self, source, sink, change):
-        try:
-            while size := source.recv(4, socket.MSG_WAITALL):
-                rest = struct.unpack("<i", size)[0] - len(size)
-                sink.sendall(change(size + source.recv(rest, socket.MSG_WAITALL)))
-            sink.shutdown(socket.SHUT_RDWR)
-        except OSError:
-            pass  # the other direction has ended
+        client, _ = self.listener.accept()
+        with contextlib.suppress(OSError), client:
+            while True:
+                for source in select.select([client, self.server], [], [])[0]:
+                    if not (size := source.recv(4, socket.MSG_WAITALL)):
+                        return
+                    packet = size + source.recv(struct.unpack("<i", size)[0] - len(size), socket.MSG_WAITALL)
+                    if source is client:
+                        self.note(packet)
+                        self.server.sendall(packet)
+                    else:
+                        client.sendall(self.lose(packet))
 
     def note(self, request):
         if struct.unpack_from("<i", request, 8)[0] == SET_SYSTEM_SETTINGS:
             self.settings.append(struct.unpack_from("<i", request, 28)[0])
-        return request
 
     def lose(self, packet):
         kind = struct.unpack_from("<i", packet, 4)[0]
@@ -77,14 +69,11 @@ class StreamLossTest(ToolCase):
         return run
 
     def test_points_that_are_lost_on_the_way_are_missing(self):
-        ways = r"about \d+ points? in 1 gap of more than "
         for arguments, lost, received, missing in (
             (["--count", "1000"], ALL[4:], "4 packets, 400 points", "600 of 1000 points asked for"),
-            (["--count", "1000", "--probe"], [2], "9 packets, 900 points", "100 of 1000 points asked for"),
             (["--duration", "2"], [2], r"\d+ packets, \d+ points", "about 100 points in 1 gap of more than 1.5 ms"),
-            (["--mode", "distance", "--duration", "2"], [2], r"\d+ packets, \d+ points", ways + "7.5 mm"),
-            (["--mode", "grid", "--duration", "2", "--cell", "10", "10", "0"], [2], r"\d+ packets, \d+ points",
-             ways + "1.5 cells"),
+            (["--mode", "distance", "--duration", "2"], [2], r"\d+ packets, \d+ points",
+             r"about \d+ points? in 1 gap of more than 7.5 mm"),
         ):
             with self.subTest((arguments, lost)):
                 run = self.stream(*arguments, lost=lost)
@@ -94,10 +83,10 @@ class StreamLossTest(ToolCase):
 
     def test_there_is_a_statement_when_nothing_came(self):
         for arguments, types, missing, words in (
-            (["--count", "100"], BLOCKS, "MISSING +100 of 100 points asked for", "not everything came"),
             (["--mode", "grid", "--duration", "1"], BLOCKS, "missing +unknown; .* would not show", "no points"),
             (["--mode", "sphere-center"], CENTERS, "MISSING +the centre", "not everything came: the centre"),
-            (["--mode", "sphere-center", "--radius", "100"], (), "MISSING +the centre", "No Sphere Center"),
+            (["--mode", "sphere-center", "--radius", "100"], (), "MISSING +the centre",
+             r"No Sphere Center.*\(error \d+\)"),
         ):
             with self.subTest(arguments):
                 run = self.stream(*arguments, types=types, lost=ALL)
@@ -106,18 +95,14 @@ class StreamLossTest(ToolCase):
                 self.assertEqual(list(self.folder.iterdir()), [])
 
     def test_what_comes_after_the_count_is_said_to_be_reached_still_counts(self):
-        for arguments, types in ((["--mode", "sphere-center"], CENTERS), (["--count", "1000"], BLOCKS)):
-            with self.subTest(arguments):
-                run = self.stream(*arguments, types=types, before=COUNT_REACHED)
-                self.assertEqual((run.returncode, run.stderr), (0, ""))
-                self.assertRegex(run.stdout, r"missing +none\n")
+        run = self.stream("--count", "1000", before=COUNT_REACHED)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.assertRegex(run.stdout, r"received +10 packets, 1000 points.*\nmissing +none\n")
 
     def test_a_server_that_goes_away_is_named_and_what_it_owes_is_missing(self):
         for arguments, shown, words in (
             ("measure --points 1000", "[1-9]\\d* of 1000 points ", r"\nwrote "),
-            ("stream --count 100000", "[1-9]\\d* of 100000 points ", r"\nMISSING +\d+ of 100000 points asked for\n"),
             ("stream --duration 3600", "[1-9]\\d* points ", r"\nMISSING +everything after \d+\.\d+ s\n"),
-            ("stream --mode sphere-center --count 10000", "measuring ", r"received .*\nMISSING +the centre\n"),
         ):
             with self.subTest(arguments):
                 server, port = self.start_simulator()
@@ -125,13 +110,12 @@ class StreamLossTest(ToolCase):
                                                            *self.outputs)
                 terminal.wait_for(shown)
                 server.kill()
-                terminal.wait_for(r"kestrine: the server closed the connection\r\n")
+                terminal.wait_for(r"\r\x1b\[Kkestrine: the server closed the connection\r\n")
                 out, _ = process.communicate(timeout=PATIENCE)
                 self.assertEqual(process.returncode, 1)
                 self.assertRegex(out, words)
-                if "--mode" not in arguments:
-                    self.assertGreater(len(self.check_files()), 0)
-                    self.remove_files()
+                self.assertGreater(len(self.check_files()), 0)
+                self.remove_files()
 
 
 if __name__ == "__main__":

@@ -28,11 +28,9 @@ class ToolTest(ToolCase):
             ("--count 500 --extended --length-unit in", 500, "none"),
             ("--count 300 --probe", 300, "none"),
             ("--duration 0.5 --time-separation 10", 50, "none from the first point .*; a loss .* would not show"),
-            ("--mode distance --count 200 --separation 2", 200, "none"),
             ("--mode distance --count 100 --probe --length-unit in", 100, "none"),
             ("--mode distance --duration 3", None, seen),
             ("--mode grid --count 50 --cell 30 0 10", 50, "none"),
-            ("--mode grid --count 50 --probe", 50, "none"),
             ("--mode grid --duration 3", None, seen),
         ):
             with self.subTest(arguments):
@@ -41,24 +39,15 @@ class ToolTest(ToolCase):
                 points = self.check_files()
                 self.assertEqual(len(points), count or max(len(points), 10))
                 self.assertRegex(run.stdout, rf"received +\d+ packets?, .* bytes\nmissing +{verdict}\n")
-                times = [point["time_s"] for point in points]
-                self.assertEqual(times, sorted(times))
                 unit = "in" if "unit in" in arguments else "mm"
                 self.assertEqual("std_total_" + unit in points[0], "--extended" in arguments or "--probe" in arguments)
                 self.assertEqual(max(abs(point["x_" + unit]) for point in points) < 150, unit == "in")
                 self.assertEqual("quaternion_0" in points[0], "--probe" in arguments)
-                for point in points if "--probe" in arguments else []:
-                    self.assertAlmostEqual(sum(point[f"quaternion_{i}"] ** 2 for i in range(4)), 1, places=9)
-        run = self.run_tool(*STREAM, "--count", "500", "--extended", *self.outputs)
-        self.assertRegex(run.stdout, r"received +5 packets, 500 points, 46240 bytes\nmissing +none\n")
-        self.assertAlmostEqual(self.check_files()[-1]["time_s"], 0.499, places=6)
 
     def test_centers_are_found_with_their_deviations(self):
         for mode, probe, arguments, truth in (
             ("sphere-center", True, [], (1900, 350, 50)),
-            ("sphere-center", False, ["--radius", "250", "--extended"], (1900, 350, 50)),
             ("circle-center", False, ["--separation", "20", "--count", "60"], (2300, -350, 100)),
-            ("circle-center", True, ["--radius", "200"], (2300, -350, 100)),
         ):
             with self.subTest((mode, probe)):
                 more = [*arguments, *(["--probe"] if probe else [])]
@@ -68,14 +57,7 @@ class ToolTest(ToolCase):
                 for axis, true in zip("xyz", truth):
                     self.assertLess(abs(centre[f"{axis}_mm"] - true), 6 * centre[f"std_{axis}_mm"])
                     self.assertIn(f"{centre[f'{axis}_mm']:.4f}", run.stdout)
-                self.assertEqual("cov_xy_mm2" in centre, probe or "--extended" in arguments)
-
-    def test_a_refusal_of_the_tracker_is_shown_in_its_words(self):
-        run = self.run_tool(*STREAM, "--speed", "20", "--mode", "sphere-center", "--radius", "100", *self.outputs)
-        self.check_refusal(run, 1, r"[Ss]phere.*\(error \d+\)")
-        run = self.run_tool(*STREAM, "--mode", "distance", "--separation", "1e8", *self.outputs)
-        self.check_refusal(run, 1, r"\(error \d+\)")
-        self.assertEqual(list(self.folder.iterdir()), [])
+                self.assertEqual("cov_xy_mm2" in centre, probe)
 
     def test_the_same_seed_gives_the_same_points_and_quiet_prints_nothing(self):
         def series(seed):
@@ -86,35 +68,20 @@ class ToolTest(ToolCase):
         self.assertEqual(series("5"), series("5"))
         self.assertNotEqual(series("5"), series("6"))
 
-    def test_help_and_version_are_given(self):
-        for arguments, words in (("--help", "measure"), ("--version", r"\d+\.\d+\.\d+"),
-                                 ("stream --help", "--time-separation")):
-            run = self.run_tool(*arguments.split())
-            self.assertEqual((run.returncode, run.stderr), (0, ""))
-            self.assertRegex(run.stdout, words)
-
     def test_wrong_usage_is_explained_in_one_line(self):
         host = ["measure", "--host", "127.0.0.1"]
         for arguments, pattern in (
             ([], "subcommand"),
             (["measure"], "--simulate"),
-            (["stream"], "--simulate"),
-            (host, "--port"),
             ([*host, "--port", "65536"], "not in range"),
             ([*host, "--port", "70", "--simulate"], "excludes"),
             ([*FAST, "--points", "0"], "not in range"),
-            ([*FAST, "--measure-time", "-5"], "not in range"),
             ([*FAST, "--length-unit", "parsec"], "parsec"),
             ([*STREAM, "--duration", "nan"], "not in range"),
-            ([*STREAM, "--mode", "spiral"], "spiral"),
             ([*STREAM, "--mode", "grid", "--time-separation", "5"], "--time-separation: has no meaning with --mode grid"),
-            ([*STREAM, "--mode", "grid", "--separation", "5"], "no meaning"),
             ([*STREAM, "--cell", "5", "5", "5"], "no meaning with --mode time"),
             ([*STREAM, "--mode", "grid", "--cell", "0", "0", "0"], "--cell: needs a side that is not 0"),
-            ([*STREAM, "--mode", "distance", "--radius", "5"], "no meaning"),
-            ([*STREAM, "--mode", "distance", "--separation", "0"], "not in range"),
             ([*STREAM, "--mode", "sphere-center", "--count", "3"], "not in range 4 to 10000"),
-            ([*STREAM, "--mode", "circle-center", "--count", "10001"], "not in range 3 to 10000"),
             ([*STREAM, "--probe", "--extended"], "excludes"),
             ([*FAST, "--svg", ""], "names no file"),
         ):
@@ -123,7 +90,8 @@ class ToolTest(ToolCase):
                 self.check_refusal(self.run_tool(*arguments, *more), 2, pattern)
                 self.assertEqual(list(self.folder.iterdir()), [])
 
-    def test_a_tracker_that_cannot_be_reached_is_named_with_the_reason(self):
+    def test_a_tracker_that_cannot_be_reached_is_named_with_the_reason_and_old_files_stay(self):
+        self.files["csv"].write_text("old")
         with socket.socket() as unused:
             unused.bind(("127.0.0.1", 0))
             closed = str(unused.getsockname()[1])
@@ -132,7 +100,8 @@ class ToolTest(ToolCase):
                 with self.subTest((command, host)):
                     run = self.run_tool(command, "--host", host, "--port", closed, *self.outputs)
                     self.check_refusal(run, 1, f"cannot connect to {host} port {closed}: .")
-                    self.assertEqual(list(self.folder.iterdir()), [])
+                    self.assertEqual(list(self.folder.iterdir()), [self.files["csv"]])
+                    self.assertEqual(self.files["csv"].read_text(), "old")
 
     def test_files_that_cannot_be_written_are_refused_before_measuring(self):
         (self.folder / "old").write_text("old")
@@ -157,8 +126,8 @@ class ToolTest(ToolCase):
         circle = [*STREAM, "--mode", "circle-center", "--count", "10000", "--separation"]
         for number, arguments, shown, words in (
             (signal.SIGINT, stream, streaming, stopped),
-            (signal.SIGTERM, stream, streaming, stopped),
-            (signal.SIGINT, ["measure", "--simulate", "--points", "1000"], "2 of 1000 points", "stopped after COUNT points"),
+            (signal.SIGINT, ["measure", "--simulate", "--points", "1000"], "░{24}  2 of 1000 points",
+             "stopped after COUNT points"),
             (signal.SIGINT, [*circle, "1000"], r"measuring +0:0[1-9]",
              r"received +nothing\nmissing +none; .*before.*\nstopped before there was a centre\n"),
             (signal.SIGINT, [*circle, "1"], r"measuring +0:0[1-9]",

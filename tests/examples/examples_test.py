@@ -2,11 +2,11 @@
 
 import os
 import subprocess
-import tempfile
 import unittest
 from pathlib import Path
 
 EXAMPLES = Path(os.environ["EXAMPLES"])
+ENVIRONMENT = os.environ | {"KESTRINE_PROFILE_DIR": "/nowhere"}
 
 
 class Examples(unittest.TestCase):
@@ -14,9 +14,6 @@ class Examples(unittest.TestCase):
         self.simulator = subprocess.Popen([os.environ["KESTRINE_SIMULATOR"], "--port", "0"], stdout=subprocess.PIPE,
                                           text=True)
         self.port = self.simulator.stdout.readline().rsplit(":", 1)[1].strip()
-        settings = tempfile.TemporaryDirectory()
-        self.addCleanup(settings.cleanup)
-        self.environment = os.environ | {"KESTRINE_PROFILE_DIR": settings.name}
 
     def tearDown(self):
         self.simulator.terminate()
@@ -24,7 +21,7 @@ class Examples(unittest.TestCase):
 
     def start(self, name: str) -> subprocess.Popen:
         return subprocess.Popen([EXAMPLES / name, "localhost", self.port], stdin=subprocess.PIPE,
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=self.environment)
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=ENVIRONMENT)
 
     def run_to_end(self, name: str) -> str:
         process = self.start(name)

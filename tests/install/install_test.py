@@ -66,10 +66,7 @@ class Installed(unittest.TestCase):
         options = [word for word in command.split() if re.match("-([DfgIOW]|std)", word)]
         generated = build / "kestrine/generated/include"
         self.assertEqual(options, [f"-I{SOURCE}/include", f"-I{generated}", "-std=gnu++20"])
-        cache = (build / "CMakeCache.txt").read_text()
-        self.assertRegex(cache, r"(?m)^CMAKE_BUILD_TYPE:STRING=$")
-        self.assertNotRegex(cache, r"(?m)^(BUILD_TESTING|Python3_EXECUTABLE):")
-        self.assertFalse((build / "compile_commands.json").exists())
+        self.assertNotRegex((build / "CMakeCache.txt").read_text(), r"(?m)^(BUILD_TESTING|Python3_EXECUTABLE):")
 
 
 if __name__ == "__main__":

@@ -24,11 +24,11 @@ def connect(simulator):
     return connection
 
 
-def calls(tracker, number):
+def calls(simulator, number):
     """What a tracker answers, one call after another."""
-    for name, *arguments in settings(number) + CALLS:
-        value = getattr(tracker, name)(*arguments)
-        yield value and value[:3]
+    connection = connect(simulator)
+    values = [getattr(connection.ILTCommandSync, name)(*arguments) for name, *arguments in settings(number) + CALLS]
+    return [value and value[:3] for value in values]
 
 
 @pytest.fixture
@@ -43,26 +43,14 @@ def alone():
     values = []
     for number in NUMBERS:
         with kestrine.Simulator(seed=number + 1, time_scale=0) as simulator:
-            connection = connect(simulator)
-            values.append(list(calls(connection.ILTCommandSync, number)))
-            connection.DisconnectEmbeddedSystem()
+            values.append(calls(simulator, number))
     assert all(one != other for one in values for other in values if one is not other)
     return values
 
 
-def test_trackers_on_one_thread_have_their_own_values(simulators, alone):
-    connections = [connect(simulator) for simulator in simulators]
-    together = zip(*(calls(connection.ILTCommandSync, number) for number, connection in enumerate(connections)))
-    assert list(map(list, zip(*together))) == alone
-
-
 def test_trackers_on_several_threads_have_their_own_values(simulators, alone):
-    def work(number):
-        connection = connect(simulators[number])
-        return list(calls(connection.ILTCommandSync, number))
-
     with ThreadPoolExecutor(len(NUMBERS)) as threads:
-        assert list(threads.map(work, NUMBERS)) == alone
+        assert list(threads.map(calls, simulators, NUMBERS)) == alone
 
 
 def test_trackers_in_asyncio_have_their_own_values(simulators, alone):

@@ -6,36 +6,11 @@ import sys
 import weakref
 
 import pytest
-from peer import COMMAND, SCHEMA, Log, answer, code_of, filled, packet, status_change
+from peer import COMMAND, Log, answer, code_of, packet, status_change
 
 import kestrine
 
 READY = kestrine.constants.VL_SSC_MeasStatus_Ready
-
-
-def recorder(events):
-    """A handler of all events that keeps what it hears."""
-    def hear(name):
-        return lambda self, *values: self.heard.append((name, values))
-
-    return type("Recorder", (), {"__init__": lambda self: setattr(self, "heard", []),
-                                 **{"on" + name.upper(): hear(name) for name in events}})
-
-
-# The events that an answer brings, and its command.
-ANSWERED = [(event, each.command) for each in SCHEMA.answers
-            for event in (each.async_event, each.second_event) if event]
-
-
-@pytest.mark.parametrize("event, command", ANSWERED, ids=lambda each: each.name)
-def test_an_event_brings_the_values_of_its_packet(sender, peer, dice, wait_for, event, command):
-    listener = kestrine.WithEvents(sender, recorder(SCHEMA.async_events))
-    data, values = filled(command.answer, dice, COMMAND, command.code, 0)
-    peer.reply = lambda request: data
-    sender.ReleaseMotors()
-    wait_for(lambda: listener.heard)
-    expected = tuple(values[value.leaf.name] for value in event.values)
-    assert (event.name, expected) in listener.heard
 
 
 @pytest.mark.classic
@@ -96,31 +71,22 @@ def test_what_a_handler_raises_breaks_nothing(tracker, peer, monkeypatch, wait_f
     wait_for(lambda: len(log.heard) == 2)
 
 
-@pytest.mark.parametrize("in_a_call", [False, True])
-def test_a_handler_may_close_call_back_in_and_drop_everything(peer, wait_for, in_a_call):
+def test_a_handler_may_close_call_back_in_and_drop_everything(peer):
     held = {}
 
-    class Dropping(Log):
+    class Dropping:
         def OnStatusChangeEvent(self, statusChange):
-            done.append(statusChange)
-            if len(done) == 1:
-                with pytest.raises(kestrine.com_error) if in_a_call else contextlib.nullcontext():  # one is waiting
-                    held["tracker"].ReleaseMotors()
-                held["listener"].close()
-                held["connection"].DisconnectEmbeddedSystem()
-                held.clear()
+            with pytest.raises(kestrine.com_error):  # one is waiting
+                held["tracker"].ReleaseMotors()
+            held["listener"].close()
+            held["connection"].DisconnectEmbeddedSystem()
+            held.clear()
 
-    done = []
     held["connection"] = kestrine.Dispatch("Kestrine.LTConnect2")
     held["connection"].ConnectEmbeddedSystem("127.0.0.1", peer.port)
     held["tracker"] = held["connection"].ILTCommandSync
     held["listener"] = kestrine.WithEvents(held["tracker"], Dropping)
-    held["tracker"].ReleaseMotors()
-    if in_a_call:
-        peer.reply = lambda request: status_change(READY)
-        with pytest.raises(kestrine.com_error):
-            held["tracker"].ReleaseMotors()
-    else:
-        peer.send(status_change(READY))
-    wait_for(lambda: done)
-    assert done == [READY] and held == {}
+    peer.reply = lambda request: status_change(READY)
+    with pytest.raises(kestrine.com_error):
+        held["tracker"].ReleaseMotors()
+    assert held == {}
