@@ -3,14 +3,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <thread>
 
 #include "client_test.h"
 #include "kestrine/host.h"
 #include "kestrine/text.h"
-#include "platform/socket.h"
 
 namespace kestrine::test {
 namespace {
@@ -63,22 +61,30 @@ TEST_F(ModernConnection, AHostMayHaveAnIPv6Address) {
 
 // A listener whose queue is full answers no more: connecting goes on until somebody ends it.
 TEST_F(ModernConnection, ConnectingEndsInTimeAndWhenTheHostGivesUp) {
-  std::array<platform::SocketHandle, 12> queue{};
-  for (platform::SocketHandle& each : queue) {
-    each = platform::open_socket();
-    platform::set_non_blocking(each, true);
-    platform::connect_socket(each, htonl(INADDR_LOOPBACK), peer.port());
+  const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in own{};
+  own.sin_family = AF_INET;
+  own.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof own;
+  ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&own), length), 0);
+  ASSERT_EQ(::listen(listener, 0), 0);
+  ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&own), &length), 0);
+  std::vector<int> queue;
+  for (int i = 0; i < 3; ++i) {
+    queue.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    static_cast<void>(::connect(queue.back(), reinterpret_cast<sockaddr*>(&own), length));
   }
   environment.set(u"ConnectionTimeout", 200);
-  EXPECT_EQ(try_connect(u"127.0.0.1", peer.port()), "80004005 40011");
+  EXPECT_EQ(try_connect(u"127.0.0.1", ntohs(own.sin_port)), "80004005 40011");
   EXPECT_NE(log.back().find("timed out"), std::string::npos) << log.back();
   environment.set(u"ConnectionTimeout", 100'000);
   host::set_give_up_hook([] { return true; });
   const auto before = Clock::now();
-  EXPECT_EQ(try_connect(u"127.0.0.1", peer.port()), "80004005 40011");
+  EXPECT_EQ(try_connect(u"127.0.0.1", ntohs(own.sin_port)), "80004005 40011");
   EXPECT_LT(Clock::now() - before, 10s);
   EXPECT_EQ(try_connect(u"no.such.host.invalid", 1), "80004005 40010");
-  for (const platform::SocketHandle each : queue) platform::close_socket(each);
+  for (const int each : queue) ::close(each);
+  ::close(listener);
 }
 
 TEST_F(ModernConnection, ASenselessTimeoutNeverMeansConnected) {
