@@ -8,9 +8,7 @@
 namespace kestrine::bench {
 
 struct LibraryClient {
-  explicit LibraryClient(std::uint16_t port) {
-    host::set_behaviour(host::Behaviour::kModern);
-    connection = create<ILTConnect>(CLSID_LTConnect);
+  explicit LibraryClient(std::uint16_t port) : connection(create<ILTConnect>(CLSID_LTConnect)) {
     check(connection->ConnectEmbeddedSystem(Text("127.0.0.1"), port));
     sync = command_sync(*connection);
   }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "bench/server.h"
+#include "kestrine/host.h"
 
 namespace {
 
@@ -74,6 +75,7 @@ class RatioReporter final : public benchmark::ConsoleReporter {
 }  // namespace
 
 int main(int argc, char** argv) {
+  kestrine::host::set_behaviour(kestrine::host::Behaviour::kModern);
   kestrine::bench::pin_to_one_core();
   std::vector<char*> arguments(argv, argv + argc);
   std::string options[] = {"--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=25",
