@@ -42,8 +42,8 @@ CLI::Validator number_between(double low, double high) {
 
 void add_tracker_options(CLI::App& command, CommonOptions& options) {
   command.option_defaults()->group("Tracker");
-  auto* host = command.add_option("--host", options.server.host,
-                                  "The tracker's server: its name, or an IPv4 or IPv6 address");
+  auto* host =
+      command.add_option("--host", options.server.host, "The tracker's server: its name, or an IPv4 or IPv6 address");
   host->check(CLI::Validator(check_host, ""))->type_name("HOST");
   auto* port = command.add_option("--port", options.server.port, "The server's port");
   port->check(CLI::Range(1, 65535))->type_name("PORT")->needs(host);

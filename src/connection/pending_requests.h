@@ -30,7 +30,9 @@ class PendingRequests {
   Ticket take_error(std::int32_t command);
   Ticket take_result(Result result);
   // Nothing comes of it any more.
-  void drop(Ticket ticket) { std::erase_if(requests_, [=](const Request& each) { return each.ticket == ticket; }); }
+  void drop(Ticket ticket) {
+    std::erase_if(requests_, [=](const Request& each) { return each.ticket == ticket; });
+  }
   // Measurements that have been acknowledged bring no result any more.
   void end_measurements();
   void clear() { requests_.clear(); }

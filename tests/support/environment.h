@@ -18,8 +18,7 @@ bool pump_until(const std::function<bool()>& condition,
 
 std::string text_of(const std::filesystem::path& file);
 
-// For the life of one test; ends with the hooks and the early wake at their defaults. Waiting calls wake early
-// unless the test says otherwise.
+// For the life of one test; ends with the hooks at their defaults.
 class Environment {
  public:
   Environment();

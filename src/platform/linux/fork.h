@@ -1,6 +1,6 @@
 // A forked child shares with its parent what its descriptors stand for: an epoll set that it changes is changed for the
-// parent, too, and a link that it keeps open does not end when the parent closes it. So its copies of ours are closed as
-// it begins, and it starts with nothing.
+// parent, too, and a link that it keeps open does not end when the parent closes it. So its copies of ours are closed
+// as it begins, and it starts with nothing.
 #pragma once
 
 namespace kestrine::platform {
