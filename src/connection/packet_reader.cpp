@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::int32_t kMostPeeks = 30;
 constexpr std::int32_t kMostReads = 64;      // for one packet
+constexpr std::int32_t kReadsAtOnce = 16;    // before more is waited for
 constexpr std::int32_t kLongestNap = 16;     // milliseconds
 constexpr std::int32_t kMostDiscards = 128;  // reads for a packet and for throwing away, together
 
@@ -72,7 +73,8 @@ bool PacketReader::on_readable(ReceiveBuffers& buffers) {
 // does not use up the reads.
 PacketReader::Body PacketReader::read_body(std::uint8_t* buffer, std::int32_t size, std::int32_t& have) {
   std::int32_t empty_reads = 0;
-  std::int32_t nap = 1;
+  std::int32_t next_nap = 1;
+  const auto nap = [&] { return source_.nap(std::exchange(next_nap, std::min(next_nap * 2, kLongestNap))); };
   while (have < size) {
     const int got = source_.receive(buffer + have, size - have, false);
     bool counted = true;
@@ -82,11 +84,14 @@ PacketReader::Body PacketReader::read_body(std::uint8_t* buffer, std::int32_t si
         source_.beep(1000, 200);
         source_.trace(u"recv3", u"unknown socket reading error");
       }
-      if (!source_.nap(std::exchange(nap, std::min(nap * 2, kLongestNap)))) return Body::kGivenUp;
+      if (!nap()) return Body::kGivenUp;
     } else if (got == 0) {
       source_.nap(1);
       counted = ++empty_reads > kMostReads;
       if (counted) attempts_ = kMostReads;
+    } else if (attempts_ >= kReadsAtOnce && have + got < size) {
+      // Small segments that come as fast as they are read must not use up the reads either.
+      nap();
     }
     const bool give_up = counted && ++attempts_ > kMostReads;
     if (give_up && have == 0) return Body::kNothingRead;

@@ -217,9 +217,9 @@ TEST_F(PacketReaderTest, APacketIsGivenUpAfterSixtyFourReadsAndWhatCameStays) {
     std::vector<Bytes> packets;
     Bytes left;
   } rows[] = {
-      {{}, {{cut(longest, 8).first}, {cut(longest, 8).second, 1}}, 0, 0, true, {longest}, longest},
+      {{}, {{cut(longest, 8).first}, {cut(longest, 8).second, 1}}, 0, 47, true, {longest}, longest},
       // Even when the last read brings the end.
-      {{}, {{cut(too_long, 8).first}, {cut(too_long, 8).second, 1}}, 0, 1, false, {}, too_long},
+      {{}, {{cut(too_long, 8).first}, {cut(too_long, 8).second, 1}}, 0, 49, false, {}, too_long},
       {{}, {seen(header), none(kError, 63), {sent}}, 63, 63, true, {sent}, sent},
       // Nothing was read before the last attempt: nothing is kept of it.
       {{}, {seen(header), none(kError, 64), {sent}}, 64, 64, true, {}, {}},
@@ -251,7 +251,7 @@ TEST_F(PacketReaderTest, TheNapsForTheRestOfAPacketGrowAndEndWhenTheyAreGivenUp)
 
 TEST_F(PacketReaderTest, APacketThatHasComeInPartCanBeLeftUntilItIsWhole) {
   const Bytes sent = filled(100, VL_DT_MultiMeasResult);
-  for (const std::size_t at : {4, 50}) {
+  for (const std::size_t at : {std::size_t{4}, std::size_t{50}}) {
     start_over();
     source.leaves_parts = true;
     expect_read({seen(cut(sent, at).first)}, true, {}, {});
