@@ -1,6 +1,5 @@
 #include "platform/loop.h"
 
-#include "kestrine/host.h"
 #include "platform/clock.h"
 #include "platform/linux/socket_table.h"
 #include "platform/linux/thread_loop.h"
