@@ -39,7 +39,7 @@ bool PacketReader::take_short_header(int peeked) {
 }
 
 bool PacketReader::on_readable(ReceiveBuffers& buffers) {
-  const int peeked = source_.receive(header_.data() + held_, kPeekedBytes - held_, true);
+  const int peeked = source_.receive(header_.data() + held_, kHeaderBytes - held_, true);
   if (peeked > 0 && peeked + held_ < kHeaderBytes && source_.comes_later(kHeaderBytes)) return true;
   ++peek_tries_;
   bool ok = true;
@@ -54,7 +54,7 @@ bool PacketReader::on_readable(ReceiveBuffers& buffers) {
   const std::int32_t type = wire::load_i32(header_.data() + kTypeOffset);
   const ReceiveBuffers::Buffer buffer = buffers.for_type(type);
   const bool valid = ok && size >= kHeaderBytes && size < buffer.capacity && type >= 0;
-  if (valid && peeked + held_ < size && source_.comes_later(size - held_)) return true;
+  if (valid && source_.comes_later(size - held_)) return true;
   std::int32_t have = held_;
   std::copy_n(header_.data(), held_, buffer.bytes);
   held_ = 0;

@@ -65,9 +65,6 @@ class PacketReader {
   void restart();
 
  private:
-  // Most small packets show whole when their header is looked at, which saves asking how much has come.
-  static constexpr std::int32_t kPeekedBytes = 64;
-
   enum class Body { kComplete, kNothingRead, kGivenUp };
 
   bool take_short_header(int peeked);
@@ -76,10 +73,10 @@ class PacketReader {
 
   ByteSource& source_;
   PacketConsumer& consumer_;
-  std::int32_t peek_tries_ = 0;                      // notifications in a row on which the header was not complete
-  std::int32_t held_ = 0;                            // header bytes already taken out of the source
-  std::array<std::uint8_t, kPeekedBytes> header_{};  // and what follows it, if that is there
-  std::int32_t attempts_ = 0;                        // reads made for the packet at hand
+  std::int32_t peek_tries_ = 0;  // notifications in a row on which the header was not complete
+  std::int32_t held_ = 0;        // header bytes already taken out of the source
+  std::array<std::uint8_t, kHeaderBytes> header_{};
+  std::int32_t attempts_ = 0;  // reads made for the packet at hand
 };
 
 }  // namespace kestrine::connection

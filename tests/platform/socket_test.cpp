@@ -5,6 +5,7 @@
 
 #include <array>
 #include <ctime>
+#include <random>
 
 #include "platform/clock.h"
 #include "platform/test_clock.h"
@@ -153,7 +154,11 @@ TEST_F(SocketTest, NotificationsShowAtTheHostsDescriptorAndEndASlice) {
     EXPECT_TRUE(is_readable(fd)) << "a slice may have put it into the queue";
     EXPECT_EQ(host::dispatch(), 1);
     EXPECT_FALSE(is_readable(fd)) << "what nobody reads is no longer due";
+    receive_text(socket_, 8, true);
+    EXPECT_TRUE(is_readable(fd)) << "what has been looked at is";
+    EXPECT_EQ(host::dispatch(), 1);
     receive_text(socket_, 1);
+    EXPECT_FALSE(is_readable(fd));
   }
   peer_.close();
   EXPECT_TRUE(is_readable(fd, 5000));
@@ -177,6 +182,38 @@ TEST_F(SocketTest, ANotificationCanWaitForSoManyBytesOrTheEnd) {
     receive_text(socket_, 4);
     box_.seen.clear();
   }
+}
+
+TEST_F(SocketTest, HoweverItIsCutWhatIsReadIsWhatWasSentAndANoticeKeepsItsPromise) {
+  std::minstd_rand random(1);
+  const auto up_to = [&](std::size_t most) { return 1 + random() % (random() % 2 == 0 ? 100 : most); };
+  std::string sent(1'000'000, '\0');
+  for (char& byte : sent) byte = static_cast<char>(random());
+  connect();
+  peer_.run([&sent, up_to](test::ScriptedPeer& peer) {
+    for (std::string_view rest = sent; !rest.empty();) {
+      const std::string_view piece = rest.substr(0, up_to(60'000));
+      send(peer, piece);
+      rest.remove_prefix(piece.size());
+    }
+    peer.close();
+  });
+  std::string seen;
+  std::size_t promised = 1;
+  box_.handler = [&](const Message& message) {
+    if (message.id != kNotice || message.lparam != kSocketReadable) return;
+    promised = std::min(promised, sent.size() - seen.size());
+    const std::string peeked = receive_text(socket_, 8, true);
+    EXPECT_EQ(peeked, sent.substr(seen.size(), peeked.size()));
+    const std::string taken = receive_text(socket_, static_cast<int>(promised + up_to(40'000)));
+    EXPECT_GE(taken.size(), promised);
+    seen += taken;
+    const auto wanted = static_cast<int>(up_to(50'000));
+    promised = notify_of_bytes(socket_, wanted) ? static_cast<std::size_t>(wanted) : 1;
+  };
+  EXPECT_TRUE(pump_until([&] { return events().ends_with('c'); }));
+  EXPECT_TRUE(seen == sent) << seen.size() << " bytes";
+  expect_quiet(events());
 }
 
 TEST_F(SocketTest, APostingHandlerDoesNotShutOutTheSocket) {

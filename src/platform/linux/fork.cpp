@@ -40,7 +40,7 @@ void leave_parent_behind() {
     for (std::uint64_t bits = kept[word].exchange(0); bits != 0; bits &= bits - 1) {
       const auto fd = static_cast<int>(word * kBits + static_cast<std::size_t>(std::countr_zero(bits)));
       ::close(fd);
-      forget_socket(fd);
+      disown_socket(fd);
     }
   }
   ThreadLoop::abandon();

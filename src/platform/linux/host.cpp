@@ -22,6 +22,20 @@ bool is_at_work(const ThreadLoop* loop) {
   return loop == ThreadLoop::existing();
 }
 
+// While a host is in dispatch() it does not look at its descriptor.
+class Dispatching {
+ public:
+  explicit Dispatching(ThreadLoop& loop) : loop_(loop) { loop_.let_host_fd_wait(true); }
+  Dispatching(const Dispatching&) = delete;
+  Dispatching& operator=(const Dispatching&) = delete;
+  ~Dispatching() {
+    if (is_at_work(&loop_)) loop_.let_host_fd_wait(false);
+  }
+
+ private:
+  ThreadLoop& loop_;
+};
+
 }  // namespace
 
 int fd() {
@@ -34,6 +48,7 @@ int dispatch() {
   if (loop == nullptr) return 0;
   const std::size_t limit = loop->queued() + kFollowUps;
   std::size_t delivered = 0;
+  const Dispatching dispatching(*loop);
   for (platform::Message message; delivered < limit && is_at_work(loop) && loop->next_due(message); ++delivered) {
     platform::dispatch_message(message);
   }

@@ -72,9 +72,10 @@ int transfer(SocketHandle socket, SocketRecord& record, int bytes, Call call) {
   return count >= 0 ? static_cast<int>(count) : fail_with_errno();
 }
 
-void set_low_water(SocketHandle socket, SocketRecord& record, int bytes) {
+void set_kernel_low_water(SocketHandle socket, SocketRecord& record, int bytes) {
+  if (record.kernel_low_water == bytes) return;
   set_option(descriptor_of(socket), SOL_SOCKET, SO_RCVLOWAT, bytes);
-  record.low_water = bytes;
+  record.kernel_low_water = bytes;
 }
 
 int connect_blocking(int fd, const sockaddr_in& peer, SocketRecord& record) {
@@ -122,7 +123,7 @@ SocketHandle open_socket_of(int family) {
   if (fd < 0) return none(error_number_of(errno));
   if (add_socket(fd) == nullptr) {
     ::close(fd);
-    return none(kErrorTooManySockets);
+    return kInvalidSocket;
   }
   configure(fd);
   return static_cast<SocketHandle>(fd);
@@ -203,19 +204,32 @@ int set_receive_buffer(SocketHandle socket, std::int32_t bytes) {
 int receive(SocketHandle socket, void* into, int bytes, bool peek) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
-  if (!peek && record->low_water != 1) set_low_water(socket, *record, 1);
-  if (ThreadLoop* loop = ThreadLoop::existing()) loop->rearm_socket(socket);
-  return transfer(socket, *record, bytes, [&](int fd, std::size_t most) {
-    return most == 0 ? 0 : ::recv(fd, into, most, peek ? MSG_PEEK : 0);
+  if (!peek) {
+    record->low_water = 1;
+    set_kernel_low_water(socket, *record, 1);
+  }
+  const int count = transfer(socket, *record, bytes, [&](int fd, std::size_t most) {
+    if (most == 0) return ssize_t{0};
+    return peek ? record->ahead->peek(fd, into, most) : record->ahead->take(fd, into, most);
   });
+  if (ThreadLoop* loop = ThreadLoop::existing()) loop->rearm_socket(socket);
+  return count;
 }
 
 bool notify_of_bytes(SocketHandle socket, int bytes) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return false;
   const int fd = descriptor_of(socket);
-  if (unread_bytes(fd) >= bytes) return false;
-  set_low_water(socket, *record, bytes);
+  record->low_water = bytes;
+  if (record->has_enough()) return false;
+  const auto wanted = static_cast<std::size_t>(bytes);
+  if (wanted <= ReadAhead::kBytes) {
+    const ssize_t came = record->ahead->fill(fd, wanted, MSG_DONTWAIT);
+    return came < 0 ? errno == EAGAIN : came > 0 && !record->has_enough();
+  }
+  const int missing = bytes - static_cast<int>(record->ahead->size());
+  if (unread_bytes(fd) >= missing) return false;
+  set_kernel_low_water(socket, *record, missing);
   // The kernel calls a socket readable all the same when its buffer is full.
   pollfd look{fd, POLLIN | POLLRDHUP, 0};
   return ::poll(&look, 1, 0) == 0;

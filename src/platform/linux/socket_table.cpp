@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <new>
 #include <utility>
 
 #include "platform/linux/fork.h"
@@ -38,8 +39,8 @@ constexpr std::pair<int, int> kErrorNumbers[] = {
     {ECONNABORTED, 10053},
     {ECONNRESET, kErrorConnectionReset},
     {EPIPE, kErrorConnectionReset},
-    {ENOBUFS, 10055},
-    {ENOMEM, 10055},
+    {ENOBUFS, kErrorNoBuffers},
+    {ENOMEM, kErrorNoBuffers},
     {EISCONN, kErrorAlreadyConnected},
     {ENOTCONN, kErrorNotConnected},
     {ETIMEDOUT, 10060},
@@ -81,15 +82,24 @@ SocketRecord* find_socket(SocketHandle socket) {
 
 SocketRecord* add_socket(int fd) {
   const auto index = static_cast<std::size_t>(fd);
-  if (index >= table.size()) return nullptr;
-  table[index] = {};
+  if (index >= table.size()) return fail_with(kErrorTooManySockets), nullptr;
+  forget_socket(fd);  // a parent's, in a forked child
+  auto* ahead = new (std::nothrow) ReadAhead;
+  if (ahead == nullptr) return fail_with(kErrorNoBuffers), nullptr;
+  table[index].ahead = ahead;
   table[index].phase = SocketPhase::kIdle;
   keep_from_children(fd);
   return &table[index];
 }
 
 void forget_socket(int fd) {
-  table[static_cast<std::size_t>(fd)] = {};
+  SocketRecord& record = table[static_cast<std::size_t>(fd)];
+  delete record.ahead;
+  record = {};
+}
+
+void disown_socket(int fd) {
+  table[static_cast<std::size_t>(fd)].phase = SocketPhase::kClosed;
 }
 
 int unread_bytes(int fd) {

@@ -4,12 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/linux/read_ahead.h"
 #include "platform/socket.h"
 
 namespace kestrine::platform {
 
 inline constexpr int kErrorInvalidArgument = 10022;
 inline constexpr int kErrorTooManySockets = 10024;
+inline constexpr int kErrorNoBuffers = 10055;
 
 // As many as Linux lets a process have by default.
 inline constexpr std::size_t kMostDescriptors = 1 << 20;
@@ -25,16 +27,22 @@ enum class SocketPhase : std::uint8_t {
 struct SocketRecord {
   SocketPhase phase = SocketPhase::kClosed;
   bool non_blocking = false;
-  int low_water = 1;          // bytes that must have come before the socket counts as readable
-  std::uint16_t failure = 0;  // the error number to be reported, in phase kFailed
+  std::uint16_t failure = 0;   // the error number to be reported, in phase kFailed
+  int low_water = 1;           // bytes that must have come before the socket counts as readable
+  int kernel_low_water = 1;    // of those, what the kernel itself waits for
+  ReadAhead* ahead = nullptr;  // owned; a plain pointer, so that the table needs no end
+
+  bool has_enough() const { return ahead->size() >= static_cast<std::size_t>(low_water); }
 };
 
 // Null, with the error set, for a handle that is not an open socket. A socket belongs to one thread at a time.
 SocketRecord* find_socket(SocketHandle socket);
-// The record for a descriptor that has just been opened; null when its number lies beyond the table.
+// The record for a descriptor that has just been opened; null, with the error set, when it cannot be had.
 SocketRecord* add_socket(int fd);
 // The descriptor is not a socket of ours, or is one no longer.
 void forget_socket(int fd);
+// The same in a forked child, where no memory may be freed yet.
+void disown_socket(int fd);
 
 inline int descriptor_of(SocketHandle socket) {
   return static_cast<int>(socket);

@@ -1,5 +1,9 @@
 #include "platform/linux/socket_watches.h"
 
+#include <sys/socket.h>
+
+#include <algorithm>
+
 #include "platform/linux/socket_table.h"
 
 namespace kestrine::platform {
@@ -54,9 +58,10 @@ void SocketWatches::on_ready(const epoll_event& event) {
   const SocketPhase phase = record != nullptr ? update_phase(watch->socket, *record) : SocketPhase::kClosed;
   const bool ended = (event.events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
   // With an end in sight, "readable" may mean the end itself.
-  const bool unread = ended ? unread_bytes(event.data.fd) > 0 : (event.events & EPOLLIN) != 0;
+  const bool unread = ended ? record != nullptr && (record->ahead->size() > 0 || unread_bytes(event.data.fd) > 0)
+                            : (event.events & EPOLLIN) != 0;
   if (phase == SocketPhase::kConnected && unread && watch->armed && (watch->events & kSocketReadable) != 0) {
-    notify_readable(*watch);
+    if (ended || come_to_enough(*record, event.data.fd)) notify_readable(*watch);
     return;
   }
   suspend(*watch);
@@ -66,20 +71,36 @@ void SocketWatches::on_ready(const epoll_event& event) {
   }
 }
 
-bool SocketWatches::poll_last_notified() {
-  Watch* watch = find(last_notified_);
-  if (watch == nullptr || !watch->in_set || !watch->armed || watch->readable_queued) return false;
-  const SocketRecord* record = find_socket(watch->socket);
-  if ((watch->events & kSocketReadable) == 0 || record == nullptr) return false;
-  if (unread_bytes(descriptor_of(watch->socket)) < record->low_water) return false;
-  notify_readable(*watch);
-  return true;
+bool SocketWatches::is_held_readable(const Watch& watch) {
+  if (!watch.armed || watch.readable_queued || (watch.events & kSocketReadable) == 0) return false;
+  const SocketRecord* record = find_socket(watch.socket);
+  return record != nullptr && record->has_enough();
+}
+
+bool SocketWatches::has_held() const {
+  return std::ranges::any_of(watches_, is_held_readable);
+}
+
+bool SocketWatches::notify_held() {
+  bool any = false;
+  for (Watch& watch : watches_) {
+    if (!is_held_readable(watch)) continue;
+    notify_readable(watch);
+    any = true;
+  }
+  return any;
+}
+
+// Takes what has come of the bytes that are waited for, so that the kernel's notice of them ends. More of them than can
+// be held wait in the kernel, which gave no notice before they were all there.
+bool SocketWatches::come_to_enough(SocketRecord& record, int fd) {
+  if (record.low_water == 1 || record.kernel_low_water > 1) return true;
+  return record.ahead->fill(fd, static_cast<std::size_t>(record.low_water), MSG_DONTWAIT) <= 0 || record.has_enough();
 }
 
 void SocketWatches::notify_readable(Watch& watch) {
   watch.armed = false;
   watch.readable_queued = true;
-  last_notified_ = watch.socket;
   notify(watch, kSocketReadable);
 }
 

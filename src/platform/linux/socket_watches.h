@@ -6,6 +6,7 @@
 
 #include "platform/linux/message_queue.h"
 #include "platform/linux/poller.h"
+#include "platform/linux/socket_table.h"
 #include "platform/loop.h"
 
 namespace kestrine::platform {
@@ -27,9 +28,10 @@ class SocketWatches {
   // A readable notification has been taken out of the queue.
   void note_delivery(SocketHandle socket);
   void on_ready(const epoll_event& event);
-  // Asks only the socket that was reported last whether it has more, which costs less than to poll all of them.
-  // True when that made a message.
-  bool poll_last_notified();
+  // Whether bytes that have been read ahead are due to be told, of which the kernel knows nothing any more.
+  bool has_held() const;
+  // Tells them. True when that made a message.
+  bool notify_held();
 
  private:
   struct Watch {
@@ -43,6 +45,8 @@ class SocketWatches {
     bool in_set = false;
   };
 
+  static bool is_held_readable(const Watch& watch);
+  static bool come_to_enough(SocketRecord& record, int fd);
   Watch* find(SocketHandle socket);
   void notify(const Watch& watch, std::int32_t event);
   void notify_readable(Watch& watch);
@@ -52,7 +56,6 @@ class SocketWatches {
   MessageQueue& queue_;
   Poller& poller_;
   std::vector<Watch> watches_;  // one or two
-  SocketHandle last_notified_ = kInvalidSocket;
 };
 
 }  // namespace kestrine::platform

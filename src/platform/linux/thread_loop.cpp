@@ -109,13 +109,13 @@ bool ThreadLoop::is_due() const {
 }
 
 bool ThreadLoop::is_due_after_poll() {
-  if (queue_.empty()) poll(std::chrono::nanoseconds(0));
+  if (queue_.empty() && !find_held()) poll(std::chrono::nanoseconds(0));
   return is_due();
 }
 
 ThreadLoop::Next ThreadLoop::next(Message& message, std::optional<TimePoint> until) {
   for (;;) {
-    if (must_poll() && !poll_or_wait(until)) return Next::kInterrupted;
+    if (must_poll() && !find_held() && !poll(time_to_wait(until))) return Next::kInterrupted;
     if (take_late_timer(message) || take_queued(message)) return Next::kMessage;
     if (const auto quit = take_quit()) {
       message = {.id = kQuitMessage, .wparam = static_cast<std::uint64_t>(*quit)};
@@ -127,7 +127,7 @@ ThreadLoop::Next ThreadLoop::next(Message& message, std::optional<TimePoint> unt
 }
 
 bool ThreadLoop::next_due(Message& message) {
-  if (must_poll()) poll(std::chrono::nanoseconds(0));
+  if (must_poll() && !find_held()) poll(std::chrono::nanoseconds(0));
   return take_late_timer(message) || take_queued(message) || take_timer(message);
 }
 
@@ -171,28 +171,22 @@ std::optional<std::chrono::nanoseconds> ThreadLoop::time_to_wait(std::optional<T
   return std::max<std::chrono::nanoseconds>(*until - now(), std::chrono::nanoseconds(0));
 }
 
-// A stream is found without waiting. A wait with an end costs looks at the clock here and in the kernel, more than a
-// small packet takes to be read, so it comes only when there is nothing to be found.
-bool ThreadLoop::poll_or_wait(std::optional<TimePoint> until) {
-  if (poll_found_some_ && polls_of_one_++ < kMessagesBetweenPolls && watches_.poll_last_notified()) {
-    taken_since_poll_ = 0;
-    return true;
-  }
-  if (poll_found_some_ && (until || timers_.earliest())) {
-    poll(std::chrono::nanoseconds(0));
-    if (!queue_.empty()) return true;
-  }
-  return poll(time_to_wait(until));
+// What has been read ahead is found without a system call, which the other sockets get all the same from time to time.
+bool ThreadLoop::find_held() {
+  if (found_held_ >= kMessagesBetweenPolls || !watches_.notify_held()) return false;
+  ++found_held_;
+  taken_since_poll_ = 0;
+  return true;
 }
 
 bool ThreadLoop::poll(std::optional<std::chrono::nanoseconds> wait) {
   taken_since_poll_ = 0;
+  found_held_ = 0;
+  if (watches_.notify_held()) wait = std::chrono::nanoseconds(0);
   const bool waits = !wait || wait->count() != 0;
   if (!waits && !poller_.watches_anything()) return true;
   bool interrupted = false;
   for (const epoll_event& event : poller_.wait(wait, interrupted)) watches_.on_ready(event);
-  poll_found_some_ = !queue_.empty();
-  polls_of_one_ = 0;
   update_host_fd();
   return !(interrupted && waits);
 }

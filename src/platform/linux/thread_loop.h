@@ -41,7 +41,10 @@ class ThreadLoop {
 
   bool watch_socket(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events);
   void drop_socket(SocketHandle socket);
-  void rearm_socket(SocketHandle socket) { watches_.rearm(socket); }
+  void rearm_socket(SocketHandle socket) {
+    watches_.rearm(socket);
+    update_host_fd();
+  }
 
   bool is_due_after_poll();
   bool is_due() const;
@@ -51,6 +54,12 @@ class ThreadLoop {
   bool next_due(Message& message);
   // Waits until something is due, a signal handler has run, or the time is over. Takes nothing.
   void wait_until_due(std::chrono::milliseconds at_most);
+
+  // While it waits the host's descriptor shows nothing new, which saves system calls.
+  void let_host_fd_wait(bool waits) {
+    host_fd_waits_ = waits;
+    update_host_fd();
+  }
 
   std::size_t queued() const { return queue_.size(); }
   std::optional<int> take_quit() { return std::exchange(quit_code_, std::nullopt); }
@@ -63,15 +72,17 @@ class ThreadLoop {
   };
 
   bool must_poll() const;
+  bool find_held();
   bool take_queued(Message& message);
   bool take_timer(Message& message);
   bool take_late_timer(Message& message);
   // Moves what the kernel reports into the queue. False when a signal handler ended the wait.
   bool poll(std::optional<std::chrono::nanoseconds> wait);
-  bool poll_or_wait(std::optional<TimePoint> until);
   std::optional<std::chrono::nanoseconds> time_to_wait(std::optional<TimePoint> until) const;
   void update_host_fd() {
-    if (poller_.has_host()) poller_.update_host_fd(!queue_.empty(), timers_.earliest());
+    if (poller_.has_host() && !host_fd_waits_) {
+      poller_.update_host_fd(!queue_.empty() || watches_.has_held(), timers_.earliest());
+    }
   }
 
   std::vector<Window> windows_;  // handles only grow, so this is in their order
@@ -80,8 +91,8 @@ class ThreadLoop {
   Poller poller_;
   SocketWatches watches_{queue_, poller_};
   std::optional<int> quit_code_;
-  bool poll_found_some_ = false;  // the latest poll of all
-  int polls_of_one_ = 0;          // since then, at one socket only
+  bool host_fd_waits_ = false;
+  int found_held_ = 0;  // times since the latest poll
   int taken_since_poll_ = 0;
   int taken_since_timer_ = 0;
 };
