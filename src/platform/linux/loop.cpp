@@ -5,11 +5,6 @@
 #include "platform/linux/thread_loop.h"
 
 namespace kestrine::platform {
-namespace {
-
-constexpr std::uint32_t kSliceMilliseconds = 10;
-
-}  // namespace
 
 WindowHandle create_window(WindowProcedure& procedure, std::u16string_view) {
   ThreadLoop* loop = ThreadLoop::current();
@@ -46,7 +41,7 @@ bool kill_timer(WindowHandle window, std::uint64_t id) {
 }
 
 int select_notifications(SocketHandle socket, WindowHandle window, std::uint32_t id, std::int32_t events) {
-  if (set_non_blocking(socket, true) != 0) return -1;
+  if (prepare_for_notifications(socket) != 0) return -1;
   ThreadLoop* loop = ThreadLoop::existing();
   const std::int32_t known = events & (kSocketReadable | kSocketClosed);
   if (known == 0) {
@@ -94,8 +89,8 @@ void post_quit_message(int exit_code) {
 
 void wait_slice(bool prompt) {
   ThreadLoop* loop = prompt ? ThreadLoop::current() : nullptr;
-  if (loop == nullptr) return sleep_ms(kSliceMilliseconds);
-  loop->wait_until_due(std::chrono::milliseconds(kSliceMilliseconds));
+  if (loop == nullptr) return sleep_ms(kSlice.count());
+  loop->wait_slice();
 }
 
 }  // namespace kestrine::platform

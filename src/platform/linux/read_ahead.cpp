@@ -25,11 +25,11 @@ ssize_t ReadAhead::ask(bool behind_bytes, Read read) {
   return got;
 }
 
-ssize_t ReadAhead::peek(int fd, void* into, std::size_t most) {
+ssize_t ReadAhead::peek(int fd, void* into, std::size_t most, int flags) {
   most = std::min(most, kBytes);
   if (size() < most) {
     // What is held is an answer already; only without any may a blocking socket wait.
-    const ssize_t got = fill(fd, most, size() > 0 ? MSG_DONTWAIT : 0);
+    const ssize_t got = fill(fd, most, size() > 0 ? MSG_DONTWAIT : flags);
     if (size() == 0) return got;
   }
   most = std::min(most, size());
@@ -37,7 +37,7 @@ ssize_t ReadAhead::peek(int fd, void* into, std::size_t most) {
   return static_cast<ssize_t>(most);
 }
 
-ssize_t ReadAhead::take(int fd, void* into, std::size_t most) {
+ssize_t ReadAhead::take(int fd, void* into, std::size_t most, int flags) {
   const std::size_t had = std::min(most, size());
   std::memcpy(into, bytes_.data() + begin_, had);
   begin_ += had;
@@ -49,7 +49,7 @@ ssize_t ReadAhead::take(int fd, void* into, std::size_t most) {
   msghdr message{};
   message.msg_iov = places;
   message.msg_iovlen = std::size(places);
-  const ssize_t got = ask(had > 0, [&] { return ::recvmsg(fd, &message, had > 0 ? MSG_DONTWAIT : 0); });
+  const ssize_t got = ask(had > 0, [&] { return ::recvmsg(fd, &message, had > 0 ? MSG_DONTWAIT : flags); });
   if (got <= 0) return had > 0 ? static_cast<ssize_t>(had) : got;
   const std::size_t placed = std::min(rest, static_cast<std::size_t>(got));
   begin_ = 0;
@@ -63,6 +63,14 @@ ssize_t ReadAhead::fill(int fd, std::size_t wanted, int flags) {
   const std::size_t room = std::min(std::max(wanted, ahead_), kBytes) - end_;
   const ssize_t got = ask(size() > 0, [&] { return ::recv(fd, bytes_.data() + end_, room, flags); });
   if (got > 0) end_ += static_cast<std::size_t>(got);
+  return got;
+}
+
+ssize_t ReadAhead::wait(int fd) {
+  begin_ = end_ = 0;
+  const ssize_t got = ::recv(fd, bytes_.data(), ahead_, 0);
+  if (got > 0) end_ = static_cast<std::size_t>(got);
+  if (got < 0 && errno != EAGAIN && errno != EINTR) error_ = errno;
   return got;
 }
 

@@ -17,12 +17,14 @@ class ReadAhead {
 
   std::size_t size() const { return end_ - begin_; }
 
-  // As recv(2), to which `fd` belongs; of a failure errno tells the reason. Looks at no more than kBytes.
-  ssize_t peek(int fd, void* into, std::size_t most);
-  ssize_t take(int fd, void* into, std::size_t most);
+  // As recv(2), to which `fd` and `flags` belong; of a failure errno tells the reason. Looks at no more than kBytes.
+  ssize_t peek(int fd, void* into, std::size_t most, int flags);
+  ssize_t take(int fd, void* into, std::size_t most, int flags);
   // One more read from the kernel, where fewer than `wanted` (at most kBytes) are held. What came, 0 at the peer's end,
   // or -1.
   ssize_t fill(int fd, std::size_t wanted, int flags);
+  // Waits for the first bytes, as long as the socket says or until a signal handler has run. As fill().
+  ssize_t wait(int fd);
 
  private:
   // Behind a large packet only the next header is read ahead: the rest goes straight to its place.

@@ -60,14 +60,15 @@ int fail_with_errno() {
   return fail_with(error_number_of(errno));
 }
 
-// Takes bytes from the system or gives it some, whichever `call` does with the descriptor.
+// Takes bytes from the system or gives it some, whichever `call` does with the descriptor and its flags.
 template <typename Call>
 int transfer(SocketHandle socket, SocketRecord& record, int bytes, Call call) {
   if (update_phase(socket, record) != SocketPhase::kConnected) return fail_with(kErrorNotConnected);
   if (bytes < 0) return fail_with(kErrorInvalidArgument);
+  const int flags = record.non_blocking ? MSG_DONTWAIT : 0;
   ssize_t count;
   do {
-    count = call(descriptor_of(socket), static_cast<std::size_t>(bytes));
+    count = call(descriptor_of(socket), static_cast<std::size_t>(bytes), flags);
   } while (count < 0 && errno == EINTR);
   return count >= 0 ? static_cast<int>(count) : fail_with_errno();
 }
@@ -192,7 +193,19 @@ int set_non_blocking(SocketHandle socket, bool on) {
   int value = on ? 1 : 0;
   if (::ioctl(descriptor_of(socket), FIONBIO, &value) != 0) return fail_with_errno();
   record->non_blocking = on;
+  record->reads_wait = false;
   return 0;
+}
+
+int prepare_for_notifications(SocketHandle socket) {
+  SocketRecord* record = find_socket(socket);
+  if (record == nullptr) return -1;
+  if (update_phase(socket, *record) != SocketPhase::kConnected) return set_non_blocking(socket, true);
+  if (set_non_blocking(socket, false) != 0) return -1;
+  record->non_blocking = true;
+  constexpr timeval kOneSlice{.tv_sec = 0, .tv_usec = std::chrono::microseconds(kSlice).count()};
+  record->reads_wait = ::setsockopt(descriptor_of(socket), SOL_SOCKET, SO_RCVTIMEO, &kOneSlice, sizeof kOneSlice) == 0;
+  return record->reads_wait ? 0 : fail_with_errno();
 }
 
 int set_receive_buffer(SocketHandle socket, std::int32_t bytes) {
@@ -208,9 +221,9 @@ int receive(SocketHandle socket, void* into, int bytes, bool peek) {
     record->low_water = 1;
     set_kernel_low_water(socket, *record, 1);
   }
-  const int count = transfer(socket, *record, bytes, [&](int fd, std::size_t most) {
+  const int count = transfer(socket, *record, bytes, [&](int fd, std::size_t most, int flags) {
     if (most == 0) return ssize_t{0};
-    return peek ? record->ahead->peek(fd, into, most) : record->ahead->take(fd, into, most);
+    return peek ? record->ahead->peek(fd, into, most, flags) : record->ahead->take(fd, into, most, flags);
   });
   if (ThreadLoop* loop = ThreadLoop::existing()) loop->rearm_socket(socket);
   return count;
@@ -239,7 +252,7 @@ int send_bytes(SocketHandle socket, const void* from, int bytes) {
   SocketRecord* record = find_socket(socket);
   if (record == nullptr) return -1;
   return transfer(socket, *record, bytes,
-                  [&](int fd, std::size_t count) { return ::send(fd, from, count, MSG_NOSIGNAL); });
+                  [&](int fd, std::size_t count, int flags) { return ::send(fd, from, count, flags | MSG_NOSIGNAL); });
 }
 
 bool wait_for_room(SocketHandle socket, std::chrono::milliseconds at_most) {

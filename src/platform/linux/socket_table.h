@@ -27,6 +27,7 @@ enum class SocketPhase : std::uint8_t {
 struct SocketRecord {
   SocketPhase phase = SocketPhase::kClosed;
   bool non_blocking = false;
+  bool reads_wait = false;     // non-blocking to its users only, while its reads can wait for a slice
   std::uint16_t failure = 0;   // the error number to be reported, in phase kFailed
   int low_water = 1;           // bytes that must have come before the socket counts as readable
   int kernel_low_water = 1;    // of those, what the kernel itself waits for
@@ -53,6 +54,9 @@ SocketHandle open_socket_of(int family);
 
 // How many bytes can be read without waiting.
 int unread_bytes(int fd);
+
+// Makes the socket a non-blocking one to its users. -1 with the error set when that cannot be had.
+int prepare_for_notifications(SocketHandle socket);
 
 // The phase, brought up to date when a connect is under way.
 SocketPhase update_phase(SocketHandle socket, SocketRecord& record);

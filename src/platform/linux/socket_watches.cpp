@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <cerrno>
 
 #include "platform/linux/socket_table.h"
 
@@ -89,6 +90,16 @@ bool SocketWatches::notify_held() {
     any = true;
   }
   return any;
+}
+
+bool SocketWatches::wait_by_reading() {
+  if (watches_.size() != 1) return false;
+  const Watch& watch = watches_.front();
+  const SocketRecord* record = find_socket(watch.socket);
+  if (!watch.in_set || !watch.armed || watch.readable_queued || (watch.events & kSocketReadable) == 0) return false;
+  if (record == nullptr || !record->reads_wait || record->low_water != 1 || record->ahead->size() > 0) return false;
+  const ssize_t got = record->ahead->wait(descriptor_of(watch.socket));
+  return notify_held() || (got < 0 && (errno == EAGAIN || errno == EINTR));
 }
 
 // Takes what has come of the bytes that are waited for, so that the kernel's notice of them ends. More of them than can

@@ -159,8 +159,13 @@ bool ThreadLoop::take_timer(Message& message) {
   return true;
 }
 
-void ThreadLoop::wait_until_due(std::chrono::milliseconds at_most) {
-  if (!is_due()) poll(time_to_wait(now() + at_most));
+void ThreadLoop::wait_slice() {
+  if (is_due()) return;
+  const TimePoint end = now() + kSlice;
+  const auto timer = timers_.earliest();
+  const bool may_read = (!timer || *timer > end) && kernel_part(kSlice) == kSlice;
+  if (may_read && watches_.wait_by_reading()) return update_host_fd();
+  poll(time_to_wait(end));
 }
 
 std::optional<std::chrono::nanoseconds> ThreadLoop::time_to_wait(std::optional<TimePoint> until) const {

@@ -14,6 +14,9 @@
 
 namespace kestrine::platform {
 
+// Between two looks of a waiting call at its messages.
+inline constexpr std::chrono::milliseconds kSlice{10};
+
 class ThreadLoop {
  public:
   enum class Next { kMessage, kQuit, kTimeout, kInterrupted };
@@ -52,8 +55,8 @@ class ThreadLoop {
   Next next(Message& message, std::optional<TimePoint> until);
   // Takes what is due without waiting, past a quit message, which stays. False when nothing is.
   bool next_due(Message& message);
-  // Waits until something is due, a signal handler has run, or the time is over. Takes nothing.
-  void wait_until_due(std::chrono::milliseconds at_most);
+  // Waits until something is due, a signal handler has run, or a slice is over. Takes nothing.
+  void wait_slice();
 
   // While it waits the host's descriptor shows nothing new, which saves system calls.
   void let_host_fd_wait(bool waits) {
