@@ -57,16 +57,25 @@ TEST_F(Deferral, StopsTheFlushForACallStartedByAHandler) {
     later([&] { EXPECT_EQ(ask_to_flush(), 1); });  // finds a call waiting
     EXPECT_EQ(told(commands->ReleaseMotors()), "ok");
     at_end_of_call = heard();
+    EXPECT_EQ(flushed(), Lines{change(5)}) << "by a loop in the handler";
     return S_OK;
   };
   peer.send(status_change(17) + status_change(5) + answer(VL_C_Initialize, 0));
   commands->Initialize();
-  EXPECT_EQ(flushed(), Lines{change(5)});
+  EXPECT_EQ(flushed(), Lines{});
   EXPECT_EQ(at_end_of_call, Lines{change(17)});
 }
 
 TEST_F(Deferral, CancelledAndUnfinishedCallsLeaveTheRestForTheNextFlush) {
   start();
+  later([&] {
+    deliver(status_change(5));
+    ask_to_flush();
+    throw 1;
+  });
+  EXPECT_THROW(commands->Initialize(), int);
+  EXPECT_FALSE(engine().is_answer_pending());
+  EXPECT_EQ(flushed(), Lines{change(5)});
   peer.send(status_change(17) + status_change(998));
   EXPECT_EQ(told(commands->Initialize()).substr(0, 11), "80004005 36");
   EXPECT_FALSE(connection->link().mark_ended());

@@ -108,6 +108,8 @@ TEST_F(ModernCalls, TakeTheResultOfTheirOwnMeasurement) {
 
 TEST_F(ModernCalls, ForgetWhatIsNeverAnswered) {
   start(kBoth);
+  later([&] { engine().cancel_wait(); });
+  EXPECT_EQ(get_reflector(), "80004005 36");
   async_commands->GetReflector();
   platform::advance_clock(61s);
   peer.send(reflector(1));

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <initializer_list>
 #include <optional>
 #include <thread>
 
@@ -58,43 +59,45 @@ struct Client {
   // How many calls were not refused as those of a foreign thread, one or more of every interface.
   int calls_taken() {
     int taken = 0;
-    const auto refused = [&](HRESULT result) { taken += result == RPC_E_WRONG_THREAD ? 0 : 1; };
+    const auto refused = [&](std::initializer_list<HRESULT> results) {
+      for (const HRESULT result : results) taken += result == RPC_E_WRONG_THREAD ? 0 : 1;
+    };
     const auto refused_by_name = [&](IDispatch* object) {
       UINT count = 0;
+      Pointer<ITypeInfo> type;
       OLECHAR name[] = u"Initialize";
       LPOLESTR names[] = {name};
       DISPID id = 1;
       DISPPARAMS none{};
-      refused(object->GetTypeInfoCount(&count));
-      refused(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
-      refused(object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr));
+      refused({object->GetTypeInfoCount(&count), object->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.put()),
+               object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id),
+               object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr)});
     };
     for (IUnknown* object : all()) {
       void* found = this;
-      refused(object->QueryInterface(IID_IUnknown, &found));
+      refused({object->QueryInterface(IID_IUnknown, &found)});
       taken += found == nullptr ? 0 : 1;
     }
     VARIANT data{};
     Pointer<IConnectionPoint> one;
+    Pointer<IEnumConnectionPoints> some;
+    Pointer<IEnumConnections> others;
+    Pointer<IConnectionPointContainer> back;
     Pointer<ITypeInfo> type;
+    IID iid{};
     CONNECTDATA sink{};
     ULONG count = 0;
-    DWORD mark = 0;
-    refused(connection->ConnectEmbeddedSystem(nullptr, 0));
-    refused(connection->DisconnectEmbeddedSystem());
-    refused(connection->GetData(&data));
     refused_by_name(connection.get());
-    refused(info->GetClassInfo(type.put()));
-    refused(support->InterfaceSupportsErrorInfo(IID_ILTConnect2));
-    refused(commands->Initialize());
     refused_by_name(commands.get());
-    refused(senders->Initialize());
-    refused(container->FindConnectionPoint(DIID__ILTCommandSync2Events, one.put()));
-    refused(point->Advise(heard.get(), &mark));
-    refused(point->Unadvise(cookie));
-    refused(points->Next(1, one.put(), &count));
-    refused(points->Reset());
-    refused(sinks->Next(1, &sink, &count));
+    refused({connection->ConnectEmbeddedSystem(nullptr, 0), connection->DisconnectEmbeddedSystem(),
+             connection->GetData(&data), commands->Initialize(), senders->Initialize()});
+    refused({info->GetClassInfo(type.put()), info->GetGUID(1, &iid), support->InterfaceSupportsErrorInfo(iid)});
+    refused({container->FindConnectionPoint(DIID__ILTCommandSync2Events, one.put()),
+             container->EnumConnectionPoints(some.put())});
+    refused({point->Advise(heard.get(), &count), point->Unadvise(cookie), point->EnumConnections(others.put()),
+             point->GetConnectionInterface(&iid), point->GetConnectionPointContainer(back.put())});
+    refused({points->Next(1, one.put(), &count), points->Skip(1), points->Reset(), points->Clone(some.put()),
+             sinks->Next(1, &sink, &count)});
     return taken;
   }
 

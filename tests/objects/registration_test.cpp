@@ -1,4 +1,5 @@
 // What the library registers of itself, and how safely.
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/registry.h"
@@ -91,6 +92,14 @@ TEST_F(RegistrationTest, LeavesNothingBehindAndWritesTheFirstPlaceOfTheSystem) {
   EXPECT_FALSE(std::filesystem::exists(file("second")) || std::filesystem::exists(file()));
   ASSERT_EQ(take_out(), S_OK);
   EXPECT_TRUE(std::filesystem::is_empty(file("first").parent_path()));
+}
+
+TEST_F(RegistrationTest, LosesNothingWhenTwoProcessesWriteAtOnce) {
+  const pid_t child = ::fork();
+  for (int i = 0; i < 50; ++i) set(child == 0 ? u"Child" : u"Parent", to_utf16(std::to_string(i)), u"1");
+  if (child == 0) ::_exit(0);
+  ::waitpid(child, nullptr, 0);
+  EXPECT_EQ(values().size(), 100u);
 }
 
 TEST_F(RegistrationTest, LeavesADamagedFileAloneAndSaysWhereItIsDamaged) {

@@ -117,6 +117,12 @@ TEST_F(SocketTest, ClosedComesOnceAndAfterTheLastByte) {
     SetUp();
     box_.seen.clear();
   }
+  connect();
+  ASSERT_EQ(select_notifications(socket_, box_.window, kNotice, kSocketClosed), 0);
+  send(peer_, "a");
+  peer_.close();
+  receive_text(socket_, 1);
+  expect_quiet("c");
 }
 
 TEST_F(SocketTest, CancellingClosingAndDestroyingRemoveWhatIsQueued) {

@@ -106,7 +106,7 @@ def test_events_are_a_stream_that_ends_with_the_tracker(connection, peer):
     assert told[0] == ("StatusChangeEvent", (READY,)) and told[1].name == "CommandCompletedData"
 
 
-def test_of_two_measurements_under_way_the_one_that_is_refused_or_bad_fails(connection, dice, replies):
+def test_a_result_goes_to_the_measurement_that_was_neither_refused_nor_bad_nor_stopped(connection, dice, replies):
     (good, values), (bad, _) = result(dice), result(dice, 2)
 
     async def work(tracker):
@@ -115,6 +115,10 @@ def test_of_two_measurements_under_way_the_one_that_is_refused_or_bad_fails(conn
         refused_second = await gathered(measure(), measure())
         replies[:] = answer(49), answer(8) + bad, answer(49) + good  # the first result, before the second start
         bad_first = await gathered(measure(), tracker.ReleaseMotors(), measure())
+        replies[:] = answer(49), answer(52), answer(49) + good
+        await gathered(tracker.with_timeout(0.05).MeasureStationaryPoint())
+        await tracker.StopContinuousMeasurement()
+        assert (await measure())[0] == values["dVal1"]
         replies[:] = answer(49), answer(49, 2, ERROR) + answer(49) + good
         return refused_second, bad_first, await gathered(measure(), measure())
 
@@ -191,6 +195,9 @@ def test_what_would_wait_for_ever_outside_is_refused_at_once(connection):
             late = tracker.GetUnits()
             with pytest.raises(RuntimeError, match="already"):
                 await Tracker(connection).__aenter__()
+            with pytest.raises(ValueError, match="above 0"):
+                tracker.with_timeout(0)
+            assert "GetUnits" in dir(tracker) and "Returns" in tracker.GetUnits.__doc__
         for use in (tracker.GetUnits, tracker.events):
             with pytest.raises(RuntimeError, match="async with"):
                 use()

@@ -51,6 +51,10 @@ TEST(TypeInfo, DescribesAConnectionAsScriptsAndAsVtablesSeeIt) {
   EXPECT_EQ(signature(*dual, 16), "put 17 nothing ExceptionHandlingPolicy(in long)");
   EXPECT_EQ(signature(*vtable, 2), "get 3 status LastResultStatus(out result VL_ResultStatus*)");
   for (UINT i = 0; i < 24; ++i) EXPECT_EQ(signature(*first, i), signature(*vtable, i));
+  Text member("ConnectEmbeddedSystem"), parameter("port");
+  LPOLESTR names[] = {member, parameter};
+  MEMBERID ids[2] = {};
+  EXPECT_TRUE(dual->GetIDsOfNames(names, 2, ids) == S_OK && ids[0] == 4 && ids[1] == 1);
   EXPECT_EQ(base_of(*vtable, static_cast<UINT>(-1)).get(), dual.get());
 
   const struct {

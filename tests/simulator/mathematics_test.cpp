@@ -144,6 +144,13 @@ TEST(BestFits, FindATransformationAgainWhateverItsAngles) {
   }
 }
 
+TEST(BestFits, WorkFarFromTheOrigin) {
+  const Pose pose{{-2e6, 1e6, 3e6}, rotation({0.3, -0.7, 2.1}), 1};
+  const auto places = moved(kPlaces, {{1e6, -1e6, 2e6}});
+  // A few of the steps in which doubles go there.
+  EXPECT_LT(fitted(at(moved(places, pose), 1e-5), at(places, 1e-5), free_but_scale()).max_deviation, 1e-8);
+}
+
 TEST(BestFits, RefuseWhatDeterminesNothing) {
   const auto fits = [](std::vector<Vector> nominal, std::vector<Vector> actual) {
     return fit_transformation(at(nominal), at(actual), free_but_scale()).has_value();
