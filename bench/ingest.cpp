@@ -1,4 +1,5 @@
-// A stream from the socket to whoever counts it: by hand, and to an event handler.
+// A stream from the socket to whoever counts it: by hand, by hand with reading ahead,
+// and to an event handler.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -10,14 +11,6 @@ namespace {
 
 constexpr std::size_t kPositions = 20'000;
 constexpr std::size_t kBlocks = 400;
-
-class Counter final : public SyncEvents {
- public:
-  void ReflectorPositionData(double, double, double) override { ++seen; }
-  void ContinuousPointMeasDataReady(std::int32_t, std::int32_t) override { ++seen; }
-
-  std::size_t seen = 0;
-};
 
 // The servers stay for all rounds of a bench.
 Server& positions() {
@@ -40,15 +33,22 @@ void by_hand(benchmark::State& state, Server& (*server)(), std::size_t packets) 
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(packets));
 }
 
-void to_handler(benchmark::State& state, Server& (*server)(), std::size_t packets) {
-  LibraryClient client(server().port());
-  check(client.sync->SetMeasurementMode(VL_MM_ContinuousTime));
-  const auto counter = Pointer<Counter>::adopt(new Counter);
-  const Subscription subscription(*client.sync, DIID__ILTCommandSyncEvents, *counter);
+void by_reading_ahead(benchmark::State& state) {
+  const int client = connect_to(positions().port());
+  ReadAheadReader reader(client);
   for (auto _ : state) {
-    counter->seen = 0;
-    check(client.sync->StartContinuousPointMeasurement());
-    while (counter->seen < packets) host::run_for(std::chrono::milliseconds(1));
+    send_request(client, VL_C_StartMeasurement);
+    for (std::size_t seen = 0; seen < kPositions + 1;) seen += reader.read_packets();
+  }
+  close(client);
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kPositions));
+}
+
+void to_handler(benchmark::State& state, Server& (*server)(), std::size_t packets) {
+  LibraryStream stream(server().port());
+  for (auto _ : state) {
+    stream.start(packets);
+    stream.run_to_the_end();
   }
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(packets));
 }
@@ -56,6 +56,7 @@ void to_handler(benchmark::State& state, Server& (*server)(), std::size_t packet
 const auto in_real_time = [](auto* bench) { bench->UseRealTime()->Unit(benchmark::kMillisecond); };
 
 BENCHMARK_CAPTURE(by_hand, positions, positions, kPositions)->Name("BM_PositionsByHand")->Apply(in_real_time);
+BENCHMARK(by_reading_ahead)->Name("BM_PositionsByReadingAhead")->Apply(in_real_time);
 BENCHMARK_CAPTURE(to_handler, positions, positions, kPositions)->Name("BM_PositionsToHandler")->Apply(in_real_time);
 BENCHMARK_CAPTURE(by_hand, blocks, blocks, kBlocks)->Name("BM_BlocksByHand")->Apply(in_real_time);
 BENCHMARK_CAPTURE(to_handler, blocks, blocks, kBlocks)->Name("BM_BlocksToHandler")->Apply(in_real_time);

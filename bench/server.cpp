@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "bench/packets.h"
 
@@ -50,6 +51,13 @@ bool send_all(int socket, const std::uint8_t* from, std::size_t bytes) {
   return true;
 }
 
+std::vector<std::uint8_t> position() {
+  std::vector<std::uint8_t> packet(RecordTraits<ReflectorPosResultT>::size);
+  wire::store_i32(packet.data(), static_cast<std::int32_t>(packet.size()));
+  wire::store_i32(&packet[4], VL_DT_ReflectorPosResult);
+  return packet;
+}
+
 bool receive_all(int socket, std::uint8_t* into, std::size_t bytes) {
   return recv(socket, into, bytes, MSG_WAITALL) == static_cast<ssize_t>(bytes);
 }
@@ -65,12 +73,14 @@ void pin_to_one_core() {
 
 // Many to a write: else every packet is a switch between the two threads, and nothing else can be seen.
 Burst position_burst(std::size_t count) {
-  std::vector<std::uint8_t> packet(RecordTraits<ReflectorPosResultT>::size);
-  wire::store_i32(packet.data(), static_cast<std::int32_t>(packet.size()));
-  wire::store_i32(&packet[4], VL_DT_ReflectorPosResult);
+  const std::vector<std::uint8_t> packet = position();
   std::vector<std::uint8_t> together;
   for (std::size_t i = 0; i < kPositionsTogether; ++i) together.insert(together.end(), packet.begin(), packet.end());
   return {together, count / kPositionsTogether};
+}
+
+Burst paced_positions(std::size_t count) {
+  return {position(), count, std::chrono::milliseconds(1)};
 }
 
 Burst block_burst(std::size_t count) {
@@ -81,7 +91,7 @@ Server::Server(Burst burst) : burst_(std::move(burst)), listener_(socket(AF_INET
   sockaddr_in address = loopback(0);
   socklen_t size = sizeof address;
   auto* generic = reinterpret_cast<sockaddr*>(&address);
-  if (bind(listener_, generic, size) != 0 || listen(listener_, 4) != 0) give_up("listening");
+  if (bind(listener_, generic, size) != 0 || listen(listener_, 64) != 0) give_up("listening");
   getsockname(listener_, generic, &size);
   port_ = ntohs(address.sin_port);
   thread_ = std::thread([this] { serve(); });
@@ -115,7 +125,9 @@ void Server::serve_client(int client) {
     wire::store_i32(&answer[8], command);
     if (!send_all(client, answer.data(), answer.size())) return;
     if (command != VL_C_StartMeasurement) continue;
+    auto next = std::chrono::steady_clock::now();
     for (std::size_t i = 0; i < burst_.writes; ++i) {
+      if (burst_.pace.count() != 0) std::this_thread::sleep_until(next += burst_.pace);
       if (!send_all(client, burst_.bytes.data(), burst_.bytes.size())) return;
     }
   }
@@ -142,23 +154,45 @@ void read_exactly(int socket, void* into, std::size_t bytes) {
   if (!receive_all(socket, static_cast<std::uint8_t*>(into), bytes)) give_up("receiving");
 }
 
-PacketReader::PacketReader(int socket) : socket_(socket), set_(epoll_create1(EPOLL_CLOEXEC)), bytes_(131'072) {
+Readiness::Readiness(int socket) : set_(epoll_create1(EPOLL_CLOEXEC)) {
   epoll_event readable{};
   readable.events = EPOLLIN;
   if (epoll_ctl(set_, EPOLL_CTL_ADD, socket, &readable) != 0) give_up("waiting");
 }
 
-PacketReader::~PacketReader() {
+Readiness::~Readiness() {
   close(set_);
 }
 
-void PacketReader::read_packet() {
+void Readiness::wait() {
   epoll_event ready;
-  std::array<std::uint8_t, kHeader> header;
-  while (epoll_wait(set_, &ready, 1, -1) != 1 ||
-         recv(socket_, header.data(), kHeader, MSG_PEEK) < static_cast<ssize_t>(kHeader)) {
+  while (epoll_wait(set_, &ready, 1, -1) != 1) {
   }
+}
+
+void PacketReader::read_packet() {
+  std::array<std::uint8_t, kHeader> header;
+  do {
+    readiness_.wait();
+  } while (recv(socket_, header.data(), kHeader, MSG_PEEK) < static_cast<ssize_t>(kHeader));
   read_exactly(socket_, bytes_.data(), static_cast<std::size_t>(wire::load_i32(header.data())));
+}
+
+std::size_t ReadAheadReader::read_packets() {
+  readiness_.wait();
+  const ssize_t came = recv(socket_, &bytes_[held_], bytes_.size() - held_, 0);
+  if (came <= 0) give_up("receiving");
+  const std::size_t end = held_ + static_cast<std::size_t>(came);
+  std::size_t packets = 0, at = 0;
+  while (end - at >= kHeader) {
+    const auto size = static_cast<std::size_t>(wire::load_i32(&bytes_[at]));
+    if (end - at < size) break;
+    at += size;
+    ++packets;
+  }
+  held_ = end - at;
+  std::memmove(bytes_.data(), &bytes_[at], held_);
+  return packets;
 }
 
 }  // namespace kestrine::bench

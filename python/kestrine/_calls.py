@@ -11,6 +11,7 @@ from ._errors import com_error
 from ._tables import CALLS, PROGRAMS
 
 _DISP_E_EXCEPTION, _E_FAIL = -2147352567, -2147467259
+_TIMED_OUT = 36  # as a call that waits has it
 
 
 def failure(text: str, number: int = 0, source: str = PROGRAMS["LTCommandAsync2"]) -> com_error:
@@ -24,12 +25,12 @@ class Call:
         self.name = name
         self.command, self.ends, self.total, self.result, self.seconds, adds, self.timed_out = CALLS[name]
         self.seconds += stationary_seconds if adds else 0
-        loop = asyncio.get_running_loop()
-        self.future: asyncio.Future = loop.create_future()
+        self.loop = asyncio.get_running_loop()
+        self.future: asyncio.Future = self.loop.create_future()
         self.awaited = True
         self.acknowledged = False  # what it awaits is its result
         # What a server never answers must not take the answers of later requests for ever.
-        self.forgotten_at = loop.time() + 2 * self.seconds
+        self.forgotten_at = self.loop.time() + 2 * self.seconds
         self._items: list[tuple] = []
 
     def is_ended_by(self, values: tuple) -> bool:
@@ -53,6 +54,9 @@ class Call:
         if not self.future.done():
             self.future.set_exception(error)
 
+    def time_out(self) -> None:
+        self.fail(failure(self.timed_out, _TIMED_OUT))
+
 
 class Calls:
     """Of a connection, the oldest first. One that nobody awaits keeps its place until its answer has come or is not to
@@ -63,7 +67,7 @@ class Calls:
         self.has_tracker = False  # one that takes events
 
     def add(self, call: Call) -> None:
-        now = asyncio.get_running_loop().time()
+        now = call.loop.time()
         self._calls = [each for each in self._calls if each.awaited or each.forgotten_at > now]
         self._calls.append(call)
 

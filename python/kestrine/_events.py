@@ -15,7 +15,8 @@ def connect(source: Object, handler: object) -> EventConnection:
     for event in source._com.events(CONVERTERS):
         name = methods.get("on" + event.name.lower())
         if name is not None:
-            found[event.name] = weakref.WeakMethod(getattr(handler, name))
+            method = getattr(handler, name)
+            found[event.name] = weakref.WeakMethod(method), weakref.ref(method.__func__)
     return EventConnection(source._com, found, CONVERTERS)
 
 

@@ -1,5 +1,5 @@
-from collections.abc import Callable
 from typing import Any, Literal
+from weakref import ReferenceType
 
 class Parameter:
     name: str
@@ -23,7 +23,7 @@ class ComObject:
 
 class EventConnection:
     def __init__(
-        self, source: ComObject, handlers: dict[str, Callable[[], Any]], converters: dict[str, Any]
+        self, source: ComObject, handlers: dict[str, tuple[ReferenceType, ReferenceType]], converters: dict[str, Any]
     ) -> None: ...
     def close(self) -> None: ...
 

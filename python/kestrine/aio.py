@@ -11,8 +11,8 @@ Nothing here waits on the connection: the asynchronous command object sends, and
 
 import asyncio
 import functools
-import inspect
 import struct
+import types
 import weakref
 from typing import TYPE_CHECKING, Any, NamedTuple
 
@@ -30,7 +30,6 @@ if TYPE_CHECKING:
 else:
     AwaitableCommands = object
 
-_TIMED_OUT = 36  # as a call that waits has it
 _ENDS_OF_LINK = (constants.VL_SSC_ServerClosing, constants.VL_SSC_TPConnectionClosing)
 _ANSWER = struct.Struct("<4i")  # size, type, command, status
 _DEFAULT_STATIONARY_TIME = 1500  # milliseconds
@@ -145,53 +144,49 @@ class Tracker(AwaitableCommands):
         return self._connection.GetData()
 
     def __getattr__(self, name: str) -> Any:
-        return self._command(name, self._timeout) if not name.startswith("_") else object.__getattribute__(self, name)
+        return self._command(name, self) if not name.startswith("_") else object.__getattribute__(self, name)
 
     def __dir__(self) -> list[str]:
         return sorted({*super().__dir__(), *CALLS})
 
-    def _command(self, name: str, timeout: float | None) -> Any:
+    def _command(self, name: str, target: "Tracker | _Timed") -> Any:
         known = self._commands._members_.get(name.lower())
         if known is None:
             raise AttributeError(f"the tracker has no command {name}")
-        method = getattr(self._commands, known)
-
-        @functools.wraps(method)
-        def command(*arguments: Any, **named: Any) -> Any:
-            self._require_entered()
-            return self._perform(method, timeout, arguments, named)
-
-        command.__signature__ = inspect.signature(method)  # type: ignore[attr-defined]
-        command.__qualname__ = f"Tracker.{known}"
-        _, ends, total, *_ = CALLS[known]
-        returned = self._returns[ends[0]] if ends[0] != "CommandCompletedData" else ""
-        returns = returned and f"Returns {'a list of ' if total is not None else ''}{returned}."
-        command.__doc__ = "\n".join(filter(None, [DOCS["ILTCommandAsync2"].get(known), returns]))
-        return command
+        if known not in _commands:
+            _commands[known] = _make_command(getattr(type(self._commands), known), self._returns)
+        return types.MethodType(_commands[known], target)
 
     def _require_entered(self) -> None:
         if self._attachment is None or self._attachment.loop is not asyncio.get_running_loop():
             raise RuntimeError("answers and events arrive inside `async with tracker:` only")
 
+    def _start(self, method: Any, arguments: tuple, named: dict) -> Any:
+        return self._perform_in(self._timeout, method, arguments, named)
+
+    def _perform_in(self, timeout: float | None, method: Any, arguments: tuple, named: dict) -> Any:
+        self._require_entered()
+        return self._perform(method, timeout, arguments, named)
+
     async def _perform(self, method: Any, timeout: float | None, arguments: tuple, named: dict) -> Any:
         self._require_entered()  # it may have been left since the call was made
         call = Call(method.__name__, self._stationary_time / 1000)
-        method(*arguments, **named)
+        method(self._commands, *arguments, **named)
         if method.__name__ == "SetStationaryModeParams":
             inputs = {"time": next(iter(arguments), None)} | {name.lower(): value for name, value in named.items()}
             self._stationary_time = int(inputs["time"])
         self._calls.add(call)
+        timer = call.loop.call_later(call.seconds if timeout is None else timeout, call.time_out)
         try:
-            async with asyncio.timeout(call.seconds if timeout is None else timeout):
-                return await call.future
-        except TimeoutError:
-            raise failure(call.timed_out, _TIMED_OUT) from None
+            return await call.future
         finally:
+            timer.cancel()
             call.awaited = False
 
     def _take_event(self, event: Event) -> None:
-        for stream in self._streams:
-            stream.put(event)
+        if len(self._streams):  # to go through a set of weak references takes its time
+            for stream in self._streams:
+                stream.put(event)
         if event.name == "ErrorEvent":
             self._take_error(*event.values)
         elif event.name == "StatusChangeEvent":
@@ -228,6 +223,23 @@ class Tracker(AwaitableCommands):
         self._calls.take_values(call, event.values)
 
 
+_commands: dict[str, Any] = {}  # the functions of all trackers, made when they are first asked for
+
+
+def _make_command(method: Any, returns: dict[str, str]) -> Any:
+    """Of a method of the command object; to be bound to a tracker, or to the commands with another timeout."""
+    @functools.wraps(method)
+    def command(self: Any, /, *arguments: Any, **named: Any) -> Any:
+        return self._start(method, arguments, named)
+
+    command.__qualname__ = f"Tracker.{method.__name__}"
+    _, ends, total, *_ = CALLS[method.__name__]
+    returned = returns[ends[0]] if ends[0] != "CommandCompletedData" else ""
+    returned = returned and f"Returns {'a list of ' if total is not None else ''}{returned}."
+    command.__doc__ = "\n".join(filter(None, [DOCS["ILTCommandAsync2"].get(method.__name__), returned]))
+    return command
+
+
 class _Timed(AwaitableCommands):
     """The commands of a tracker with a timeout of their own."""
 
@@ -235,7 +247,10 @@ class _Timed(AwaitableCommands):
         self._tracker, self._seconds = tracker, seconds
 
     def __getattr__(self, name: str) -> Any:
-        return self._tracker._command(name, self._seconds)
+        return self._tracker._command(name, self)
+
+    def _start(self, method: Any, arguments: tuple, named: dict) -> Any:
+        return self._tracker._perform_in(self._seconds, method, arguments, named)
 
     def __dir__(self) -> list[str]:
         return sorted(CALLS)

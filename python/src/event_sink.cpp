@@ -1,5 +1,7 @@
 #include "python/src/event_sink.h"
 
+#include <array>
+#include <tuple>
 #include <utility>
 
 #include "python/src/com_object.h"
@@ -12,16 +14,47 @@ namespace py = pybind11;
 namespace kestrine::python {
 namespace {
 
-void call(const Handler& handler, const DISPPARAMS& given) {
-  const py::object method = handler.method();
-  if (method.is_none()) return;
-  const std::size_t count = handler.converters.size();
-  if (given.cArgs != count) raise_com_error(DISP_E_BADPARAMCOUNT);
-  py::tuple arguments(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    arguments[i] = to_python(given.rgvarg[count - 1 - i], handler.converters[i]);
+constexpr std::size_t kMostArguments = 64;
+
+// Of a call, its object first. A tuple and a bound method for every event would keep the garbage collector busy.
+class Arguments {
+ public:
+  Arguments() = default;
+  ~Arguments() {
+    for (std::size_t i = 0; i < count_; ++i) Py_DECREF(values_[i]);
   }
-  method(*arguments);
+  Arguments(const Arguments&) = delete;
+  Arguments& operator=(const Arguments&) = delete;
+
+  void add(py::object value) { values_[count_++] = value.release().ptr(); }
+  void call(const py::object& function) const {
+    PyObject* result = PyObject_Vectorcall(function.ptr(), values_.data(), count_, nullptr);
+    if (result == nullptr) throw py::error_already_set();
+    Py_DECREF(result);
+  }
+
+ private:
+  std::array<PyObject*, 1 + kMostArguments> values_;
+  std::size_t count_ = 0;
+};
+
+// None when it has gone.
+py::object referred(const py::object& reference) {
+  return py::reinterpret_borrow<py::object>(PyWeakref_GetObject(reference.ptr()));
+}
+
+void call(const Handler& handler, const DISPPARAMS& given) {
+  py::object target = referred(handler.target);
+  const py::object function = referred(handler.function);
+  if (target.is_none() || function.is_none()) return;
+  const std::size_t count = handler.converters.size();
+  if (given.cArgs != count || count > kMostArguments) raise_com_error(DISP_E_BADPARAMCOUNT);
+  Arguments arguments;
+  arguments.add(std::move(target));
+  for (std::size_t i = 0; i < count; ++i) {
+    arguments.add(to_python(given.rgvarg[count - 1 - i], handler.converters[i]));
+  }
+  arguments.call(function);
 }
 
 // An exception of a handler has nobody above it who could take it.
@@ -37,7 +70,8 @@ std::vector<Handler> find_handlers(ITypeInfo& events, const py::dict& handlers, 
     const auto place = static_cast<std::size_t>(event.id);
     if (found.size() <= place) found.resize(place + 1);
     if (!handlers.contains(event.name)) continue;
-    found[place].method = handlers[event.name.c_str()];
+    std::tie(found[place].target, found[place].function) =
+        py::cast<std::pair<py::object, py::object>>(handlers[event.name.c_str()]);
     for (const Parameter& parameter : event.parameters) found[place].converters.push_back(parameter.convert);
   }
   return found;
@@ -48,7 +82,8 @@ std::vector<Handler> find_handlers(ITypeInfo& events, const py::dict& handlers, 
 EventSink::~EventSink() {
   if (Py_IsInitialized() == 0) {
     for (Handler& handler : handlers_) {
-      handler.method.release();
+      handler.target.release();
+      handler.function.release();
       for (py::object& converter : handler.converters) converter.release();
     }
     return;
@@ -61,14 +96,14 @@ HRESULT EventSink::Invoke(DISPID member, REFIID, LCID, WORD, DISPPARAMS* argumen
   if (arguments == nullptr) return E_POINTER;
   if (member < 0 || static_cast<std::size_t>(member) >= handlers_.size()) return DISP_E_MEMBERNOTFOUND;
   const Handler& wanted = handlers_[static_cast<std::size_t>(member)];
-  if (!wanted.method || Py_IsInitialized() == 0) return S_OK;
+  if (!wanted.function || Py_IsInitialized() == 0) return S_OK;
   const py::gil_scoped_acquire lock;
   const Pointer<EventSink> keep(this);  // a handler may end the connection
   try {
     call(wanted, *arguments);
     return S_OK;
   } catch (py::error_already_set& error) {
-    report(error, wanted.method);
+    report(error, wanted.target);
     return E_FAIL;
   }
 }

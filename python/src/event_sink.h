@@ -15,9 +15,10 @@ namespace kestrine::python {
 
 class ComObject;
 
-// The handler of an event: `method` returns it or, when its owner has gone, None.
+// The handler of an event, none of which is kept alive: weak references to the object and to the function of a method.
 struct Handler {
-  pybind11::object method;
+  pybind11::object target;
+  pybind11::object function;
   std::vector<pybind11::object> converters;  // one for each argument
 };
 
@@ -25,7 +26,7 @@ struct Handler {
 // unraisable, save what is to end the program, which is raised once the library has returned.
 class EventSink final : public Sink {
  public:
-  // `handlers` by dispatch identifier; an empty method for events without a handler.
+  // `handlers` by dispatch identifier; an empty function for events without a handler.
   EventSink(const GUID& events, std::vector<Handler> handlers)
       : Sink(events_, events_, {}), events_(events), handlers_(std::move(handlers)) {}
 
@@ -42,7 +43,7 @@ class EventSink final : public Sink {
 // A sink's connection to an object, until close() or its end.
 class EventConnection {
  public:
-  // `handlers` maps the names of events to functions that return the handler, or None.
+  // `handlers` maps the names of events to pairs, as in Handler.
   EventConnection(const ComObject& source, const pybind11::dict& handlers, const pybind11::dict& converters);
   ~EventConnection() { close(); }
   EventConnection(const EventConnection&) = delete;
