@@ -61,7 +61,7 @@ void SocketWatches::on_ready(const epoll_event& event) {
   // With an end in sight, "readable" may mean the end itself.
   const bool unread = ended ? record != nullptr && (record->ahead->size() > 0 || unread_bytes(event.data.fd) > 0)
                             : (event.events & EPOLLIN) != 0;
-  if (phase == SocketPhase::kConnected && unread && watch->armed && (watch->events & kSocketReadable) != 0) {
+  if (phase == SocketPhase::kConnected && unread && may_tell_readable(*watch)) {
     if (ended || come_to_enough(*record, event.data.fd)) notify_readable(*watch);
     return;
   }
@@ -72,9 +72,12 @@ void SocketWatches::on_ready(const epoll_event& event) {
   }
 }
 
+bool SocketWatches::may_tell_readable(const Watch& watch) {
+  return watch.armed && !watch.readable_queued && (watch.events & kSocketReadable) != 0;
+}
+
 bool SocketWatches::is_held_readable(const Watch& watch) {
-  if (!watch.armed || watch.readable_queued || (watch.events & kSocketReadable) == 0) return false;
-  const SocketRecord* record = find_socket(watch.socket);
+  const SocketRecord* record = may_tell_readable(watch) ? find_socket(watch.socket) : nullptr;
   return record != nullptr && record->has_enough();
 }
 
@@ -95,8 +98,7 @@ bool SocketWatches::notify_held() {
 bool SocketWatches::wait_by_reading() {
   if (watches_.size() != 1) return false;
   const Watch& watch = watches_.front();
-  const SocketRecord* record = find_socket(watch.socket);
-  if (!watch.in_set || !watch.armed || watch.readable_queued || (watch.events & kSocketReadable) == 0) return false;
+  const SocketRecord* record = watch.in_set && may_tell_readable(watch) ? find_socket(watch.socket) : nullptr;
   if (record == nullptr || !record->reads_wait || record->low_water != 1 || record->ahead->size() > 0) return false;
   const ssize_t got = record->ahead->wait(descriptor_of(watch.socket));
   return notify_held() || (got < 0 && (errno == EAGAIN || errno == EINTR));

@@ -48,6 +48,7 @@ class SocketWatches {
     bool in_set = false;
   };
 
+  static bool may_tell_readable(const Watch& watch);
   static bool is_held_readable(const Watch& watch);
   static bool come_to_enough(SocketRecord& record, int fd);
   Watch* find(SocketHandle socket);
