@@ -95,13 +95,19 @@ bool SocketWatches::notify_held() {
   return any;
 }
 
-bool SocketWatches::wait_by_reading() {
-  if (watches_.size() != 1) return false;
+SocketWatches::Read SocketWatches::wait_by_reading() {
+  if (watches_.size() != 1) return Read::kNotTold;
   const Watch& watch = watches_.front();
   const SocketRecord* record = watch.in_set && may_tell_readable(watch) ? find_socket(watch.socket) : nullptr;
-  if (record == nullptr || !record->reads_wait || record->low_water != 1 || record->ahead->size() > 0) return false;
-  const ssize_t got = record->ahead->wait(descriptor_of(watch.socket));
-  return notify_held() || (got < 0 && (errno == EAGAIN || errno == EINTR));
+  if (record == nullptr || !record->reads_wait || record->low_water != 1 || record->ahead->size() > 0) {
+    return Read::kNotTold;
+  }
+  if (record->ahead->wait(descriptor_of(watch.socket)) < 0) {
+    if (errno == EAGAIN) return Read::kNothing;
+    if (errno == EINTR) return Read::kInterrupted;
+  }
+  // An end is told by the kernel's own notice.
+  return notify_held() ? Read::kCame : Read::kNotTold;
 }
 
 // Takes what has come of the bytes that are waited for, so that the kernel's notice of them ends. More of them than can

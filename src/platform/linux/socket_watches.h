@@ -32,9 +32,9 @@ class SocketWatches {
   bool has_held() const;
   // Tells them. True when that made a message.
   bool notify_held();
-  // Where nothing but the bytes of one socket is waited for, to read them is to wait for them: a slice, or less when a
-  // signal handler has run. False when that cannot be, or does not tell what has come.
-  bool wait_by_reading();
+  // Where nothing but the bytes of one socket is waited for, to read them is to wait for them, for a slice at most.
+  enum class Read { kCame, kNothing, kInterrupted, kNotTold };
+  Read wait_by_reading();
 
  private:
   struct Watch {

@@ -164,7 +164,7 @@ void ThreadLoop::wait_slice() {
   const TimePoint end = now() + kSlice;
   const auto timer = timers_.earliest();
   const bool may_read = (!timer || *timer > end) && kernel_part(kSlice) == kSlice;
-  if (may_read && watches_.wait_by_reading()) return update_host_fd();
+  if (may_read && watches_.wait_by_reading() != SocketWatches::Read::kNotTold) return update_host_fd();
   poll(time_to_wait(end));
 }
 
@@ -190,8 +190,17 @@ bool ThreadLoop::poll(std::optional<std::chrono::nanoseconds> wait) {
   if (watches_.notify_held()) wait = std::chrono::nanoseconds(0);
   const bool waits = !wait || wait->count() != 0;
   if (!waits && !poller_.watches_anything()) return true;
-  bool interrupted = false;
-  for (const epoll_event& event : poller_.wait(wait, interrupted)) watches_.on_ready(event);
+  const TimePoint start = waits ? now() : TimePoint();
+  auto read = SocketWatches::Read::kNotTold;
+  // A slice may be over late.
+  if (reads_first_ && (!wait || *wait > 2 * kSlice) && kernel_part(kSlice) == kSlice) read = watches_.wait_by_reading();
+  bool interrupted = read == SocketWatches::Read::kInterrupted;
+  if (read == SocketWatches::Read::kNothing && wait) *wait -= kSlice;
+  if (read == SocketWatches::Read::kNothing || read == SocketWatches::Read::kNotTold) {
+    for (const epoll_event& event : poller_.wait(wait, interrupted)) watches_.on_ready(event);
+  }
+  // An idle loop must not wake up for the end of a slice.
+  if (waits) reads_first_ = !queue_.empty() && now() - start < kSlice;
   update_host_fd();
   return !(interrupted && waits);
 }

@@ -95,7 +95,8 @@ class ThreadLoop {
   SocketWatches watches_{queue_, poller_};
   std::optional<int> quit_code_;
   bool host_fd_waits_ = false;
-  int found_held_ = 0;  // times since the latest poll
+  int found_held_ = 0;        // times since the latest poll
+  bool reads_first_ = false;  // bytes come faster than slices pass
   int taken_since_poll_ = 0;
   int taken_since_timer_ = 0;
 };
