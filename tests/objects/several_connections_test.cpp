@@ -2,9 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <latch>
 #include <thread>
 #include <vector>
 
+#include "environment.h"
 #include "kestrine/kestrine.h"
 #include "kestrine/simulator.h"
 
@@ -77,8 +80,24 @@ TEST(SeveralConnections, KeepTheirTrackersApart) {
   std::vector<Pointer<Station>> stations;
   for (int i = 0; i < kTrackers; ++i) stations.push_back(Station::create(i));
   work_at(stations);
+}
+
+TEST(SeveralConnections, AreRegisteredFoundMadeAndUsedByAllThreadsAtOnce) {
+  ASSERT_TRUE(host::set_behaviour(host::Behaviour::kModern));
+  const Environment environment;
+  ::setenv("XDG_DATA_HOME", environment.directory().c_str(), 1);
+  std::latch ready(kTrackers);
   std::vector<std::thread> threads;
-  for (int i = 0; i < kTrackers; ++i) threads.emplace_back([i] { work_at({Station::create(i)}); });
+  for (int i = 0; i < kTrackers; ++i) {
+    threads.emplace_back([&ready, i] {
+      ready.arrive_and_wait();
+      CLSID clsid;
+      EXPECT_EQ(host::register_library({}), S_OK);
+      EXPECT_EQ(CLSIDFromProgID(u"Kestrine.LTConnect.1", &clsid), S_OK);
+      EXPECT_TRUE(create<ILTConnect>(clsid));
+      work_at({Station::create(i)});
+    });
+  }
   for (std::thread& thread : threads) thread.join();
   EXPECT_FALSE(host::set_behaviour(host::Behaviour::kClassic)) << "it holds for the process";
 }
