@@ -5,22 +5,19 @@
 #include <new>
 
 namespace {
-
 std::atomic<std::size_t> count = 0;
 std::atomic<std::size_t> freed = 0;
-thread_local std::size_t left = 0;  // until the one that fails; 0 when none does
-thread_local bool paused = false;
-std::atomic<bool> failed = false;
+std::atomic<std::size_t> left = 0;
+thread_local bool fails = false;
 
 void release(void* block) {
   if (block != nullptr) ++freed;
   std::free(block);
 }
-
 }  // namespace
 
 void* operator new(std::size_t size) {
-  if (kestrine::test::fails_now()) throw std::bad_alloc();
+  if (fails && left != 0 && --left == 0) throw std::bad_alloc();
   ++count;
   if (void* block = std::malloc(size)) return block;
   throw std::bad_alloc();
@@ -38,26 +35,20 @@ std::size_t allocations() {
   return count;
 }
 
-std::ptrdiff_t live_allocations() {
-  return static_cast<std::ptrdiff_t>(count - freed);
+std::size_t live_allocations() {
+  return count - freed;
 }
 
 void fail_allocation(std::size_t nth) {
   left = nth;
-  failed = false;
+  fails = true;
 }
 
 void pause_failing(bool on) {
-  paused = on;
+  fails = !on;
 }
 
-bool fails_now() {
-  if (paused || left == 0 || --left != 0) return false;
-  return failed = true;
+std::size_t left_to_fail() {
+  return left;
 }
-
-bool has_allocation_failed() {
-  return failed;
-}
-
 }  // namespace kestrine::test

@@ -1,5 +1,5 @@
-// How often the process has allocated so far, and allocations made to fail. Linking this replaces the allocation of the
-// whole program, so a test that counts is a program of its own.
+// How often the process has allocated so far, and any allocation made to fail. Linking this replaces the allocation of
+// the whole program, so a test that counts is a program of its own.
 #pragma once
 
 #include <cstddef>
@@ -7,14 +7,13 @@
 namespace kestrine::test {
 
 std::size_t allocations();
-// Blocks that have not been freed yet.
-std::ptrdiff_t live_allocations();
+// Those that have not been freed.
+std::size_t live_allocations();
 
-// The nth allocation of the calling thread from now on fails, once, but for those within a pause.
+// Of the calling thread's allocations from now on the nth fails, but for those in a pause; 0 for none.
 void fail_allocation(std::size_t nth);
 void pause_failing(bool on);
-bool has_allocation_failed();
-// Whether the one at hand has to fail, for those that are not made by operator new.
-bool fails_now();
+// How many allocations there still are before the one that fails; 0 once it has.
+std::size_t left_to_fail();
 
 }  // namespace kestrine::test
