@@ -2,8 +2,10 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
-#include <map>
+#include <new>
 
 namespace kestrine::test {
 namespace {
@@ -12,14 +14,26 @@ thread_local bool watched = false;
 std::string_view failing_name;
 std::size_t failing_nth = 0;
 int failing_error = 0;
-std::map<std::string_view, std::size_t> counts;
+
+struct Count {
+  std::string_view name;
+  std::size_t calls = 0;
+};
+std::array<Count, 64> counts;  // allocates nothing, as allocations are counted, too
+
+std::size_t& count_of(std::string_view name) {
+  const auto at =
+      std::ranges::find_if(counts, [=](const Count& each) { return each.name.empty() || each.name == name; });
+  at->name = name;
+  return at->calls;
+}
 
 using Call = long (*)(long, long, long, long, long, long);
 
 // What the call is to fail with; 0 when it is to be made.
 int failure_of(std::string_view name) {
   if (!watched) return 0;
-  return ++counts[name] == failing_nth && name == failing_name ? failing_error : 0;
+  return ++count_of(name) == failing_nth && name == failing_name ? failing_error : 0;
 }
 
 }  // namespace
@@ -28,7 +42,7 @@ void watch_calls(std::string_view failing, std::size_t nth, int error) {
   failing_name = failing;
   failing_nth = nth;
   failing_error = error;
-  counts.clear();
+  counts.fill({});
   watched = true;
 }
 
@@ -37,7 +51,7 @@ void pause_watching(bool on) {
 }
 
 std::size_t calls_of(std::string_view name) {
-  return counts.contains(name) ? counts[name] : 0;
+  return count_of(name);
 }
 
 }  // namespace kestrine::test
@@ -61,6 +75,7 @@ std::size_t calls_of(std::string_view name) {
               fails(fchmod) fails(fsync) fails(flock) fails(rename) fails(unlink) fails(mkdir)                         \
                   returns_its_error(getaddrinfo) returns_its_error(clock_nanosleep) returns_its_error(pthread_create)  \
                       fails_when_done(close)
+IN_PLACE_OF(_Znwm, (throw std::bad_alloc(), 0))
 IN_PLACE_OF(_Z17SysAllocStringLenPKDsj, 0)
 IN_PLACE_OF(_Z21SafeArrayCreateVectortij, 0)
 CALLS(FAILS, RETURNS_ITS_ERROR, FAILS_WHEN_DONE)

@@ -12,7 +12,8 @@ void watch_calls(std::string_view failing = {}, std::size_t nth = 0, int error =
 void pause_watching(bool on);
 // By this name, on the thread that watched last.
 std::size_t calls_of(std::string_view name);
-// These make texts and arrays, which the library hands out.
+// Allocations are counted as well: operator new, and the texts and arrays that the library hands out.
+inline constexpr const char* kAllocation = "_Znwm";
 inline constexpr const char* kTextCopy = "_Z17SysAllocStringLenPKDsj";
 inline constexpr const char* kArrayCreation = "_Z21SafeArrayCreateVectortij";
 
