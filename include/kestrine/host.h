@@ -26,7 +26,8 @@ namespace kestrine::host {
 // A forked child is elsewhere as well. The objects of its parent are of no use to it, and stay: what it does with them,
 // and how it ends, does not disturb the parent. It can make objects and connections of its own.
 
-// --- The calling thread's message loop. The thread that creates the objects must run it, in one of these ways.
+// --- The calling thread's message loop. The thread that creates the objects must run it, in one of these ways. Where
+// memory runs out they throw std::bad_alloc: what was to be delivered then is lost, and the loop can go on.
 
 // Becomes readable whenever something is due, for a host that has a loop of its own (poll, GLib, Qt, asyncio):
 // wait for it, then call dispatch(). It stays the same for the life of the thread and must not be closed. -1 when

@@ -51,20 +51,23 @@ protocol::Request CommandBase<Commands>::build(const MemberRow& row, const Argum
 template <class Commands>
 HRESULT CommandBase<Commands>::send(const MemberRow& row, const protocol::Request& request,
                                     PendingRequests::Ticket* ticket) {
+  connection::Connection* const connection = generation_.connection();
+  // The items of a series go to nobody, except that a call may wait for the first one.
+  const bool remembers =
+      connection != nullptr && connection->rules().waits_for_own_answer && (ticket != nullptr || !row.command->series);
+  // Before the sending: what has been sent must not fail for want of memory any more.
+  const PendingRequests::Ticket added =
+      remembers ? connection->requests().add(row.command->code, result_of(row), ticket != nullptr,
+                                             time_to_forget(row, connection->measurement()))
+                : 0;
   const connection::Channel* const channel = generation_.channel();
   if (channel == nullptr || !channel->send(request.bytes.data(), request.size, time_to_send(row))) {
+    if (remembers) connection->requests().drop(added);
     return generation_.errors().raise(generation_.connection(), protocol::send_failure_text(row.command->code),
                                       interface_id(), E_FAIL, throws(), protocol::error::kSendFailed.number);
   }
   speeds_.sent(row.speed);
-  // The items of a series go to nobody, except that a call may wait for the first one.
-  connection::Connection* const connection = generation_.connection();
-  if (connection != nullptr && connection->rules().waits_for_own_answer &&
-      (ticket != nullptr || !row.command->series)) {
-    const PendingRequests::Ticket added = connection->requests().add(
-        row.command->code, result_of(row), ticket != nullptr, time_to_forget(row, connection->measurement()));
-    if (ticket != nullptr) *ticket = added;
-  }
+  if (ticket != nullptr) *ticket = added;
   return S_OK;
 }
 

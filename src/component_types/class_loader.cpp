@@ -117,33 +117,39 @@ using namespace kestrine::component_types;
 HRESULT CLSIDFromProgID(LPCOLESTR name, CLSID* clsid) {
   if (name == nullptr || clsid == nullptr) return E_POINTER;
   *clsid = GUID_NULL;
-  const std::string asked = to_utf8(name);
-  std::string id;
-  const HRESULT status = look_up(asked + "\\CLSID", id);
-  if (FAILED(status)) return status;
-  if (status == S_OK && read_guid(id, *clsid)) return S_OK;
-  return fail(CO_E_CLASSSTRING, "no class of the name " + asked + " is registered");
+  return guarded([&] {
+    const std::string asked = to_utf8(name);
+    std::string id;
+    const HRESULT status = look_up(asked + "\\CLSID", id);
+    if (FAILED(status)) return status;
+    if (status == S_OK && read_guid(id, *clsid)) return S_OK;
+    return fail(CO_E_CLASSSTRING, "no class of the name " + asked + " is registered");
+  });
 }
 
 HRESULT ProgIDFromCLSID(REFCLSID clsid, LPOLESTR* name) {
   if (name == nullptr) return E_POINTER;
   *name = nullptr;
-  std::string found;
-  const HRESULT status = look_up_class(clsid, "ProgID", found);
-  return SUCCEEDED(status) ? copy_to_task_memory(to_utf16(found), name) : status;
+  return guarded([&] {
+    std::string found;
+    const HRESULT status = look_up_class(clsid, "ProgID", found);
+    return SUCCEEDED(status) ? copy_to_task_memory(to_utf16(found), name) : status;
+  });
 }
 
 HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void*, REFIID iid, void** object) {
   if (object == nullptr) return E_POINTER;
   *object = nullptr;
-  if ((context & CLSCTX_INPROC_SERVER) == 0) {
-    return fail(REGDB_E_CLASSNOTREG, "classes are to be had in the caller's own process only");
-  }
-  std::string file;
-  HRESULT status = look_up_class(clsid, "InprocServer32", file);
-  HRESULT (*get)(const CLSID&, const IID&, void**) = nullptr;
-  if (SUCCEEDED(status)) status = find_function(file, "DllGetClassObject", get);
-  return SUCCEEDED(status) ? get(clsid, iid, object) : status;
+  return guarded([&] {
+    if ((context & CLSCTX_INPROC_SERVER) == 0) {
+      return fail(REGDB_E_CLASSNOTREG, "classes are to be had in the caller's own process only");
+    }
+    std::string file;
+    HRESULT status = look_up_class(clsid, "InprocServer32", file);
+    HRESULT (*get)(const CLSID&, const IID&, void**) = nullptr;
+    if (SUCCEEDED(status)) status = find_function(file, "DllGetClassObject", get);
+    return SUCCEEDED(status) ? get(clsid, iid, object) : status;
+  });
 }
 
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID iid, void** object) {
@@ -157,26 +163,28 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID 
 namespace kestrine::host {
 
 HRESULT register_library(const std::string& file) {
-  return call(file, "DllRegisterServer");
+  return guarded([&] { return call(file, "DllRegisterServer"); });
 }
 
 HRESULT unregister_library(const std::string& file) {
-  return call(file, "DllUnregisterServer");
+  return guarded([&] { return call(file, "DllUnregisterServer"); });
 }
 
 HRESULT registered_classes(std::vector<RegisteredClass>& classes) {
   classes.clear();
-  for (const auto& file : platform::registry_files()) {
-    RegistryText text;
-    const HRESULT status = read_keys(file, text);
-    if (FAILED(status)) return status;
-    for (const std::string& id : text.subkeys(kClasses)) {
-      const auto library = text.value(class_key(id, "InprocServer32"), {});
-      if (!library) continue;
-      classes.push_back({text.value(class_key(id, "ProgID"), {}).value_or(""), id, *library, file.string()});
+  return guarded([&] {
+    for (const auto& file : platform::registry_files()) {
+      RegistryText text;
+      const HRESULT status = read_keys(file, text);
+      if (FAILED(status)) return status;
+      for (const std::string& id : text.subkeys(kClasses)) {
+        const auto library = text.value(class_key(id, "InprocServer32"), {});
+        if (!library) continue;
+        classes.push_back({text.value(class_key(id, "ProgID"), {}).value_or(""), id, *library, file.string()});
+      }
     }
-  }
-  return S_OK;
+    return S_OK;
+  });
 }
 
 }  // namespace kestrine::host

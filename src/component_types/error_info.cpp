@@ -52,7 +52,7 @@ HRESULT copy_out(std::u16string_view text, BSTR* out) {
   return *out == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
-class ErrorInfo final : public Object<IErrorInfo, IErrorNumber> {
+class ErrorInfo : public Object<IErrorInfo, IErrorNumber> {
  public:
   ErrorInfo(std::u16string_view text, std::u16string_view source, const IID& iid, std::int32_t number)
       : text_(text), source_(source), iid_(iid), number_(number) {}
@@ -87,6 +87,17 @@ class ErrorInfo final : public Object<IErrorInfo, IErrorNumber> {
   std::int32_t number_;
 };
 
+// Made in advance and never destroyed, so that threads can share it without counting.
+class KeptErrorInfo final : public ErrorInfo {
+ public:
+  using ErrorInfo::ErrorInfo;
+
+  ULONG AddRef() override { return 1; }
+  ULONG Release() override { return 1; }
+};
+
+IErrorInfo* const no_memory = new KeptErrorInfo(u"There is not enough memory", u"Kestrine", GUID_NULL, 0);
+
 }  // namespace
 
 Pointer<IErrorInfo> set_error_info(std::u16string_view text, std::u16string_view source, const IID& iid,
@@ -100,6 +111,11 @@ HRESULT fail(HRESULT status, const std::string& reason) {
   platform::log_line(reason);
   set_error_info(to_utf16(reason), u"Kestrine", GUID_NULL, 0);
   return status;
+}
+
+HRESULT out_of_memory() {
+  SetErrorInfo(0, no_memory);
+  return E_OUTOFMEMORY;
 }
 
 }  // namespace kestrine::component_types

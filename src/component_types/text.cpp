@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "component_types/error_info.h"
 #include "kestrine/loader.h"
 #include "kestrine/text.h"
 
@@ -98,12 +99,14 @@ INT StringFromGUID2(REFGUID id, LPOLESTR text, INT length) {
 
 HRESULT StringFromCLSID(REFCLSID clsid, LPOLESTR* text) {
   if (text == nullptr) return E_POINTER;
-  return component_types::copy_to_task_memory(to_utf16(component_types::to_text(clsid)), text);
+  return component_types::guarded(
+      [&] { return component_types::copy_to_task_memory(to_utf16(component_types::to_text(clsid)), text); });
 }
 
 HRESULT CLSIDFromString(LPCOLESTR text, CLSID* clsid) {
   if (clsid == nullptr) return E_POINTER;
   *clsid = GUID_NULL;
   if (text == nullptr) return S_OK;
-  return component_types::read_guid(to_utf8(text), *clsid) ? S_OK : CLSIDFromProgID(text, clsid);
+  return component_types::guarded(
+      [&] { return component_types::read_guid(to_utf8(text), *clsid) ? S_OK : CLSIDFromProgID(text, clsid); });
 }

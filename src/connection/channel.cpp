@@ -1,5 +1,7 @@
 #include "connection/channel.h"
 
+#include <new>
+
 #include "connection/settings.h"
 #include "kestrine/pointer.h"
 #include "platform/clock.h"
@@ -119,7 +121,11 @@ void Channel::beep(std::uint32_t hertz, std::uint32_t milliseconds) {
 }
 
 void Channel::trace(std::u16string_view key, std::u16string_view text) {
-  platform::write_profile_string(u"SocketError", key, text, settings::kFile);
+  try {
+    platform::write_profile_string(u"SocketError", key, text, settings::kFile);
+  } catch (const std::bad_alloc&) {
+    // A stream that is in trouble must be dealt with all the same.
+  }
 }
 
 void Channel::on_packet(const ReceivedPacket& packet) {

@@ -1,5 +1,6 @@
 #include "connection/link.h"
 
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -28,6 +29,17 @@ const protocol::Error* Link::connect(const std::string& address, std::uint16_t p
                                      std::uint32_t message) {
   // Counted once per attempt; a failure further down keeps the count.
   if (platform::socket_startup(kSocketsVersion) != 0) return &protocol::error::kSocketStartup;
+  socket_ = 0;
+  try {
+    return establish(address, port, window, message);
+  } catch (const std::bad_alloc&) {
+    platform::close_socket(socket_);
+    throw;
+  }
+}
+
+const protocol::Error* Link::establish(const std::string& address, std::uint16_t port, platform::WindowHandle window,
+                                       std::uint32_t message) {
   const protocol::Error* const failure =
       rules_.finds_every_host ? connect_to_host(address, port) : connect_to_address(address, port);
   if (failure != nullptr) return failure;

@@ -35,6 +35,9 @@ class Link {
 
  private:
   const protocol::Error* fail(const protocol::Error& failure) const;
+  // An attempt, without a look at what it leaves behind when memory runs out.
+  const protocol::Error* establish(const std::string& address, std::uint16_t port, platform::WindowHandle window,
+                                   std::uint32_t message);
   // The connecting of classic behaviour, and of modern.
   const protocol::Error* connect_to_address(const std::string& address, std::uint16_t port);
   const protocol::Error* connect_to_host(const std::string& name, std::uint16_t port);

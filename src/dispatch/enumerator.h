@@ -3,10 +3,10 @@
 #pragma once
 
 #include <algorithm>
-#include <new>
 #include <utility>
 #include <vector>
 
+#include "component_types/error_info.h"
 #include "kestrine/component.h"
 #include "kestrine/object.h"
 #include "kestrine/pointer.h"
@@ -72,12 +72,10 @@ class Enumerator final : public Object<Interface> {
   static HRESULT create(IUnknown& owner, List list, std::size_t next, Interface** place) {
     if (place == nullptr) return E_POINTER;
     *place = nullptr;
-    try {
+    return component_types::guarded([&] {
       *place = new Enumerator(owner, list(), next);
       return S_OK;
-    } catch (const std::bad_alloc&) {
-      return E_OUTOFMEMORY;
-    }
+    });
   }
 
  private:

@@ -4,6 +4,7 @@
 #include <array>
 #include <new>
 
+#include "component_types/error_info.h"
 #include "dispatch/enumerator.h"
 #include "dispatch/variant_value.h"
 #include "kestrine/pointer.h"
@@ -117,12 +118,14 @@ HRESULT EventSource::Advise(IUnknown* sink, ULONG* cookie) {
   *cookie = 0;
   Pointer<IDispatch> events;
   if (FAILED(sink->QueryInterface(event_interface_, events.put_void()))) return CONNECT_E_CANNOTCONNECT;
-  auto slot = std::find(slots_.begin(), slots_.end(), nullptr);
-  if (slot == slots_.end()) slot = slots_.insert(slots_.end(), nullptr);
-  *slot = events.detach();
-  ++advised_;
-  *cookie = static_cast<ULONG>(slot - slots_.begin()) + 1;
-  return S_OK;
+  return component_types::guarded([&] {
+    auto slot = std::find(slots_.begin(), slots_.end(), nullptr);
+    if (slot == slots_.end()) slot = slots_.insert(slots_.end(), nullptr);
+    *slot = events.detach();
+    ++advised_;
+    *cookie = static_cast<ULONG>(slot - slots_.begin()) + 1;
+    return S_OK;
+  });
 }
 
 HRESULT EventSource::Unadvise(ULONG cookie) {

@@ -14,9 +14,10 @@ Generation::Generation(const Identity& identity, ProcessState& process, CommandO
       objects_(identity.generation, process, factory) {}
 
 void Generation::attach(Connection& connection) {
+  Channel* const channel = channels_.emplace_back(Channel::make(connection)).get();
   connection_ = &connection;
   if (!process_.rules().connections_stand_for_themselves) process_.claim_generation(identity_.generation);
-  channel_ = channels_.emplace_back(Channel::make(connection)).get();
+  channel_ = channel;
   drop_channels();
   objects_.release_internal();  // those of an earlier connection
   try {

@@ -1,7 +1,6 @@
 #include "objects/class_object.h"
 
-#include <new>
-
+#include "component_types/error_info.h"
 #include "kestrine/pointer.h"
 
 namespace kestrine::objects {
@@ -31,11 +30,8 @@ HRESULT ClassObject::CreateInstance(IUnknown* outer, const IID& iid, void** obje
   *object = nullptr;
   // The outer object must get the inner one's own IUnknown; any other interface would count on the outer one.
   if (outer != nullptr && iid != IID_IUnknown) return CLASS_E_NOAGGREGATION;
-  try {
-    return Pointer<IUnknown>::adopt(create_(outer))->QueryInterface(iid, object);
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
+  return component_types::guarded(
+      [&] { return Pointer<IUnknown>::adopt(create_(outer))->QueryInterface(iid, object); });
 }
 
 HRESULT ClassObject::LockServer(BOOL lock) {

@@ -6,6 +6,7 @@
 #include "commands/async_commands.h"
 #include "commands/sync_commands.h"
 #include "commands/typed_methods.h"
+#include "component_types/error_info.h"
 #include "kestrine/interfaces.h"
 #include "objects/component_object.h"
 #include "objects/object_parts.h"
@@ -40,7 +41,8 @@ class CommandClass final : public ComponentObject<scripting::Offered<Methods>, E
  private:
   ~CommandClass() override { this->leave(); }
   HRESULT call(int dispid, commands::Argument* arguments) override {
-    return home_.is_here() ? this->perform(dispid, arguments) : RPC_E_WRONG_THREAD;
+    if (!home_.is_here()) return RPC_E_WRONG_THREAD;
+    return component_types::guarded([&] { return this->perform(dispid, arguments); });
   }
 
   const platform::Home home_;

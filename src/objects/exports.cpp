@@ -1,4 +1,5 @@
 // What libkestrine.so shows to the outside.
+#include "component_types/error_info.h"
 #include "connection/rules.h"
 #include "objects/module.h"
 #include "objects/registration.h"
@@ -16,20 +17,22 @@ kestrine::objects::Module& module() {
 
 }  // namespace
 
+using kestrine::component_types::guarded;
+
 #define KESTRINE_ENTRY extern "C" __attribute__((visibility("default"))) HRESULT
 
 KESTRINE_ENTRY DllGetClassObject(const CLSID& clsid, const IID& iid, void** object) {
-  return module().get_class_object(clsid, iid, object);
+  return guarded([&] { return module().get_class_object(clsid, iid, object); });
 }
 
 KESTRINE_ENTRY DllCanUnloadNow() {
-  return module().can_unload_now();
+  return guarded([] { return module().can_unload_now(); });
 }
 
 KESTRINE_ENTRY DllRegisterServer() {
-  return kestrine::objects::register_server();
+  return guarded(&kestrine::objects::register_server);
 }
 
 KESTRINE_ENTRY DllUnregisterServer() {
-  return kestrine::objects::unregister_server();
+  return guarded(&kestrine::objects::unregister_server);
 }

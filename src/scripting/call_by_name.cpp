@@ -1,6 +1,5 @@
 #include "scripting/call_by_name.h"
 
-#include <new>
 #include <string_view>
 
 #include "kestrine/com_error.h"
@@ -51,8 +50,6 @@ HRESULT call_member(Callee& callee, DISPID member, commands::Argument* arguments
     return callee.call(member, arguments);
   } catch (const _com_error& error) {
     return error.Error();  // the policy throws to callers in C++; by name the exception record says the same
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
   }
 }
 

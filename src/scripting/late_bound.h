@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "commands/arguments.h"
+#include "component_types/error_info.h"
 #include "kestrine/interface_id.h"
 #include "platform/home.h"
 #include "scripting/call_by_name.h"
@@ -39,7 +40,8 @@ class LateBound : public Methods {
       HRESULT call(DISPID id, commands::Argument* values) override { return self.call(id, values); }
       LateBound& self;
     } adapter(*this);
-    return invoke(type(), adapter, member, reserved, flags, arguments, result, exception, bad_argument);
+    return component_types::guarded(
+        [&] { return invoke(type(), adapter, member, reserved, flags, arguments, result, exception, bad_argument); });
   }
 
  protected:

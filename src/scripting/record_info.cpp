@@ -4,10 +4,10 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string_view>
 #include <vector>
 
+#include "component_types/error_info.h"
 #include "dispatch/variant_value.h"
 #include "kestrine/pointer.h"
 #include "scripting/type_info.h"
@@ -223,16 +223,14 @@ HRESULT make_record_info(const TypeRow& row, IRecordInfo** info) {
   if (info == nullptr) return E_POINTER;
   *info = nullptr;
   if (row.kind != TypeKind::kRecord) return TYPE_E_WRONGTYPEKIND;
-  try {
+  return component_types::guarded([&] {
     // At the places of their rows; those of other types are never handed out.
     static const auto rows = protocol::types();
     static auto* const all = new std::vector<RecordInfo>(rows.begin(), rows.end());
     *info = &(*all)[static_cast<std::size_t>(&row - rows.data())];
     (*info)->AddRef();
     return S_OK;
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
+  });
 }
 
 }  // namespace kestrine::scripting

@@ -1,9 +1,10 @@
 #include "scripting/type_info.h"
 
 #include <algorithm>
-#include <new>
+#include <memory>
 #include <vector>
 
+#include "component_types/error_info.h"
 #include "component_types/record_source.h"
 #include "scripting/call_by_name.h"
 #include "scripting/record_info.h"
@@ -11,6 +12,9 @@
 #include "scripting/type_library.h"
 
 namespace kestrine::scripting {
+
+using component_types::guarded;
+
 namespace {
 
 // What all interfaces derive from. They belong to the system's own library, so they have a name and an identifier
@@ -48,16 +52,6 @@ KindAttributes attributes_of(const TypeRow& row, Form form) {
       break;
   }
   return {TKIND_COCLASS, TYPEFLAG_FCANCREATE | TYPEFLAG_FAGGREGATABLE, kPointer, kPointer};
-}
-
-// What may run out of memory, as a status code.
-template <class Action>
-HRESULT guarded(Action action) {
-  try {
-    return action();
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
 }
 
 // One form of one type.
@@ -120,7 +114,7 @@ class TypeInfo final : public ITypeInfo, public component_types::IRecordSource {
 // A reference is a place in this list.
 std::vector<TypeInfo>& type_infos() {
   static auto* const made = [] {
-    auto* const list = new std::vector<TypeInfo>;
+    auto list = std::make_unique<std::vector<TypeInfo>>();
     for (const TypeRow& row : protocol::types()) {
       const bool by_number = row.kind == TypeKind::kDual || row.kind == TypeKind::kEvents;
       list->emplace_back(row, by_number ? Form::kByNumber : Form::kVtable);
@@ -129,7 +123,7 @@ std::vector<TypeInfo>& type_infos() {
       if (row.kind == TypeKind::kDual) list->emplace_back(row, Form::kVtable);
     }
     for (const TypeRow& row : kRoots) list->emplace_back(row, Form::kVtable);
-    return list;
+    return list.release();
   }();
   return *made;
 }

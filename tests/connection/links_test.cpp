@@ -2,19 +2,15 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <fstream>
-#include <thread>
 
 #include "client_test.h"
 #include "kestrine/host.h"
-#include "kestrine/text.h"
 #include "platform/test_clock.h"
 
 namespace {
@@ -78,60 +74,6 @@ TEST_P(Links, TheReceiveBufferHoldsAQuarterOfAMegabyte) {
   std::ifstream("/proc/sys/net/core/rmem_max") >> most;
   const int twice = 2 * std::min(most, 262'144);  // the system doubles what it is asked for
   EXPECT_EQ(option(peer.client_descriptor(), SOL_SOCKET, SO_RCVBUF), twice);
-}
-
-// So many descriptors are left to the process, as long as this lives.
-class FewDescriptors {
- public:
-  explicit FewDescriptors(std::size_t left) {
-    ::getrlimit(RLIMIT_NOFILE, &before_);
-    const rlimit few{256, before_.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &few);
-    take_all();
-    give_back(left);
-  }
-  ~FewDescriptors() {
-    give_back(taken_.size());
-    ::setrlimit(RLIMIT_NOFILE, &before_);
-  }
-  FewDescriptors(const FewDescriptors&) = delete;
-  FewDescriptors& operator=(const FewDescriptors&) = delete;
-
-  // Takes them.
-  std::size_t take_all() {
-    const std::size_t before = taken_.size();
-    for (int fd; (fd = ::dup(STDERR_FILENO)) >= 0;) taken_.push_back(fd);
-    return taken_.size() - before;
-  }
-
- private:
-  void give_back(std::size_t count) {
-    for (; count > 0; --count) {
-      ::close(taken_.back());
-      taken_.pop_back();
-    }
-  }
-
-  rlimit before_{};
-  std::vector<int> taken_;
-};
-
-TEST_P(Links, WithoutDescriptorsConnectingFailsClearlyAndTheNextTryWorks) {
-  // On a thread that has no loop yet.
-  std::thread([this] {
-    const auto own = Pointer<Connect>::adopt(new Connect(classes.for_connection()));
-    const auto try_connect = [&](int port) {
-      const std::string outcome = told(own->ConnectEmbeddedSystem(Text("127.0.0.1"), port));
-      return outcome.substr(0, outcome.find(' ', 9));
-    };
-    EXPECT_EQ(try_connect(unused_port()), "80004005 40011");
-    for (std::size_t left = 0; left < 2; ++left) {
-      FewDescriptors few(left);
-      EXPECT_EQ(try_connect(peer.port()), left == 0 ? "80004005 40013" : "80004005 40012");
-      EXPECT_EQ(few.take_all(), left);
-    }
-    EXPECT_EQ(try_connect(peer.port()), "ok");
-  }).join();
 }
 
 // A server that reads nothing, as the system shows it: bytes are taken as long as there is room.

@@ -13,7 +13,8 @@ def write(schema: Schema) -> str:
     body = "\n\n".join([_typed_class("Sync", schema.sync_methods), _typed_class("Async", schema.async_methods),
                         _connect_calls(schema.connect_members), _at_home(schema.connect_members)])
     return header("From typed operations to rows, and from numbers to the typed members of the connection.",
-                  ['"commands/arguments.h"', '"kestrine/interfaces.h"', '"platform/home.h"'], body, "kestrine::commands")
+                  ['"commands/arguments.h"', '"component_types/error_info.h"', '"kestrine/interfaces.h"',
+                   '"platform/home.h"'], body, "kestrine::commands")
 
 
 def _typed_class(side: str, methods: list[Method]) -> str:
@@ -59,7 +60,8 @@ HRESULT call_connect_member(Interface& object, int dispid, const Argument* argum
 
 def _at_home(members: list[Member]) -> str:
     checked = "".join(_checked(member) for member in members)
-    return f"""// The members of the connection as its callers reach them: refused on any thread but the object's own.
+    return f"""// The members of the connection as its callers reach them: refused on any thread but the object's own,
+// and with a status code where memory runs out.
 template <class Object>
 class AtHome : public Object {{
  public:
@@ -77,9 +79,10 @@ class AtHome : public Object {{
 def _checked(member: Member) -> str:
     start, declared = signature(member)
     return (f"{wrapped(f'  {start}', declared, ') override {')}\n"
-            f"    if (!home_.is_here()) return RPC_E_WRONG_THREAD;\n" +
-            wrapped(f"    return Object::{member.slot_name}(", [each.name for each in member.parameters], ");", 8) +
-            "\n  }\n")
+            f"    if (!home_.is_here()) return RPC_E_WRONG_THREAD;\n"
+            f"    return component_types::guarded([&] {{\n" +
+            wrapped(f"      return Object::{member.slot_name}(", [each.name for each in member.parameters], ");", 10) +
+            "\n    });\n  }\n")
 
 
 def _unpack(parameter: Parameter, index: int) -> str:

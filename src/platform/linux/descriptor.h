@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 #include "platform/linux/fork.h"
 
 namespace kestrine::platform {
@@ -26,6 +28,7 @@ class Descriptor {
     fd_ = fd;
     keep_from_children(fd);
   }
+  void swap(Descriptor& other) { std::swap(fd_, other.fd_); }
 
  private:
   int fd_ = -1;

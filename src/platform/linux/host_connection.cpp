@@ -45,13 +45,13 @@ Found look_up(const std::string& name, std::uint16_t port, int flags = 0) {
   addrinfo* first = nullptr;
   const int error = ::getaddrinfo(name.c_str(), std::to_string(port).c_str(), &hints, &first);
   if (error != 0) return {{}, ::gai_strerror(error)};
+  const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> all(first, &::freeaddrinfo);
   Found found;
   for (const addrinfo* each = first; each != nullptr; each = each->ai_next) {
     Address address{each->ai_family, {}, each->ai_addrlen};
     std::memcpy(&address.bytes, each->ai_addr, each->ai_addrlen);
     found.addresses.push_back(address);
   }
-  ::freeaddrinfo(first);
   return found;
 }
 
@@ -85,8 +85,7 @@ int wait_for_connect(int fd, TimePoint end) {
     if (::poll(&look, 1, static_cast<int>(step.count())) > 0) {
       int error = 0;
       socklen_t length = sizeof error;
-      ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &length);
-      return error;
+      return ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &length) == 0 ? error : errno;
     }
     if (host_gives_up()) return ECANCELED;
     if (now() >= end) return ETIMEDOUT;
@@ -95,7 +94,8 @@ int wait_for_connect(int fd, TimePoint end) {
 
 int connect_until(int fd, const Address& address, TimePoint end) {
   const int flags = ::fcntl(fd, F_GETFL);
-  ::fcntl(fd, F_SETFL, flags | O_NONBLOCK);
+  // A connect that blocks would not end in time.
+  if (flags < 0 || ::fcntl(fd, F_SETFL, flags | O_NONBLOCK) != 0) return errno;
   int error = 0;
   if (::connect(fd, reinterpret_cast<const sockaddr*>(&address.bytes), address.length) != 0) error = errno;
   if (error == EINPROGRESS || error == EINTR) error = wait_for_connect(fd, end);

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 
 #include "kestrine/host.h"
@@ -46,6 +47,16 @@ Hooks& hooks() {
   return all;
 }
 
+// Notices come from destructors, too, and in the middle of work that must go on: one for which there is no memory is
+// dropped.
+template <typename Notice>
+void give(Notice notice) {
+  try {
+    notice();
+  } catch (const std::bad_alloc&) {
+  }
+}
+
 void write_to_standard_error(const std::string& line) {
   // A full pipe behind it would block; then nobody is reading anyway.
   pollfd look{STDERR_FILENO, POLLOUT, 0};
@@ -78,19 +89,25 @@ void set_give_up_hook(GiveUpHook hook) {
 namespace platform {
 
 void show_message_box(std::u16string_view text, std::u16string_view caption, std::uint32_t style) {
-  if (const auto hook = hooks().message_box.get()) {
-    (*hook)(std::u16string(text), std::u16string(caption), style);
-    return;
-  }
-  write_to_standard_error((caption.empty() ? "" : to_utf8(caption) + ": ") + to_utf8(text) + "\n");
+  give([&] {
+    if (const auto hook = hooks().message_box.get()) {
+      (*hook)(std::u16string(text), std::u16string(caption), style);
+    } else {
+      write_to_standard_error((caption.empty() ? "" : to_utf8(caption) + ": ") + to_utf8(text) + "\n");
+    }
+  });
 }
 
 void beep(std::uint32_t hertz, std::uint32_t milliseconds) {
-  if (const auto hook = hooks().beep.get()) (*hook)(hertz, milliseconds);
+  give([&] {
+    if (const auto hook = hooks().beep.get()) (*hook)(hertz, milliseconds);
+  });
 }
 
 void log_line(std::string_view line) {
-  if (const auto hook = hooks().log.get()) (*hook)(std::string(line));
+  give([&] {
+    if (const auto hook = hooks().log.get()) (*hook)(std::string(line));
+  });
 }
 
 void send_to_host(std::uint32_t message, std::uint64_t wparam, std::int64_t lparam) {

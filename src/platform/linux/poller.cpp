@@ -24,6 +24,12 @@ bool add_to_set(int set, int fd, std::uint32_t events) {
   return epoll_ctl(set, EPOLL_CTL_ADD, fd, &event) == 0;
 }
 
+// A descriptor that nobody could be woken by is of no use.
+void adopt_into_set(Descriptor& place, int fd, int set) {
+  Descriptor made(fd);
+  if (made.valid() && add_to_set(set, fd, EPOLLIN)) place.swap(made);
+}
+
 }  // namespace
 
 bool Poller::open() {
@@ -56,12 +62,10 @@ std::span<const epoll_event> Poller::wait(std::optional<std::chrono::nanoseconds
 int Poller::host_fd() {
   if (!open()) return -1;
   if (!message_due_.valid()) {
-    message_due_.adopt(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (message_due_.valid()) add_to_set(epoll_.get(), message_due_.get(), EPOLLIN);
+    adopt_into_set(message_due_, eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), epoll_.get());
   }
   if (!timer_due_.valid()) {
-    timer_due_.adopt(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
-    if (timer_due_.valid()) add_to_set(epoll_.get(), timer_due_.get(), EPOLLIN);
+    adopt_into_set(timer_due_, timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK), epoll_.get());
   }
   return message_due_.valid() && timer_due_.valid() ? epoll_.get() : -1;
 }
