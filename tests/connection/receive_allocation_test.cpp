@@ -1,7 +1,9 @@
 // Counts the allocations of the whole process, so it is a program of its own.
 #include "allocations.h"
 #include "client_test.h"
+#include "kestrine/events.h"
 #include "kestrine/host.h"
+#include "kestrine/subscription.h"
 
 namespace kestrine::test {
 namespace {
@@ -10,10 +12,10 @@ class ReceiveAllocationTest : public ClientTest {};
 
 TEST_F(ReceiveAllocationTest, ReceivingMessagesAndTimersAllocateNothingOnceWarm) {
   connection = Pointer<Connect>::adopt(new Connect(keep_generation));
-  // Nobody listens: what events hand to their sinks is another matter.
   Pointer<IUnknown> sync, async;
   ASSERT_EQ(connection->get_ILTCommandSync(sync.put()), S_OK);
   ASSERT_EQ(connection->get_ILTCommandAsync(async.put()), S_OK);
+  const Subscription heard(*sync, DIID__ILTCommandSyncEvents, *Pointer<SyncEvents>::adopt(new SyncEvents));
   connect();
 
   Bytes stream;
