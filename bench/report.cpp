@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <iostream>
+#include <utility>
 
 namespace kestrine::bench {
 namespace {
@@ -14,16 +15,13 @@ void print(const char* what, const Spread& spread, int decimals, const char* uni
               spread.high, unit);
 }
 
-// `combine` of any two rounds.
+// `combine` of the two in each round.
 template <class Combine>
-Spread spread_of_pairs(const Samples& above, const Samples& below, Combine combine) {
-  Samples all;
-  for (const double a : above) {
-    for (const double b : below) all.push_back(combine(a, b));
-  }
-  Spread spread = spread_of(all);
-  spread.median = combine(spread_of(above).median, spread_of(below).median);
-  return spread;
+Spread spread_of_rounds(const Samples& above, const Samples& below, Combine combine) {
+  Samples all(std::min(above.size(), below.size()));
+  std::transform(above.begin(), above.begin() + static_cast<std::ptrdiff_t>(all.size()), below.begin(), all.begin(),
+                 combine);
+  return spread_of(all);
 }
 
 }  // namespace
@@ -41,33 +39,37 @@ Spread spread_of(Samples samples) {
 }
 
 bool Report::ReportContext(const Context& context) {
-  PrintBasicContext(&std::cerr, context);
-  std::printf("Time of a round: median [quartiles]\n");
+  if (!std::exchange(has_context_, true)) PrintBasicContext(&std::cerr, context);
   return true;
 }
 
 void Report::ReportRuns(const std::vector<Run>& runs) {
   if (runs.front().run_type == Run::RT_Aggregate) return;
   const std::string name = runs.front().run_name.function_name.substr(3);
+  if (!samples_.contains(name)) names_.push_back(name);
   for (const Run& run : runs) {
     samples_[name].push_back(run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit));
     for (const auto& [counter, value] : run.counters) samples_[name + "/" + counter].push_back(value);
   }
-  const Spread spread = spread_of(samples(name));
-  const bool long_round = spread.median > 1e-3;
-  const double scale = long_round ? 1e3 : 1e9;
-  print(name.c_str(), {spread.low * scale, spread.median * scale, spread.high * scale}, long_round ? 3 : 1,
-        long_round ? "ms" : "ns");
-  std::fflush(stdout);
+}
+
+void Report::times() const {
+  for (const std::string& name : names_) {
+    const Spread spread = spread_of(samples(name));
+    const bool is_long = spread.median > 1e-3;
+    const double scale = is_long ? 1e3 : 1e9;
+    print(name.c_str(), {spread.low * scale, spread.median * scale, spread.high * scale}, is_long ? 3 : 1,
+          is_long ? "ms" : "ns");
+  }
 }
 
 void Report::ratio(const char* what, const char* above, const char* below) const {
-  print(what, spread_of_pairs(samples(above), samples(below), [](double a, double b) { return a / b; }), 3, "");
+  print(what, spread_of_rounds(samples(above), samples(below), [](double a, double b) { return a / b; }), 3, "");
 }
 
 void Report::beyond(const char* what, const char* above, const char* below, int calls) const {
   const auto difference = [calls](double a, double b) { return (a - b) * 1e9 / calls; };
-  print(what, spread_of_pairs(samples(above), samples(below), difference), 1, "ns");
+  print(what, spread_of_rounds(samples(above), samples(below), difference), 1, "ns");
 }
 
 void Report::nanoseconds(const char* what, const char* name) const {

@@ -16,15 +16,15 @@ struct Spread {
 };
 Spread spread_of(Samples samples);
 
-// Prints a line for every bench, and keeps what its rounds took for the lines that compare two of them. Those are
-// printed only if both were run.
+// Keeps what every round of every bench took. What two of them have to do with each other is taken within a round, so
+// that what else the machine does at the time touches both alike; the medians and quartiles are those of the rounds.
+// Lines of benches that were not run are left out.
 class Report final : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context& context) override;
   void ReportRuns(const std::vector<Run>& runs) override;
 
-  // The median of one by that of the other. As rounds come in random order, its quartiles are those of any round of the
-  // one by any of the other.
+  void times() const;  // a line for every bench
   void ratio(const char* what, const char* above, const char* below) const;
   // What one costs beyond the other, for each of so many calls in a round.
   void beyond(const char* what, const char* above, const char* below, int calls) const;
@@ -34,6 +34,8 @@ class Report final : public benchmark::BenchmarkReporter {
  private:
   const Samples& samples(const std::string& name) const;
 
+  bool has_context_ = false;
+  std::vector<std::string> names_;
   std::map<std::string, Samples> samples_;  // seconds by the names of benches without BM_; counters by "name/counter"
 };
 

@@ -154,9 +154,9 @@ def compare(what: str, ours: Callable[[], None], by_hand: Callable[[], None], co
     for run in (ours, by_hand):
         run()
     rounds = [(seconds(ours), seconds(by_hand)) for _ in range(_ROUNDS)]
-    low, _, high = statistics.quantiles(a / b for a, b in rounds)
+    low, ratio, high = statistics.quantiles(a / b for a, b in rounds)
     each, each_by_hand = (statistics.median(column) for column in zip(*rounds))
-    print(f"  {what:<44} {each / each_by_hand:10.3f}  [{low:.3f} {high:.3f}]"
+    print(f"  {what:<44} {ratio:10.3f}  [{low:.3f} {high:.3f}]"
           f"  ({each / count * 1e6:.1f} and {each_by_hand / count * 1e6:.1f} us each)")
 
 
@@ -166,7 +166,7 @@ def main(server: str) -> None:
     with served, asyncio.Runner() as runner:
         ports = [int(port) for port in served.stdout.readline().split()]
         ours = [connected(port) for port in ports[:3]]
-        print("Scripts: ratios of medians [quartiles] to a socket of one's own")
+        print("Scripts: ratios of a round, median [quartiles], to a socket of one's own")
         compare("call : send and recv", call(ours[0]), call_by_hand(ports[3]), _CALLS)
         compare("positions, handler : read-ahead by hand", events(ours[1]), events_by_hand(ports[4]), _POSITIONS)
         compare("await of a call : asyncio streams", awaited(ours[2], runner), awaited_by_hand(ports[5], runner), _CALLS)

@@ -14,6 +14,10 @@
 
 namespace kestrine {
 
+// Marks a sink that leaves the arguments of Invoke() as they are: texts are lent to it instead of copied. Its address
+// is that of the sink's IDispatch.
+inline constexpr IID IID_ArgumentBorrower{0x8d1f5c02, 0x64ab, 0x4e37, {0xb3, 0x1c, 0x92, 0x0a, 0xe8, 0x57, 0x4f, 0x6d}};
+
 // A sink is counted; make it with `new` and let Release() delete it. Handlers run on the thread of the objects,
 // inside the call or the message that brought the packet, and may call back into the library. What they throw goes
 // through to the library, which takes it as a failure of this sink alone.
@@ -44,7 +48,8 @@ class Sink : public Object<IDispatch> {
       : first_(first), second_(second), names_(names) {}
 
   void* find_interface(const IID& iid) override {
-    return iid == first_ || iid == second_ ? static_cast<IDispatch*>(this) : Object::find_interface(iid);
+    const bool known = iid == first_ || iid == second_ || iid == IID_ArgumentBorrower;
+    return known ? static_cast<IDispatch*>(this) : Object::find_interface(iid);
   }
 
   template <class Events, class... Parameters>

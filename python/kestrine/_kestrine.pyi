@@ -23,7 +23,10 @@ class ComObject:
 
 class EventConnection:
     def __init__(
-        self, source: ComObject, handlers: dict[str, tuple[ReferenceType, ReferenceType]], converters: dict[str, Any]
+        self,
+        source: ComObject,
+        handlers: dict[str, tuple[ReferenceType[Any], ReferenceType[Any]]],
+        converters: dict[str, Any],
     ) -> None: ...
     def close(self) -> None: ...
 

@@ -43,6 +43,13 @@ void fire(CommandObject& object, std::int32_t dispid, const std::uint8_t* packet
   object.event_source().fire(events[static_cast<std::size_t>(dispid) - 1], packet);
 }
 
+// To one sink. A refused start is an error first.
+bool can_be_two_events(std::int32_t command) {
+  if (command == VL_C_StartMeasurement) return true;
+  const protocol::CommandRow* row = protocol::find_command(command);
+  return row != nullptr && row->async_event2 != nullptr;
+}
+
 // The two command objects in use now, kept alive: a handler may drop the last reference to either, or put another one
 // in its place.
 struct HeldObjects {
@@ -83,11 +90,11 @@ void Dispatcher::on_packet(Connection& connection, const ReceivedPacket& receive
   connection.set_last_result_status(word(packet, kAnswerStatusOffset));
 
   // A handler may start a call whose answer lands in the same buffer; the sinks that are called after it must still
-  // get this packet. An answer can be two events to one sink. No event reads further than a small buffer.
+  // get this packet. Some answers are two events to one sink. No event reads further than a small buffer.
   std::array<std::uint8_t, connection::kSmallBuffer> snapshot;
   const std::size_t sinks = (delivery.sync == nullptr ? 0 : delivery.sync->event_source().sink_count()) +
                             (delivery.async == nullptr ? 0 : delivery.async->event_source().sink_count());
-  if (sinks > 1 || (sinks == 1 && type == VL_DT_Command)) {
+  if (sinks > 1 || (sinks == 1 && type == VL_DT_Command && can_be_two_events(word(packet, kCommandOffset)))) {
     std::copy_n(packet, snapshot.size(), snapshot.begin());
     delivery.packet = snapshot.data();
   }

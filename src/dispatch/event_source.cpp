@@ -5,45 +5,70 @@
 #include <new>
 
 #include "component_types/error_info.h"
+#include "component_types/text.h"
 #include "dispatch/enumerator.h"
 #include "dispatch/variant_value.h"
 #include "kestrine/pointer.h"
+#include "kestrine/sink.h"
 #include "platform/notices.h"
 
 namespace kestrine::dispatch {
 namespace {
 
-void set_argument(VARIANT& argument, const EventArgument& given) {
-  argument = given.value;
-  if (given.value.vt != VT_BSTR) return;
-  argument.bstrVal = copy_text(given.text.data(), given.text.size());
-  if (argument.bstrVal == nullptr) throw std::bad_alloc();
-}
+constexpr std::size_t kLentTexts = 4;  // the most that an event has
 
 // The arguments of one call; its texts are freed whatever the sink does.
-struct ArgumentBlock {
-  explicit ArgumentBlock(std::size_t n) : count(n) {
-    for (std::size_t i = 0; i < count; ++i) values[i].vt = VT_EMPTY;
+class ArgumentBlock {
+ public:
+  ArgumentBlock(std::size_t count, bool lends) : count_(count), lends_(lends) {
+    for (std::size_t i = 0; i < count_; ++i) values_[i].vt = VT_EMPTY;
   }
   ~ArgumentBlock() {
-    for (std::size_t i = 0; i < count; ++i) {
-      if (values[i].vt == VT_BSTR) SysFreeString(values[i].bstrVal);
+    for (std::size_t i = 0; i < count_; ++i) {
+      if (values_[i].vt == VT_BSTR && !is_lent(values_[i].bstrVal)) SysFreeString(values_[i].bstrVal);
     }
   }
   ArgumentBlock(const ArgumentBlock&) = delete;
   ArgumentBlock& operator=(const ArgumentBlock&) = delete;
 
-  // Arguments travel in reverse order.
-  VARIANT& argument(std::size_t index) { return values[count - 1 - index]; }
+  // From a field of a packet.
+  void set(std::size_t index, const protocol::Value& value, const std::uint8_t* wire) {
+    if (value.type != protocol::ValueType::kText || !lends_ || lent_ == kLentTexts) {
+      return write_variant(value, wire, argument(index));
+    }
+    auto& text = texts_[lent_++];
+    wire::load_text(wire, text.units, value.count);
+    argument(index).bstrVal = text.finish(value.count);
+    argument(index).vt = VT_BSTR;
+  }
+  void set(std::size_t index, const EventArgument& given) {
+    VARIANT& variant = argument(index);
+    variant = given.value;
+    if (given.value.vt != VT_BSTR) return;
+    variant.bstrVal = copy_text(given.text.data(), given.text.size());
+    if (variant.bstrVal == nullptr) throw std::bad_alloc();
+  }
+  DISPPARAMS parameters() { return {values_.data(), nullptr, static_cast<UINT>(count_), 0}; }
 
-  std::size_t count;
-  std::array<VARIANT, protocol::kMostValues> values;
+ private:
+  using Text = component_types::LentText<kMostUnits>;
+
+  // Arguments travel in reverse order.
+  VARIANT& argument(std::size_t index) { return values_[count_ - 1 - index]; }
+  bool is_lent(BSTR text) const {
+    const auto is_of = [text](const Text& lent) { return lent.units == text; };
+    return std::any_of(texts_.data(), texts_.data() + lent_, is_of);
+  }
+
+  std::size_t count_;
+  bool lends_;  // the texts of packets
+  std::size_t lent_ = 0;
+  std::array<VARIANT, protocol::kMostValues> values_;  // these two are written as far as they are used
+  std::array<Text, kLentTexts> texts_;
 };
 
 HRESULT call_sink(IDispatch& sink, std::int32_t dispid, ArgumentBlock& block) {
-  DISPPARAMS parameters{};
-  parameters.rgvarg = block.values.data();
-  parameters.cArgs = static_cast<UINT>(block.count);
+  DISPPARAMS parameters = block.parameters();
   try {
     return sink.Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
   } catch (...) {
@@ -55,8 +80,8 @@ HRESULT call_sink(IDispatch& sink, std::int32_t dispid, ArgumentBlock& block) {
 }  // namespace
 
 EventSource::~EventSource() {
-  for (IDispatch* sink : slots_) {
-    if (sink != nullptr) sink->Release();
+  for (const Slot& slot : slots_) {
+    if (slot.sink != nullptr) slot.sink->Release();
   }
 }
 
@@ -67,24 +92,25 @@ HRESULT EventSource::fire_to_each(std::int32_t dispid, std::size_t count, FillAr
   HRESULT result = S_OK;
   const std::size_t slots = slots_.size();  // sinks that join meanwhile wait for the next event
   for (std::size_t i = 0; i < slots; ++i) {
-    const Pointer<IDispatch> sink(i < slots_.size() ? slots_[i] : nullptr);
+    const Slot slot = i < slots_.size() ? slots_[i] : Slot();
+    const Pointer<IDispatch> sink(slot.sink);
     if (!sink) continue;
-    ArgumentBlock block(count);
-    for (std::size_t n = 0; n < count; ++n) fill(block.argument(n), n);
+    ArgumentBlock block(count, slot.borrows);
+    for (std::size_t n = 0; n < count; ++n) fill(block, n);
     result = call_sink(*sink, dispid, block);
   }
   return result;
 }
 
 HRESULT EventSource::fire(const protocol::MemberRow& event, const std::uint8_t* packet) {
-  return fire_to_each(event.dispid, event.values.size(), [&](VARIANT& argument, std::size_t n) {
-    write_variant(event.values[n], packet + event.values[n].offset, argument);
+  return fire_to_each(event.dispid, event.values.size(), [&](ArgumentBlock& arguments, std::size_t n) {
+    arguments.set(n, event.values[n], packet + event.values[n].offset);
   });
 }
 
-HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<EventArgument> arguments) {
-  return fire_to_each(dispid, arguments.size(),
-                      [&](VARIANT& value, std::size_t n) { set_argument(value, arguments.begin()[n]); });
+HRESULT EventSource::fire(std::int32_t dispid, std::initializer_list<EventArgument> given) {
+  return fire_to_each(dispid, given.size(),
+                      [&](ArgumentBlock& arguments, std::size_t n) { arguments.set(n, given.begin()[n]); });
 }
 
 HRESULT EventSource::QueryInterface(const IID& iid, void** object) {
@@ -118,10 +144,12 @@ HRESULT EventSource::Advise(IUnknown* sink, ULONG* cookie) {
   *cookie = 0;
   Pointer<IDispatch> events;
   if (FAILED(sink->QueryInterface(event_interface_, events.put_void()))) return CONNECT_E_CANNOTCONNECT;
+  Pointer<IUnknown> borrower;
+  const bool borrows = SUCCEEDED(events->QueryInterface(IID_ArgumentBorrower, borrower.put_void()));
   return component_types::guarded([&] {
-    auto slot = std::find(slots_.begin(), slots_.end(), nullptr);
-    if (slot == slots_.end()) slot = slots_.insert(slots_.end(), nullptr);
-    *slot = events.detach();
+    auto slot = std::ranges::find(slots_, nullptr, &Slot::sink);
+    if (slot == slots_.end()) slot = slots_.insert(slots_.end(), Slot());
+    *slot = {events.detach(), borrows};
     ++advised_;
     *cookie = static_cast<ULONG>(slot - slots_.begin()) + 1;
     return S_OK;
@@ -130,10 +158,10 @@ HRESULT EventSource::Advise(IUnknown* sink, ULONG* cookie) {
 
 HRESULT EventSource::Unadvise(ULONG cookie) {
   if (!home_.is_here()) return RPC_E_WRONG_THREAD;
-  if (cookie == 0 || cookie > slots_.size() || slots_[cookie - 1] == nullptr) return CONNECT_E_NOCONNECTION;
+  if (cookie == 0 || cookie > slots_.size() || slots_[cookie - 1].sink == nullptr) return CONNECT_E_NOCONNECTION;
   // The slot is empty before the release, which may run code that comes back here.
-  const auto sink = Pointer<IDispatch>::adopt(slots_[cookie - 1]);
-  slots_[cookie - 1] = nullptr;
+  const auto sink = Pointer<IDispatch>::adopt(slots_[cookie - 1].sink);
+  slots_[cookie - 1] = {};
   --advised_;
   return S_OK;
 }
@@ -143,7 +171,7 @@ HRESULT EventSource::EnumConnections(IEnumConnections** connections) {
   const auto list = [this] {
     std::vector<CONNECTDATA> sinks;
     for (std::size_t i = 0; i < slots_.size(); ++i) {
-      if (slots_[i] != nullptr) sinks.push_back({slots_[i], static_cast<DWORD>(i) + 1});
+      if (slots_[i].sink != nullptr) sinks.push_back({slots_[i].sink, static_cast<DWORD>(i) + 1});
     }
     return sinks;
   };

@@ -35,7 +35,8 @@ class EventSource final : public IConnectionPoint {
 
   std::size_t sink_count() const { return advised_; }
 
-  // The result of the last sink called, S_OK without one. Throws std::bad_alloc when a text cannot be copied.
+  // The result of the last sink called, S_OK without one. Throws std::bad_alloc when a text cannot be copied; the
+  // texts of packets are lent to sinks of the type IID_ArgumentBorrower, without a copy of their own.
   HRESULT fire(const protocol::MemberRow& event, const std::uint8_t* packet);  // arguments from the packet's fields
   HRESULT fire(std::int32_t dispid, std::initializer_list<EventArgument> arguments);
 
@@ -49,13 +50,18 @@ class EventSource final : public IConnectionPoint {
   HRESULT EnumConnections(IEnumConnections** connections) override;
 
  private:
+  struct Slot {
+    IDispatch* sink = nullptr;  // null in an empty slot
+    bool borrows = false;       // leaves its arguments as they are
+  };
+
   template <class FillArguments>
   HRESULT fire_to_each(std::int32_t dispid, std::size_t count, FillArguments fill);
 
   IConnectionPointContainer& container_;
   const IID& event_interface_;
   const platform::Home home_;
-  std::vector<IDispatch*> slots_;  // an empty slot is null; a cookie is a slot's index plus one
+  std::vector<Slot> slots_;  // a cookie is a slot's index plus one
   std::size_t advised_ = 0;
 };
 

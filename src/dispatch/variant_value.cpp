@@ -7,7 +7,7 @@
 namespace kestrine::dispatch {
 
 BSTR copy_field(const protocol::Value& value, const std::uint8_t* wire) {
-  std::array<char16_t, 128> units;
+  std::array<char16_t, kMostUnits> units;
   wire::load_text(wire, units.data(), value.count);
   BSTR text = copy_text(units.data(), value.count);
   if (text == nullptr) throw std::bad_alloc();

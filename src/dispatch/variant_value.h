@@ -31,6 +31,8 @@ constexpr const VariantForms& forms_of(protocol::ValueType type) {
   return kVariantForms[static_cast<std::size_t>(type)];
 }
 
+inline constexpr std::size_t kMostUnits = 128;  // of a text in a packet
+
 // A copy of at most that many units, up to the first zero; null when there is no memory for it.
 BSTR copy_text(const char16_t* units, std::size_t most);
 // The same of a text in a packet. Throws std::bad_alloc.
