@@ -174,10 +174,31 @@ TEST_P(FailingConnections, AreToldOrGotOverAndTheNextOneWorks) {
   each_fails(kAllWell, [this](auto... failing) { return run(failing...); });
   EXPECT_EQ(run("socket", 1, EMFILE), "connect: 40013 Invalid socket (fatal error) !\npackets: 0\n");
   EXPECT_EQ(run("epoll_ctl", 3, ENOSPC).substr(0, 14), "connect: 40012");
+  EXPECT_EQ(run("epoll_ctl", 1, ENOSPC), "subscription or descriptor: none\npackets: 0\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(ModernAndClassic, FailingConnections,
                          testing::Values(connection::kModernRules, connection::Rules{.wakes_when_due = true}));
+
+// They are suspicious, which is told by a message box from a destructor.
+TEST_F(FailingResources, OfObjectsThatGoAtOnceAreToldOrGotOver) {
+  each_fails("", [this](auto... failing) {
+    told_.clear();
+    objects::Module module(connection::kClassicRules);
+    Pointer<IClassFactory> factory;
+    Pointer<ILTConnect> connection;
+    Pointer<IUnknown> object;
+    watch_calls(failing...);
+    module.get_class_object(CLSID_LTConnect, IID_IClassFactory, factory.put_void());
+    succeeds("create", factory->CreateInstance(nullptr, IID_ILTConnect, connection.put_void()));
+    if (connection) succeeds("fetch", connection->get_ILTCommandSync(object.put()));
+    object.reset();
+    connection.reset();
+    pause_watching(true);
+    return told_;
+  });
+  EXPECT_FALSE(environment_.message_boxes.empty());
+}
 
 TEST_F(FailingResources, OfTheRegistryAreToldAndTheNextTryWorks) {
   ::setenv("XDG_DATA_HOME", environment_.directory().c_str(), 1);
