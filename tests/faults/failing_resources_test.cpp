@@ -53,7 +53,7 @@ class FailingResources : public testing::Test {
   using Run = std::function<std::string(const char* name, std::size_t nth, int error)>;
 
   // The application is told something when of the calls of `name` the nth fails, or all is well. Where a
-  // name has more cases than `most`, every second or third ... is tried.
+  // name has many more cases than `most`, every third or fifth ... is tried.
   void each_fails(std::string_view all_well, const Run& run, std::size_t most = 200) {
     const auto descriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
     EXPECT_EQ(run("", 0, 0), all_well);
@@ -62,7 +62,7 @@ class FailingResources : public testing::Test {
       for (const char* name : names) {
         run("", 0, 0);
         const std::size_t cases = calls_of(name) * errors.size();
-        for (std::size_t i = 0; i < cases; i += 1 + cases / most) {
+        for (std::size_t i = 0; i < cases; i += (cases / most) | 1) {
           SCOPED_TRACE(std::string(name) + " " + std::to_string(i));
           const std::string told = run(name, i / errors.size() + 1, errors[i % errors.size()]);
           EXPECT_TRUE(told == all_well || told.size() != all_well.size()) << "packets are missing, and no sign";
