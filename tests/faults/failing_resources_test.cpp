@@ -52,11 +52,9 @@ class FailingResources : public testing::Test {
  protected:
   using Run = std::function<std::string(const char* name, std::size_t nth, int error)>;
 
-  // Where there are more cases for a name, every second or third ... is tried.
-  static constexpr std::size_t kMostCases = 200;
-
-  // The application is told something when of the calls of `name` the nth fails, or all is well.
-  void each_fails(std::string_view all_well, const Run& run) {
+  // The application is told something when of the calls of `name` the nth fails, or all is well. Where a
+  // name has many more cases than `most`, every third or fifth ... is tried.
+  void each_fails(std::string_view all_well, const Run& run, std::size_t most = 200) {
     const auto descriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
     EXPECT_EQ(run("", 0, 0), all_well);
     const auto before = descriptors();
@@ -64,7 +62,7 @@ class FailingResources : public testing::Test {
       for (const char* name : names) {
         run("", 0, 0);
         const std::size_t cases = calls_of(name) * errors.size();
-        for (std::size_t i = 0; i < cases; i += 1 + cases / kMostCases) {
+        for (std::size_t i = 0; i < cases; i += (cases / most) | 1) {
           SCOPED_TRACE(std::string(name) + " " + std::to_string(i));
           const std::string told = run(name, i / errors.size() + 1, errors[i % errors.size()]);
           EXPECT_TRUE(told == all_well || told.size() != all_well.size()) << "packets are missing, and no sign";
@@ -174,14 +172,35 @@ TEST_P(FailingConnections, AreToldOrGotOverAndTheNextOneWorks) {
   each_fails(kAllWell, [this](auto... failing) { return run(failing...); });
   EXPECT_EQ(run("socket", 1, EMFILE), "connect: 40013 Invalid socket (fatal error) !\npackets: 0\n");
   EXPECT_EQ(run("epoll_ctl", 3, ENOSPC).substr(0, 14), "connect: 40012");
+  EXPECT_EQ(run("epoll_ctl", 1, ENOSPC), "subscription or descriptor: none\npackets: 0\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(ModernAndClassic, FailingConnections,
                          testing::Values(connection::kModernRules, connection::Rules{.wakes_when_due = true}));
 
+// They are suspicious, which is told by a message box from a destructor.
+TEST_F(FailingResources, OfObjectsThatGoAtOnceAreToldOrGotOver) {
+  each_fails("", [this](auto... failing) {
+    told_.clear();
+    objects::Module module(connection::kClassicRules);
+    Pointer<IClassFactory> factory;
+    Pointer<ILTConnect> connection;
+    Pointer<IUnknown> object;
+    watch_calls(failing...);
+    module.get_class_object(CLSID_LTConnect, IID_IClassFactory, factory.put_void());
+    succeeds("create", factory->CreateInstance(nullptr, IID_ILTConnect, connection.put_void()));
+    if (connection) succeeds("fetch", connection->get_ILTCommandSync(object.put()));
+    object.reset();
+    connection.reset();
+    pause_watching(true);
+    return told_;
+  });
+  EXPECT_FALSE(environment_.message_boxes.empty());
+}
+
 TEST_F(FailingResources, OfTheRegistryAreToldAndTheNextTryWorks) {
   ::setenv("XDG_DATA_HOME", environment_.directory().c_str(), 1);
-  each_fails("", [this](auto... failing) {
+  const auto run = [this](auto... failing) {
     told_.clear();
     const auto registered = environment_.directory() / "kestrine";
     std::filesystem::remove_all(registered);
@@ -195,7 +214,8 @@ TEST_F(FailingResources, OfTheRegistryAreToldAndTheNextTryWorks) {
     succeeds("unregister", host::unregister_library(""));
     pause_watching(true);
     return told_;
-  });
+  };
+  each_fails("", run, 60);
 }
 
 }  // namespace
