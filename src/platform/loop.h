@@ -48,7 +48,7 @@ KESTRINE_HOST_API WindowHandle create_window(WindowProcedure& procedure, std::u1
 KESTRINE_HOST_API bool destroy_window(WindowHandle window);
 KESTRINE_HOST_API bool is_window(WindowHandle window);
 
-// False when the window does not exist.
+// False when the window does not exist, or when there is no memory for one more message.
 KESTRINE_HOST_API bool post_message(WindowHandle window, std::uint32_t id, std::uint64_t wparam, std::int64_t lparam);
 // Calls the procedure at once and returns its result; 0 when the window does not exist.
 KESTRINE_HOST_API std::int64_t send_message(WindowHandle window, std::uint32_t id, std::uint64_t wparam,

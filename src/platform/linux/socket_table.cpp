@@ -119,7 +119,7 @@ SocketPhase update_phase(SocketHandle socket, SocketRecord& record) {
   if (::poll(&look, 1, 0) <= 0) return record.phase;
   int error = 0;
   length = sizeof error;
-  ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &length);
+  if (::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &length) != 0) error = errno;
   // These befall a connection that had been made; what the peer sent before it left can still be read.
   if (error == 0 || error == ECONNRESET || error == EPIPE) return record.phase = SocketPhase::kConnected;
   forget_connect(fd);

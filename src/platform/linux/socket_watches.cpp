@@ -67,8 +67,8 @@ void SocketWatches::on_ready(const epoll_event& event) {
   }
   suspend(*watch);
   if (phase == SocketPhase::kConnected && ended && !unread && (watch->events & kSocketClosed) != 0) {
-    watch->close_notified = true;
     notify(*watch, kSocketClosed);
+    watch->close_notified = true;
   }
 }
 
@@ -118,9 +118,9 @@ bool SocketWatches::come_to_enough(SocketRecord& record, int fd) {
 }
 
 void SocketWatches::notify_readable(Watch& watch) {
+  notify(watch, kSocketReadable);
   watch.armed = false;
   watch.readable_queued = true;
-  notify(watch, kSocketReadable);
 }
 
 void SocketWatches::notify(const Watch& watch, std::int32_t event) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <utility>
 
 namespace kestrine::platform {
@@ -69,7 +70,11 @@ WindowProcedure* ThreadLoop::procedure_of(WindowHandle window) const {
 
 bool ThreadLoop::post(const Message& message) {
   if (procedure_of(message.window) == nullptr) return false;
-  queue_.push({.message = message});
+  try {
+    queue_.push({.message = message});
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
   update_host_fd();
   return true;
 }
