@@ -65,11 +65,11 @@ void SocketWatches::on_ready(const epoll_event& event) {
     if (ended || come_to_enough(*record, event.data.fd)) notify_readable(*watch);
     return;
   }
-  suspend(*watch);
   if (phase == SocketPhase::kConnected && ended && !unread && (watch->events & kSocketClosed) != 0) {
     notify(*watch, kSocketClosed);
     watch->close_notified = true;
   }
+  suspend(*watch);
 }
 
 bool SocketWatches::may_tell_readable(const Watch& watch) {
