@@ -18,7 +18,8 @@ KESTRINE_HOST_API std::int32_t profile_int(std::u16string_view section, std::u16
                                            std::int32_t default_value, std::u16string_view file);
 // Sets the key and keeps every other line as it stands. The file is replaced as a whole, so that a reader sees
 // the old or the new one; writers of other processes wait for one another. False when it cannot be written, or when
-// the texts would not read back as they are: line breaks, a section with ] or a key with [ or = in it.
+// the texts would not read back as they are: line breaks, a section with ] or a key with [ or = in it, and blanks at
+// the ends of either.
 KESTRINE_HOST_API bool write_profile_string(std::u16string_view section, std::u16string_view key,
                                             std::u16string_view value, std::u16string_view file);
 

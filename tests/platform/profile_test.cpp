@@ -81,6 +81,7 @@ TEST_F(ProfileTest, TextsAreUtf8AndThoseThatWouldBreakTheFileAreRefused) {
   EXPECT_TRUE(write(u"k\u00E4", u"\u20AC \U0001F600 \xD800", u"\u00DC"));
   const std::string written = "[\xC3\x9C]\nk\xC3\xA4=\xE2\x82\xAC \xF0\x9F\x98\x80 \xEF\xBF\xBD\n";
   EXPECT_FALSE(write(u"key", u"a\nb") || write(u"k=y", u"a") || write(u"[key", u"a") || write(u"key", u"a", u"x]\n[y"));
+  EXPECT_FALSE(write(u"key", u"a", u" x") || write(u"key\t", u"a")) << "they would not be found again";
   EXPECT_EQ(text(), written);
 }
 

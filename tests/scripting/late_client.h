@@ -67,7 +67,7 @@ struct Called {
 
 class LateClient : public testing::Test {
  protected:
-  LateClient() {
+  explicit LateClient(const connection::Rules& rules = connection::kClassicRules) : module(rules) {
     environment.set(u"NonblockingConnect", 0);
     connection = Pointer<IDispatch>::adopt(create(CLSID_LTConnect2));
   }
@@ -129,7 +129,7 @@ class LateClient : public testing::Test {
 
   Environment environment;
   ScriptedPeer peer;
-  objects::Module module{connection::kClassicRules};
+  objects::Module module;
   Pointer<IDispatch> connection;
 };
 

@@ -131,9 +131,12 @@ std::int32_t profile_int(std::u16string_view section, std::u16string_view key, s
 
 bool write_profile_string(std::u16string_view section, std::u16string_view key, std::u16string_view value,
                           std::u16string_view file) {
-  // Such texts would come back as other lines than they went in.
-  if (section.find_first_of(u"]\r\n") != section.npos || key.find_first_of(u"[=\r\n") != key.npos ||
-      value.find_first_of(u"\r\n") != value.npos) {
+  // Such texts would come back as other lines than they went in, or not be found again.
+  const auto is_name = [](std::u16string_view name, std::u16string_view marks) {
+    const std::string text = to_utf8(name);
+    return name.find_first_of(marks) == name.npos && trim(text).size() == text.size();
+  };
+  if (!is_name(section, u"]\r\n") || !is_name(key, u"[=\r\n") || value.find_first_of(u"\r\n") != value.npos) {
     return false;
   }
   const path target = target_of(file);
