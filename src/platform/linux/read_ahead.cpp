@@ -14,7 +14,7 @@ namespace kestrine::platform {
 template <typename Read>
 ssize_t ReadAhead::ask(bool behind_bytes, Read read) {
   if (error_ != 0) {
-    errno = behind_bytes ? EAGAIN : std::exchange(error_, 0);
+    errno = behind_bytes ? error_ : std::exchange(error_, 0);
     return -1;
   }
   ssize_t got;
