@@ -91,11 +91,6 @@ class Listener:
             self.heard += "?"
 
 
-def outcome(error):
-    text = str(error)
-    return "late" if "timed out" in text else "closed" if "closed" in text else error.number
-
-
 CALLS = {"call": "GetReflector", "list": "GetTransformedPoints", "stream": "ReleaseMotors"}
 
 
@@ -113,7 +108,7 @@ def cell(request, tmp_path, monkeypatch):
     connection.ConnectEmbeddedSystem("127.0.0.1", peer.port)
     if kind == "call":
         heard = heard.replace("1", "")
-    cell = SimpleNamespace(**locals())  # the names above
+    cell = SimpleNamespace(**locals())  # all of these
     yield cell
     connection.DisconnectEmbeddedSystem()
     if fault == "restart":
@@ -128,47 +123,33 @@ def cell(request, tmp_path, monkeypatch):
     peer.close()
 
 
-def listen(cell, source):
-    listener = kestrine.WithEvents(source, Listener)
+def from_script(cell, method):
+    return getattr(cell.tracker, method)()
+
+
+def from_asyncio(cell, method):
+    return run(cell.connection, lambda tracker: getattr(tracker.with_timeout(cell.seconds), method)())
+
+
+@pytest.mark.classic
+@pytest.mark.parametrize("consumer", [from_script, from_asyncio])
+@pytest.mark.parametrize("cell", CELLS, indirect=True, ids=lambda cell: "-".join(cell))
+def test_what_came_before_a_fault_is_not_lost_and_the_fault_has_its_signs(cell, consumer, wait_for):
+    cell.tracker = cell.connection.ILTCommandSync if consumer is from_script else cell.connection.ILTCommandAsync
+    cell.call_again = lambda: consumer(cell, "GetReflector")
+    listener = kestrine.WithEvents(cell.tracker, Listener)
     listener.connection = cell.connection
-    return listener
-
-
-def expect(cell, listener, wait_for):
+    try:
+        consumer(cell, CALLS[cell.kind])
+        told = "ok"
+    except kestrine.com_error as error:
+        text = str(error)
+        told = "late" if "timed out" in text else "closed" if "closed" in text else error.number
+    expected = {"call": cell.in_call, "list": "ok"} if consumer is from_script else dict.fromkeys(CALLS, cell.in_asyncio)
+    assert told == (expected[cell.kind] if cell.kind != "stream" else "ok")
     wait_for(lambda: len(listener.heard.rstrip("c")) >= len(cell.heard))
     if cell.letters[-1] not in "RCH":
         cell.peer.hang_up()
     wait_for(lambda: "c" in listener.heard)
     same = sorted if cell.fault == "storm" else str  # a call holds back what can wait
     assert same(listener.heard) == same(cell.heard + "c")
-
-
-@pytest.mark.classic
-@pytest.mark.parametrize("cell", CELLS, indirect=True, ids=lambda cell: "-".join(cell))
-def test_a_script_loses_nothing_that_came_before_the_fault_and_hears_of_it(cell, wait_for):
-    tracker = cell.connection.ILTCommandSync
-    listener = listen(cell, tracker)
-    cell.call_again = tracker.GetReflector
-    try:
-        getattr(tracker, CALLS[cell.kind])()
-        told = "ok"
-    except kestrine.com_error as error:
-        told = outcome(error)
-    assert told == (cell.in_call if cell.kind == "call" else "ok")
-    expect(cell, listener, wait_for)
-
-
-@pytest.mark.classic
-@pytest.mark.parametrize("cell", CELLS, indirect=True, ids=lambda cell: "-".join(cell))
-def test_an_asyncio_program_loses_nothing_that_came_before_the_fault_and_hears_of_it(cell, wait_for):
-    listener = listen(cell, cell.connection.ILTCommandAsync)
-    cell.call_again = lambda: run(cell.connection, lambda tracker: tracker.GetReflector())
-
-    async def work(tracker):
-        try:
-            await getattr(tracker.with_timeout(cell.seconds), CALLS[cell.kind])()
-        except kestrine.com_error as error:
-            return outcome(error)
-        return "ok"
-    assert run(cell.connection, work) == (cell.in_asyncio if cell.kind != "stream" else "ok")
-    expect(cell, listener, wait_for)
