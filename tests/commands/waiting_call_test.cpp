@@ -36,18 +36,6 @@ TEST_F(WaitingCall, OfTheCommandWithTheNumberZeroRefusesASecondOneToo) {
   EXPECT_TRUE(peer.nothing_to_receive());
 }
 
-TEST_F(WaitingCall, EndsWhenItsHostGivesUp) {
-  start();
-  int asked = 0;
-  host::set_give_up_hook([&] { return ++asked == 3; });
-  EXPECT_EQ(told(commands->Initialize()),
-            "80004005 36 Kestrine.LTConnect.1: [7] \"Initialize\" failed  (status:  Unknown status)");
-  EXPECT_EQ(asked, 3);
-  host::set_give_up_hook({});
-  peer.send(answer(VL_C_Park, VL_RS_AllOK));
-  EXPECT_EQ(told(commands->Park()), "ok");
-}
-
 class SlicedCall : public ClientTest {
  protected:
   SlicedCall() : ClientTest(connection::kClassicRules) {}

@@ -57,10 +57,7 @@ class FakeSource final : public connection::ByteSource {
     return last_outcome_ < 0 ? -1 : static_cast<int>(count);
   }
   bool would_block() const override { return last_outcome_ == kWouldBlock; }
-  bool comes_later(int bytes) override {
-    awaited = bytes;
-    return leaves_parts;
-  }
+  bool comes_later(int) override { return false; }
   bool nap(std::int32_t milliseconds) override {
     longest_nap = std::max(longest_nap, milliseconds);
     return ++naps != patience;
@@ -78,8 +75,6 @@ class FakeSource final : public connection::ByteSource {
   int naps = 0;
   std::int32_t longest_nap = 0;
   int patience = -1;  // naps until the wait is given up
-  int awaited = 0;    // bytes
-  bool leaves_parts = false;
   bool open = true;
   bool endless = false;  // a byte for every read once the script is over
   Lines signs;
@@ -161,14 +156,9 @@ TEST_F(PacketReaderTest, AHeaderInTwoPiecesSurvivesWhereverItIsCut) {
   }
 }
 
-TEST_F(PacketReaderTest, AHeaderInThreePiecesIsLostWithTheStreamAndANewStreamBeginsAnew) {
+TEST_F(PacketReaderTest, ANewStreamBeginsAnew) {
   const Bytes sent = filled(16, VL_DT_Command);
-  const auto [first, rest] = cut(sent, 2);
-  const auto [second, third] = cut(rest, 2);
-  EXPECT_TRUE(read({{first}}));
-  EXPECT_TRUE(read({{second}}));
-  expect_read({{third}}, false, {}, {});
-  EXPECT_TRUE(read({{first}}));
+  EXPECT_TRUE(read({{cut(sent, 2).first}}));
   read_without_a_header(28);
   reader.restart();
   read_without_a_header(29);
@@ -247,19 +237,6 @@ TEST_F(PacketReaderTest, TheNapsForTheRestOfAPacketGrowAndEndWhenTheyAreGivenUp)
   expect_read({{most}, none(kWouldBlock, 100)}, false, {}, most);
   EXPECT_EQ(source.longest_nap, 16);
   EXPECT_EQ(std::ranges::count(source.signs, kRecv3), 0);
-}
-
-TEST_F(PacketReaderTest, APacketThatHasComeInPartCanBeLeftUntilItIsWhole) {
-  const Bytes sent = filled(100, VL_DT_MultiMeasResult);
-  for (const std::size_t at : {std::size_t{4}, std::size_t{50}}) {
-    start_over();
-    source.leaves_parts = true;
-    expect_read({seen(cut(sent, at).first)}, true, {}, {});
-    EXPECT_EQ(source.awaited, at < 8 ? 8 : 100);
-    EXPECT_EQ(source.reads, std::vector<int>());
-    source.leaves_parts = false;
-    expect_read({{sent}}, true, {sent}, sent);
-  }
 }
 
 TEST_F(PacketReaderTest, AHeaderIsBadWhenItsPacketDoesNotFitTheBufferOfItsType) {

@@ -335,7 +335,7 @@ TEST_P(FaultMatrix, Cell) {
   const auto& [fault, when] = GetParam();
   const platform::ShortWaits short_waits(100us);
   const std::size_t end = std::min(fault.to, fault.to == kEnd ? numbered(when, 1).size() : fault.to);
-  for (std::size_t at = fault.from; at < end; ++at) run(fault, when, at);
+  for (std::size_t at = fault.from; at < end && !HasFailure(); ++at) run(fault, when, at);
   if (fault.name == std::string("Restart")) {
     peer.reset();
     EXPECT_EQ(connect(), E_FAIL);

@@ -17,7 +17,7 @@ GET_REFLECTOR, GET_TRANSFORMED_POINTS, RELEASE_MOTORS = 41, 75, 8
 CLOSING = kestrine.constants.VL_SSC_ServerClosing
 CLASSIC = kestrine.behaviour() == "classic"
 STORM = 2000
-SHORT, LONG = 0.3, 20  # seconds that a call may take
+SHORT, LONG = 0.2, 20  # seconds that a call may take
 FAULTS = {
     # The server's part, a letter each: packets 0 to 2, h and r the two pieces of packet 1, what is below. Then what comes
     # of a call (as a refusal by number, "late" or "closed"), of an asyncio call, and the packets that arrive.
