@@ -1,4 +1,4 @@
-// The way between library and server over a real socket: packets cut and broken off, and the messages of the hidden
+// The way between library and server over a real socket: packets broken off, and the messages of the hidden
 // window.
 #include "connection/channel.h"
 
@@ -20,24 +20,6 @@ class ChannelTest : public ClientTest {
   }
 };
 
-TEST_F(ChannelTest, APacketCutAnywhereArrivesWhole) {
-  start();
-  for (const Bytes& whole : {answer(VL_C_GoBirdBath, 0), filled(36, VL_DT_ReflectorPosResult)}) {
-    for (std::size_t at = 1; at < whole.size(); ++at) {
-      connection->buffers().set_latest({});
-      peer.run([pieces = cut(whole, at)](ScriptedPeer& server) {
-        server.send(pieces.first);
-        while (!server.client_has_read_all()) std::this_thread::yield();
-        server.send(pieces.second);
-      });
-      ASSERT_TRUE(pump_until([&] { return data() == whole; })) << at;
-    }
-  }
-  EXPECT_EQ(environment.trace_keys(), Lines{"recv6"}) << "for the fragments that are no size field";
-  EXPECT_NE(text_of(environment.directory() / "Kestrine.ini").find("\nrecv6=unecpected packet boundary (peek)\n"),
-            std::string::npos);
-}
-
 TEST_F(ChannelTest, AServerThatLeavesInMidPacketHangsNobody) {
   for (const bool in_good_order : {true, false}) {
     start();
@@ -47,24 +29,12 @@ TEST_F(ChannelTest, AServerThatLeavesInMidPacketHangsNobody) {
     in_good_order ? peer.close() : peer.reset();
     EXPECT_EQ(heard_in_time(2), (Lines{"sync StatusChangeEvent 26", "sync StatusChangeEvent 998"}));
     EXPECT_EQ(data(), most) << "what was read stays readable";
+    EXPECT_NE(text_of(environment.directory() / "Kestrine.ini").find("\nrecv4=unknown socket reading error\n"),
+              std::string::npos);
     EXPECT_EQ(environment.trace_keys(), in_good_order ? Lines({"recv4"}) : Lines({"recv4", "recv3"}));
     EXPECT_EQ(std::ranges::count(environment.beeps, Environment::Beep(250, 10)), 1);
     EXPECT_EQ(environment.beeps.back(), Environment::Beep(1'000, 200));
     commands.reset(), connection.reset();
-  }
-}
-
-TEST_F(ChannelTest, AServerThatLeavesInMidHeaderSpoilsNoLaterConnection) {
-  start();
-  const Bytes whole = answer(VL_C_GoBirdBath, 0);
-  for (const std::size_t count : {3u, 4u, 7u}) {
-    peer.send(cut(whole, count).first);
-    peer.close();
-    EXPECT_EQ(heard_in_time(1), Lines{"sync StatusChangeEvent 998"}) << count;
-    EXPECT_EQ(told(connection->DisconnectEmbeddedSystem()), "ok");
-    connect();
-    receive(whole);
-    EXPECT_EQ(data(), whole) << count;
   }
 }
 

@@ -56,10 +56,7 @@ class FakeSource final : public connection::ByteSource {
     return last_outcome_ < 0 ? -1 : static_cast<int>(count);
   }
   bool would_block() const override { return last_outcome_ == kWouldBlock; }
-  bool comes_later(int bytes) override {
-    awaited = bytes;
-    return leaves_parts;
-  }
+  bool comes_later(int) override { return leaves_parts; }
   bool nap(std::int32_t milliseconds) override {
     longest_nap = std::max(longest_nap, milliseconds);
     ++naps;
@@ -78,7 +75,6 @@ class FakeSource final : public connection::ByteSource {
   int naps = 0;
   std::int32_t longest_nap = 0;
   int patience = -1;  // naps until the wait is given up
-  int awaited = 0;    // bytes
   bool leaves_parts = false;
   bool open = true;
   bool endless = false;  // a byte for every read once the script is over

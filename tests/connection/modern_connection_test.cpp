@@ -118,14 +118,6 @@ TEST_P(SlowLine, BringsTheLargestPacketWhole) {
   EXPECT_EQ(environment.trace_keys(), Lines());
 }
 
-TEST_P(SlowLine, ThatStallsInMidPacketIsLeftWhenTheHostGivesUp) {
-  start();
-  peer.send(cut(filled(1'000, VL_DT_Command), 500).first);
-  host::set_give_up_hook([] { return true; });
-  EXPECT_EQ(told(commands->Initialize()).substr(0, 11), "80004005 36");
-  host::set_give_up_hook({});
-}
-
 INSTANTIATE_TEST_SUITE_P(Behaviour, SlowLine, testing::Values(connection::kClassicRules, connection::kModernRules),
                          [](const auto& rules) { return rules.param.wakes_when_due ? "Modern" : "Classic"; });
 

@@ -79,14 +79,9 @@ TEST_F(PacketReaderTest, AHeaderInTwoPiecesSurvivesWhereverItIsCut) {
   }
 }
 
-TEST_F(PacketReaderTest, AHeaderInThreePiecesIsLostWithTheStreamAndANewStreamBeginsAnew) {
+TEST_F(PacketReaderTest, ANewStreamBeginsAnew) {
   const Bytes sent = filled(16, VL_DT_Command);
-  const auto [first, rest] = cut(sent, 2);
-  const auto [second, third] = cut(rest, 2);
-  EXPECT_TRUE(read({{first}}));
-  EXPECT_TRUE(read({{second}}));
-  expect_read({{third}}, false, {}, {});
-  EXPECT_TRUE(read({{first}}));
+  EXPECT_TRUE(read({{cut(sent, 2).first}}));
   read_without_a_header(28);
   reader.restart();
   read_without_a_header(29);
@@ -165,19 +160,6 @@ TEST_F(PacketReaderTest, TheNapsForTheRestOfAPacketGrowAndEndWhenTheyAreGivenUp)
   expect_read({{most}, none(kWouldBlock, 100)}, false, {}, most);
   EXPECT_EQ(source.longest_nap, 16);
   EXPECT_EQ(std::ranges::count(source.signs, kRecv3), 0);
-}
-
-TEST_F(PacketReaderTest, APacketThatHasComeInPartCanBeLeftUntilItIsWhole) {
-  const Bytes sent = filled(100, VL_DT_MultiMeasResult);
-  for (const std::size_t at : {std::size_t{4}, std::size_t{8}}) {
-    start_over();
-    source.leaves_parts = true;
-    expect_read({seen(cut(sent, at).first)}, true, {}, {});
-    EXPECT_EQ(source.awaited, at < 8 ? 8 : 100);
-    EXPECT_EQ(source.reads, std::vector<int>());
-    source.leaves_parts = false;
-    expect_read({{sent}}, true, {sent}, sent);
-  }
 }
 
 TEST_F(PacketReaderTest, AHeaderIsBadWhenItsPacketDoesNotFitTheBufferOfItsType) {

@@ -78,10 +78,10 @@ class Log:
 class Peer:
     """Takes one client after another. `reply` makes the bytes that follow a request, b"" for none."""
 
-    def __init__(self, reply=lambda request: answer(code_of(request))):
+    def __init__(self, reply=lambda request: answer(code_of(request)), port=0):
         self.reply = reply
         self.requests: list[bytes] = []
-        self._listener = socket.create_server(("127.0.0.1", 0))
+        self._listener = socket.create_server(("127.0.0.1", port))
         self.port = self._listener.getsockname()[1]
         self._client: socket.socket | None = None
         self._thread = threading.Thread(target=self._serve, daemon=True)
@@ -90,8 +90,12 @@ class Peer:
     def send(self, data: bytes) -> None:
         self._client.sendall(data)
 
-    def hang_up(self) -> None:
-        self._client.shutdown(socket.SHUT_RDWR)
+    def hang_up(self, how: int = socket.SHUT_RDWR) -> None:
+        self._client.shutdown(how)
+
+    def reset(self) -> None:
+        self._client.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        self._client.close()
 
     def close(self) -> None:
         self._listener.shutdown(socket.SHUT_RDWR)

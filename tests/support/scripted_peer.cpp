@@ -25,10 +25,13 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 5s;
 constexpr std::size_t kRequestHeader = 12;
 
-// A socket bound to a free port of loopback.
+// A socket bound to that port of loopback; to a free one for 0.
 int bind_port(std::uint16_t& port) {
   const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int on = 1;  // also while connections of the last one there linger
+  ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
   sockaddr_in at{};
+  at.sin_port = htons(port);
   at.sin_family = AF_INET;
   at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   EXPECT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&at), sizeof at), 0) << std::strerror(errno);
@@ -118,7 +121,7 @@ std::uint16_t unused_port() {
   return port;
 }
 
-ScriptedPeer::ScriptedPeer() : listener_(bind_port(port_)) {
+ScriptedPeer::ScriptedPeer(std::uint16_t port) : port_(port), listener_(bind_port(port_)) {
   EXPECT_EQ(::listen(listener_, 8), 0) << std::strerror(errno);
 }
 
@@ -211,6 +214,10 @@ void ScriptedPeer::serve(Reply reply) {
 std::vector<Bytes> ScriptedPeer::requests() const {
   const std::lock_guard lock(requests_lock_);
   return requests_;
+}
+
+void ScriptedPeer::half_close() {
+  ::shutdown(client_, SHUT_WR);
 }
 
 void ScriptedPeer::end_client(bool at_once) {

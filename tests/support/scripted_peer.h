@@ -46,7 +46,7 @@ class ScriptedPeer {
   using Script = std::function<void(ScriptedPeer&)>;
   using Reply = std::function<Bytes(const Bytes& request)>;
 
-  ScriptedPeer();  // at a free port
+  explicit ScriptedPeer(std::uint16_t port = 0);  // at a free port, or where an earlier one was
   ~ScriptedPeer();
   ScriptedPeer(const ScriptedPeer&) = delete;
   ScriptedPeer& operator=(const ScriptedPeer&) = delete;
@@ -82,6 +82,7 @@ class ScriptedPeer {
     if (script_.joinable()) script_.join();
   }
 
+  void half_close();                   // sends nothing any more, and goes on reading
   void close() { end_client(false); }  // in good order
   void reset() { end_client(true); }   // at once: what the client has not read yet is lost
 
