@@ -69,6 +69,9 @@ void Server::serve() {
     client_ = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
     const int on = 1;
     setsockopt(client_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    // An answer that stands behind megabytes of packets would come too late on a slow machine.
+    const int room = 128 * 1024;
+    setsockopt(client_, SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
     serve_client();
     close(client_);
   }
