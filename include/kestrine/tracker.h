@@ -14,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "kestrine/stream.h"
 #include "kestrine/tracker_calls.h"
 
 namespace kestrine {
@@ -64,6 +65,12 @@ class Tracker : public TrackerCalls {
       const kestrine::Packet packet(*connection);
       if (const auto block = ContinuousView<Packet>::of(packet.bytes())) handler(*block);
     });
+  }
+
+  // Measures continuously for as long as the range is gone through (stream.h).
+  template <class Packet = MultiMeasResultT>
+  [[nodiscard]] Stream<Packet> stream(const StreamOptions& options = {}) {
+    return Stream<Packet>(*this, options);
   }
 
   // The interfaces that it stands on.

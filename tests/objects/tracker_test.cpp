@@ -26,6 +26,10 @@ std::optional<Error> error_of(const std::function<void()>& call) {
 
 class TrackerTest : public testing::Test {
  protected:
+  void tell_changes() {
+    tracker.SetSystemSettings(VL_WMS_NotConnected, false, false, true, true, false, false, false, true);
+  }
+
   Environment environment;
   simulator::Simulator simulator{{.time_scale = 0}};
   Tracker tracker{"127.0.0.1", simulator.port()};
@@ -43,10 +47,9 @@ TEST_F(TrackerTest, ReturnsValuesStructsTextsListsAndRecords) {
   EXPECT_EQ(reflectors[2].reflectorName, "Cat's eye 75 mm");
   EXPECT_FALSE(tracker.MeasureStationaryPoint().isTryMode);
   EXPECT_NEAR(tracker.MeasureStationaryPointEx().dVal1, 0.26, 0.01);
-  auto settings = tracker.GetSystemSettings();
-  EXPECT_FALSE(settings.tryMeasurementMode);
-  tracker.SetSystemSettings(settings.weatherMonitorStatus, false, false, true, true, true, true, false, false);
-  EXPECT_TRUE(tracker.GetSystemSettings().tryMeasurementMode);
+  EXPECT_FALSE(tracker.GetSystemSettings().sendUnsolicitedMessages);
+  tell_changes();
+  EXPECT_TRUE(tracker.GetSystemSettings().sendUnsolicitedMessages);
   const auto image = tracker.GetStillImage(VL_SI_Jpeg);
   EXPECT_EQ(image.fileData.size(), static_cast<std::size_t>(image.fileSize));
   EXPECT_EQ(image.fileData[0], 0xFF);
@@ -64,16 +67,17 @@ TEST_F(TrackerTest, ThrowsWhatFailedWhereAndOnceClosed) {
   EXPECT_EQ(error_of([&] { static_cast<void>(tracker.GetTransformedPoints()); })->status(), VL_RS_UsageConflict);
   Tracker other = std::move(tracker);
   EXPECT_FALSE(tracker.is_connected());
-  EXPECT_TRUE(error_of([&] { tracker.ReleaseMotors(); }));
-  other.ReleaseMotors();
+  EXPECT_TRUE(error_of([&] { static_cast<void>(tracker.GetUnits()); }));
+  EXPECT_EQ(other.GetUnits().lengthUnit, VL_LU_Meter);
   other = Tracker("localhost", simulator.port());
   EXPECT_EQ(other.host(), "localhost");
   other.close();
-  EXPECT_TRUE(error_of([&] { other.ReleaseMotors(); }));
+  EXPECT_TRUE(error_of([&] { other.Initialize(); }));
 }
 
 TEST_F(TrackerTest, CallsHandlersAsLongAsTheirHandlesLive) {
   tracker.Initialize();
+  tell_changes();
   tracker.SetMeasurementMode(VL_MM_ContinuousTime);
   tracker.SetContinuousTimeModeParams(1, 100, false, VL_RT_Sphere);
   std::size_t points = 0;
@@ -87,6 +91,25 @@ TEST_F(TrackerTest, CallsHandlersAsLongAsTheirHandlesLive) {
   tracker.StartContinuousPointMeasurement();
   EXPECT_TRUE(pump_until([&] { return std::ranges::count(changes, VL_SSC_MeasurementCountReached) == 2; }));
   EXPECT_EQ(points, 100u);
+}
+
+TEST_F(TrackerTest, StreamsForATimeOrANumberOfPointsOrUntilTheStreamIsLeft) {
+  using namespace std::chrono_literals;
+  tracker.Initialize();
+  const auto points_of = [&](const StreamOptions& options) {
+    std::size_t points = 0;
+    for (const auto& block : tracker.stream(options)) points += block.size();
+    return points;
+  };
+  EXPECT_EQ(points_of({.interval = 1ms, .points = 2'500}), 2'500u);
+  EXPECT_GT(points_of({.interval = 1ms, .duration = 20ms}), 0u);
+  for (const auto& block : tracker.stream({.interval = 1ms})) {
+    EXPECT_EQ(block[0].lTime1, 0);
+    break;
+  }
+  EXPECT_GT(points_of({.duration = 1ms}), 0u) << "the mode stays as it is";
+  tracker.SetMeasurementMode(VL_MM_Stationary);
+  EXPECT_TRUE(error_of([&] { static_cast<void>(points_of({})); }));
 }
 
 TEST(TrackerWarnings, AreToldAndTheResultsAreGood) {
@@ -104,9 +127,9 @@ TEST(TrackerWarnings, AreToldAndTheResultsAreGood) {
   Tracker tracker("127.0.0.1", peer.port());
   int warnings = 0;
   tracker.on_warning([&](const Error& warning) { warnings += warning.status() == VL_RS_Parameter1OutOfRangeOK; });
-  EXPECT_EQ(tracker.GetUnits().lenUnitType, VL_LU_Foot);
+  EXPECT_EQ(tracker.GetUnits().lengthUnit, VL_LU_Foot);
   EXPECT_EQ(tracker.last_warning()->command(), VL_C_GetUnits);
-  EXPECT_EQ(tracker.GetUnits().lenUnitType, VL_LU_Foot);
+  EXPECT_EQ(tracker.GetUnits().lengthUnit, VL_LU_Foot);
   EXPECT_FALSE(tracker.last_warning());
   EXPECT_EQ(warnings, 1);
 }

@@ -13,7 +13,12 @@
 #include "kestrine/kestrine.h"
 #include "kestrine/tracker_events.h"
 
-namespace kestrine::detail {
+namespace kestrine {
+
+template <class Packet>
+class Stream;
+
+namespace detail {
 
 inline VARIANT_BOOL flag(bool on) {
   return on ? VARIANT_TRUE : VARIANT_FALSE;
@@ -56,6 +61,9 @@ class TrackerCore {
   void on_warning(std::function<void(const Error&)> handler) { warned_ = std::move(handler); }
 
  protected:
+  template <class Packet>
+  friend class kestrine::Stream;
+
   TrackerCore(const std::string& host, std::uint16_t port) : host_(host) {
     host::set_behaviour(host::Behaviour::kModern);
     connection_ = create<ILTConnect>(CLSID_LTConnect);
@@ -131,4 +139,5 @@ class TrackerCore {
   std::function<void(const Error&)> warned_;
 };
 
-}  // namespace kestrine::detail
+}  // namespace detail
+}  // namespace kestrine
