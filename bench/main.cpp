@@ -40,6 +40,8 @@ void print(const kestrine::bench::Report& report) {
   report.ratio("same, probe", "ProbeBlockCopy", "ProbeBlockColumns");
   report.ratio("copy : columns, a recording read", "RecordingCopy", "RecordingColumns");
   report.ratio("copy : columns, a recording collected", "CollectedCopy", "CollectedColumns");
+  std::printf("kestrine::Tracker: what a member costs beyond the operation of the interface\n");
+  report.beyond("GetUnits", "UnitsOfTracker", "UnitsOfInterface", 1);
   std::printf("Scripts: what a call by name costs beyond the typed one, its name looked up each time\n");
   report.beyond("GetConstant", "ConstantByName", "ConstantTyped", 1);
   report.beyond("ContinuousProbeDataGetAt", "ProbeByName", "ProbeTyped", 1);

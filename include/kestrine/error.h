@@ -6,6 +6,7 @@
 #include <string>
 
 #include "kestrine/component.h"
+#include "kestrine/enums.h"
 #include "kestrine/pointer.h"
 #include "kestrine/text.h"
 
@@ -34,13 +35,30 @@ class Error : public std::exception {
   const std::u16string& text() const { return text_; }
   const std::u16string& source() const { return source_; }  // such as "Kestrine.LTConnect.1"
   const char* what() const noexcept override { return what_.c_str(); }
+  // The server's status, where the number is one; VL_RS_Unknown for a failure of the library's own.
+  VL_ResultStatus status() const {
+    const bool own = number_ <= 0 || number_ >= kFirstOwnNumber;
+    return own ? VL_RS_Unknown : static_cast<VL_ResultStatus>(number_);
+  }
+  // Which command of which host has failed, where that is known: VL_C_Unknown and nothing otherwise.
+  VL_Command command() const { return command_; }
+  const std::string& host() const { return host_; }
+  Error&& of(VL_Command command, std::string host) && {
+    command_ = command;
+    host_ = std::move(host);
+    return std::move(*this);
+  }
 
  private:
+  static constexpr std::int32_t kFirstOwnNumber = 40001;
+
   HRESULT code_;
   std::int32_t number_;
   std::u16string text_;
   std::u16string source_;
   std::string what_;
+  VL_Command command_ = VL_C_Unknown;
+  std::string host_;
 };
 
 // The thread's error information, taken out of its slot, as an exception for `code`.

@@ -29,10 +29,17 @@ class Examples(unittest.TestCase):
         self.assertEqual((process.returncode, errors), (0, ""))
         return out
 
-    def test_measures_a_point(self):
-        out = self.run_to_end("measure_point")
-        self.assertEqual(len(out.split()), 3)
-        self.assertAlmostEqual(float(out.split()[0]), 0.26, places=4)
+    def test_measure_points(self):
+        for name, points in ("measure_point", 1), ("measure_ten_points", 10):
+            lines = self.run_to_end(name).splitlines()
+            self.assertEqual(len(lines), points)
+            self.assertAlmostEqual(float(lines[-1].split()[0]), 0.26, places=4)
+
+    def test_writes_a_stream(self):
+        header, *lines = self.run_to_end("stream_to_csv").splitlines()
+        times = [float(line.split(",")[0]) for line in lines]
+        self.assertEqual((header, times), ("time,x,y,z", sorted(times)))
+        self.assertGreater(times[-1], 9.9)
 
     def test_reacts_to_the_events_of_a_stream(self):
         counts = [int(line.split()[0]) for line in self.run_to_end("react_to_events").splitlines()]
@@ -48,7 +55,7 @@ class Examples(unittest.TestCase):
     def test_says_what_failed(self):
         self.simulator.terminate()
         self.simulator.wait(10)
-        for name in ("measure_point", "react_to_events", "poll_loop"):
+        for name in ("measure_ten_points", "stream_to_csv", "measure_point", "react_to_events", "poll_loop"):
             process = self.start(name)
             out, errors = process.communicate(timeout=30)
             self.assertEqual((process.returncode, out), (1, ""))

@@ -1,7 +1,7 @@
 """One entry for each generated file."""
 
 from . import (accessors, catalogue, enums, events, interfaces, library, methods, python, records, requests, test_members,
-               texts)
+               texts, tracker)
 
 WRITERS = {
     "python/kestrine/_constants.pyi": python.write_constants,
@@ -13,6 +13,8 @@ WRITERS = {
     "include/kestrine/events.h": events.write,
     "include/kestrine/interfaces.h": interfaces.write,
     "include/kestrine/records.h": records.write,
+    "include/kestrine/tracker_calls.h": tracker.write_calls,
+    "include/kestrine/tracker_events.h": tracker.write_events,
     "src/commands/typed_methods.h": methods.write,
     "src/connection/packet_accessors.h": accessors.write,
     "src/objects/class_names.h": library.write_classes,

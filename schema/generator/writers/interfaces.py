@@ -29,7 +29,7 @@ def write(schema: Schema) -> str:
     parts = [_identifier(identifier) for identifier in schema.identifiers]
     parts += ["", _interfaces("ILTConnect", _CONNECT_COMMENT, [(each, each.doc) for each in schema.connect_members]),
               _interfaces("ILTCommandSync", _SYNC_COMMENT,
-                          [(each, _sync_doc(each, keys)) for each in schema.sync_methods]),
+                          [(each, sync_doc(each, keys)) for each in schema.sync_methods]),
               _interfaces("ILTCommandAsync", _ASYNC_COMMENT, _async_docs(schema)), "namespace kestrine {\n"]
     parts += [f"template <>\nstruct InterfaceId<{name}> {{\n"
               f"  static constexpr const IID& value = IID_{name};\n}};\n"
@@ -64,7 +64,7 @@ def _slot(member: Member, doc: str) -> str:
     return f"  // {member.dispid}. {doc}\n{comment(units_note(member.parameters), '  ')}{declared}" if doc else declared
 
 
-def _sync_doc(member: Method, keys: dict[str, str]) -> str:
+def sync_doc(member: Method, keys: dict[str, str]) -> str:
     parts = []
     if member.command:
         wait = keys.get(member.wait, "sends only; the items arrive as events")
