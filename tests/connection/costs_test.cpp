@@ -83,7 +83,7 @@ TEST_F(Costs, OfACallAreOneSendOneWaitAndOneRead) {
 
 TEST_F(Costs, OfReceivingAreOneReadForHundredsOfSmallPacketsAndForALargeOne) {
   start();
-  for (const std::size_t packets : {1'000, 20}) {
+  for (const std::size_t packets : {1'000u, 20u}) {
     const bool small = packets == 1'000;
     const Bytes one = small ? packet(36, VL_DT_ReflectorPosResult) : packet(100'000, VL_DT_MultiMeasResult);
     Bytes stream = one;
