@@ -11,6 +11,10 @@ using namespace kestrine::test;
 
 namespace {
 
+std::uint8_t byte(std::size_t value) {
+  return static_cast<std::uint8_t>(value);
+}
+
 void write(const Bytes& bytes) {
   static int written = 0;
   std::ofstream(std::to_string(++written)).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
@@ -22,7 +26,6 @@ void write(const std::vector<Bytes>& steps, std::int32_t number) {
   Bytes numbers;
   for (const Bytes& each : steps) {
     bytes = bytes + each;
-    const auto byte = [](std::size_t value) { return static_cast<std::uint8_t>(value); };
     const auto named = static_cast<std::size_t>(number);
     numbers = Bytes{byte(each.size()), byte(each.size() >> 8), byte(named), byte(named >> 8), 0x80} + numbers;
   }
@@ -81,12 +84,7 @@ int main(int, char** arguments) {
     write({bytes}, 2);
   }
   // Members by their place, behind the object and the behaviour.
-  for (std::uint8_t object = 0; object < 3; ++object) {
-    for (std::uint8_t member = 0; member < 255; ++member) {
-      write(Bytes{member, object, 0});
-      write(Bytes{member, object, 1});
-    }
-  }
+  for (std::size_t i = 0; i < 255 * 3 * 2; ++i) write(Bytes{byte(i % 255), byte(i / 255 % 3), byte(i / 255 / 3)});
   for (const std::string text :
        {"Settings\\ Other\\ [Settings]\nOther=1\n\n[S]\r\nA = 9", "A\\\\B\\ C\\ ;\n[A\\B]\n@=1\nC=x\n"}) {
     for (const Bytes& kind : {Bytes{0}, Bytes{1}}) write(Bytes(text.begin(), text.end()) + kind);

@@ -4,39 +4,32 @@
 namespace kestrine::test {
 namespace {
 
-Bytes point(std::int32_t type, double value, std::int32_t status = 0) {
-  Bytes bytes = packet(type == VL_DT_SingleMeasResult ? 156 : 204, type);
-  put_i32(bytes, 8, status);
-  put_f64(bytes, 20, value);
-  return bytes;
-}
-
 class Measurement : public ClientTest {
  protected:
-  // The start of what a point measurement told; its value is in `result`.
+  // The start of what a point measurement told; its value is in `point`.
   std::string measure() {
-    const std::string outcome = told(commands->MeasureStationaryPointEx(&result));
+    const std::string outcome = told(commands->MeasureStationaryPointEx(&point));
     return outcome.substr(0, outcome.find(" Kestrine"));
   }
-  SingleMeasResultT result;
-  SingleMeasResult2T result2;
+  SingleMeasResultT point;
+  SingleMeasResult2T point2;
 };
 
 TEST_F(Measurement, WaitsForTheResultAndNotForItsAcknowledgement) {
   start();
   const auto acknowledged = [&](std::int32_t command) {
     peer.send(answer(command, 0));
-    later([&] { peer.send(point(VL_DT_SingleMeasResult, 3.25)); }, 25);
+    later([&] { peer.send(result(VL_DT_SingleMeasResult, 0, 3.25)); }, 25);
   };
   acknowledged(VL_C_StartMeasurement);
   EXPECT_EQ(measure(), "ok");
   EXPECT_EQ(sent(), std::vector<std::int32_t>{VL_C_StartMeasurement});
-  EXPECT_EQ(double{result.dVal1}, 3.25);
-  result = {};
+  EXPECT_EQ(double{point.dVal1}, 3.25);
+  point = {};
   acknowledged(VL_C_GoAndMeasure);
-  EXPECT_EQ(told(commands->GoAndMeasureStationaryPointEx(1, 2, 3, &result)), "ok");
+  EXPECT_EQ(told(commands->GoAndMeasureStationaryPointEx(1, 2, 3, &point)), "ok");
   EXPECT_EQ(sent().size(), 7u);
-  EXPECT_EQ(double{result.dVal1}, 3.25);
+  EXPECT_EQ(double{point.dVal1}, 3.25);
   EXPECT_EQ(heard(), Lines{});  // the calls consumed what came
 }
 
@@ -48,19 +41,19 @@ TEST_F(Measurement, EndsWithItsRefusalAndLeavesTheOutputsAlone) {
     std::string outcome;
   } cases[] = {
       {"refusal", answer(VL_C_StartMeasurement, 1), "80004005 1"},
-      {"failed result", answer(VL_C_StartMeasurement, 0) + point(VL_DT_SingleMeasResult, 9, 1), "80004005 1"},
+      {"failed result", answer(VL_C_StartMeasurement, 0) + result(VL_DT_SingleMeasResult, 1, 9), "80004005 1"},
       {"error packet", answer(VL_C_StartMeasurement, 1, VL_DT_Error), "80004005 1"},
       {"another answer", answer(VL_C_Park, 0), "80004005 36"},
       {"an acknowledgement that comes twice", answer(VL_C_StartMeasurement, 0) + answer(VL_C_StartMeasurement, 0),
        "80004005 36"},
       {"closing", status_change(997), "80004005 36"},
   };
-  deliver(point(VL_DT_SingleMeasResult, 5));  // an old result, never to be handed out as a new one
+  deliver(result(VL_DT_SingleMeasResult, 0, 5));  // an old result, never to be handed out as a new one
   for (const auto& [what, bytes, outcome] : cases) {
-    result.dVal1 = -1;
+    point.dVal1 = -1;
     peer.send(bytes);
     EXPECT_EQ(measure(), outcome) << what;
-    EXPECT_EQ(double{result.dVal1}, -1) << what;
+    EXPECT_EQ(double{point.dVal1}, -1) << what;
   }
 }
 
@@ -93,23 +86,23 @@ TEST_F(Measurement, NeedsAResultOfItsOwnLayoutUnlessTheTestIsSuppressed) {
   start();
   const auto outcomes = [&] {
     Lines all;
-    peer.send(point(VL_DT_SingleMeasResult2, 1.5));
-    all.push_back(told(commands->MeasureStationaryPointEx(&result)));
-    peer.send(packet(376, VL_DT_StationaryProbeMeasResult));
-    all.push_back(told(commands->GoAndMeasureStationaryPoint2Ex(1, 2, 3, &result2)));
+    peer.send(result(VL_DT_SingleMeasResult2, 0, 1.5));
+    all.push_back(told(commands->MeasureStationaryPointEx(&point)));
+    peer.send(result(VL_DT_StationaryProbeMeasResult));
+    all.push_back(told(commands->GoAndMeasureStationaryPoint2Ex(1, 2, 3, &point2)));
     return all;
   };
   const std::string unfit =
       "80004005 40006 Kestrine.LTConnect.1: Current Statistic Mode not suitable for this Function";
-  result.dVal1 = result2.dVal1 = -1;
+  point.dVal1 = point2.dVal1 = -1;
   EXPECT_EQ(outcomes(), (Lines{unfit, unfit}));
-  EXPECT_EQ(double{result.dVal1}, -1);
-  EXPECT_EQ(double{result2.dVal1}, -1);
+  EXPECT_EQ(double{point.dVal1}, -1);
+  EXPECT_EQ(double{point2.dVal1}, -1);
   environment.set(u"SuppressStatisticModeErrors", 1);
   commands.reset(), connection.reset();
   start();
   EXPECT_EQ(outcomes(), (Lines{"ok", "ok"}));
-  EXPECT_EQ(double{result.dVal1}, 1.5);
+  EXPECT_EQ(double{point.dVal1}, 1.5);
 }
 
 TEST(ModeCheck, KeepsBackTheMeasurementsThatDoNotFitTheMode) {

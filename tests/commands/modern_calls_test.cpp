@@ -13,27 +13,17 @@ class ModernCalls : public ClientTest {
  protected:
   ModernCalls() : ClientTest(connection::kModernRules) {}
 
-  static Bytes reflector(std::int32_t id, std::int32_t status = 0) {
-    Bytes bytes = packet(20, VL_DT_Command);
-    put_i32(bytes, 8, VL_C_GetReflector);
-    put_i32(bytes, 12, status);
-    put_i32(bytes, 16, id);
-    return bytes;
-  }
-  static Bytes point(double x) {
-    Bytes bytes = packet(156, VL_DT_SingleMeasResult);
-    put_f64(bytes, 20, x);
-    return bytes;
-  }
+  static Bytes reflector(std::int32_t id) { return answer_with(VL_C_GetReflector, id); }
+  static Bytes point(double x) { return result(VL_DT_SingleMeasResult, 0, x); }
   std::string get_reflector() {
     std::int32_t id = -1;
     const std::string outcome = told(commands->GetReflector(&id));
     return outcome == "ok" ? std::to_string(id) : outcome.substr(0, 11);
   }
   std::string measure() {
-    SingleMeasResultT result{};
-    const std::string outcome = told(commands->MeasureStationaryPointEx(&result));
-    return outcome == "ok" ? std::to_string(static_cast<int>(result.dVal1)) : outcome.substr(0, 11);
+    SingleMeasResultT measured{};
+    const std::string outcome = told(commands->MeasureStationaryPointEx(&measured));
+    return outcome == "ok" ? std::to_string(static_cast<int>(measured.dVal1)) : outcome.substr(0, 11);
   }
 };
 
@@ -43,7 +33,7 @@ TEST_F(ModernCalls, EndByTheirOwnAnswerAnErrorOrTheLinkUnderEveryNotification) {
       {"the answer to another command", {answer(VL_C_Park, 0), "7"}},
       {"a refusal of another command", {answer(VL_C_Park, 1), "7"}},
       {"the items of a list", {packet(116, VL_DT_Command), "7"}},
-      {"its refusal", {reflector(9, 1), "80004005 1 "}},
+      {"its refusal", {answer(VL_C_GetReflector, 1), "80004005 1 "}},
       {"an error that names it", {answer(VL_C_GetReflector, 3, VL_DT_Error), "80004005 3 "}},
       {"an error that names no command", {answer(VL_C_Unknown, 4, VL_DT_Error), "80004005 4 "}},
       {"an error that names another", {answer(VL_C_Park, 5, VL_DT_Error), "7"}},
@@ -73,24 +63,10 @@ TEST_F(ModernCalls, EndByTheirTimerAndByTheLinkWithoutEvents) {
   EXPECT_EQ(get_reflector(), "80004005 36");
 }
 
-TEST_F(ModernCalls, TakeTheAnswerToTheirOwnRequest) {
-  start(kBoth);
-  async_commands->GetReflector();
-  peer.send(reflector(1) + reflector(2));
-  EXPECT_EQ(get_reflector(), "2") << "the first one is the sender's";
-  later([&] { engine().cancel_wait(); });
-  EXPECT_EQ(get_reflector(), "80004005 36");
-  peer.send(reflector(3) + reflector(4));
-  EXPECT_EQ(get_reflector(), "4") << "the first one is late, of the call that was given up";
-}
-
 TEST_F(ModernCalls, TakeTheResultOfTheirOwnMeasurement) {
   start(kBoth);
   const Bytes good = answer(VL_C_StartMeasurement, 0);
   const Bytes refusal = answer(VL_C_StartMeasurement, 1);
-  async_commands->MeasureStationaryPoint();
-  peer.send(good + good + point(1) + point(2));
-  EXPECT_EQ(measure(), "2");
   async_commands->MeasureStationaryPoint();
   peer.send(good + refusal + point(3));
   EXPECT_EQ(measure(), "80004005 1 ") << "the first one goes on";

@@ -6,45 +6,22 @@
 namespace kestrine::test {
 namespace {
 
-class OwnOutcome : public ClientTest, public testing::WithParamInterface<connection::Rules> {
- protected:
-  OwnOutcome() : ClientTest(GetParam()) {}
-
-  static Bytes identifier(std::int32_t command, std::int32_t id) {
-    Bytes bytes = packet(20, VL_DT_Command);
-    put_i32(bytes, 8, command);
-    put_i32(bytes, 16, id);
-    return bytes;
-  }
-};
+class OwnOutcome : public BothBehaviours {};
 
 TEST_P(OwnOutcome, IsNotThatOfACallWhichItsOwnAnswersHandlerMakes) {
   start(kBoth);
-  std::int32_t reflector = 0, probe = 0;
-  async_listener->handler = [&](DISPID) {
-    async_listener->handler = {};
-    peer.send(identifier(VL_C_GetProbe, 2));
-    EXPECT_EQ(told(commands->GetProbe(&probe)), "ok");
-    return S_OK;
-  };
-  peer.send(identifier(VL_C_GetReflector, 1));
-  EXPECT_EQ(told(commands->GetReflector(&reflector)), "ok");
-  EXPECT_EQ(reflector, 1);
-  EXPECT_EQ(probe, 2);
-}
-
-TEST_P(OwnOutcome, IsARefusalAlsoWhenAHandlerSucceeds) {
-  start(kBoth);
-  VL_TrackerStatus status{};
-  async_listener->handler = [&](DISPID) {
-    async_listener->handler = {};
-    peer.send(identifier(VL_C_GetTrackerStatus, 1));
-    EXPECT_EQ(told(commands->GetTrackerStatus(&status)), "ok");
-    return S_OK;
-  };
-  peer.send(answer(VL_C_Initialize, 1));
-  EXPECT_EQ(told(commands->Initialize()).substr(0, 11), "80004005 1 ");
-  EXPECT_EQ(status, 1);
+  for (const bool refused : {false, true}) {
+    std::int32_t reflector = 0, probe = 0;
+    async_listener->handler = [&](DISPID) {
+      async_listener->handler = {};
+      peer.send(answer_with(VL_C_GetProbe, 2));
+      EXPECT_EQ(told(commands->GetProbe(&probe)), "ok");
+      return S_OK;
+    };
+    peer.send(refused ? answer(VL_C_GetReflector, 1) : answer_with(VL_C_GetReflector, 1));
+    EXPECT_EQ(told(commands->GetReflector(&reflector)).substr(0, 11), refused ? "80004005 1 " : "ok");
+    EXPECT_TRUE(probe == 2 && (refused || reflector == 1)) << probe << " and " << reflector;
+  }
 }
 
 TEST_P(OwnOutcome, IsReturnedBeforeHeldBackEventsAreFired) {
@@ -54,7 +31,7 @@ TEST_P(OwnOutcome, IsReturnedBeforeHeldBackEventsAreFired) {
     if (id == protocol::sync_event::ExceptionEvent) return S_OK;
     EXPECT_TRUE(returned);
     VL_TrackerStatus status{};
-    peer.send(identifier(VL_C_GetTrackerStatus, 1));
+    peer.send(answer_with(VL_C_GetTrackerStatus, 1));
     EXPECT_EQ(told(commands->GetTrackerStatus(&status)), "ok");
     sync_listener->handler = {};
     return S_OK;
@@ -69,8 +46,7 @@ TEST_P(OwnOutcome, IsReturnedBeforeHeldBackEventsAreFired) {
   EXPECT_EQ(heard().front(), "sync StatusChangeEvent 17");
 }
 
-INSTANTIATE_TEST_SUITE_P(Behaviour, OwnOutcome, testing::Values(connection::kClassicRules, connection::kModernRules),
-                         [](const auto& rules) { return rules.param.wakes_when_due ? "Modern" : "Classic"; });
+INSTANTIATE_TEST_SUITE_P(Behaviour, OwnOutcome, kBehaviours, behaviour_name);
 
 }  // namespace
 }  // namespace kestrine::test

@@ -102,20 +102,5 @@ TEST_F(WaitingCall, SurvivesADisconnectFromInsideAHandlerUntilItsTimeout) {
   EXPECT_TRUE(peer.client_leaves());
 }
 
-TEST_F(WaitingCall, OutlivesTheLastReferencesDroppedByAHandler) {
-  start();
-  ILTCommandSync* const object = commands.get();
-  sync_listener->handler = [&](DISPID) {
-    commands.reset();
-    connection.reset();
-    return S_OK;
-  };
-  peer.send(status_change(VL_SSC_MeasStatus_Busy) + answer(VL_C_ReleaseMotors, 0));
-  EXPECT_EQ(told(object->ReleaseMotors()), "ok");
-  EXPECT_EQ(generation.connection(), nullptr);
-  EXPECT_EQ(generation.objects().sync(), nullptr);
-  EXPECT_TRUE(peer.client_leaves());
-}
-
 }  // namespace
 }  // namespace kestrine::test

@@ -205,13 +205,10 @@ TEST_F(CommandRosterTest, ConnectionsThatComeAndGoLeaveNoWindowsBehind) {
   EXPECT_EQ(std::ranges::count_if(windows, platform::is_window), 0);
 }
 
-class HousekeepingTest : public ClientTest, public testing::WithParamInterface<connection::Rules> {
- protected:
-  HousekeepingTest() : ClientTest(GetParam()) {}
-};
+class HousekeepingTest : public BothBehaviours {};
 
 TEST_P(HousekeepingTest, DropsAnObjectThatIsTooYoungWithAWarningOrNone) {
-  const bool keeps = GetParam().connections_stand_for_themselves;
+  const bool keeps = is_modern(GetParam());
   connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   Pointer<IUnknown> object;
   EXPECT_EQ(connection->get_ILTCommandSync(object.put()), S_OK);
@@ -222,9 +219,7 @@ TEST_P(HousekeepingTest, DropsAnObjectThatIsTooYoungWithAWarningOrNone) {
   environment.message_boxes.clear();
 }
 
-INSTANTIATE_TEST_SUITE_P(Behaviour, HousekeepingTest,
-                         testing::Values(connection::kClassicRules, connection::kModernRules),
-                         [](const auto& rules) { return rules.param.wakes_when_due ? "Modern" : "Classic"; });
+INSTANTIATE_TEST_SUITE_P(Behaviour, HousekeepingTest, kBehaviours, behaviour_name);
 
 }  // namespace
 }  // namespace kestrine::test

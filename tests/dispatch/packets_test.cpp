@@ -4,8 +4,8 @@
 namespace kestrine::test {
 namespace {
 
-Bytes result(std::int32_t type, std::int32_t size, std::int32_t mode) {
-  Bytes bytes = packet(size, type);
+Bytes result_in(std::int32_t mode, std::int32_t type) {
+  Bytes bytes = result(type);
   put_i32(bytes, 12, mode);
   return bytes;
 }
@@ -88,7 +88,7 @@ TEST_F(Packets, ResultsThatACallConsumedAreKeptFromTheSynchronousInterfaceOnlyWh
     connection->measurement().set_mode(mode);
     connection->measurement().on_start_sent();
     engine().begin_wait(VL_C_StartMeasurement);
-    EXPECT_EQ(of(result(VL_DT_SingleMeasResult, 156, mode)).size(), mode == 0 ? 1u : 2u);
+    EXPECT_EQ(of(result_in(mode, VL_DT_SingleMeasResult)).size(), mode == 0 ? 1u : 2u);
     EXPECT_FALSE(engine().is_answer_pending());
     EXPECT_TRUE(connection->measurement().is_start_acknowledged());
   }
@@ -101,7 +101,7 @@ TEST_F(Packets, ResultsOfAProbeSetTheLegacyFlagAndEndACall) {
     connection->measurement().on_start_sent();
     engine().begin_wait(VL_C_StartMeasurement);
     const std::size_t events = mode == VL_MM_6DStationary ? 1 : 2;  // a call that consumes it changes nothing
-    EXPECT_EQ(of(result(VL_DT_StationaryProbeMeasResult, 376, mode)).size(), events) << mode;
+    EXPECT_EQ(of(result_in(mode, VL_DT_StationaryProbeMeasResult)).size(), events) << mode;
     EXPECT_FALSE(engine().is_answer_pending());
     EXPECT_TRUE(connection->measurement().is_start_acknowledged());
     connection->measurement().set_mode(VL_MM_Stationary);

@@ -178,12 +178,7 @@ class FaultMatrix : public testing::TestWithParam<std::pair<Fault, When>> {
   }
   ~FaultMatrix() override { host::set_give_up_hook({}); }
 
-  static Bytes reflector(std::int32_t id) {
-    Bytes bytes = packet(20, VL_DT_Command);
-    put_i32(bytes, 8, VL_C_GetReflector);
-    put_i32(bytes, 16, id);
-    return bytes;
-  }
+  static Bytes reflector(std::int32_t id) { return answer_with(VL_C_GetReflector, id); }
   static Bytes numbered(When when, std::int32_t number) {
     if (when == When::kWaitingCall) return number == 1 ? reflector(7) : status_change(kFirstChange + number);
     if (when == When::kStream) {

@@ -305,14 +305,6 @@ TEST_F(SocketTest, AGreetingFollowedByAResetIsNotLostToALateLook) {
   EXPECT_EQ(receive_text(socket_, 9), "hello");
 }
 
-TEST_F(SocketTest, SendingToAClosedPeerIsAnErrorNotASignal) {
-  connect();
-  peer_.reset();
-  EXPECT_TRUE(pump_until([&] { return send_bytes(socket_, "x", 1) == -1; }));
-  EXPECT_EQ(last_socket_error(), kErrorConnectionReset);
-  EXPECT_EQ(send_bytes(socket_, "x", 1), -1);
-}
-
 TEST_F(SocketTest, HandlesStayClearOfTheStandardStreams) {
   const int kept = ::dup(0);
   ::close(0);

@@ -122,4 +122,17 @@ class ClientTest : public testing::Test, private platform::WindowProcedure {
   std::uint64_t next_task_ = 1;
 };
 
+inline bool is_modern(const connection::Rules& rules) {
+  return rules.connections_stand_for_themselves;
+}
+inline std::string behaviour_name(const testing::TestParamInfo<connection::Rules>& rules) {
+  return is_modern(rules.param) ? "Modern" : "Classic";
+}
+inline const auto kBehaviours = testing::Values(connection::kClassicRules, connection::kModernRules);
+
+class BothBehaviours : public ClientTest, public testing::WithParamInterface<connection::Rules> {
+ protected:
+  BothBehaviours() : ClientTest(GetParam()) {}
+};
+
 }  // namespace kestrine::test

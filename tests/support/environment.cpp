@@ -3,10 +3,8 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 
 #include "kestrine/error.h"
 #include "kestrine/host.h"
@@ -52,14 +50,11 @@ void Environment::set(std::u16string_view key, std::int32_t value, std::u16strin
   EXPECT_TRUE(platform::write_profile_string(section, key, text, u"Kestrine.ini"));
 }
 
-std::vector<std::string> Environment::trace_keys() const {
+std::string Environment::traces() const {
   const std::string text = text_of(directory_ / "Kestrine.ini");
-  std::istringstream traces(text.substr(std::min(text.find("[SocketError]"), text.size())));
-  std::vector<std::string> keys;
-  for (std::string line; std::getline(traces, line);) {
-    if (const std::size_t equals = line.find('='); equals != line.npos) keys.push_back(line.substr(0, equals));
-  }
-  return keys;
+  const std::string_view title = "[SocketError]\n";
+  const std::size_t at = text.find(title);
+  return at == text.npos ? "" : text.substr(at + title.size());
 }
 
 }  // namespace kestrine::test

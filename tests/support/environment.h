@@ -29,8 +29,8 @@ class Environment {
   const std::filesystem::path& directory() const { return directory_; }  // of its own, gone with it
   // In Kestrine.ini.
   void set(std::u16string_view key, std::int32_t value, std::u16string_view section = u"Settings");
-  // The keys of section SocketError, the last in the file, in the order in which they were first written.
-  std::vector<std::string> trace_keys() const;
+  // What section SocketError holds, the last in the file.
+  std::string traces() const;
 
   using Beep = std::pair<std::uint32_t, std::uint32_t>;  // hertz, milliseconds
   std::vector<Beep> beeps;

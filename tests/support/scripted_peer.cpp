@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <utility>
 
 #include "kestrine/wire.h"
@@ -77,6 +78,24 @@ Bytes answer(std::int32_t command, std::int32_t status, std::int32_t type) {
   Bytes bytes = packet(16, type);
   put_i32(bytes, 8, command);
   put_i32(bytes, 12, status);
+  return bytes;
+}
+
+Bytes answer_with(std::int32_t command, std::int32_t number) {
+  Bytes bytes = answer(command, 0) + Bytes(4);
+  put_i32(bytes, 0, 20);
+  put_i32(bytes, 16, number);
+  return bytes;
+}
+
+Bytes result(std::int32_t type, std::int32_t status, double value) {
+  const std::map<std::int32_t, std::int32_t> sizes = {{VL_DT_SingleMeasResult, 156},
+                                                      {VL_DT_SingleMeasResult2, 204},
+                                                      {VL_DT_StationaryProbeMeasResult, 376},
+                                                      {VL_DT_TiltraResult, 40}};
+  Bytes bytes = packet(sizes.at(type), type);
+  put_i32(bytes, 8, status);
+  put_f64(bytes, 20, value);
   return bytes;
 }
 

@@ -29,6 +29,10 @@ Bytes packet(std::int32_t size, std::int32_t type);
 Bytes filled(std::int32_t size, std::int32_t type);
 // A 16-byte answer or error packet.
 Bytes answer(std::int32_t command, std::int32_t status, std::int32_t type = VL_DT_Command);
+// A good answer that brings one number.
+Bytes answer_with(std::int32_t command, std::int32_t number);
+// A result of that type, whose first value is the one given.
+Bytes result(std::int32_t type, std::int32_t status = 0, double value = 0);
 Bytes status_change(std::int32_t change);
 // A request with what follows its first 12 bytes.
 Bytes request(std::int32_t command, const Bytes& parameters);

@@ -1,4 +1,5 @@
-// Counts the allocations and the calls of the system of its thread, so it is a program of its own.
+// What sending and receiving cost: counts the allocations and the calls of the system of its thread, so it is a program
+// of its own.
 #include "client_test.h"
 #include "failing_calls.h"
 #include "kestrine/events.h"
@@ -8,9 +9,9 @@
 namespace kestrine::test {
 namespace {
 
-class ReceivingCosts : public ClientTest {
+class Costs : public ClientTest {
  protected:
-  ReceivingCosts() : ClientTest(connection::kModernRules) {}
+  Costs() : ClientTest(connection::kModernRules) {}
 
   static std::size_t calls_of_all(std::initializer_list<const char*> names) {
     std::size_t all = 0;
@@ -19,7 +20,7 @@ class ReceivingCosts : public ClientTest {
   }
 };
 
-TEST_F(ReceivingCosts, AreNoAllocationOnceWarmAlsoOfMessagesAndTimers) {
+TEST_F(Costs, OfReceivingAreNoAllocationOnceWarmAlsoOfMessagesAndTimers) {
   connection = Pointer<Connect>::adopt(new Connect(keep_generation));
   Pointer<IUnknown> sync, async;
   ASSERT_EQ(connection->get_ILTCommandSync(sync.put()), S_OK);
@@ -50,7 +51,24 @@ TEST_F(ReceivingCosts, AreNoAllocationOnceWarmAlsoOfMessagesAndTimers) {
   EXPECT_EQ(calls_of_all({kAllocation, kTextCopy}), 0u);
 }
 
-TEST_F(ReceivingCosts, AreOneSendOneWaitAndOneReadForACall) {
+TEST_F(Costs, OfSendingAreOneSendAndNoAllocation) {
+  start(kAsync);
+  constexpr std::size_t kRequests = 7;
+  const auto round = [&] {
+    return async_commands->ReleaseMotors() | async_commands->SwitchLaser(VARIANT_TRUE) |
+           async_commands->GoPosition(1.0, 2.0, 3.0, VARIANT_FALSE) |
+           async_commands->SetTransformationInputParams(static_cast<VL_TransResultType>(1), 1, 2, 3, 4, 5, 6, 7, 8, 9,
+                                                        10, 11, 12, 13, 14) |
+           async_commands->MoveHV(500, -500) | async_commands->MoveLeft() | async_commands->MeasureStationaryPoint();
+  };
+  ASSERT_EQ(round(), S_OK);  // drops the synchronous object
+  watch_calls();
+  for (int i = 0; i < 100; ++i) ASSERT_EQ(round(), S_OK);
+  EXPECT_EQ(calls_of(kAllocation), 0u);
+  EXPECT_EQ(calls_of("send"), 100 * kRequests);
+}
+
+TEST_F(Costs, OfACallAreOneSendOneWaitAndOneRead) {
   constexpr std::size_t kCalls = 100;
   start();
   peer.serve([](const Bytes& request) { return answer(get_i32(request, 8), 0); });
@@ -63,9 +81,9 @@ TEST_F(ReceivingCosts, AreOneSendOneWaitAndOneReadForACall) {
   EXPECT_EQ(calls_of_all({"poll", "ioctl", "setsockopt", "getsockopt", "epoll_ctl"}), 0u);
 }
 
-TEST_F(ReceivingCosts, AreOneReadForHundredsOfSmallPacketsAndForALargeOne) {
+TEST_F(Costs, OfReceivingAreOneReadForHundredsOfSmallPacketsAndForALargeOne) {
   start();
-  for (const std::size_t packets : {1'000, 20}) {
+  for (const std::size_t packets : {1'000u, 20u}) {
     const bool small = packets == 1'000;
     const Bytes one = small ? packet(36, VL_DT_ReflectorPosResult) : packet(100'000, VL_DT_MultiMeasResult);
     Bytes stream = one;
