@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <random>
 
 #include "client_test.h"
@@ -19,6 +20,19 @@ constexpr int kWait = 40;  // milliseconds that a call waits
 std::chrono::seconds time_to_run() {
   const char* const seconds = std::getenv("KESTRINE_RANDOM_SECONDS");
   return std::chrono::seconds(seconds == nullptr ? 2 : std::atoi(seconds));
+}
+
+Bytes number_answer(std::int32_t command, std::int32_t number) {
+  Bytes bytes = packet(20, VL_DT_Command);
+  put_i32(bytes, 8, command);
+  put_i32(bytes, 16, number);
+  return bytes;
+}
+
+Bytes point_result(std::int32_t number) {
+  Bytes bytes = packet(156, VL_DT_SingleMeasResult);
+  put_f64(bytes, 20, number);
+  return bytes;
 }
 
 // Deals with the requests in their order; the number of a request is its place in it, and the value in its answer.
@@ -55,8 +69,8 @@ class RandomServer {
       case 2:
         return {};
       default:
-        if (command != VL_C_StartMeasurement) return answer_with(command, number);
-        return answer(command, 0) + result(VL_DT_SingleMeasResult, 0, number);
+        if (command != VL_C_StartMeasurement) return number_answer(command, number);
+        return answer(command, 0) + point_result(number);
     }
   }
 
@@ -168,6 +182,64 @@ TEST_F(RandomCalls, HandOutTheirOwnAnswerOrFailInTheirTime) {
     heard();
   }
   EXPECT_GT(good_, 0);
+}
+
+// --- Classic: the first packet that releases a wait gives the call its status.
+
+// The status that a packet ends a wait for command 8 with, if it does.
+std::optional<std::int32_t> release_by(const Bytes& bytes) {
+  const std::int32_t type = get_i32(bytes, 4);
+  const std::int32_t word = get_i32(bytes, 8);
+  switch (type) {
+    case VL_DT_Command:
+    case VL_DT_Error:
+      return get_i32(bytes, 12);
+    case VL_DT_SingleMeasResult:
+    case VL_DT_SingleMeasResult2:
+    case VL_DT_StationaryProbeMeasResult:
+    case VL_DT_TiltraResult:
+      return word;
+    case VL_DT_SystemStatusChange:
+      return word == 997 || word == 998 ? std::optional(VL_RS_Unknown + 0) : std::nullopt;
+    default:
+      return type > 11 && type < 1000 ? std::optional(VL_RS_Unknown + 0) : std::nullopt;
+  }
+}
+
+class RandomClassicCalls : public ClientTest {};
+
+TEST_F(RandomClassicCalls, EndWithTheFirstPacketThatReleases) {
+  std::mt19937 random{std::random_device{}()};
+  const auto choose = [&](std::size_t count) { return static_cast<std::int32_t>(random() % count); };
+  constexpr std::int32_t kTypes[] = {0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 8, 9, 10, 11, 12, 999, 1000};
+  constexpr std::int32_t kChanges[] = {17, 26, 5, 110, 997, 998};
+  set_timeout(u"StandardWaitTime", 15);
+  const auto end = Clock::now() + time_to_run();
+  while (Clock::now() < end && !HasFailure()) {
+    start(kBoth);
+    Bytes stream;
+    std::optional<std::int32_t> expected;
+    std::string arrivals;
+    for (int count = choose(6); count > 0; --count) {
+      const std::int32_t type = kTypes[choose(std::size(kTypes))];
+      Bytes next = packet(type == VL_DT_SystemStatusChange ? 12 : 400, type);
+      put_i32(next, 8, type == VL_DT_SystemStatusChange ? kChanges[choose(std::size(kChanges))] : choose(140));
+      if (type != VL_DT_SystemStatusChange) put_i32(next, 12, choose(3));
+      arrivals += std::to_string(type) + ":" + std::to_string(get_i32(next, 8)) + " ";
+      if (!expected) expected = release_by(next);
+      stream = stream + next;
+    }
+    if (!stream.empty()) peer.send(stream);
+    const std::string outcome = told(commands->ReleaseMotors());
+    const std::int32_t status = expected.value_or(VL_RS_Unknown);
+    const std::string code = status == 0 ? "ok" : "80004005 " + std::to_string(status) + " ";
+    const bool warns = status == 11 || status == 13 || status == 15 || status == 17 || status == 19 || status == 21;
+    EXPECT_TRUE(outcome.starts_with(warns ? "1" : code)) << arrivals << ": " << outcome;
+    EXPECT_EQ(outcome.ends_with("No answer, timed out!"), !expected) << arrivals;
+    connection->DisconnectEmbeddedSystem();
+    outlive_the_suspicion();
+    heard();
+  }
 }
 
 }  // namespace

@@ -62,8 +62,8 @@ class Recorder final : public SyncEvents {
                              double, double, double, std::int32_t) override {
     note(std::to_string(static_cast<int>(val1)));
   }
-  void ErrorEvent(VL_Command, VL_ResultStatus status) override { note("error" + std::to_string(status)); }
-  void ExceptionEvent(std::int32_t number, BSTR) override { note("!" + std::to_string(number)); }
+  void ErrorEvent(VL_Command, VL_ResultStatus status) override { note(std::string("error") + std::to_string(status)); }
+  void ExceptionEvent(std::int32_t number, BSTR) override { note(std::string("!") + std::to_string(number)); }
 
   // What comes many times in a row is told once, with its number.
   void note(const std::string& word) {
@@ -220,11 +220,11 @@ class FaultMatrix : public testing::TestWithParam<std::pair<Fault, When>> {
     std::int32_t id = -1;
     const HRESULT result = tracker->GetReflector(&id);
     EXPECT_LT(platform::now() - begin, is_modern() ? kLongerThanACall + 500ms : 20'000ms);
-    if (result == S_OK) return recorder->note("=" + std::to_string(id));
+    if (result == S_OK) return recorder->note(std::string("=") + std::to_string(id));
     const Error error = take_error(result);
     EXPECT_TRUE(result == E_FAIL && error.source() == u"Kestrine.LTConnect.1") << error.what();
     const bool late = std::string(error.what()).find("timed out") != std::string::npos;
-    recorder->note(late && error.number() == 36 ? "=late" : "=" + std::to_string(error.number()));
+    recorder->note(late && error.number() == 36 ? "=late" : std::string("=") + std::to_string(error.number()));
   }
   void call_answered() {
     steps.emplace_back([](ScriptedPeer& server) { server.send(reflector(8)); });
