@@ -131,7 +131,7 @@ TEST_F(RegistrationTest, RefusesTextsThatWouldNotReadBack) {
       {Kind::kSetValue, u"Key", u"a=b", u""},
       {Kind::kSetValue, u"Key", u";a", u""},
       {Kind::kAddKey, u"", u"", u""},
-      {Kind::kAddKey, u"K\r", u"", u""},
+      {Kind::kSetValue, u"K\r", u"", u""},
   };
   for (const RegistryEdit& edit : cases) {
     EXPECT_EQ(edit_registry({{Kind::kSetValue, u"Good", u"", u"1"}, edit}).status, REGDB_E_INVALIDVALUE);

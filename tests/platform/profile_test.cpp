@@ -86,6 +86,9 @@ TEST_F(ProfileTest, TextsAreUtf8AndThoseThatWouldBreakTheFileAreRefused) {
 }
 
 TEST_F(ProfileTest, TheFileIsReplacedBehindItsLinkWithItsMode) {
+  EXPECT_TRUE(write(u"key", u"1"));
+  EXPECT_EQ(std::filesystem::status(file()).permissions() & std::filesystem::perms(0700), std::filesystem::perms(0600));
+  std::filesystem::remove(file());
   const path real = directory_ / "real.ini";
   std::ofstream(real) << "[Settings]\n";
   std::filesystem::permissions(real, std::filesystem::perms(0600));
