@@ -24,24 +24,24 @@ class Idle final : public commands::TypedSyncMethods<ILTCommandSync> {
   }
 };
 
+// Its connection ends with it: a second one on the thread would change how the others wait.
 class IdleTracker final : public Tracker {
  public:
-  using Tracker::Tracker;
-  void rest() {
+  IdleTracker() : Tracker("127.0.0.1", server().port()) {
     static Idle idle;
     commands_ = Pointer<ILTCommandSync>(&idle);
   }
+
+ private:
+  static Server& server() {
+    static Server instance;
+    return instance;
+  }
 };
 
-IdleTracker& tracker() {
-  static Server server;
-  static IdleTracker instance("127.0.0.1", server.port());
-  instance.rest();
-  return instance;
-}
-
 void BM_UnitsOfInterface(benchmark::State& state) {
-  ILTCommandSync& commands = tracker().command_sync();
+  const IdleTracker tracker;
+  ILTCommandSync& commands = tracker.command_sync();
   for (auto _ : state) {
     GetUnitsResult units;
     check(commands.GetUnits(&units.lengthUnit, &units.angleUnit, &units.temperatureUnit, &units.pressureUnit,
@@ -51,8 +51,8 @@ void BM_UnitsOfInterface(benchmark::State& state) {
 }
 
 void BM_UnitsOfTracker(benchmark::State& state) {
-  IdleTracker& idle = tracker();
-  for (auto _ : state) benchmark::DoNotOptimize(idle.GetUnits());
+  IdleTracker tracker;
+  for (auto _ : state) benchmark::DoNotOptimize(tracker.GetUnits());
 }
 
 BENCHMARK(BM_UnitsOfInterface);

@@ -13,7 +13,7 @@ namespace kestrine::platform {
 // the peer's end comes behind both.
 class ReadAhead {
  public:
-  static constexpr std::size_t kBytes = 16 * 1024;
+  static constexpr std::size_t kBytes = 24 * 1024;
 
   std::size_t size() const { return end_ - begin_; }
 
