@@ -1,11 +1,19 @@
 """Handlers of events: methods OnStatusChangeEvent(self, ...) and so on, in any case of letters."""
 
+import re
 import weakref
+from collections.abc import Callable, Iterable
 from typing import Any
 
+from . import results
+from ._errors import similar
 from ._kestrine import EventConnection
 from ._object import Object, create, interface_class
+from ._tables import EVENTS
 from ._types import CONVERTERS
+
+_OF_ALL_OBJECTS = {"on" + name.lower() for name in EVENTS}
+_MEANT_AS_HANDLER = re.compile("[Oo]n[A-Z]")
 
 
 def connect(source: Object, handler: object) -> EventConnection:
@@ -17,7 +25,52 @@ def connect(source: Object, handler: object) -> EventConnection:
         if name is not None:
             method = getattr(handler, name)
             found[event.name] = weakref.WeakMethod(method), weakref.ref(method.__func__)
+    _require_events(handler, methods.values())
     return EventConnection(source._com, found, CONVERTERS)
+
+
+def _require_events(handler: object, names: Iterable[str]) -> None:
+    """A handler of an event that this object does not have may be meant for another one; one of no event is misspelt."""
+    for name in names:
+        if _MEANT_AS_HANDLER.match(name) and name.lower() not in _OF_ALL_OBJECTS and callable(getattr(handler, name)):
+            hint = similar(name, ["On" + event for event in EVENTS])
+            raise TypeError(f"{type(handler).__name__}.{name} is the handler of no event{hint}")
+
+
+class Subscription:
+    """Calls a handler with the values of events, until close() or the end of a with block."""
+
+    def __init__(self, source: Object, events: tuple[str, ...], handler: Callable[[Any], object],
+                 kept_in: "set[Subscription]"):
+        known = [event.name for event in source._com.events(CONVERTERS)]
+        for event in events:
+            if event not in known:
+                raise ValueError(f"{type(source).__name__} has no event {event}{similar(event, known)}")
+        if not callable(handler):
+            raise TypeError(f"a handler is called, which {handler!r} cannot be")
+        self._events, self._handler, self._kept_in = events, handler, kept_in
+        self._values = getattr(results, events[0])._make
+        heard = weakref.ref(self), weakref.ref(Subscription._take)
+        self._connection = EventConnection(source._com, dict.fromkeys(events, heard), CONVERTERS)
+        kept_in.add(self)
+
+    def close(self) -> None:
+        """Hears no more events. May be called from a handler, and twice."""
+        self._connection.close()
+        self._kept_in.discard(self)
+
+    def _take(self, *values: Any) -> None:
+        self._handler(self._values(values))
+
+    def __enter__(self) -> "Subscription":
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        self.close()
+
+    def __repr__(self) -> str:
+        state = "" if self in self._kept_in else " closed"
+        return f"<kestrine.Subscription {' '.join(self._events)}{state}>"
 
 
 def _with_close(handler: type, bases: tuple[type, ...]) -> type:
@@ -40,7 +93,7 @@ def DispatchWithEvents(name: str | Object, handler: type) -> Any:
     com = name._com if isinstance(name, Object) else create(name)
     both = _with_close(handler, (handler, interface_class(com)))
     listener = both.__new__(both)
-    Object.__init__(listener, com)
+    Object.__init__(listener, com, name._link if isinstance(name, Object) else None)
     if handler.__init__ is not object.__init__:
         handler.__init__(listener)
     object.__setattr__(listener, "_connection", connect(listener, listener))
