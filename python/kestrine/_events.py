@@ -1,4 +1,5 @@
-"""Handlers of events: methods OnStatusChangeEvent(self, ...) and so on, in any case of letters."""
+"""Handlers of events: methods OnStatusChangeEvent(self, ...) and so on, in any case of letters; and functions that take
+the values of one event."""
 
 import re
 import weakref
@@ -30,7 +31,7 @@ def connect(source: Object, handler: object) -> EventConnection:
 
 
 def _require_events(handler: object, names: Iterable[str]) -> None:
-    """A handler of an event that this object does not have may be meant for another one; one of no event is misspelt."""
+    """What handles an event of another object may be meant for that one, too; what handles none at all is misspelt."""
     for name in names:
         if _MEANT_AS_HANDLER.match(name) and name.lower() not in _OF_ALL_OBJECTS and callable(getattr(handler, name)):
             hint = similar(name, ["On" + event for event in EVENTS])
@@ -82,7 +83,9 @@ def _with_close(handler: type, bases: tuple[type, ...]) -> type:
 
 
 def WithEvents(source: Object, handler: type) -> Any:
-    """An instance of `handler` that hears the events of `source`, for as long as it is kept, until close()."""
+    """An instance of `handler` that hears the events of `source`, for as long as it is kept, until close().
+
+    TypeError for a method On... that no object has an event for."""
     listener = _with_close(handler, (handler,))()
     listener._connection = connect(source, listener)
     return listener

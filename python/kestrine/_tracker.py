@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import struct
 from collections.abc import Callable
+from contextlib import ExitStack
 from time import monotonic
 from typing import TYPE_CHECKING, Any, Self
 
@@ -14,6 +15,7 @@ from ._events import Subscription
 from ._object import Dispatch, Object, warn_of
 from ._points import points
 from ._tables import CALLS, COMMANDS, PROGRAMS
+from ._types import CONVERTERS
 from .enumerations import VL_Command
 
 if TYPE_CHECKING:
@@ -55,8 +57,8 @@ class TrackerCore:
         self._com = self._commands._com
 
     def close(self) -> None:
-        """Ends the connection, and what on() and its kin began. Operations raise com_error from now on. A handler may do
-        it, and it may be done twice."""
+        """Ends the connection, and what on() and its kin began. Operations raise com_error from now on. A handler may
+        do it, and it may be done twice."""
         if self._com is not None:
             self._com = None
             for subscription in list(self._subscriptions):
@@ -88,9 +90,6 @@ class TrackerCore:
             handler(points(self.connection.GetData()))
         return self._subscribe(take, "ContinuousPointMeasDataReady", "ContinuousProbeMeasDataReady")
 
-    def _on(self, event: str, handler: Callable[[Any], object]) -> Subscription:
-        return self._subscribe(handler, event)
-
     def _subscribe(self, handler: Callable[[Any], object], *events: str) -> Subscription:
         self._opened()
         return Subscription(self._commands, events, handler, self._subscriptions)
@@ -115,38 +114,59 @@ class TrackerCore:
         return result
 
     def _list(self, name: str, *arguments: Any) -> list[Any]:
-        """All items of a series, of which each tells how many there are."""
-        command, (event, *_), total, _, seconds, _, timed_out = CALLS[name]
-        items: list[Any] = []
-        ends: list[com_error | None] = []  # with what it has ended; None with the last item
+        """All items of a series. The asynchronous object asks for them: a synchronous one is not told of a refusal."""
+        try:
+            self._opened()
+            return _Series(name, self.connection).items(arguments)
+        except com_error as error:
+            raise self._named(error, COMMANDS[name])
 
-        def take(item: Any) -> None:
-            # The items of some series come as events whatever the status of their answer.
-            _, _, answered, status = _ANSWER.unpack_from(self.connection.GetData())
-            if answered == command and status != constants.VL_RS_AllOK:
-                ends.append(_failure(f"{name} failed: status {status}", status))
-            elif not ends:
-                items.extend([item] if item[total] > 0 else [])
-                ends.extend([None] if len(items) >= item[total] else [])
 
-        def refused(error: results.ErrorEvent) -> None:
-            if error.command in (command, constants.VL_C_Unknown):
-                text, source, number = _kestrine.thread_report() or (f"{name} failed", _SOURCE, error.status)
-                ends.append(failure(text, number, source))
+class _Series:
+    """The items of an answer that comes in pieces, of which each tells how many there are."""
 
-        def status_changed(event: results.StatusChangeEvent) -> None:
-            if event.statusChange == constants.VL_SSC_ServerClosing:
-                ends.append(_failure("The server has closed the connection"))
+    def __init__(self, name: str, connection: ILTConnect2):
+        self._name, self._connection = name, connection
+        self._command, (self._event, *_), self._total, _, self._seconds, _, self._timed_out = CALLS[name]
+        self._items: list[Any] = []
+        self._failure: com_error | None = None
+        self._is_complete = False
 
-        with (self._subscribe(take, event), self._subscribe(refused, "ErrorEvent"),
-              self._subscribe(status_changed, "StatusChangeEvent")):
-            self._call(name, *arguments)
-            last = monotonic() + seconds
-            while not ends:
+    def items(self, arguments: tuple[Any, ...]) -> list[Any]:
+        commands = self._connection.ILTCommandAsync
+        heard = {self._event: self._take, "ErrorEvent": self._fail, "StatusChangeEvent": self._end}
+        with ExitStack() as until_here:
+            for event, handler in heard.items():
+                until_here.enter_context(Subscription(commands, (event,), handler, set()))
+            getattr(commands, self._name)(*arguments)
+            last = monotonic() + self._seconds
+            while not self._is_complete and self._failure is None:
                 if monotonic() > last:
-                    ends.append(_failure(timed_out, _TIMED_OUT))
+                    self._failure = _failure(self._timed_out, _TIMED_OUT)
                 elif not _kestrine.pump_for(_SLICE):
-                    ends.append(_failure(f"{name} was given up: the loop has been told to quit"))
-        if ends[0] is not None:
-            raise self._named(ends[0], command)
-        return items
+                    self._failure = _failure(f"{self._name} was given up: the loop has been told to quit")
+        if self._failure is not None:
+            raise self._failure
+        return self._items
+
+    def _take(self, item: Any) -> None:
+        if self._is_complete:
+            return
+        # The items of some series come as events whatever the status of their answer.
+        _, _, command, status = _ANSWER.unpack_from(self._connection.GetData())
+        if command == self._command and status != constants.VL_RS_AllOK:
+            told = CONVERTERS["VL_ResultStatus"].get(status, status)
+            self._failure = _failure(f"{self._name} failed: {told!r}", status)
+            return
+        if item[self._total] > 0:
+            self._items.append(item)
+        self._is_complete = len(self._items) >= item[self._total]
+
+    def _fail(self, error: results.ErrorEvent) -> None:
+        if error.command in (self._command, constants.VL_C_Unknown):
+            text, source, number = _kestrine.thread_report() or (f"{self._name} failed", _SOURCE, error.status)
+            self._failure = failure(text, number, source)
+
+    def _end(self, event: results.StatusChangeEvent) -> None:
+        if event.statusChange in (constants.VL_SSC_ServerClosing, constants.VL_SSC_TPConnectionClosing):
+            self._failure = _failure("The server has closed the connection")

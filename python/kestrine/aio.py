@@ -97,8 +97,8 @@ def _checked_timeout(seconds: float) -> float:
 class Tracker(AwaitableCommands):
     """The commands of a connection as awaitables: each returns what its event brings, the value where that is one, a
     named tuple of several, a list of these where there is an event for each item, None where there is nothing but the
-    completion. A failure raises com_error. Several calls may be under way, and each gets its own answer; the late answer to one that
-    was given up goes to nobody. A connection has one tracker at a time.
+    completion. A failure raises com_error. Several calls may be under way, and each gets its own answer; the late
+    answer to one that was given up goes to nobody. A connection has one tracker at a time.
 
     A call that is not answered in `timeout` seconds raises com_error. Without it each command has its own time, mostly
     10 seconds; that of a stationary measurement comes on top, as far as it was set or asked for through the tracker.
@@ -238,8 +238,9 @@ class Tracker(AwaitableCommands):
 
 @contextlib.asynccontextmanager
 async def connect(host: str, port: int = PORT, timeout: float | None = None) -> AsyncIterator[Tracker]:
-    """A tracker with a connection of its own: async with kestrine.aio.connect("192.168.0.1") as tracker. To connect takes
-    ConnectionTimeout (2 s) at most, and the loop waits for it; com_error where it cannot."""
+    """A tracker with a connection of its own: async with kestrine.aio.connect("192.168.0.1") as tracker.
+
+    To connect takes ConnectionTimeout (2 s) at most, for which the loop waits; com_error where it cannot."""
     connection = Dispatch("Kestrine.LTConnect2")
     try:
         connection.ConnectEmbeddedSystem(host, port)

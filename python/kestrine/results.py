@@ -1,5 +1,5 @@
-"""The named tuples that calls return and events bring: results.GetUnitsResult of GetUnits(), results.ReflectorsData of the
-event of that name, and so on. Each is made when it is first asked for."""
+"""The named tuples that calls return and events bring: results.GetUnitsResult of GetUnits(), results.ReflectorsData of
+the event of that name, and so on. Each is made when it is first asked for."""
 
 from collections import namedtuple
 

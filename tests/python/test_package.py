@@ -38,7 +38,7 @@ def test_the_stubs_declare_what_the_objects_have(connection, tracker, sender):
             if not row.decorator_list:
                 parameters = list(inspect.signature(getattr(target, name)).parameters)
                 assert [argument.arg for argument in row.args.args[1:]] == parameters
-    assert (PACKAGE / "py.typed").exists()
+    assert (PACKAGE / "py.typed").exists() and kestrine.__version__.split(".")[2] == str(connection.BuildNumber)
 
 
 @pytest.mark.classic

@@ -51,7 +51,8 @@ def write_tables(schema: Schema) -> str:
     calls = "".join(f"    {method.name!r}: {_call(schema, method, answers)!r},\n" for method in schema.async_methods)
     commands = "".join(f"    {method.name!r}: {method.command.code},\n"
                        for method in schema.sync_methods if method.command)
-    docs = "".join(f"    {name!r}: {_docs(schema, name, members)!r},\n" for name, members in _interfaces(schema).items())
+    docs = "".join(f"    {name!r}: {_docs(schema, name, members)!r},\n"
+                   for name, members in _interfaces(schema).items())
     blocks = "".join(f"    {packet.value.value}: {_block(packet.record)!r},\n"
                      for packet in schema.packets if packet.record.element)
     programs = "".join(f"    {each.name!r}: {f'{each.program}.1'!r},\n" for each in schema.library.classes)

@@ -33,18 +33,24 @@ class Tracker(TrackerCore):
 
 '''
 
+_ON = '''def on(self, event: str, handler: Callable[[Any], object]) -> Subscription:
+    """Calls the handler with the values of every event of that name, a named tuple, until close() of what it returns,
+    or the end of a with block of that.
+
+    Events are delivered in calls that wait, and by PumpEvents() and its kin. What a handler raises is reported and
+    ends nothing.
+    """
+    return self._subscribe(handler, event)
+
+'''
+
 
 def write(schema: Schema) -> str:
     members = [_call(schema, each) if each.kind == "method" else _property(schema, each)
                for each in schema.sync_methods]
     heard = [f'@overload\ndef on(self, event: Literal["{name}"], handler: Callable[[results.{name}], object]) '
              "-> Subscription: ..." for name in schema.sync_events]
-    heard.append('def on(self, event: str, handler: Callable[[Any], object]) -> Subscription:\n'
-                 '    """Calls the handler with the values of every event of that name, a named tuple, until close() of '
-                 'what it\n    returns, or the end of a with block of that.\n\n'
-                 '    Events are delivered in calls that wait, and by PumpEvents() and its kin. What a handler raises is '
-                 'reported\n    and ends nothing.\n    """\n    return self._on(event, handler)')
-    rows = "\n".join(heard) + "\n\n" + "\n\n".join(members)
+    rows = "\n".join(heard) + "\n" + _ON + "\n\n".join(members)
     return _HEAD + "\n".join(f"    {row}".rstrip() for row in rows.splitlines()) + "\n"
 
 

@@ -55,7 +55,8 @@ def returned(schema: Schema, member: Member) -> str:
 
 def series_event(schema: Schema, method: Method) -> Event | None:
     """Of a command whose answer comes item by item: the event of each."""
-    answer = next((each for each in schema.answers if method.command and each.command.name == method.command.name), None)
+    command = method.command.name if method.command else ""
+    answer = next((each for each in schema.answers if each.command.name == command), None)
     return events(schema)[answer.sync_event.name] if answer and answer.command.series else None
 
 
