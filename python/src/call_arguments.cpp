@@ -112,7 +112,7 @@ py::object CallArguments::outputs() const {
   };
   if (count == 0) return py::none();
   if (count == 1) return value(find_next());
-  const py::object all = new_tuple(member_.result, count);
+  py::object all = new_tuple(member_.result, count);
   for (std::size_t i = 0; i < count; ++i) {
     PyTuple_SET_ITEM(all.ptr(), static_cast<Py_ssize_t>(i), value(find_next()).release().ptr());
   }

@@ -12,6 +12,7 @@ EXAMPLES = Path(__file__).parents[2] / "examples"
 
 @pytest.mark.parametrize("name, file, shown", [
     ("measure_points", [], r"( ?\d+: .*\n){10}$"),
+    ("own_loop", [], r"(.*\n)*block: .*\n(.*\n)*air: 20.0 °C\n"),
     ("measure_and_plot", [], r"(.* mm\n){6}(no )?plot: "),
     ("stream_to_file", ["points.csv"], ""),
     ("asyncio_events", [], r"(.*\n)*reflectors: .*\n(.*\n)*block 5: \d+ points\n"),
