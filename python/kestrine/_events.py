@@ -21,13 +21,31 @@ def connect(source: Object, handler: object) -> EventConnection:
     """Connects the methods of `handler`, which is not kept alive by it."""
     methods = {name.lower(): name for name in dir(handler) if name[:2].lower() == "on"}
     found = {}
-    for event in source._com.events(CONVERTERS):
-        name = methods.get("on" + event.name.lower())
+    for event in _events_of(source):
+        name = methods.get("on" + event.lower())
         if name is not None:
             method = getattr(handler, name)
-            found[event.name] = weakref.WeakMethod(method), weakref.ref(method.__func__)
+            found[event] = weakref.WeakMethod(method), weakref.ref(method.__func__)
     _require_events(handler, methods.values())
     return EventConnection(source._com, found, CONVERTERS)
+
+
+def connect_functions(source: Object, handler: object, functions: dict[str, Callable[..., None]]) -> EventConnection:
+    """Connects methods of the class of `handler`, which is not kept alive by it, by the names of events."""
+    target = weakref.ref(handler)
+    return EventConnection(source._com, {name: (target, weakref.ref(each)) for name, each in functions.items()},
+                           CONVERTERS)
+
+
+_known: dict[str, list[str]] = {}
+
+
+def _events_of(source: Object) -> list[str]:
+    """The names of its events; to ask for them takes its time."""
+    kind = source._com.type_name
+    if kind not in _known:
+        _known[kind] = [event.name for event in source._com.events(CONVERTERS)]
+    return _known[kind]
 
 
 def _require_events(handler: object, names: Iterable[str]) -> None:
@@ -43,7 +61,7 @@ class Subscription:
 
     def __init__(self, source: Object, events: tuple[str, ...], handler: Callable[[Any], object],
                  kept_in: "set[Subscription]"):
-        known = [event.name for event in source._com.events(CONVERTERS)]
+        known = _events_of(source)
         for event in events:
             if event not in known:
                 raise ValueError(f"{type(source).__name__} has no event {event}{similar(event, known)}")
@@ -51,8 +69,7 @@ class Subscription:
             raise TypeError(f"a handler is called, which {handler!r} cannot be")
         self._events, self._handler, self._kept_in = events, handler, kept_in
         self._values = getattr(results, events[0])._make
-        heard = weakref.ref(self), weakref.ref(Subscription._take)
-        self._connection = EventConnection(source._com, dict.fromkeys(events, heard), CONVERTERS)
+        self._connection = connect_functions(source, self, dict.fromkeys(events, Subscription._take))
         kept_in.add(self)
 
     def close(self) -> None:

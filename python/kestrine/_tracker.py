@@ -4,14 +4,14 @@ from __future__ import annotations
 
 import struct
 from collections.abc import Callable
-from contextlib import ExitStack
+from contextlib import closing
 from time import monotonic
 from typing import TYPE_CHECKING, Any, Self
 
-from . import _kestrine
+from . import _kestrine, results
 from ._constants import constants
 from ._errors import com_error, failure
-from ._events import Subscription
+from ._events import Subscription, connect_functions
 from ._object import Dispatch, Object, warn_of
 from ._points import points
 from ._tables import CALLS, COMMANDS, PROGRAMS
@@ -21,7 +21,6 @@ from .enumerations import VL_Command
 if TYPE_CHECKING:
     import numpy
 
-    from . import results
     from ._interfaces import ILTConnect2
     from ._kestrine import ComObject
     from .enumerations import VL_SystemStatusChange
@@ -134,10 +133,8 @@ class _Series:
 
     def items(self, arguments: tuple[Any, ...]) -> list[Any]:
         commands = self._connection.ILTCommandAsync
-        heard = {self._event: self._take, "ErrorEvent": self._fail, "StatusChangeEvent": self._end}
-        with ExitStack() as until_here:
-            for event, handler in heard.items():
-                until_here.enter_context(Subscription(commands, (event,), handler, set()))
+        handlers = {self._event: _Series._take, "ErrorEvent": _Series._fail, "StatusChangeEvent": _Series._end}
+        with closing(connect_functions(commands, self, handlers)):
             getattr(commands, self._name)(*arguments)
             last = monotonic() + self._seconds
             while not self._is_complete and self._failure is None:
@@ -149,7 +146,7 @@ class _Series:
             raise self._failure
         return self._items
 
-    def _take(self, item: Any) -> None:
+    def _take(self, *values: Any) -> None:
         if self._is_complete:
             return
         # The items of some series come as events whatever the status of their answer.
@@ -158,15 +155,15 @@ class _Series:
             told = CONVERTERS["VL_ResultStatus"].get(status, status)
             self._failure = _failure(f"{self._name} failed: {told!r}", status)
             return
-        if item[self._total] > 0:
-            self._items.append(item)
-        self._is_complete = len(self._items) >= item[self._total]
+        if values[self._total] > 0:
+            self._items.append(getattr(results, self._event)._make(values))
+        self._is_complete = len(self._items) >= values[self._total]
 
-    def _fail(self, error: results.ErrorEvent) -> None:
-        if error.command in (self._command, constants.VL_C_Unknown):
-            text, source, number = _kestrine.thread_report() or (f"{self._name} failed", _SOURCE, error.status)
+    def _fail(self, command: int, status: int) -> None:
+        if command in (self._command, constants.VL_C_Unknown):
+            text, source, number = _kestrine.thread_report() or (f"{self._name} failed", _SOURCE, status)
             self._failure = failure(text, number, source)
 
-    def _end(self, event: results.StatusChangeEvent) -> None:
-        if event.statusChange in (constants.VL_SSC_ServerClosing, constants.VL_SSC_TPConnectionClosing):
+    def _end(self, change: int) -> None:
+        if change in (constants.VL_SSC_ServerClosing, constants.VL_SSC_TPConnectionClosing):
             self._failure = _failure("The server has closed the connection")

@@ -53,7 +53,8 @@ def test_events_come_by_name_until_they_are_closed_and_points_as_arrays(tracker,
     heard, blocks = [], []
     with tracker.on("StatusChangeEvent", heard.append) as events, tracker.on_points(blocks.append):
         tracker.on_status(lambda change: tracker.close())  # kept without a name
-        peer.send(b"".join(block(kind, dice, 4)[0] for kind in (3, 5, 10)))
+        peer.reply = lambda request: b"".join(block(kind, dice, 4)[0] for kind in (3, 5, 10)) + answer(10)
+        tracker.Park()
         wait_for(lambda: len(blocks) == 3)
         peer.send(status_change(25))
         wait_for(lambda: not tracker.is_connected)
