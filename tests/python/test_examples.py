@@ -26,7 +26,6 @@ def test_does_what_it_says_and_says_that_nobody_answers(tmp_path, name, file, sh
     assert done.returncode == 0, done.stderr
     assert re.match(shown, done.stdout), done.stdout
     if name == "stream_to_file":
-        rows = (tmp_path / "points.csv").read_text().splitlines()
-        assert len(rows) > 1000 and len(rows[-1].split(",")) == 5
+        assert len(re.findall(r"(?m)^(.+,){4}.+$", (tmp_path / "points.csv").read_text())) > 1000
     done = run("127.0.0.1", "1")
     assert done.returncode == 1 and done.stderr.startswith(f"{name}: Connection to Vorelan server failed.")
