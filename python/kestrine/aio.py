@@ -180,7 +180,7 @@ class Tracker(AwaitableCommands):
             return await self._answered(call, method, timeout, arguments, named)
         except com_error as error:
             link = self._connection._link
-            error.command, error.host = VL_Command(call.command), link and link.host
+            error.command, error.host = VL_Command(call.command), link.host if link else None
             raise
 
     async def _answered(self, call: Call, method: Any, timeout: float | None, arguments: tuple, named: dict) -> Any:
