@@ -9,7 +9,7 @@ import sys
 
 import kestrine
 from kestrine import constants
-from kestrine.aio import EventStream, Tracker
+from kestrine.aio import EventStream, Tracker, connect
 
 BLOCKS = 5
 
@@ -17,7 +17,7 @@ BLOCKS = 5
 async def show_status(events: EventStream) -> None:
     async for event in events:
         if event.name == "StatusChangeEvent":
-            print(f"status: {event.values[0]!r}")
+            print(f"status: {event.values.statusChange!r}")
 
 
 async def show_stream(events: EventStream) -> None:
@@ -25,7 +25,7 @@ async def show_stream(events: EventStream) -> None:
     async for event in events:
         if event.name == "ContinuousPointMeasDataReady":
             blocks += 1
-            print(f"block {blocks}: {event.values[0]} points")
+            print(f"block {blocks}: {event.values.resultsTotal} points")
             if blocks == BLOCKS:
                 return
 
@@ -33,7 +33,7 @@ async def show_stream(events: EventStream) -> None:
 async def work(tracker: Tracker) -> None:
     await tracker.Initialize()
     reflectors = await tracker.GetReflectors()
-    print("reflectors:", ", ".join(name for _, name, *_ in reflectors))
+    print("reflectors:", ", ".join(each.reflectorName for each in reflectors))
     await tracker.SetMeasurementMode(constants.VL_MM_ContinuousTime)
     await tracker.SetContinuousTimeModeParams(10, 0, False, constants.VL_RT_Sphere)
     events = tracker.events()
@@ -43,13 +43,10 @@ async def work(tracker: Tracker) -> None:
 
 
 async def main(address: str, port: int) -> None:
-    connection = kestrine.Dispatch("Kestrine.LTConnect2")
-    connection.ConnectEmbeddedSystem(address, port)
-    async with Tracker(connection) as tracker:
+    async with connect(address, port) as tracker:
         status = asyncio.create_task(show_status(tracker.events()))
         await work(tracker)
         status.cancel()
-    connection.DisconnectEmbeddedSystem()
 
 
 if __name__ == "__main__":

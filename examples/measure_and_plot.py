@@ -11,15 +11,13 @@ import kestrine
 
 
 def measure(address: str, port: int, count: int) -> list[tuple[float, float, float]]:
-    connection = kestrine.Dispatch("Kestrine.LTConnect2")
-    connection.ConnectEmbeddedSystem(address, port)
-    tracker = connection.ILTCommandSync
-    tracker.Initialize()
-    tracker.SetUnits(kestrine.constants.VL_LU_Millimeter, kestrine.constants.VL_AU_Degree,
-                     kestrine.constants.VL_TU_Celsius, kestrine.constants.VL_PU_Mbar, kestrine.constants.VL_HU_RH)
-    tracker.SetMeasurementMode(kestrine.constants.VL_MM_Stationary)
-    tracker.SetStationaryModeParams(time=500, useADM=False)
-    return [tracker.MeasureStationaryPoint()[:3] for _ in range(count)]
+    with kestrine.Tracker(address, port) as tracker:
+        tracker.Initialize()
+        tracker.SetUnits(kestrine.constants.VL_LU_Millimeter, kestrine.constants.VL_AU_Degree,
+                         kestrine.constants.VL_TU_Celsius, kestrine.constants.VL_PU_Mbar, kestrine.constants.VL_HU_RH)
+        tracker.SetMeasurementMode(kestrine.constants.VL_MM_Stationary)
+        tracker.SetStationaryModeParams(time=500, useADM=False)
+        return [tracker.MeasureStationaryPoint()[:3] for _ in range(count)]
 
 
 def plot(offsets: list[list[float]], file: str) -> None:

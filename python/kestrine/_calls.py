@@ -7,15 +7,10 @@ from collections.abc import Callable
 from typing import Any
 
 from ._constants import constants
-from ._errors import com_error
-from ._tables import CALLS, PROGRAMS
+from ._errors import failure
+from ._tables import CALLS
 
-_DISP_E_EXCEPTION, _E_FAIL = -2147352567, -2147467259
 _TIMED_OUT = 36  # as a call that waits has it
-
-
-def failure(text: str, number: int = 0, source: str = PROGRAMS["LTCommandAsync2"]) -> com_error:
-    return com_error.from_status(_DISP_E_EXCEPTION, (0, source, text, None, 0, _E_FAIL), None, number)
 
 
 class Call:

@@ -2,28 +2,62 @@
 
 import inspect
 import warnings
+import weakref
+from copy import copy
 from typing import TYPE_CHECKING, Any, Literal, overload
 
+from . import results
 from ._errors import ServerWarning, com_error
-from ._kestrine import ComObject, Parameter
-from ._tables import CALLS, DOCS
+from ._kestrine import ComObject
+from ._tables import DOCS, RESULTS
 from ._types import CONVERTERS
 
 if TYPE_CHECKING:
     from ._interfaces import ILTCommandAsync2, ILTCommandSync2, ILTConnect2
 
 _METHOD, _GET, _PUT = 1, 2, 4
+_CONNECT = "ConnectEmbeddedSystem"
 _E_NOINTERFACE = -2147467262
+
+
+class Link:
+    """Where a connection leads, for whoever looks at its objects."""
+
+    host: str | None = None
+    port = 0
+
+    def __init__(self, connection: "Object"):
+        self._connection = weakref.ref(connection)
+
+    def lead_to(self, address: str, port: int) -> None:
+        self.host, self.port = address, port
+
+    def __str__(self) -> str:
+        where = f"{self.host}:{self.port} " if self.host is not None else ""
+        return where + self._state()
+
+    def _state(self) -> str:
+        connection = self._connection()
+        if connection is None:
+            return "not connected"
+        try:  # with a latest status of its own, which the one of the program must not be lost for
+            is_connected = copy(connection._com).invoke(connection._calls_["IsConnected"], (), {})
+        except com_error:
+            return "of another thread"
+        return "connected" if is_connected else "not connected"
 
 
 class Object:
     """An object of the library. It may outlive its connection; calls then fail with com_error."""
 
     _members_: dict[str, str] = {}  # lower case to the spelling of the interface
+    _calls_: dict[str, Any] = {}  # what is called, by that spelling
     _com: ComObject
+    _link: Link | None
 
-    def __init__(self, com: ComObject):
+    def __init__(self, com: ComObject, link: Link | None = None):
         object.__setattr__(self, "_com", com)
+        object.__setattr__(self, "_link", link or (Link(self) if _CONNECT in self._calls_ else None))
 
     @property
     def _hresult_(self) -> int:
@@ -60,12 +94,12 @@ class Object:
         return hash(self._com.identity)
 
     def __repr__(self) -> str:
-        return f"<kestrine {type(self).__name__} object>"
+        return f"<kestrine.{type(self).__name__} {self._link}>" if self._link else f"<kestrine.{type(self).__name__}>"
 
 
-def wrap(value: Any) -> Any:
+def wrap(value: Any, link: Link | None = None) -> Any:
     """An object of the library as Python sees it; anything else as it is."""
-    return interface_class(value)(value) if isinstance(value, ComObject) else value
+    return interface_class(value)(value, link) if isinstance(value, ComObject) else value
 
 
 _classes: dict[str, type[Object]] = {}
@@ -81,8 +115,11 @@ def interface_class(com: ComObject) -> type[Object]:
 def _make_class(name: str, members: list) -> type[Object]:
     namespace: dict[str, Any] = {"__doc__": f"The interface {name}.", "__module__": "kestrine"}
     for member in members:
+        if f"{member.name}Result" in RESULTS:
+            member.result = getattr(results, f"{member.name}Result")
         namespace[member.name] = _make_method(name, member) if member.kind == _METHOD else _make_property(member)
     namespace["_members_"] = {member.name.lower(): member.name for member in members}
+    namespace["_calls_"] = {member.name: member for member in members}
     return type(name, (Object,), namespace)
 
 
@@ -90,17 +127,13 @@ def _call(target: Object, member: Any, arguments: tuple, named: dict) -> Any:
     com = target._com
     result = com.invoke(member, arguments, named)
     if com.last_status:
-        _warn(com)
-    return wrap(result) if isinstance(result, ComObject) else result
+        warn_of(com)
+    return wrap(result, target._link) if isinstance(result, ComObject) else result
 
 
-def _warn(com: ComObject) -> None:
+def warn_of(com: ComObject) -> None:
     text, source, number = com.warning or (f"status {com.last_status}", "", 0)
     warnings.warn(ServerWarning(text, number, source), stacklevel=4)
-
-
-def describe(values: list[Parameter]) -> str:
-    return ", ".join(f"{value.name} ({value.type})" for value in values)
 
 
 def _make_method(interface: str, member: Any) -> Any:
@@ -108,18 +141,17 @@ def _make_method(interface: str, member: Any) -> Any:
         result = _call(self, member, arguments, named)
         if changes_link:
             self._end_calls()
+        if connects:
+            self._link.lead_to(*arguments, **{name.lower(): value for name, value in named.items()})
         return result
 
-    changes_link = member.name in ("ConnectEmbeddedSystem", "DisconnectEmbeddedSystem")
+    connects = member.name == _CONNECT
+    changes_link = connects or member.name == "DisconnectEmbeddedSystem"
     inputs = [parameter for parameter in member.parameters if not parameter.out]
-    outputs = [parameter for parameter in member.parameters if parameter.out]
     method.__name__ = member.name
     method.__qualname__ = f"{interface}.{member.name}"
     method.__module__ = "kestrine"
-    returns = f"Returns {describe(outputs)}." if outputs else ""
-    ends = f"Ends with the event {' or '.join(CALLS[member.name][1])}." if interface == "ILTCommandAsync2" else ""
-    doc = DOCS.get(interface, {}).get(member.name)
-    method.__doc__ = "\n".join(filter(None, [doc, returns, ends])) or None
+    method.__doc__ = DOCS.get(interface, {}).get(member.name)
     method.__signature__ = _signature(inputs)
     return method
 

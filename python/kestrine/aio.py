@@ -1,6 +1,6 @@
 """The library inside an asyncio program.
 
-    async with kestrine.aio.Tracker(connection) as tracker:
+    async with kestrine.aio.connect("192.168.0.1") as tracker:
         await tracker.Initialize()
         units = await tracker.GetUnits()
         async for event in tracker.events():
@@ -10,20 +10,23 @@ Nothing here waits on the connection: the asynchronous command object sends, and
 """
 
 import asyncio
+import contextlib
 import functools
 import struct
 import types
 import weakref
+from collections.abc import AsyncIterator
 from typing import TYPE_CHECKING, Any, NamedTuple
 
-from . import _kestrine
-from ._calls import Call, Calls, failure
+from . import _events, _kestrine, results
+from ._calls import Call, Calls
 from ._constants import constants
-from ._errors import com_error
-from ._events import connect
-from ._object import Object, describe
+from ._errors import com_error, failure
+from ._object import Dispatch, Object
 from ._tables import CALLS, DOCS
+from ._tracker import PORT
 from ._types import CONVERTERS
+from .enumerations import VL_Command
 
 if TYPE_CHECKING:
     from ._interfaces import AwaitableCommands, ILTConnect2
@@ -36,10 +39,11 @@ _DEFAULT_STATIONARY_TIME = 1500  # milliseconds
 
 
 class Event(NamedTuple):
-    """An event and its values, such as Event("StatusChangeEvent", (VL_SSC_..., ))."""
+    """An event and its values, a named tuple: such as Event("StatusChangeEvent", (VL_SSC_..., )), where that is
+    event.values.statusChange."""
 
     name: str
-    values: tuple
+    values: Any
 
 
 class _Attachment:
@@ -91,10 +95,10 @@ def _checked_timeout(seconds: float) -> float:
 
 
 class Tracker(AwaitableCommands):
-    """The commands of a connection as awaitables: each returns what its event brings, without a tuple where that is one
-    value, a list of tuples where there is an event for each item, None where there is nothing but the completion. A
-    failure raises com_error. Several calls may be under way, and each gets its own answer; the late answer to one that
-    was given up goes to nobody. A connection has one tracker at a time.
+    """The commands of a connection as awaitables: each returns what its event brings, the value where that is one, a
+    named tuple of several, a list of these where there is an event for each item, None where there is nothing but the
+    completion. A failure raises com_error. Several calls may be under way, and each gets its own answer; the late
+    answer to one that was given up goes to nobody. A connection has one tracker at a time.
 
     A call that is not answered in `timeout` seconds raises com_error. Without it each command has its own time, mostly
     10 seconds; that of a stationary measurement comes on top, as far as it was set or asked for through the tracker.
@@ -108,14 +112,12 @@ class Tracker(AwaitableCommands):
         self._stationary_time = _DEFAULT_STATIONARY_TIME
         self._streams: weakref.WeakSet[EventStream] = weakref.WeakSet()
         self._attachment: _Attachment | None = None
-        events = self._commands._com.events(CONVERTERS)
-        self._returns = {event.name: describe(event.parameters) for event in events}
-        self._listener = _listener(events, self)
+        self._listener = _listener(self._commands._com.events(CONVERTERS), self)
 
     async def __aenter__(self) -> "Tracker":
         if self._calls.has_tracker:
             raise RuntimeError("the connection has a tracker already, and each event would be taken twice")
-        self._events = connect(self._commands, self._listener)
+        self._events = _events.connect(self._commands, self._listener)
         self._attachment = _Attachment()
         self._calls.has_tracker = True
         return self
@@ -146,6 +148,9 @@ class Tracker(AwaitableCommands):
     def __getattr__(self, name: str) -> Any:
         return self._command(name, self) if not name.startswith("_") else object.__getattribute__(self, name)
 
+    def __repr__(self) -> str:
+        return f"<kestrine.aio.Tracker {self._connection._link}>"
+
     def __dir__(self) -> list[str]:
         return sorted({*super().__dir__(), *CALLS})
 
@@ -154,7 +159,7 @@ class Tracker(AwaitableCommands):
         if known is None:
             raise AttributeError(f"the tracker has no command {name}")
         if known not in _commands:
-            _commands[known] = _make_command(getattr(type(self._commands), known), self._returns)
+            _commands[known] = _make_command(getattr(type(self._commands), known))
         return types.MethodType(_commands[known], target)
 
     def _require_entered(self) -> None:
@@ -171,6 +176,14 @@ class Tracker(AwaitableCommands):
     async def _perform(self, method: Any, timeout: float | None, arguments: tuple, named: dict) -> Any:
         self._require_entered()  # it may have been left since the call was made
         call = Call(method.__name__, self._stationary_time / 1000)
+        try:
+            return await self._answered(call, method, timeout, arguments, named)
+        except com_error as error:
+            link = self._connection._link
+            error.command, error.host = VL_Command(call.command), link.host if link else None
+            raise
+
+    async def _answered(self, call: Call, method: Any, timeout: float | None, arguments: tuple, named: dict) -> Any:
         method(self._commands, *arguments, **named)
         if method.__name__ == "SetStationaryModeParams":
             inputs = {"time": next(iter(arguments), None)} | {name.lower(): value for name, value in named.items()}
@@ -223,20 +236,35 @@ class Tracker(AwaitableCommands):
         self._calls.take_values(call, event.values)
 
 
+@contextlib.asynccontextmanager
+async def connect(host: str, port: int = PORT, timeout: float | None = None) -> AsyncIterator[Tracker]:
+    """A tracker with a connection of its own: async with kestrine.aio.connect("192.168.0.1") as tracker.
+
+    To connect takes ConnectionTimeout (2 s) at most, for which the loop waits; com_error where it cannot."""
+    connection = Dispatch("Kestrine.LTConnect2")
+    try:
+        connection.ConnectEmbeddedSystem(host, port)
+    except com_error as error:
+        error.host = host
+        raise
+    try:
+        async with Tracker(connection, timeout) as tracker:
+            yield tracker
+    finally:
+        connection.DisconnectEmbeddedSystem()
+
+
 _commands: dict[str, Any] = {}  # the functions of all trackers, made when they are first asked for
 
 
-def _make_command(method: Any, returns: dict[str, str]) -> Any:
+def _make_command(method: Any) -> Any:
     """Of a method of the command object; to be bound to a tracker, or to the commands with another timeout."""
     @functools.wraps(method)
     def command(self: Any, /, *arguments: Any, **named: Any) -> Any:
         return self._start(method, arguments, named)
 
     command.__qualname__ = f"Tracker.{method.__name__}"
-    _, ends, total, *_ = CALLS[method.__name__]
-    returned = returns[ends[0]] if ends[0] != "CommandCompletedData" else ""
-    returned = returned and f"Returns {'a list of ' if total is not None else ''}{returned}."
-    command.__doc__ = "\n".join(filter(None, [DOCS["ILTCommandAsync2"].get(method.__name__), returned]))
+    command.__doc__ = DOCS["AwaitableCommands"][method.__name__]
     return command
 
 
@@ -264,7 +292,7 @@ def _listener(events: list, tracker: Tracker) -> object:
         def take(_self: object, *values: Any) -> None:
             target = known()
             if target is not None:
-                target._take_event(Event(name, values))
+                target._take_event(Event(name, getattr(results, name)._make(values)))
         return take
 
     methods = {"On" + event.name: handler(event.name) for event in events}

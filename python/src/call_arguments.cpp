@@ -21,6 +21,15 @@ DISPID id_of_argument(IDispatch& object, const Member& member, const py::handle&
   return ids[1];
 }
 
+// Of a named tuple as of a plain one: to call the class would make a list of the values, and a plain one, first.
+py::object new_tuple(const py::object& type, std::size_t size) {
+  if (type.is_none()) return py::tuple(size);
+  auto* const named = reinterpret_cast<PyTypeObject*>(type.ptr());
+  auto made = py::reinterpret_steal<py::object>(named->tp_alloc(named, static_cast<Py_ssize_t>(size)));
+  if (!made) throw py::error_already_set();
+  return made;
+}
+
 }  // namespace
 
 CallArguments::CallArguments(const Member& member) : member_(member), held_(member.parameters.size()) {}
@@ -94,14 +103,20 @@ std::optional<int> CallArguments::place_of(HRESULT code, UINT bad) const {
 }
 
 py::object CallArguments::outputs() const {
-  py::object only = py::none();
-  py::list all;
-  for (std::size_t i = 0; i < held_.size(); ++i) {
-    if (!member_.parameters[i].out) continue;
-    only = to_python(held_[i], member_.parameters[i].convert);
-    all.append(only);
+  const auto value = [this](std::size_t place) { return to_python(held_[place], member_.parameters[place].convert); };
+  const std::size_t count = held_.size() - member_.inputs.size();
+  std::size_t place = 0;
+  const auto find_next = [&] {
+    while (!member_.parameters[place].out) ++place;
+    return place++;
+  };
+  if (count == 0) return py::none();
+  if (count == 1) return value(find_next());
+  py::object all = new_tuple(member_.result, count);
+  for (std::size_t i = 0; i < count; ++i) {
+    PyTuple_SET_ITEM(all.ptr(), static_cast<Py_ssize_t>(i), value(find_next()).release().ptr());
   }
-  return all.size() > 1 ? py::object(py::tuple(all)) : only;
+  return all;
 }
 
 }  // namespace kestrine::python

@@ -28,6 +28,9 @@ class ComObject {
   // By program identifier, or by class identifier in braces.
   static std::unique_ptr<ComObject> create(const std::string& name);
 
+  // Another reference to the object, with a latest status of its own.
+  std::unique_ptr<ComObject> another() const { return std::make_unique<ComObject>(Pointer<IDispatch>(&object())); }
+
   std::string type_name() const { return name_of(*type_of(object())); }
   std::vector<Member> members(const pybind11::dict& converters) const {
     return read_members(*type_of(object()), converters);

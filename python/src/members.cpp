@@ -63,7 +63,7 @@ void read_type(ITypeInfo& type, const TYPEDESC& given, const py::dict& converter
 Member read_member(ITypeInfo& type, UINT index, const py::dict& converters) {
   const auto function = function_of(type, index);
   const std::vector<std::string> names = names_of(type, function->memid);
-  Member member{function->memid, names.at(0), static_cast<WORD>(function->invkind), {}, {}};
+  Member member{function->memid, names.at(0), static_cast<WORD>(function->invkind), {}, {}, py::none()};
   for (SHORT i = 0; i < function->cParams; ++i) {
     const ELEMDESC& element = function->lprgelemdescParam[i];
     Parameter parameter;

@@ -26,6 +26,9 @@ struct Member {
   WORD kind = 0;                      // DISPATCH_METHOD or one of the property kinds
   std::vector<Parameter> parameters;  // of a property its value alone
   std::vector<int> inputs;            // places of those that a caller gives
+  // What several outputs are returned as: a class derived from tuple that adds nothing to its layout, or None for
+  // tuple.
+  pybind11::object result = pybind11::none();
 };
 
 // Where an object's type information is; the one of its default event interface is empty when there is none.

@@ -27,6 +27,14 @@ std::string type_of_parameter(const Parameter& parameter) {
   return found == names.end() ? "object" : found->second;
 }
 
+void set_result(Member& member, const py::object& type) {
+  if (!type.is_none() && (PyType_Check(type.ptr()) == 0 ||
+                          PyType_IsSubtype(reinterpret_cast<PyTypeObject*>(type.ptr()), &PyTuple_Type) == 0)) {
+    throw py::type_error("a result is a kind of tuple");
+  }
+  member.result = type;
+}
+
 void add_members(py::module_& module) {
   py::class_<Parameter>(module, "Parameter")
       .def_readonly("name", &Parameter::name)
@@ -35,12 +43,15 @@ void add_members(py::module_& module) {
   py::class_<Member>(module, "Member")
       .def_readonly("name", &Member::name)
       .def_readonly("kind", &Member::kind)
-      .def_readonly("parameters", &Member::parameters);
+      .def_readonly("parameters", &Member::parameters)
+      .def_property(
+          "result", [](const Member& member) { return member.result; }, set_result);
 }
 
 void add_objects(py::module_& module) {
   py::class_<ComObject>(module, "ComObject")
       .def(py::init(&ComObject::create), py::arg("name"))
+      .def("__copy__", &ComObject::another)
       .def_property_readonly("type_name", &ComObject::type_name)
       .def_property_readonly("identity", &ComObject::identity)
       .def_property_readonly("last_status", &ComObject::last_status)

@@ -67,9 +67,9 @@ def test_calls_end_with_what_their_events_bring(connection, peer, dice):
         return await asyncio.gather(tracker.getunits(), tracker.ReleaseMotors(), tracker.GetTemperatureRange(),
                                     tracker.MeasureStationaryPoint())
     told, nothing, one, measured = run(connection, work)
-    assert told[0] == values["unitsSettings.lenUnitType"] and len(told) == 5
+    assert told.lengthUnit == values["unitsSettings.lenUnitType"] and len(told) == 5
     assert nothing is None and isinstance(one, kestrine.VL_TrackerTemperatureRange)
-    assert measured[0] == in_point["dVal1"]
+    assert measured.val1 == in_point["dVal1"]
 
 
 @pytest.mark.parametrize("count", [1, 3])
@@ -77,7 +77,7 @@ def test_a_series_is_a_list(connection, peer, dice, count):
     items = [filled(SCHEMA.records.all["GetReflectorsRT"], dice, COMMAND, 42, 0, count) for _ in range(count)]
     peer.reply = lambda request: b"".join(packet for packet, _ in items)
     told = run(connection, lambda tracker: tracker.GetReflectors())
-    assert [name for _, name, *_ in told] == [values["cReflectorName"] for _, values in items]
+    assert [each.reflectorName for each in told] == [values["cReflectorName"] for _, values in items]
 
 
 def test_a_refusal_raises_in_its_call_and_the_end_of_the_connection_in_all(connection, peer):
@@ -87,7 +87,7 @@ def test_a_refusal_raises_in_its_call_and_the_end_of_the_connection_in_all(conne
     peer.reply = lambda request: answer(code_of(request), 2 if code_of(request) == 54 else 0)
     failed, done = run(connection, work)
     assert isinstance(failed, kestrine.com_error) and failed.number == 2 and "Go Bird Bath" in str(failed)
-    assert done is None
+    assert done is None and (failed.command, failed.host) == (kestrine.constants.VL_C_GoBirdBath, "127.0.0.1")
     peer.reply = lambda request: b"" if code_of(request) == 54 else peer.hang_up() or b""
     for failed in run(connection, work):
         assert isinstance(failed, kestrine.com_error) and "closed" in str(failed)
@@ -103,7 +103,7 @@ def test_events_are_a_stream_that_ends_with_the_tracker(connection, peer):
                 await tracker.Park()
             return [event async for event in events]
     told = asyncio.run(main())
-    assert told[0] == ("StatusChangeEvent", (READY,)) and told[1].name == "CommandCompletedData"
+    assert told[0] == ("StatusChangeEvent", (READY,)) and told[1].values.command == kestrine.constants.VL_C_Park
 
 
 def test_a_result_goes_to_the_measurement_that_was_neither_refused_nor_bad_nor_stopped(connection, dice, replies):

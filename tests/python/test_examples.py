@@ -11,8 +11,10 @@ EXAMPLES = Path(__file__).parents[2] / "examples"
 
 
 @pytest.mark.parametrize("name, file, shown", [
+    ("measure_points", [], r"( ?\d+: .*\n){10}$"),
+    ("own_loop", [], r"(.*\n)*block: .*\n(.*\n)*air: 20.0 °C\n"),
     ("measure_and_plot", [], r"(.* mm\n){6}(no )?plot: "),
-    ("stream_to_file", ["points.csv"], r"500 points in points.csv\n"),
+    ("stream_to_file", ["points.csv"], ""),
     ("asyncio_events", [], r"(.*\n)*reflectors: .*\n(.*\n)*block 5: \d+ points\n"),
 ])
 def test_does_what_it_says_and_says_that_nobody_answers(tmp_path, name, file, shown):
@@ -24,7 +26,6 @@ def test_does_what_it_says_and_says_that_nobody_answers(tmp_path, name, file, sh
     assert done.returncode == 0, done.stderr
     assert re.match(shown, done.stdout), done.stdout
     if name == "stream_to_file":
-        rows = (tmp_path / "points.csv").read_text().splitlines()
-        assert len(rows) == 501 and len(rows[-1].split(",")) == 4
+        assert len(re.findall(r"(?m)^(.+,){4}.+$", (tmp_path / "points.csv").read_text())) > 1000
     done = run("127.0.0.1", "1")
     assert done.returncode == 1 and done.stderr.startswith(f"{name}: Connection to Vorelan server failed.")

@@ -20,8 +20,8 @@ ROOT = Path(__file__).parents[2]
 def test_help_shows_the_parameters_the_units_and_what_comes_back(tracker, sender):
     text = pydoc.plain(pydoc.render_doc(tracker.GoPosition))
     assert "GoPosition(val1: float, val2: float, val3: float, useADM: bool)" in text
-    assert "lengthUnit (VL_LengthUnit)" in inspect.getdoc(tracker.GetUnits)
-    assert "Units: val1..val3: coordinate" in text
+    assert "lengthUnit: VL_LengthUnit" in inspect.getdoc(tracker.GetUnits)
+    assert "val1..val3: float, coordinate" in text
     assert "Returns" not in (told := inspect.getdoc(sender.GetUnits)) and "UnitsData" in told
     assert {"Initialize", "GetUnits"} <= set(dir(tracker)) and "GetUnits" in dir(sender)
 
@@ -38,7 +38,7 @@ def test_the_stubs_declare_what_the_objects_have(connection, tracker, sender):
             if not row.decorator_list:
                 parameters = list(inspect.signature(getattr(target, name)).parameters)
                 assert [argument.arg for argument in row.args.args[1:]] == parameters
-    assert (PACKAGE / "py.typed").exists()
+    assert (PACKAGE / "py.typed").exists() and kestrine.__version__.split(".")[2] == str(connection.BuildNumber)
 
 
 @pytest.mark.classic

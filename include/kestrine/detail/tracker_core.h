@@ -1,8 +1,10 @@
 // What the operations of a tracker (kestrine/tracker_calls.h) share: the connection, and what becomes of failures.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <string>
@@ -53,6 +55,24 @@ struct HeardBy<void (Object::*)(Event)> {
 template <class Object, class Event>
 struct HeardBy<void (Object::*)(Event) const> : HeardBy<void (Object::*)(Event)> {};
 
+// A series that is refused is told to the asynchronous object of the connection, and to no other.
+class RefusalSink final : public AsyncEvents {
+ public:
+  explicit RefusalSink(std::function<void(VL_Command)> handler) : handler_(std::move(handler)) {}
+  void ErrorEvent(VL_Command command, VL_ResultStatus) override { handler_(command); }
+
+ private:
+  std::function<void(VL_Command)> handler_;
+};
+
+// Of the answer that is being delivered.
+inline VL_ResultStatus status_of_answer(ILTConnect& connection) {
+  const Packet packet(connection);
+  BasicCommandRT answer{};
+  std::memcpy(&answer, packet.bytes().data(), std::min(sizeof answer, packet.bytes().size()));
+  return answer.status;
+}
+
 class TrackerCore {
  public:
   // The warning of the operation called last, if it had one: it was done, and its results are good.
@@ -100,14 +120,23 @@ class TrackerCore {
     std::vector<Item> items;
     std::optional<Error> failure;
     bool complete = false;
+    commands();
+    const Pointer<ILTConnect> connection = connection_;  // a handler may close the tracker
     const Subscription heard = subscribe([&](const Item& item) {
-      if (complete) return;
+      if (complete || failure) return;
+      // The items of some series come as events whatever the status of their answer.
+      if (const auto status = status_of_answer(*connection); status != VL_RS_AllOK) {
+        failure = Error(E_FAIL, status, u"The tracker has refused it", u"");
+        return;
+      }
       if (item.*total > 0) items.push_back(item);
       complete = static_cast<std::int64_t>(items.size()) >= item.*total;
     });
-    const Subscription refused = subscribe([&](const ErrorEvent& error) {
-      if (error.command == command || error.command == VL_C_Unknown) failure = take_error(E_FAIL);
-    });
+    const auto refusals = Pointer<RefusalSink>::adopt(new RefusalSink([&](VL_Command refused) {
+      if (refused == command || refused == VL_C_Unknown) failure = take_error(E_FAIL);
+    }));
+    const auto told_of_refusals = command_async(*connection);
+    const Subscription refused(*told_of_refusals, DIID__ILTCommandAsyncEvents, *refusals);
     const Subscription ended = subscribe([&](const StatusChangeEvent& event) {
       if (event.statusChange == VL_SSC_ServerClosing) failure = Error(E_FAIL, 0, u"The server has closed", u"");
     });

@@ -1,14 +1,16 @@
 """One entry for each generated file."""
 
-from . import (accessors, catalogue, enums, events, interfaces, library, methods, python, records, requests, test_members,
-               texts, tracker)
+from . import (accessors, catalogue, enums, events, interfaces, library, methods, python, python_results, python_tracker,
+               records, requests, test_members, texts, tracker)
 
 WRITERS = {
     "python/kestrine/_constants.pyi": python.write_constants,
     "python/kestrine/_interfaces.pyi": python.write_stubs,
     "python/kestrine/_tables.py": python.write_tables,
+    "python/kestrine/_tracker_calls.py": python_tracker.write,
     "python/kestrine/enumerations.py": python.write_enumerations,
     "python/kestrine/records.py": python.write_records,
+    "python/kestrine/results.pyi": python_results.write,
     "include/kestrine/enums.h": enums.write,
     "include/kestrine/events.h": events.write,
     "include/kestrine/interfaces.h": interfaces.write,

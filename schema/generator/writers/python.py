@@ -2,15 +2,16 @@
 
 from ..model.enums import Enum
 from ..model.events import Event
-from ..model.interfaces import Member, Parameter
+from ..model.interfaces import Member
 from ..model.methods import Method
 from ..model.quantities import unit_of
 from ..model.records import Field, Record
 from ..model.schema import Schema
+from . import python_results
 from .members import units_note
+from .python_values import (TYPES, awaited, awaiting_doc, declared, docstring, inputs_of, outputs_of, python_type,
+                            returned, sending_doc, waiting_doc)
 
-_TYPES = {"long": "int", "int32": "int", "bool32": "bool", "double": "float", "bool": "bool", "text": "str",
-          "text32": "str", "text128": "str", "byte": "bytes", "variant": "bytes", "bytes": "bytes"}
 _DEFAULTS = {"int": "0", "bool": "False", "float": "0.0", "str": '""', "bytes": 'b""'}
 _TILTRA_EVENT = "TiltraMeasurementData"
 _NUMPY = {"int32": "<i4", "bool32": "<i4", "double": "<f8", "byte": "u1"}
@@ -48,7 +49,10 @@ def write_records(schema: Schema) -> str:
 def write_tables(schema: Schema) -> str:
     answers = {answer.command.name: answer for answer in schema.answers}
     calls = "".join(f"    {method.name!r}: {_call(schema, method, answers)!r},\n" for method in schema.async_methods)
-    docs = "".join(f"    {name!r}: {_docs(members)!r},\n" for name, members in _interfaces(schema).items())
+    commands = "".join(f"    {method.name!r}: {method.command.code},\n"
+                       for method in schema.sync_methods if method.command)
+    docs = "".join(f"    {name!r}: {_docs(schema, name, members)!r},\n"
+                   for name, members in _interfaces(schema).items())
     blocks = "".join(f"    {packet.value.value}: {_block(packet.record)!r},\n"
                      for packet in schema.packets if packet.record.element)
     programs = "".join(f"    {each.name!r}: {f'{each.program}.1'!r},\n" for each in schema.library.classes)
@@ -58,12 +62,15 @@ def write_tables(schema: Schema) -> str:
             "# answer; the seconds in which it should end, and whether the time of a stationary measurement is added;\n"
             "# what is said when it does not.\n"
             f"CALLS = {{\n{calls}}}\n\n"
-            "# What members do, and the units of their values.\n"
+            "# The commands that synchronous methods send.\n"
+            f"COMMANDS = {{\n{commands}}}\n\n"
+            "# What members do, what they take and return, and the units of that.\n"
             f"DOCS = {{\n{docs}}}\n\n"
             "# Of a continuous packet, by its type: bytes before the first element, their number, size, fields.\n"
             f"BLOCKS = {{\n{blocks}}}\n\n"
             "# The program identifiers of the classes, with their version.\n"
-            f"PROGRAMS = {{\n{programs}}}\n")
+            f"PROGRAMS = {{\n{programs}}}\n\n" + python_results.tables(schema) +
+            f"VERSION = {'.'.join(map(str, schema.library.version[:3]))!r}\n")
 
 
 def _call(schema: Schema, method: Method, answers: dict) -> tuple:
@@ -78,20 +85,24 @@ def _call(schema: Schema, method: Method, answers: dict) -> tuple:
 
 def _interfaces(schema: Schema) -> dict[str, list]:
     return {"ILTConnect2": schema.connect_members, "ILTCommandSync2": schema.sync_methods,
-            "ILTCommandAsync2": schema.async_methods}
+            "ILTCommandAsync2": schema.async_methods, "AwaitableCommands": schema.async_methods}
 
 
-def _docs(members: list) -> dict[str, str]:
-    docs = {member.name: " ".join(filter(None, [member.doc, _units(member.parameters)])) for member in members}
+_DOCS = {"ILTCommandAsync2": sending_doc, "AwaitableCommands": awaiting_doc}
+
+
+def _docs(schema: Schema, interface: str, members: list) -> dict[str, str]:
+    docs = {member.name: _DOCS.get(interface, waiting_doc)(schema, member) for member in members}
     return {name: doc for name, doc in docs.items() if doc}
 
 
 def write_stubs(schema: Schema) -> str:
-    parts = ["from typing import Any, TypeAlias\n\nfrom . import records\nfrom ._object import Object\n"
+    parts = ["from typing import Any, TypeAlias\n\nfrom . import records, results\nfrom ._object import Object\n"
              "from .enumerations import *\n\nBuffer: TypeAlias = bytes | bytearray | memoryview"]
-    parts += [_class(f"{name}(Object)", "", [_member(schema, member) for member in members])
-              for name, members in _interfaces(schema).items()]
-    parts.append(_class("AwaitableCommands", "", [_awaitable(schema, each) for each in schema.async_methods]))
+    for name, members in _interfaces(schema).items():
+        is_awaited = name == "AwaitableCommands"
+        rows = [_awaitable(schema, each) if is_awaited else _member(schema, name, each) for each in members]
+        parts.append(_class(name if is_awaited else f"{name}(Object)", "", rows))
     for name, events in (("SyncEvents", schema.sync_events), ("AsyncEvents", schema.async_events)):
         rows = [_handler(schema, event) for event in events.values()]
         parts.append(_class(name, "", rows))
@@ -104,7 +115,7 @@ def _class(head: str, doc: str, rows: list[str]) -> str:
 
 
 def _field(schema: Schema, entry: Field) -> str:
-    kind = _TYPES.get(entry.type, entry.type)
+    kind = TYPES.get(entry.type, entry.type)
     if kind in _DEFAULTS:
         unit = unit_of(entry.quantity, entry.name)
         return f"{kind} = {_DEFAULTS[kind]}" + (f"  # {unit}" if unit else "")
@@ -136,44 +147,25 @@ def _units(values: list) -> str:
     return f"Units: {note}." if note else ""
 
 
-def _python_type(schema: Schema, kind: str) -> str:
-    known = _TYPES.get(kind) or (kind if kind in schema.enums else None)
-    return known or ("Any" if kind == "unknown" else f"records.{kind}")
-
-
-def _inputs(schema: Schema, parameters: list) -> str:
-    def kind(parameter) -> str:
-        return "Buffer" if parameter.type in ("bytes", "variant") else _python_type(schema, parameter.type)
-    return "".join(f", {each.name}: {kind(each)}" for each in parameters if not getattr(each, "out", False))
-
-
-def _result(schema: Schema, values: list) -> str:
-    kinds = [_python_type(schema, value.type) for value in values]
-    return "None" if not kinds else kinds[0] if len(kinds) == 1 else f"tuple[{', '.join(kinds)}]"
-
-
-def _member(schema: Schema, member: Member) -> str:
-    outputs: list[Parameter] = [parameter for parameter in member.parameters if parameter.out]
+def _member(schema: Schema, interface: str, member: Member) -> str:
     if member.kind == "put":
-        return f"{member.name}: {_python_type(schema, member.parameters[0].type)}"
+        return f"{member.name}: {python_type(schema, member.parameters[0].type)}"
     if member.kind == "get":
-        result = f"{member.name}2" if outputs[0].type == "unknown" else _result(schema, outputs)
+        output, = outputs_of(member)
+        result = f"{member.name}2" if output.type == "unknown" else python_type(schema, output.type)
         return f"@property\n    def {member.name}(self) -> {result}: ..."
-    doc = "\n        ".join(filter(None, [member.doc, "Returns " + ", ".join(out.name for out in outputs) + "."
-                                          if outputs else "", _units(member.parameters)]))
-    head = f"def {member.name}(self{_inputs(schema, member.parameters)}) -> {_result(schema, outputs)}:"
-    return f'{head}\n        """{doc}"""' if doc else f"{head} ..."
+    head = f"def {member.name}(self{declared(schema, inputs_of(member))}) -> {returned(schema, member)}:"
+    return _function(head, _DOCS.get(interface, waiting_doc)(schema, member))
 
 
 def _handler(schema: Schema, event: Event) -> str:
-    doc = _units(event.values)
-    head = f"def On{event.name}(self{_inputs(schema, event.values)}) -> None:"
-    return f'{head}\n        """{doc}"""' if doc else f"{head} ..."
+    return _function(f"def On{event.name}(self{declared(schema, event.values)}) -> None:", _units(event.values))
 
 
 def _awaitable(schema: Schema, method: Method) -> str:
-    event = method.ends[0]
-    result = "None" if event == "CommandCompletedData" else _result(schema, schema.async_events[event].values)
-    if method.command.series:
-        result = f"list[{result}]"
-    return f"async def {method.name}(self{_inputs(schema, method.parameters)}) -> {result}: ..."
+    head = f"async def {method.name}(self{declared(schema, method.parameters)}) -> {awaited(schema, method)}:"
+    return _function(head, awaiting_doc(schema, method))
+
+
+def _function(head: str, doc: str) -> str:
+    return f"{head}\n{docstring(doc, ' ' * 8)}" if doc else f"{head} ..."
