@@ -7,10 +7,11 @@
 
 #include "kestrine/component.h"
 #include "kestrine/enums.h"
+#include "kestrine/error_numbers.h"
 #include "kestrine/pointer.h"
 #include "kestrine/text.h"
 
-// Error information made by the library also tells its number: one of its own (40001 to 40028, -1) or the
+// Error information made by the library also tells its number: one of its own (error_numbers.h) or the
 // server's status.
 struct IErrorNumber : IUnknown {
   virtual HRESULT GetNumber(std::int32_t* number) = 0;

@@ -25,7 +25,7 @@ kin, or from a loop of its own that watches fileno(); asyncio programs use kestr
 
 from typing import TYPE_CHECKING
 
-from . import aio, enumerations, records, results
+from . import aio, enumerations, errors, records, results
 from ._constants import constants
 from ._errors import NoticeWarning, ServerWarning, com_error
 from ._events import DispatchWithEvents, Subscription, WithEvents
@@ -48,7 +48,8 @@ if TYPE_CHECKING:  # of the objects; at run time their classes are made from wha
 __all__ = [
     "Dispatch", "DispatchWithEvents", "NoticeWarning", "Object", "PostQuitMessage", "PumpEvents", "PumpMessages",
     "PumpWaitingMessages", "ServerWarning", "Simulator", "Subscription", "Tracker", "WithEvents", "aio",
-    "behaviour", "com_error", "constants", "enumerations", "fileno", "points", "records", "results", "set_behaviour",
+    "behaviour", "com_error", "constants", "enumerations", "errors", "fileno", "points", "records", "results",
+    "set_behaviour",
 ]
 __all__ += enumerations.__all__
 

@@ -37,9 +37,9 @@ class com_error(Exception):
     """A call failed: hresult, strerror, excepinfo and argerror.
 
     excepinfo is None, or (wcode, source, description, helpfile, helpcontext, scode); argerror the place of the
-    argument to blame, from 1, or None. `number` is the server's status or the library's own error number, 0 when there
-    is none; `status` is that as a VL_ResultStatus, None where it is none. A Tracker tells which `command`
-    (VL_Command) has failed and of which `host`; otherwise they are None.
+    argument to blame, from 1, or None. `number` is the server's status or the library's own error number
+    (kestrine.errors), 0 when there is none; `status` is that as a VL_ResultStatus, None where it is none. A Tracker
+    tells which `command` (VL_Command) has failed and of which `host`; otherwise they are None.
     """
 
     command: VL_Command | None

@@ -66,7 +66,7 @@ const protocol::Error* Link::connect_to_address(const std::string& address, std:
 const protocol::Error* Link::connect_to_host(const std::string& name, std::uint16_t port) {
   const std::int32_t timeout = settings::connection_timeout();
   platform::HostConnection made = platform::connect_to_host(
-      name, port, std::chrono::milliseconds(timeout > 0 ? timeout : settings::kDefaultConnectionTimeout));
+      name, port, std::chrono::milliseconds(timeout > 0 ? timeout : settings::kConnectionTimeout.default_value));
   socket_ = made.socket;
   if (made.outcome == platform::HostConnection::Outcome::kConnected) return nullptr;
   platform::log_line("cannot connect to " + name + " port " + std::to_string(port) + ": " + made.reason);

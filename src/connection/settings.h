@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "connection/setting_rows.h"
 #include "platform/profile.h"
 
 namespace kestrine::connection::settings {
@@ -11,20 +12,21 @@ namespace kestrine::connection::settings {
 inline constexpr std::u16string_view kFile = u"Kestrine.ini";
 inline constexpr std::u16string_view kSection = u"Settings";
 
-inline bool nonblocking_connect() {
-  return platform::profile_int(kSection, u"NonblockingConnect", 1, kFile) != 0;
+inline std::int32_t value_of(const Setting& setting) {
+  return platform::profile_int(kSection, setting.key, setting.default_value, kFile);
 }
 
-// Milliseconds.
-inline constexpr std::int32_t kDefaultConnectionTimeout = 2000;
+inline bool nonblocking_connect() {
+  return value_of(kNonblockingConnect) != 0;
+}
 
-// Zero or less means not to attempt to connect at all, in classic behaviour.
+// Milliseconds. Zero or less means not to attempt to connect at all, in classic behaviour.
 inline std::int32_t connection_timeout() {
-  return platform::profile_int(kSection, u"ConnectionTimeout", kDefaultConnectionTimeout, kFile);
+  return value_of(kConnectionTimeout);
 }
 
 inline bool suppress_statistic_mode_errors() {
-  return platform::profile_int(kSection, u"SuppressStatisticModeErrors", 0, kFile) != 0;
+  return value_of(kSuppressStatisticModeErrors) != 0;
 }
 
 }  // namespace kestrine::connection::settings

@@ -23,6 +23,8 @@ BAD_ROWS = [
     (TARGETS, "event = 2, sync", "event = 16, sync", "the identifier of the asynchronous event 16 stands already"),
     (ENUMS, '[6, "VL_DT', '[2147483648, "VL_DT', "does not fit 32 bits"),
     (ENUMS, 'Range OK", 517]', 'Range OK", 516]', "there is no text row 516"),
+    (TEXTS, '[1, "Wait', '[34, "Wait', "there is no status 34"),
+    (TEXTS, '["GetConstant"]', '["GetConst"]', "GetConst is no member of the connection"),
     (TARGETS, '"approxDist"', '"double"', "is reserved in C++"),
     (WAITS, "10000, 30000", "0, 30000", "a time is a positive number"),
     # Layout

@@ -21,6 +21,7 @@ class Event:
     name: str
     records: list[Record]  # that it is made from; empty: from no packet
     values: list[Value]
+    doc: str  # what it tells
 
 
 @dataclass(frozen=True)
@@ -43,10 +44,10 @@ class Events:
             for part in table.parts("event"):
                 self._add_of_packet(part, records.get(table.take("name", str), table.where), records)
         for table in source.tables("event"):
-            table.allow(("name", "ids", "arguments"))
+            table.allow(("name", "ids", "arguments", "doc"))
             given = single_parameters(table.take("arguments", str), False, enums, table.at("arguments"))
             self._add(table, table.take("name", str), identifiers(table, ("async", "sync")), [],
-                      [Value(each.name, each.type, None) for each in given])
+                      [Value(each.name, each.type, None) for each in given], table.take("doc", str, ""))
         self.answers = [self._answer(command) for command in commands.values() if command.answer]
         for numbers in self._numbers.values():
             numbers.check_complete()
@@ -54,13 +55,13 @@ class Events:
                                                for found in self._found.values())
 
     def _add_of_packet(self, table: Table, record: Record, records: Records) -> None:
-        table.allow(("name", "ids", "values", "also_from"))
+        table.allow(("name", "ids", "values", "also_from", "doc"))
         sources = [record] + [records.get(name, table.at("also_from")) for name in table.words("also_from") or []]
         self._add(table, table.take("name", str), identifiers(table, ("async", "sync")), sources,
-                  listed_values(table, sources))
+                  listed_values(table, sources), table.take("doc", str, ""))
 
     def _add(self, table: Table, name: str, ids: dict[str, int], records: list[Record],
-             values: list[Value]) -> list[Event]:
+             values: list[Value], doc: str) -> list[Event]:
         require(all(value.type != "variant" for value in values), table.where, f"{name}: an event carries no variant")
         made = []
         for side, dispid in ids.items():
@@ -70,7 +71,7 @@ class Events:
                 require_known(old, [value.name for value in values], table.at("sync_names"), f"value of {name}")
             own = distinct([Value(renamed.get(value.name, value.name), value.type, value.leaf) for value in values],
                            name, table.where)
-            made.append(Event(dispid, name, records, own))
+            made.append(Event(dispid, name, records, own, doc))
             self._found[side].append(made[-1])
         return made
 
@@ -85,13 +86,14 @@ class Events:
         require(("sync_event" in ids) == command.series, table.at("ids"), "a series has a sync_event, and nothing else")
         values = listed_values(table, [command.answer], command.series)
         sides = {"async": ids["event"]} | ({"sync": ids["sync_event"]} if command.series else {})
-        events = self._add(table, table.take("event", str, event_name(command)), sides, [command.answer], values)
+        doc = f'{"One item of the" if command.series else "The"} answer to "{command.text}" ({command.code}).'
+        events = self._add(table, table.take("event", str, event_name(command)), sides, [command.answer], values, doc)
         second = None
         require(("second_event" in table) == ("second_event" in ids), table.at("second_event"),
                 "a second event has a name and an identifier")
         if "second_event" in table:
             second, = self._add(table, table.take("second_event", str), {"async": ids["second_event"]},
-                                [command.answer], values)
+                                [command.answer], values, doc)
         test = table.take("status_test", str, "once")
         require_known(test, _TESTS, table.at("status_test"), "test of the status")
         return Answer(command, events[0], second, events[1] if command.series else None, test != "none", test == "each")

@@ -2,7 +2,7 @@
 
 from dataclasses import dataclass
 
-from ..errors import Where, require
+from ..errors import Where, require, require_known
 from ..source import Source
 from .enums import Enum
 from .names import Scope
@@ -20,6 +20,8 @@ class Error:
     number: int
     name: str
     row: int  # 0: the text is put together at run time
+    advice: str  # what to do
+    members: tuple[str, ...]  # of the connection, that give it
 
 
 def load_texts(source: Source) -> list[TextRow]:
@@ -32,13 +34,26 @@ def load_texts(source: Source) -> list[TextRow]:
     return texts
 
 
-def load_errors(source: Source, texts: list[TextRow]) -> list[Error]:
+def load_errors(source: Source, texts: list[TextRow], members: list[str]) -> list[Error]:
     names, errors = Scope("the error"), []
-    for row in source.rows("errors", (int, str, int)):
+    for row in source.rows("errors", (int, str, int, str), (int, str, int, str, list)):
         names.claim_name(row[1], row.where)
         _require_row(row[2] or None, texts, row.where)
-        errors.append(Error(*row))
+        given_by = row[4] if len(row) > 4 else []
+        for name in given_by:
+            require_known(name, members, row.where, "member of the connection")
+        errors.append(Error(*row[:4], tuple(given_by)))
     return errors
+
+
+def load_advice(source: Source, statuses: Enum) -> dict[int, str]:
+    """What to do about a status; those that speak of an input are told by their names."""
+    numbers, advice = Scope("the advice for status"), {}
+    for row in source.rows("advice", (int, str)):
+        numbers.claim(row[0], row.where)
+        require(row[0] in {value.value for value in statuses.values}, row.where, f"there is no status {row[0]}")
+        advice[row[0]] = row[1]
+    return advice
 
 
 def load_warnings(statuses: Enum, texts: list[TextRow]) -> dict[int, int]:

@@ -1,4 +1,4 @@
-"""How long operations wait for their answer: the classes of waiting, and the settings that say how long each takes."""
+"""The settings: those of a connection, and how long operations wait for their answer."""
 
 from dataclasses import dataclass
 
@@ -16,6 +16,22 @@ class WaitClass:
     key: str  # in the settings
     ordinary: int  # milliseconds
     increased: int  # 0: never read again
+
+
+@dataclass(frozen=True)
+class Setting:
+    key: str
+    default: int
+    unit: str
+    doc: str
+
+
+def load_settings(source: Source) -> list[Setting]:
+    keys, settings = Scope("the setting"), []
+    for row in source.rows("settings", (str, int, str, str)):
+        keys.claim_name(row[0], row.where)
+        settings.append(Setting(*row))
+    return settings
 
 
 def load_waits(source: Source) -> list[WaitClass]:

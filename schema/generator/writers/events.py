@@ -52,7 +52,7 @@ def _case(name: str, event: Event) -> str:
 
 def _handler(event: Event) -> str:
     parameters = [f"{cpp_type(value.type)} /*{value.name}*/" for value in event.values]
-    return comment(units_note(event.values), "  ") + wrapped(f"  virtual void {event.name}(", parameters, ") {}")
+    return comment(event.doc, "  ") + comment(units_note(event.values), "  ") + wrapped(f"  virtual void {event.name}(", parameters, ") {}")
 
 
 def write_numbers(schema: Schema) -> str:

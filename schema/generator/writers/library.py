@@ -1,4 +1,4 @@
-"""src/objects/class_names.h and src/platform/library_version.h"""
+"""src/objects/class_names.h, src/platform/library_version.h and src/connection/setting_rows.h"""
 
 from ..model.schema import Schema
 from .text import flag, header, literal
@@ -40,3 +40,16 @@ inline constexpr std::uint16_t kTypeLibraryMinor = {minor};
 inline constexpr std::u16string_view kTypeLibraryVersion = u"{major}.{minor}";"""
     return header("The version of the library's file and of its type library.", ["<cstdint>", "<string_view>"], body,
                   "kestrine::platform")
+
+
+def write_settings(schema: Schema) -> str:
+    rows = "".join(f"inline constexpr Setting k{each.key}{{{literal(each.key, 'u')}, {each.default}}};\n"
+                   for each in schema.settings)
+    body = f"""struct Setting {{
+  std::u16string_view key;
+  std::int32_t default_value;
+}};
+
+{rows}"""
+    return header("The settings of a connection, in section Settings.", ["<cstdint>", "<string_view>"], body,
+                  "kestrine::connection::settings")
