@@ -41,6 +41,7 @@ class Installed(unittest.TestCase):
             self.cmake("--install", BUILD, "--prefix", "/opt/kestrine", DESTDIR=str(self.folder / "stage"))
         prefix = self.folder / "stage/opt/kestrine"
 
+        self.assertTrue((prefix / "share/doc/kestrine/html/index.html").exists())
         self.run_quietly(prefix / "bin/kestrine", "measure", "--simulate", "--points", "1")
         readme = (SOURCE / "README.md").read_text()
         snippet = re.search(r"```python\n(.*?)```", readme, re.DOTALL)[1]

@@ -53,9 +53,11 @@ tracker.SetMeasurementMode(kestrine.constants.VL_LU_Foot)
 """
 
 
-def test_a_type_checker_finds_nothing_in_the_examples_and_the_readme_and_a_mistake_elsewhere(tmp_path):
+def test_a_type_checker_finds_nothing_in_what_is_shown_and_a_mistake_elsewhere(tmp_path):
     pytest.importorskip("mypy")
-    for number, code in enumerate(re.findall(r"```python\n(.*?)```", (ROOT / "README.md").read_text(), re.S)):
+    pages = [ROOT / "README.md", *(ROOT / "docs").glob("[ge]*/*.md")]
+    blocks = [block for page in pages for block in re.findall(r"```python\n(.*?)```", page.read_text(), re.S)]
+    for number, code in enumerate(blocks):
         (tmp_path / f"snippet{number}.py").write_text(code)
     (tmp_path / "mistake.py").write_text(MISTAKE)
     done = subprocess.run([sys.executable, "-m", "mypy", "--strict", "--ignore-missing-imports",
