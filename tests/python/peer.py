@@ -84,10 +84,12 @@ class Peer:
         self._listener = socket.create_server(("127.0.0.1", port))
         self.port = self._listener.getsockname()[1]
         self._client: socket.socket | None = None
+        self._met = threading.Event()  # a client can be connected before it has been accepted
         self._thread = threading.Thread(target=self._serve, daemon=True)
         self._thread.start()
 
     def send(self, data: bytes) -> None:
+        self._met.wait(10)
         self._client.sendall(data)
 
     def hang_up(self, how: int = socket.SHUT_RDWR) -> None:
@@ -110,6 +112,7 @@ class Peer:
                 self._client, _ = self._listener.accept()
             except OSError:
                 return
+            self._met.set()
             with contextlib.suppress(OSError):
                 while request := self._receive():
                     self.requests.append(request)
