@@ -104,7 +104,7 @@ class ConnectMembers
   HRESULT locate(connection::PacketAccessor accessor, VARIANT* packet, std::int32_t index,
                  const std::uint8_t*& at) override {
     const protocol::Error* failure = find_in_packet(accessor, packet, index, accepts_any_statistic_mode(), at);
-    return failure == nullptr ? S_OK : fail(*failure);
+    return failure == nullptr ? S_OK : component_types::guarded([&] { return fail(*failure); });
   }
 
   template <class Value>
