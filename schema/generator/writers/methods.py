@@ -79,7 +79,7 @@ class AtHome : public Object {{
 def _checked(member: Member) -> str:
     start, declared = signature(member)
     call = wrapped(f"    return Object::{member.slot_name}(", [each.name for each in member.parameters], ");", 8)
-    # A reader's failures are made where memory is looked after; its many arguments are not passed on, but left in place.
+    # A reader guards its own failures, so that its many arguments can stay in their places.
     if not isinstance(member, Reader):
         call = f"    return component_types::guarded([&] {{\n  {call}\n    }});"
     return (f"{wrapped(f'  {start}', declared, ') override {')}\n"
