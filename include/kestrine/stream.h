@@ -30,6 +30,7 @@ struct StreamOptions {
 
 // Starts to measure when it is made and stops when it goes. Packet is MultiMeasResultT, or MultiMeasResult2T where the
 // statistic mode says so. The thread's messages are delivered while a block is waited for.
+// Its tracker must stay where it is, and open, for as long.
 template <class Packet>
 class Stream {
  public:

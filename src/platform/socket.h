@@ -65,6 +65,7 @@ KESTRINE_HOST_API HostConnection connect_to_host(const std::string& name, std::u
 
 // The number of bytes taken (with `peek`: looked at), 0 when the peer has closed, or -1. While a connect is
 // under way the error is kErrorNotConnected. Arms the socket's readable notification again.
+// A look sees 24 KiB at most: what is read ahead of the reader.
 KESTRINE_HOST_API int receive(SocketHandle socket, void* into, int bytes, bool peek = false);
 // Has the next readable notification come when there are so many bytes, or the peer has ended. False when that is so
 // already, or when so many never fit.
